@@ -1,0 +1,45 @@
+# What the scripts share. Source it from a script that has set -euo pipefail.
+
+cd "$(dirname "${BASH_SOURCE[0]}")/.."
+
+say() { printf '\n== %s\n' "$*"; }
+
+# Installs the Debian packages that are missing. Where none is, it needs no network and no root.
+need() {
+  local missing=() package
+  for package in "$@"; do
+    dpkg-query -W -f '${Status}' "$package" 2>/dev/null | grep -q 'ok installed' ||
+      missing+=("$package")
+  done
+  [ ${#missing[@]} -gt 0 ] || return 0
+  say "installing ${missing[*]}"
+  local root=()
+  if [ "$(id -u)" -ne 0 ]; then root=(sudo); fi
+  "${root[@]}" apt-get update
+  "${root[@]}" env DEBIAN_FRONTEND=noninteractive \
+    apt-get install -y --no-install-recommends "${missing[@]}"
+}
+
+# Configures and builds a preset.
+build() {
+  say "building the preset $1"
+  cmake --preset "$1"
+  cmake --build --preset "$1" -j "$(nproc)"
+}
+
+# Copies a sample machine and the data files to a folder of their own, and writes the game's
+# executable, whose release is the one that the target file asks for.
+# makesample <base|expansion> <folder>
+makesample() {
+  local name=$1 folder=$2 line=1 executable='Vorakai/Vorakai.exe'
+  if [ "$name" = expansion ]; then
+    line=5
+    executable='Vorakai Tarnfall/Vorakai Tarnfall.exe'
+  fi
+  rm -rf "$folder"
+  mkdir -p "$folder"
+  cp -r "sample/$name" "$folder/machine"
+  cp -r data "$folder/data"
+  build/release/makeexe "$folder/machine/drive_c/Program Files (x86)/$executable" \
+    "$(sed -n "${line}p" data/targetvoraver.txt | tr -d '\r')"
+}

@@ -1,0 +1,8 @@
+// The command line, which knows the silent run alone.
+#pragma once
+
+#include "form/form1.h"
+
+// Switches the silent run on where an argument asks for it. Any other argument ends the program
+// with a message; arguments are separated by single spaces.
+void examinearguments(Form1& form);

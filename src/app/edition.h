@@ -1,0 +1,27 @@
+// The game's editions, and what changes when one is selected.
+#pragma once
+
+#include "form/form1.h"
+
+enum class Edition { base, expansion };
+
+// Full name of the edition's executable in `versionfolder`.
+std::string executable(const Form1& form, Edition edition);
+
+// Sets `gamepath` to the installation folder of the edition: for the base edition the bundle's
+// folder, else the base game's; it stays as it was when neither is registered.
+void setgamepath(Form1& form, Edition edition);
+
+// Sets the edition letter and, for the expansion, `homefolder`.
+void setedition(Form1& form, Edition edition);
+
+// Sets `gamepath` and both search roots. With `fallback` the program's own folder becomes program
+// space when no file is found at the user space root.
+void setroots(Form1& form, Edition edition, bool fallback);
+
+// Shows the search roots as the tool tips of their buttons.
+void showroots(Form1& form);
+
+// Switches everything that depends on the edition: what its button does. Both edition buttons stay
+// disabled from then on.
+void selectedition(Form1& form, Edition edition);

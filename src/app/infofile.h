@@ -1,0 +1,13 @@
+// The diagnostic file "info.txt" of debug mode, in the current folder. A file that cannot be
+// written is done without.
+#pragma once
+
+#include "form/form1.h"
+
+#include <string>
+
+// In debug mode makes the file anew, empty.
+void createinfo(Form1& form);
+
+// In debug mode adds a line.
+void writeinfo(Form1& form, const std::string& line);

@@ -1,0 +1,143 @@
+// The conversion run over the maps that the search has found.
+#include "convert/conversion.h"
+
+#include "convert/linereader.h"
+#include "convert/matching.h"
+#include "convert/passes.h"
+#include "convert/templates.h"
+#include "form/text.h"
+
+#include <algorithm>
+
+namespace {
+
+// A map's companion: its path with the last three characters replaced.
+std::string companion(const std::string& path, const char* ending) {
+  return path.substr(0, path.size() - 3) + ending;
+}
+
+class Run {
+public:
+  explicit Run(Form1& itsform);
+
+  // Converts the map `path`, unless it is to stay as it is.
+  void take(const std::string& path);
+
+  // Tells which maps were left alone, if any.
+  void tellleftalone();
+
+private:
+  bool isexpansion() const { return form.edition == expansionletter; }
+  bool isoriginal(const std::string& path) const;
+  void leavealone(const Failure& failure) { leftalone.push_back(failure.text()); }
+  void convert(const std::string& path, const LineArray& galaxylines);
+  Result<std::string, TemplateError> fix(const LineArray& lines);
+  void putinplace(const std::string& path, std::string_view was, std::string_view first,
+                  std::string_view result);
+  [[noreturn]] void stop(const std::string& path, const LineArray& galaxylines,
+                         const TemplateError& error);
+
+  Form1& form;
+  Templates templates;
+  double formatver = 0;
+  long converted = 0;
+  std::vector<std::string> leftalone;
+};
+
+Run::Run(Form1& itsform) : form(itsform), templates(form.files, form.edition) {
+  const auto version = templates.initnew();
+  if (version)
+    formatver = *version;
+  else if (form.foundlist.size() > 1)
+    leavealone(version.failure());
+}
+
+bool Run::isoriginal(const std::string& path) const {
+  const auto& own = form.originalmaps;
+  return std::any_of(own.begin(), own.end(),
+                     [&](std::string_view name) { return samefilename(form.system, path, name); });
+}
+
+void Run::take(const std::string& path) {
+  form.Label4.settext(std::to_string(converted));
+  if (isoriginal(path)) return;
+  const auto galaxylines = readtext(form.files, path);
+  const auto versiontext = galaxylines ? versionof((*galaxylines)[1]) : "";
+  if (numericvalue(versiontext) >= formatver) return;
+  if (!galaxylines) return leavealone(galaxylines.failure());
+  if (galaxylines->size() < 2) return leavealone({path, "convert it", "it has no second line"});
+  templates.loadold(versiontext);
+  templates.loadnew(versiontext);
+  convert(path, *galaxylines);
+}
+
+void Run::convert(const std::string& path, const LineArray& galaxylines) {
+  auto result = firstpass(templates.oldtemplate(), templates.newtemplate(), galaxylines);
+  LineArray firstlines;
+  if (result && isexpansion() && !form.debugmode) {
+    firstlines = LineArray::split(*std::move(result));
+    result = fix(firstlines);
+  } else if (result && isexpansion()) {
+    result = fix(galaxylines);
+  }
+  if (!result) stop(path, galaxylines, result.failure());
+  putinplace(path, galaxylines.text(), firstlines.text(), *result);
+}
+
+Result<std::string, TemplateError> Run::fix(const LineArray& lines) {
+  templates.loadoldfix(formatver);
+  templates.loadnewfix(formatver);
+  return fixpass(templates.oldtemplate(), templates.newtemplate(), lines);
+}
+
+void Run::putinplace(const std::string& path, std::string_view was, std::string_view first,
+                     std::string_view result) {
+  Replacement replacement{path, was, {}, ""};
+  if (form.debugmode) {
+    replacement.files = {{companion(path, "tst"), result}};
+  } else {
+    if (isexpansion()) replacement.files = {{companion(path, "fix"), first}};
+    replacement.files.push_back({path, result});
+    replacement.backup = companion(path, "old");
+  }
+  const auto done = form.files.replace(replacement);
+  if (!done) return leavealone(done.failure());
+  ++converted;
+  form.Text2.append(std::string(filename(path)) + "\r\n");
+}
+
+// Ends the program for a template that cannot write what the map asks of it. The map keeps its
+// content and gets its backup all the same: it is replaced by itself, so that the two are not one
+// file under two names.
+void Run::stop(const std::string& path, const LineArray& galaxylines, const TemplateError& error) {
+  std::string text = path + ": the map is of version " + std::string(versionof(galaxylines[1])) +
+                     " and cannot be converted: template " + error.filename + ": " + error.what;
+  if (!error.header.empty()) text += ": " + error.header;
+  text += "\r\nThe map is as it was. No further map was converted.";
+  if (!form.debugmode) {
+    const auto done = form.files.replace(
+        {path, galaxylines.text(), {{path, galaxylines.text()}}, companion(path, "old")});
+    if (!done) leavealone(done.failure());
+  }
+  tellleftalone();
+  telltrouble(form, text);
+  endprogram(form);
+}
+
+void Run::tellleftalone() {
+  if (leftalone.empty()) return;
+  std::string text = "These maps could not be converted and were left alone:";
+  for (const std::string& reason : leftalone)
+    text += "\r\n" + reason;
+  telltrouble(form, text);
+}
+
+}  // namespace
+
+void fixgalaxies(Form1& form) {
+  Run run(form);
+  nextstage(form);
+  for (std::size_t i = 0; i + 1 < form.foundlist.size(); ++i)
+    run.take(form.foundlist[i]);
+  run.tellleftalone();
+}

@@ -1,0 +1,67 @@
+// The two passes that turn the lines of a map into its text in the new format.
+#include "convert/passes.h"
+
+#include "convert/matching.h"
+
+#include <algorithm>
+
+namespace {
+
+// A map on its way into the new format: what is written so far, and the line in hand.
+struct Pass {
+  const OldTemplate& oldtemplate;
+  const NewTemplate& newtemplate;
+  const LineArray& galaxylines;
+  std::string out;
+  std::size_t k = 0;
+
+  std::size_t match(std::size_t line) const { return matchline(oldtemplate, galaxylines[line]); }
+
+  void carryover() { writeline(out, galaxylines[k++]); }
+
+  // Writes the section of template line `t` and steps over the block. A block of less than one
+  // line leaves the line in hand to be carried over, so that nothing is lost.
+  std::optional<TemplateError> rewrite(std::size_t t) {
+    const auto count =
+        rewritesection(oldtemplate, newtemplate, sectionof(oldtemplate, t), galaxylines, k, out);
+    if (!count) return count.failure();
+    if (*count < 1)
+      carryover();
+    else
+      k += static_cast<std::size_t>(
+          std::min(*count, static_cast<long long>(galaxylines.size() - k)));
+    return std::nullopt;
+  }
+};
+
+}  // namespace
+
+Result<std::string, TemplateError> firstpass(const OldTemplate& oldtemplate,
+                                             const NewTemplate& newtemplate,
+                                             const LineArray& galaxylines) {
+  Pass pass{oldtemplate, newtemplate, galaxylines, {}, 0};
+  while (pass.k < galaxylines.size()) {
+    const std::size_t t = pass.match(pass.k);
+    if (t == 0)
+      pass.carryover();
+    else if (auto error = pass.rewrite(t))
+      return *std::move(error);
+  }
+  return std::move(pass.out);
+}
+
+Result<std::string, TemplateError> fixpass(const OldTemplate& oldtemplate,
+                                           const NewTemplate& newtemplate,
+                                           const LineArray& galaxylines) {
+  Pass pass{oldtemplate, newtemplate, galaxylines, {}, 0};
+  while (pass.k + 2 < galaxylines.size()) {
+    const std::size_t t = pass.match(pass.k);
+    if (t == 0 || pass.match(pass.k + 1) == 0 || pass.match(pass.k + 2) == 0)
+      pass.carryover();
+    else if (auto error = pass.rewrite(t))
+      return *std::move(error);
+  }
+  for (int last = 0; last < 2 && pass.k < galaxylines.size(); ++last)
+    pass.carryover();
+  return std::move(pass.out);
+}

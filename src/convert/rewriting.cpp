@@ -1,0 +1,66 @@
+// Writes a section of a map in the new format.
+#include "convert/rewriting.h"
+
+#include <algorithm>
+#include <optional>
+
+namespace {
+
+std::string_view lastcharacters(std::string_view line, std::size_t count) {
+  return line.substr(line.size() - std::min(count, line.size()));
+}
+
+std::string_view from(std::string_view line, std::size_t position) {
+  return line.substr(std::min(position, line.size()));
+}
+
+// Adds one output line. `first` is the block's first line, `aligned` the one that the output line
+// is aligned with.
+void writeoutput(std::string& out, const OutputLine& line, std::string_view first,
+                 std::string_view aligned) {
+  if (line.marker == Marker::dropped) return;
+  out += line.text;
+  if (line.marker == Marker::lastcharacter) out += lastcharacters(aligned, 1);
+  if (line.marker == Marker::lasttwo) out += lastcharacters(aligned, 2);
+  if (line.marker == Marker::rest) out += from(first, line.text.size() - 1);
+  writeline(out, "");
+}
+
+// What keeps the templates from writing section `s`; nothing when they can.
+std::optional<TemplateError> findfault(const OldTemplate& oldtemplate,
+                                       const NewTemplate& newtemplate, std::size_t s) {
+  if (oldtemplate.failure)
+    return TemplateError{oldtemplate.filename, oldtemplate.failure->reason, ""};
+  if (newtemplate.failure)
+    return TemplateError{newtemplate.filename, newtemplate.failure->reason, ""};
+  const auto fault = [&](const char* what, const Template& file) {
+    const std::size_t head = file.heads[s];
+    return TemplateError{newtemplate.filename, what, std::string(file.lines[head])};
+  };
+  if (s >= newtemplate.heads.size()) return fault("it has no such section", oldtemplate);
+  if (newtemplate.counts[s] <= 0) return fault("its section count is 0 or below", newtemplate);
+  const std::size_t after =
+      newtemplate.lines.size() - std::min(newtemplate.lines.size(), newtemplate.heads[s] + 1);
+  if (static_cast<unsigned long long>(newtemplate.counts[s]) > after)
+    return fault("its count runs past its end", newtemplate);
+  return std::nullopt;
+}
+
+}  // namespace
+
+void writeline(std::string& out, std::string_view line) {
+  out += line;
+  out += "\r\n";
+}
+
+Result<long long, TemplateError> rewritesection(const OldTemplate& oldtemplate,
+                                                const NewTemplate& newtemplate, std::size_t s,
+                                                const LineArray& galaxylines, std::size_t k,
+                                                std::string& out) {
+  if (auto fault = findfault(oldtemplate, newtemplate, s)) return *std::move(fault);
+  const auto count = static_cast<std::size_t>(newtemplate.counts[s]);
+  const std::size_t start = newtemplate.heads[s] + 1;
+  for (std::size_t d = 0; d < count; ++d)
+    writeoutput(out, newtemplate.output[start + d], galaxylines[k], galaxylines[k + d]);
+  return oldtemplate.counts[s];
+}

@@ -1,0 +1,86 @@
+// Structure templates: what the program knows about how a map of an older format version differs
+// from the current one. `docs/templates.md` describes the files.
+#pragma once
+
+#include "convert/prefixindex.h"
+#include "form/linearray.h"
+#include "platform/files.h"
+
+#include <map>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+// What the end of an output line asks for.
+enum class Marker {
+  none,           // the line as it stands
+  lastcharacter,  // " #": the last character of the aligned map line
+  lasttwo,        // "##": its last two characters
+  rest,           // " &": the block's first line from a position on
+  dropped,        // any other "#" or "&" at the end: no line at all
+};
+
+struct OutputLine {
+  std::string_view text;  // without what the marker replaces
+  Marker marker;
+};
+
+// The parts that every template has. A file that is missing or cannot be read gives 11 empty lines,
+// and `failure` says why.
+struct Template {
+  std::string filename;
+  LineArray lines;
+  std::optional<Failure> failure;
+  std::vector<std::size_t> heads{0};  // the lines of the section headers, or a single 0
+  std::vector<long long> counts;      // the whole part of each header's count
+};
+
+// An old-format template with what it recognises.
+struct OldTemplate : Template {
+  PrefixIndex index;  // its lines by their numbers
+};
+
+// A new-format template with what it writes.
+struct NewTemplate : Template {
+  std::vector<OutputLine> output;  // one for each line of the file
+};
+
+// What a template is made from: its lines, or the failure to read them.
+OldTemplate indexold(std::string filename, Result<LineArray> lines);
+NewTemplate indexnew(std::string filename, Result<LineArray> lines);
+
+// The templates of one conversion run. Files are read anew at each call; what is derived from them
+// is made anew only when their bytes have changed.
+class Templates {
+public:
+  // `letter` is the edition's: it begins the files' names.
+  Templates(Files& machine, std::string letter) : files(machine), edition(std::move(letter)) {}
+
+  // Loads a template of the version `ver`, as a text.
+  void loadold(std::string_view ver);
+  void loadnew(std::string_view ver);
+
+  // Loads a template of the expansion's fix pass.
+  void loadoldfix(double ver);
+  void loadnewfix(double ver);
+
+  // Reads the current format version from the baseline: 0 when it has no second line. Fails, with
+  // the same 0, when it is missing or cannot be read.
+  Result<double> initnew();
+
+  const OldTemplate& oldtemplate() const { return *currentold; }
+  const NewTemplate& newtemplate() const { return *currentnew; }
+
+private:
+  Files& files;
+  std::string edition;
+  std::map<std::string, OldTemplate> loadedold;
+  std::map<std::string, NewTemplate> loadednew;
+  const OldTemplate* currentold = nullptr;
+  const NewTemplate* currentnew = nullptr;
+};
+
+// The number at the end of a map's or the baseline's second line: its last two characters, or the
+// last alone when a space stands before it.
+std::string_view versionof(std::string_view secondline);

@@ -1,0 +1,85 @@
+// The search for maps below the two roots.
+#include "discover/search.h"
+
+#include "form/text.h"
+
+namespace {
+
+// A folder in the middle of the walk.
+struct Folder {
+  std::string path;  // without "\" at its end
+  std::vector<std::string> subfolders;
+  std::vector<std::string> files;
+  std::size_t next = 0;  // the subfolder to be walked next
+};
+
+std::string withoutbackslash(std::string path) {
+  if (path.ends_with('\\')) path.pop_back();
+  return path;
+}
+
+Folder readfolder(Form1& form, std::string path, const std::string& pattern) {
+  Folder folder{std::move(path), {}, {}};
+  auto entries = form.files.list(folder.path + "\\", pattern);
+  if (!entries) return folder;
+  for (Entry& entry : *entries)
+    if (!entry.link)
+      (entry.folder ? folder.subfolders : folder.files).push_back(std::move(entry.name));
+  return folder;
+}
+
+void addfiles(const Folder& folder, std::vector<std::string>& list) {
+  for (const std::string& name : folder.files) {
+    list.back() = folder.path + "\\" + name;
+    list.emplace_back();
+  }
+}
+
+// Walks a tree depth first. It keeps its own stack: how deep a tree is, is up to strangers.
+void walk(Form1& form, const std::string& pattern, const std::string& top,
+          std::vector<std::string>& list) {
+  std::vector<Folder> open;
+  open.push_back(readfolder(form, top, pattern));
+  while (!open.empty()) {
+    Folder& folder = open.back();
+    if (folder.next < folder.subfolders.size()) {
+      form.screen.processmessages();
+      std::string below = folder.path + "\\" + folder.subfolders[folder.next++];
+      open.push_back(readfolder(form, std::move(below), pattern));
+      continue;
+    }
+    addfiles(folder, list);
+    open.pop_back();
+  }
+}
+
+// The folder that holds `folder`; a drive root holds itself.
+std::string parentfolder(const std::string& folder) {
+  return folder.substr(0, afterlast(folder, '\\') - 1);
+}
+
+}  // namespace
+
+void findfiles(Form1& form, const std::string& pattern, const std::string& root,
+               std::vector<std::string>& list) {
+  const auto top = form.files.fullpath(root.ends_with('\\') ? root : root + "\\");
+  if (!top) return;
+  walk(form, pattern, withoutbackslash(*top), list);
+  // A parent that cannot be shown leaves the lists where they are.
+  static_cast<void>(form.Dir1.setpath(parentfolder(*top)));
+}
+
+void findgalaxies(Form1& form) {
+  form.searching = true;
+  form.filepattern = "*.galaxy";
+  form.foundlist = {""};
+  for (const std::string& root : form.pathlist) {
+    form.rootpath = root;
+    findfiles(form, form.filepattern, root, form.foundlist);
+  }
+  form.searching = false;
+  nextstage(form);
+  for (std::size_t j = 0; j + 1 < form.foundlist.size(); ++j)
+    form.Text1.append(std::string(filename(form.foundlist[j])) + "\r\n");
+  form.Label6.settext(std::to_string(static_cast<long long>(form.foundlist.size()) - 2));
+}

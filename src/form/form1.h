@@ -1,0 +1,121 @@
+// The one window as plain data: its controls and the values that its procedures share.
+#pragma once
+
+#include "form/control.h"
+#include "form/linearray.h"
+#include "form/screen.h"
+#include "platform/files.h"
+#include "platform/system.h"
+
+#include <array>
+#include <string>
+#include <vector>
+
+// What the program calls itself: the title of its message boxes.
+inline constexpr char programtitle[] = "Vora Map Updater";
+
+class Form1 {
+public:
+  Form1(Files& itsfiles, System& itssystem, Screen& itsscreen)
+      : files(itsfiles), system(itssystem), screen(itsscreen) {}
+  Form1(const Form1&) = delete;
+  Form1& operator=(const Form1&) = delete;
+
+  Files& files;
+  System& system;
+  Screen& screen;
+
+private:
+  Window window{screen, {}};
+  std::string owncaption;
+
+public:
+  DriveList Drive1{window, "Drive1"};
+  FileList File1{window, "File1", files};
+  DirectoryList Dir1{window, "Dir1", files};
+  Control Command1{window, "Command1"};
+  Control Command2{window, "Command2"};
+  Control Command3{window, "Command3"};
+  Control Command4{window, "Command4"};
+  Control Command5{window, "Command5"};
+  Control Command6{window, "Command6"};
+  Control Command7{window, "Command7"};
+  Control Text1{window, "Text1"};
+  Control Text2{window, "Text2"};
+  Control Label1{window, "Label1"};
+  Control Label2{window, "Label2"};
+  Control Label3{window, "Label3"};
+  Control Label4{window, "Label4"};
+  Control Label5{window, "Label5"};
+  Control Label6{window, "Label6"};
+  Control Label7{window, "Label7"};
+  Control Label8{window, "Label8"};
+  Control Label9{window, "Label9"};
+  Control Label10{window, "Label10"};
+  Control Label11{window, "Label11"};
+  Control Label12{window, "Label12"};
+  Control Label13{window, "Label13"};
+  Control Label14{window, "Label14"};
+  Control Label15{window, "Label15"};
+  Control Label16{window, "Label16"};
+  Control Label17{window, "Label17"};
+  Control Label18{window, "Label18"};
+  Control Label19{window, "Label19"};
+
+  // All controls.
+  const std::vector<Control*>& controls() const { return window.controls; }
+
+  const std::string& caption() const { return owncaption; }
+  void setcaption(std::string newcaption);
+
+  // The machine.
+  std::string sysdrive;    // the system drive's letter and colon
+  std::string homefolder;  // the user's data folder
+
+  // The target release and the modes.
+  LineArray targetlines;  // the target file
+  bool debugmode = false;
+  bool missingdata = false;  // a data file is missing, or debug mode is on: no release check
+  bool silentmode = false;
+
+  // The installed editions. Folders end in "\", which stands alone when there is none.
+  std::string basepath, bundlepath, expansionpath;
+  bool expansionregistered = false;
+  bool basefound = false;
+  bool expansionfound = false;
+  bool expansiononly = false;
+  bool bothfound = false;
+
+  // The selected edition.
+  std::string edition;  // its letter, empty while none is selected
+  std::string gamepath;
+  std::string versionfolder, installfolder;  // where its executable is, and what a message names
+  std::string foundversion;                  // its executable's release
+
+  // The search and the conversion.
+  std::array<std::string, 2> pathlist;  // search roots: 0 user space, 1 program space
+  std::string rootpath;                 // the root being searched, or the chosen drive's
+  std::string dirpath;                  // the folder that the directory list was last moved to
+  std::string filepattern;
+  std::vector<std::string> foundlist;  // full paths of the maps found, then one empty element
+  LineArray originalmaps;              // names of the game's own maps
+  bool searching = false;              // handlers other than the exit button's wait meanwhile
+
+  bool trouble = false;  // something went wrong that the exit status must tell
+};
+
+// The expansion's edition letter and the base edition's.
+inline constexpr char baseletter[] = "v";
+inline constexpr char expansionletter[] = "t";
+
+// Ends the program at once, with the exit status that tells whether all went well.
+[[noreturn]] void endprogram(Form1& form);
+
+// Shows a message box, then ends the program: something fatal was found.
+[[noreturn]] void endwithmessage(Form1& form, const std::string& text);
+
+// Tells of trouble: in a message box, in a silent run on standard error.
+void telltrouble(Form1& form, const std::string& text);
+
+// Adds one to the number that the stage counter `Label8` shows.
+void nextstage(Form1& form);

@@ -1,0 +1,60 @@
+// Small operations on texts that the whole program shares.
+#include "form/text.h"
+
+#include <charconv>
+#include <limits>
+
+namespace {
+
+bool isblank(char c) { return c == ' ' || c == '\t'; }
+bool isdigit(char c) { return c >= '0' && c <= '9'; }
+
+// The characters of the number at the start of `text`, blanks left out.
+std::string leadingnumber(std::string_view text) {
+  std::string number;
+  bool point = false;
+  for (const char c : text) {
+    if (isblank(c)) continue;
+    const bool sign = number.empty() && (c == '-' || c == '+');
+    const bool firstpoint = c == '.' && !point;
+    if (!sign && !firstpoint && !isdigit(c)) break;
+    point = point || c == '.';
+    number += c;
+  }
+  return number;
+}
+
+}  // namespace
+
+double numericvalue(std::string_view text) {
+  std::string number = leadingnumber(text);
+  const std::size_t plus = number.starts_with('+') ? 1 : 0;
+  double value = 0;
+  const auto result = std::from_chars(number.data() + plus, number.data() + number.size(), value,
+                                      std::chars_format::fixed);
+  if (result.ec == std::errc::result_out_of_range)
+    return number.starts_with('-') ? std::numeric_limits<double>::lowest()
+                                   : std::numeric_limits<double>::max();
+  return value;
+}
+
+long long wholepart(double value) {
+  constexpr auto limit = static_cast<double>(std::numeric_limits<long long>::max());
+  if (value >= limit) return std::numeric_limits<long long>::max();
+  if (value <= -limit) return std::numeric_limits<long long>::min();
+  return static_cast<long long>(value);
+}
+
+std::string numbertext(double value) {
+  char buffer[400];  // the longest double has 309 digits before its point
+  const auto result =
+      std::to_chars(std::begin(buffer), std::end(buffer), value, std::chars_format::fixed);
+  return {std::begin(buffer), result.ptr};
+}
+
+std::size_t afterlast(std::string_view text, char separator) {
+  const auto last = text.rfind(separator);
+  return last == std::string_view::npos ? 1 : last + 2;
+}
+
+std::string_view filename(std::string_view path) { return path.substr(afterlast(path, '\\') - 1); }

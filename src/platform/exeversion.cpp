@@ -1,0 +1,11 @@
+// The release of a game executable.
+#include "platform/exeversion.h"
+
+std::string getexeversion(System& system, const std::string& path) {
+  const auto version = system.productversion(path);
+  if (!version) return "";
+  const auto parts = [](std::uint32_t half) {
+    return std::to_string(half >> 16) + "." + std::to_string(half & 0xFFFF);
+  };
+  return parts(version->high) + "." + parts(version->low);
+}

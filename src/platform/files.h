@@ -1,0 +1,72 @@
+// The files of the machine that the program works on, behind one seam: each machine has its own.
+//
+// Paths are Windows texts in UTF-8: "C:\Maps\a.galaxy"; a name without a drive is taken from the
+// process's current folder, "\" alone is the root of the drive that holds it. Empty components are
+// skipped, and a name that Windows would not allow names nothing. Names are found ignoring letter
+// case: the exact spelling first, then the first in the order of `list`. A link counts as what it
+// leads to, except where a function says otherwise. Contents are bytes.
+#pragma once
+
+#include "platform/result.h"
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+// What a lookup counts. Hidden and system entries never match.
+enum class Match { files, filesandfolders };
+
+struct Entry {
+  std::string name;
+  bool folder;
+  bool link;  // met as a link, and described as what it leads to
+};
+
+// A file to be put in place as a whole.
+struct NewFile {
+  std::string path;
+  std::string_view text;
+};
+
+// How a map gives way to its converted self. The files take the map's permissions.
+struct Replacement {
+  std::string map;
+  std::string_view was;        // the map's content, as it was read
+  std::vector<NewFile> files;  // put in place in this order, all in the map's folder
+  std::string backup;          // where the map stays as it was; empty: the map is not replaced
+};
+
+class Files {
+public:
+  virtual ~Files() = default;
+
+  // The name of the first entry that `path` matches, empty when there is none. A path that ends in
+  // "\" matches the entries of that folder, the folder's own "." among its folders; any other path
+  // matches an entry of exactly that name.
+  virtual Result<std::string> lookup(const std::string& path, Match match) = 0;
+
+  // The subfolders of a folder and those of its files whose names match `pattern` (see
+  // platform/names.h), in ascending order of their names; hidden and system entries left out.
+  virtual Result<std::vector<Entry>> list(const std::string& folder, std::string_view pattern) = 0;
+
+  // A folder's full path, with its drive, as its names are spelled, without "\" at the end except
+  // for a drive root. Fails when there is no such folder.
+  virtual Result<std::string> fullpath(const std::string& folder) = 0;
+
+  // A file's whole content.
+  virtual Result<std::string> read(const std::string& path) = 0;
+
+  // Makes a text file anew, or adds to its end. Neither goes through a link.
+  virtual Result<Done> write(const std::string& path, std::string_view text) = 0;
+  virtual Result<Done> append(const std::string& path, std::string_view text) = 0;
+
+  // Puts the files of `replacement` in place, each whole and flushed before it takes its name. The
+  // last of them is the map itself when a backup is asked for: just before, the map gets its backup
+  // name as well, so that at no instant is there neither the map nor its backup, whole. A backup
+  // that is already there stays: it is moved to its own name with 2, 3, ... appended, the first
+  // free one, unless it holds just what the map holds. Companions are found ignoring letter case;
+  // a link is moved aside or replaced like a file, never followed. Fails when a folder has the name
+  // of a companion, and when the map is not what it `was`. On failure the map is as it was, and of
+  // the files only those before the one that failed are in place.
+  virtual Result<Done> replace(const Replacement& replacement) = 0;
+};

@@ -1,0 +1,78 @@
+// Reads folders, and finds names in them as Windows would: letter case ignored.
+#include "platform/prefix/folders.h"
+
+#include "platform/prefix/lettercase.h"
+
+#include <cerrno>
+#include <memory>
+
+#include <dirent.h>
+#include <fcntl.h>
+#include <sys/stat.h>
+
+namespace {
+
+std::size_t hash(std::string_view name) { return std::hash<std::string>()(lowercase(name)); }
+
+// The name that differs from `name` in letter case alone; the first in byte order of several.
+std::string findfolded(const Handle& folder, const std::string& name) {
+  const std::string wanted = lowercase(name);
+  std::string found;
+  eachname(folder, [&](const char* other, unsigned char) {
+    if (lowercase(other) == wanted && (found.empty() || other < found)) found = other;
+  });
+  return found;
+}
+
+bool hasname(const Handle& folder, const std::string& name) {
+  struct stat ignored;
+  return ::fstatat(folder.get(), name.c_str(), &ignored, AT_SYMLINK_NOFOLLOW) == 0;
+}
+
+}  // namespace
+
+bool eachname(const Handle& folder, const Visit& visit) {
+  Handle own = opennameat(folder, ".", O_RDONLY | O_DIRECTORY);
+  if (!own) return false;
+  const std::unique_ptr<DIR, int (*)(DIR*)> stream(::fdopendir(own.get()), ::closedir);
+  if (!stream) return false;
+  own.release();
+  errno = 0;
+  while (const dirent* entry = ::readdir(stream.get())) {
+    const std::string_view name = entry->d_name;
+    if (name != "." && name != "..") visit(entry->d_name, entry->d_type);
+    errno = 0;
+  }
+  return errno == 0;
+}
+
+std::string findname(const Handle& folder, const std::string& name) {
+  return hasname(folder, name) ? name : findfolded(folder, name);
+}
+
+std::string findname(const std::string& folder, const std::string& name) {
+  const Handle open = openpath(folder, O_RDONLY | O_DIRECTORY);
+  return open ? findname(open, name) : "";
+}
+
+FolderNames::Stamp FolderNames::stampof(const Handle& folder) {
+  struct stat status;
+  if (::fstat(folder.get(), &status) != 0) return {};
+  return {status.st_dev, status.st_ino, status.st_mtim.tv_sec, status.st_mtim.tv_nsec};
+}
+
+void FolderNames::read(const Handle& folder) {
+  hashes.clear();
+  stamp = stampof(folder);
+  eachname(folder, [&](const char* name, unsigned char) { hashes.insert(hash(name)); });
+}
+
+std::string FolderNames::find(const Handle& folder, const std::string& name) {
+  if (hasname(folder, name)) return name;
+  if (stamp != stampof(folder)) read(folder);
+  return hashes.contains(hash(name)) ? findfolded(folder, name) : "";
+}
+
+void FolderNames::added(const std::string& name) { hashes.insert(hash(name)); }
+
+void FolderNames::changed(const Handle& folder) { stamp = stampof(folder); }

@@ -1,0 +1,45 @@
+// Reads folders, and finds names in them as Windows would: letter case ignored.
+#pragma once
+
+#include "platform/prefix/handle.h"
+
+#include <cstdint>
+#include <functional>
+#include <string>
+#include <unordered_set>
+
+// Calls `visit` with each name of an open folder, "." and ".." left out, and its type as readdir
+// gives it (DT_REG, DT_DIR, ...). False, with errno set, when the folder cannot be read to its end.
+using Visit = std::function<void(const char* name, unsigned char type)>;
+bool eachname(const Handle& folder, const Visit& visit);
+
+// The spelling of `name` in a folder: the exact one when it is there, else the first one that
+// differs in letter case alone, else the empty text.
+std::string findname(const std::string& folder, const std::string& name);
+std::string findname(const Handle& folder, const std::string& name);
+
+// Remembers which names one folder holds, so that many questions about it cost one reading. Only
+// hashes of the lowered names are kept: what may be there is looked up on the disk.
+class FolderNames {
+public:
+  // The same answer as `findname`.
+  std::string find(const Handle& folder, const std::string& name);
+
+  // Tells of a name that the caller is about to make. The caller says when it is done, so that its
+  // own changes are not taken for somebody else's.
+  void added(const std::string& name);
+  void changed(const Handle& folder);
+
+private:
+  struct Stamp {
+    std::uint64_t device = 0, inode = 0;
+    std::int64_t seconds = -1, nanoseconds = 0;  // of the folder's last change
+    bool operator==(const Stamp&) const = default;
+  };
+
+  static Stamp stampof(const Handle& folder);
+  void read(const Handle& folder);
+
+  Stamp stamp;
+  std::unordered_set<std::size_t> hashes;
+};

@@ -1,0 +1,59 @@
+// File descriptors that close themselves, and the few operations on them that every user needs.
+#include "platform/prefix/handle.h"
+
+#include <cerrno>
+#include <climits>
+#include <system_error>
+
+#include <fcntl.h>
+#include <unistd.h>
+
+Handle::~Handle() { static_cast<void>(close()); }
+
+bool Handle::close() {
+  const int closing = std::exchange(descriptor, -1);
+  return closing < 0 || ::close(closing) == 0;
+}
+
+// A longer path than the system takes is walked in pieces, each relative to the one before.
+Handle openpath(const std::string& path, int flags, unsigned mode) {
+  Handle folder;
+  std::string_view rest = path;
+  int base = AT_FDCWD;
+  while (rest.size() >= PATH_MAX) {
+    const auto slash = rest.rfind('/', PATH_MAX - 2);
+    if (slash == std::string_view::npos || slash == 0) break;
+    const std::string piece(rest.substr(0, slash));
+    folder = Handle(::openat(base, piece.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
+    if (!folder) return folder;
+    base = folder.get();
+    rest.remove_prefix(rest.find_first_not_of('/', slash));
+  }
+  return Handle(::openat(base, std::string(rest).c_str(), flags | O_CLOEXEC, mode));
+}
+
+Handle opennameat(const Handle& folder, const std::string& name, int flags, unsigned mode) {
+  return Handle(::openat(folder.get(), name.c_str(), flags | O_CLOEXEC, mode));
+}
+
+bool writeall(const Handle& file, std::string_view text) {
+  while (!text.empty()) {
+    const ssize_t written = ::write(file.get(), text.data(), text.size());
+    if (written < 0 && errno != EINTR) return false;
+    text.remove_prefix(written < 0 ? 0 : static_cast<std::size_t>(written));
+  }
+  return true;
+}
+
+std::optional<std::size_t> readall(const Handle& file, char* buffer, std::size_t size) {
+  std::size_t done = 0;
+  while (done < size) {
+    const ssize_t length = ::read(file.get(), buffer + done, size - done);
+    if (length == 0) break;
+    if (length < 0 && errno != EINTR) return std::nullopt;
+    done += length < 0 ? 0 : static_cast<std::size_t>(length);
+  }
+  return done;
+}
+
+std::string systemreason() { return std::generic_category().message(errno); }

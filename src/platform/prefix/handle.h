@@ -1,0 +1,51 @@
+// File descriptors that close themselves, and the few operations on them that every user needs.
+#pragma once
+
+#include "platform/result.h"
+
+#include <cstddef>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <utility>
+
+// An open file or folder, or none.
+class Handle {
+public:
+  explicit Handle(int opened = -1) : descriptor(opened) {}
+  Handle(Handle&& other) noexcept : descriptor(std::exchange(other.descriptor, -1)) {}
+  Handle& operator=(Handle&& other) noexcept {
+    std::swap(descriptor, other.descriptor);
+    return *this;
+  }
+  ~Handle();
+
+  explicit operator bool() const { return descriptor >= 0; }
+  int get() const { return descriptor; }
+
+  // Closes the file now; false, with errno set, when that fails.
+  bool close();
+
+  // Gives the descriptor away: it is somebody else's to close.
+  int release() { return std::exchange(descriptor, -1); }
+
+private:
+  int descriptor;
+};
+
+// Opens a POSIX path, which may be longer than the system takes in one piece. No handle, with errno
+// set, when that fails. `flags` are those of open(); the handle is closed in child processes.
+Handle openpath(const std::string& path, int flags, unsigned mode = 0);
+
+// Opens a name in an open folder.
+Handle opennameat(const Handle& folder, const std::string& name, int flags, unsigned mode = 0);
+
+// Writes all of `text`; false, with errno set, when that fails.
+bool writeall(const Handle& file, std::string_view text);
+
+// Reads up to `size` bytes, less only at the file's end: how many, nothing with errno set when that
+// fails.
+std::optional<std::size_t> readall(const Handle& file, char* buffer, std::size_t size);
+
+// The system's own words for errno.
+std::string systemreason();

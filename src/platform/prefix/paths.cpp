@@ -1,0 +1,172 @@
+// Windows paths on a machine kept in a folder, and the POSIX paths that they stand for.
+#include "platform/prefix/paths.h"
+
+#include "platform/names.h"
+#include "platform/prefix/folders.h"
+#include "platform/prefix/handle.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdlib>
+#include <filesystem>
+#include <memory>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+
+namespace fs = std::filesystem;
+
+namespace {
+
+constexpr std::string_view unixprefix = R"(\\?\unix\)";
+
+bool isletter(char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z'); }
+char upper(char c) { return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c; }
+
+bool isseparator(char c) { return c == '\\' || c == '/'; }
+
+bool hasdrive(std::string_view path) {
+  return path.size() >= 2 && isletter(path[0]) && path[1] == ':';
+}
+
+// The names of a path; empty ones and "." say nothing.
+std::vector<std::string> split(std::string_view path) {
+  std::vector<std::string> names;
+  while (!path.empty()) {
+    const auto length = std::min(path.find_first_of("\\/"), path.size());
+    const std::string_view name = path.substr(0, length);
+    if (!name.empty() && name != ".") names.emplace_back(name);
+    path.remove_prefix(std::min(length + 1, path.size()));
+  }
+  return names;
+}
+
+// The path without links, empty when there is nothing.
+std::string realpath(const std::string& path) {
+  const std::unique_ptr<char, decltype(&std::free)> real(::realpath(path.c_str(), nullptr),
+                                                         &std::free);
+  return real ? real.get() : "";
+}
+
+// Every link "x:" of the folder `dosdevices` is a drive.
+std::map<char, std::string> linkeddrives(const fs::path& dosdevices) {
+  std::map<char, std::string> roots;
+  std::error_code failed;
+  for (fs::directory_iterator entry(dosdevices, failed), end; !failed && entry != end;
+       entry.increment(failed)) {
+    const std::string name = entry->path().filename().string();
+    if (name.size() == 2 && isletter(name[0]) && name[1] == ':')
+      roots[upper(name[0])] = realpath(entry->path().string());
+  }
+  return roots;
+}
+
+std::map<char, std::string> drivesof(const std::string& machine) {
+  std::error_code ignored;
+  const fs::path dosdevices = fs::path(machine) / "dosdevices";
+  if (fs::is_directory(dosdevices, ignored)) return linkeddrives(dosdevices);
+  return {{'C', realpath(machine + "/drive_c")}, {'Z', "/"}};
+}
+
+// A root's path to which "/" and a name can be added.
+std::string withoutslash(std::string path) {
+  while (path.ends_with('/'))
+    path.pop_back();
+  return path;
+}
+
+bool holds(const std::string& root, const std::string& path) {
+  const std::string base = withoutslash(root);
+  return path.starts_with(base) && (path.size() == base.size() || path[base.size()] == '/');
+}
+
+bool existsat(const std::string& path) {
+  struct stat ignored;
+  if (::lstat(path.c_str(), &ignored) == 0) return true;
+  return errno == ENAMETOOLONG && openpath(path, O_PATH | O_NOFOLLOW);
+}
+
+Failure missing(const std::string& path) {
+  return {path, "find it", "there is no such file or folder", true};
+}
+
+}  // namespace
+
+Paths::Paths(const Machine& machine)
+    : currentfolder(machine.currentfolder), roots(drivesof(machine.folder)) {}
+
+// The POSIX path of the root that `path` starts from, which is the current drive's unless it names
+// one.
+Result<std::string> Paths::driveroot(const std::string& path) const {
+  const std::string from = hasdrive(path) ? path : windowspath(currentfolder);
+  const auto root = roots.find(upper(from[0]));
+  if (root == roots.end()) return Failure{path, "find it", "there is no such drive", true};
+  if (root->second.empty()) return Failure{path, "find it", "the drive is not ready"};
+  return withoutslash(root->second);
+}
+
+Result<Paths::Parsed> Paths::parse(const std::string& path) const {
+  if (path.empty()) return missing(path);
+  std::string_view rest = path;
+  Parsed parsed;
+  if (path.starts_with(unixprefix)) {
+    rest.remove_prefix(unixprefix.size());
+  } else if (hasdrive(path) || isseparator(path[0])) {
+    const auto root = driveroot(path);
+    if (!root) return root.failure();
+    parsed.root = *root;
+    rest.remove_prefix(hasdrive(path) ? 2 : 1);
+  } else {
+    parsed.components = split(currentfolder);
+  }
+  for (const std::string& component : split(rest)) {
+    if (!allowedname(component))
+      return Failure{path, "find it", "Windows does not allow such a name"};
+    if (component != "..")
+      parsed.components.push_back(component);
+    else if (!parsed.components.empty())
+      parsed.components.pop_back();
+  }
+  return parsed;
+}
+
+Result<Location> Paths::find(const std::string& path) const {
+  const auto parsed = parse(path);
+  if (!parsed) return parsed.failure();
+  if (parsed->components.empty()) return Location{parsed->root, "", true};
+  Location exact{parsed->root, parsed->components.back(), true};
+  for (std::size_t i = 0; i + 1 < parsed->components.size(); ++i)
+    exact.folder += "/" + parsed->components[i];
+  if (existsat(exact.path())) return exact;
+  Location found{parsed->root, "", true};
+  for (const std::string& component : parsed->components) {
+    if (!found.name.empty()) found.folder += "/" + found.name;
+    if (!found.exists) return missing(path);
+    const std::string spelled = findname(found.folder + "/", component);
+    found.exists = !spelled.empty();
+    found.name = found.exists ? spelled : component;
+  }
+  return found;
+}
+
+std::string Paths::windowspath(const std::string& path, char preferred) const {
+  char letter = 0;
+  std::string base;
+  for (const auto& [drive, root] : roots) {
+    const bool deeper = letter == 0 || withoutslash(root).size() > base.size();
+    const bool equal = withoutslash(root).size() == base.size() && drive == upper(preferred);
+    if (root.empty() || !holds(root, path) || (!deeper && !equal)) continue;
+    letter = drive;
+    base = withoutslash(root);
+  }
+  std::string names = path.substr(std::min(base.size() + 1, path.size()));
+  std::replace(names.begin(), names.end(), '/', '\\');
+  return (letter ? std::string{letter, ':', '\\'} : std::string(unixprefix)) + names;
+}
+
+std::vector<std::string> Paths::drives() const {
+  std::vector<std::string> letters;
+  for (const auto& [letter, root] : roots)
+    letters.push_back({letter, ':'});
+  return letters;
+}

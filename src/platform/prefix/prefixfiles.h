@@ -1,0 +1,24 @@
+// The files of a Windows machine that is kept in a folder.
+#pragma once
+
+#include "platform/files.h"
+#include "platform/prefix/folders.h"
+#include "platform/prefix/machine.h"
+#include "platform/prefix/paths.h"
+
+class PrefixFiles : public Files {
+public:
+  explicit PrefixFiles(const Machine& machine) : paths(machine) {}
+
+  Result<std::string> lookup(const std::string& path, Match match) override;
+  Result<std::vector<Entry>> list(const std::string& folder, std::string_view pattern) override;
+  Result<std::string> fullpath(const std::string& folder) override;
+  Result<std::string> read(const std::string& path) override;
+  Result<Done> write(const std::string& path, std::string_view text) override;
+  Result<Done> append(const std::string& path, std::string_view text) override;
+  Result<Done> replace(const Replacement& replacement) override;
+
+private:
+  Paths paths;
+  FolderNames names;  // of the folder in which a map was last replaced
+};

@@ -1,0 +1,185 @@
+// Keeps the two registry files of a machine in a folder: takes value paths apart and replaces a
+// changed file in one step, so that a failure leaves the old registry whole.
+#include "platform/prefix/registry.h"
+
+#include "platform/prefix/handle.h"
+#include "platform/prefix/lettercase.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <charconv>
+#include <cstddef>
+#include <cstdint>
+#include <cstdlib>
+#include <limits>
+#include <string_view>
+#include <utility>
+
+namespace {
+
+namespace fs = std::filesystem;
+
+// A file beside `target` that takes its place once it is whole, or vanishes.
+class Sibling {
+public:
+  explicit Sibling(const fs::path& target)
+      : name(target.string() + ".XXXXXX"), handle(::mkostemp(name.data(), O_CLOEXEC)),
+        made(handle) {}
+  ~Sibling() {
+    if (made) ::unlink(name.c_str());
+  }
+  Sibling(const Sibling&) = delete;
+  Sibling& operator=(const Sibling&) = delete;
+
+  bool replace(const fs::path& target, std::string_view text, mode_t permissions) {
+    if (!made || !writeall(handle, text)) return false;
+    if (::fchmod(handle.get(), permissions) != 0 || ::fsync(handle.get()) != 0) return false;
+    if (!handle.close() || ::rename(name.c_str(), target.c_str()) != 0) return false;
+    made = false;
+    return true;
+  }
+
+private:
+  std::string name;
+  Handle handle;
+  bool made;  // and still there under its own name
+};
+
+// The whole file; nothing when it cannot be read, or is no ordinary file.
+std::optional<std::string> readfile(const fs::path& file) {
+  const auto handle = openpath(file.string(), O_RDONLY | O_NONBLOCK);
+  struct stat status {};
+  if (!handle || ::fstat(handle.get(), &status) != 0 || !S_ISREG(status.st_mode))
+    return std::nullopt;
+  std::string text;
+  std::string block(std::size_t{1} << 16, '\0');
+  for (;;) {
+    const auto count = ::read(handle.get(), block.data(), block.size());
+    if (count < 0 && errno == EINTR) continue;
+    if (count < 0) return std::nullopt;
+    if (count == 0) return text;
+    text.append(block, 0, static_cast<std::size_t>(count));
+  }
+}
+
+// Puts `text` in the file's place in one step; a link stays and its target is replaced.
+bool replacefile(const fs::path& file, std::string_view text) {
+  std::error_code missing;
+  const auto real = fs::canonical(file, missing);
+  const auto& target = missing ? file : real;
+  struct stat status {};
+  const bool exists = ::stat(target.c_str(), &status) == 0;
+  Sibling sibling(target);
+  if (!sibling.replace(target, text, exists ? status.st_mode & 07777 : 0644)) return false;
+  const auto folder = openpath(target.parent_path().string(), O_RDONLY | O_DIRECTORY);
+  if (folder) ::fsync(folder.get());  // some file systems refuse this; the file itself is safe
+  return true;
+}
+
+struct ValuePath {
+  std::string root;
+  std::string key;
+  std::string name;  // empty for the key itself
+};
+
+// Nothing for a path without a root, or with an empty key name in it.
+std::optional<ValuePath> splitpath(const std::string& path) {
+  const auto first = path.find('\\');
+  if (first == std::string::npos) return std::nullopt;
+  const auto last = path.rfind('\\');
+  const auto key = last == first ? std::string() : path.substr(first + 1, last - first - 1);
+  const bool emptyname = last != first && ("\\" + key + "\\").find("\\\\") != std::string::npos;
+  if (emptyname) return std::nullopt;
+  return ValuePath{path.substr(0, first), key, path.substr(last + 1)};
+}
+
+// A decimal number of 32 bits, signed or not.
+std::optional<std::uint32_t> readnumber(const std::string& data) {
+  std::int64_t number = 0;
+  const char* const end = data.data() + data.size();
+  const auto [stop, error] = std::from_chars(data.data(), end, number);
+  const bool fits = number >= std::numeric_limits<std::int32_t>::min() &&
+                    number <= std::numeric_limits<std::uint32_t>::max();
+  if (error != std::errc{} || stop != end || !fits) return std::nullopt;
+  return static_cast<std::uint32_t>(number);
+}
+
+std::string lowestfirst(std::uint32_t number) {
+  std::string bytes;
+  for (unsigned shift = 0; shift < 32; shift += 8)
+    bytes += static_cast<char>(number >> shift);
+  return bytes;
+}
+
+std::optional<RegistryValue> makevalue(const std::string& data, const std::string& type) {
+  using Type = RegistryValue::Type;
+  const auto lowered = lowercase(type);
+  if (lowered.empty() || lowered == "reg_sz")
+    return RegistryValue{.type = Type::text, .text = data};
+  if (lowered == "reg_expand_sz") return RegistryValue{.type = Type::expandtext, .text = data};
+  const auto number = readnumber(data);
+  if (!number) return std::nullopt;
+  if (lowered == "reg_dword") return RegistryValue{.type = Type::number, .number = *number};
+  if (lowered != "reg_binary") return std::nullopt;
+  return RegistryValue{.type = Type::binary, .bytes = lowestfirst(*number)};
+}
+
+}  // namespace
+
+const std::string& Registry::Hive::current() {
+  if (!text) text = readfile(file).value_or("");
+  return *text;
+}
+
+bool Registry::Hive::change(const Edit& edit) {
+  std::error_code ignored;
+  const bool missing = fs::symlink_status(file, ignored).type() == fs::file_type::not_found;
+  const auto old = missing ? std::string() : readfile(file);
+  if (!old) return false;
+  auto changed = edit(*old);
+  if (!changed || !replacefile(file, *changed)) return false;
+  text = std::move(changed);
+  return true;
+}
+
+Registry::Registry(fs::path machine)
+    : localmachine{machine / "system.reg", {}}, currentuser{machine / "user.reg", {}} {}
+
+Registry::Hive* Registry::findhive(const std::string& root) {
+  const auto lowered = lowercase(root);
+  if (lowered == "hkey_local_machine" || lowered == "hklm") return &localmachine;
+  if (lowered == "hkey_current_user" || lowered == "hkcu") return &currentuser;
+  return nullptr;
+}
+
+std::optional<RegistryValue> Registry::read(const std::string& valuepath) {
+  const auto path = splitpath(valuepath);
+  Hive* const hive = path ? findhive(path->root) : nullptr;
+  if (!hive) return std::nullopt;
+  return findvalue(hive->current(), path->key, path->name);
+}
+
+bool Registry::write(const std::string& valuepath, const std::string& data,
+                     const std::string& type) {
+  const auto path = splitpath(valuepath);
+  const auto value = makevalue(data, type);
+  Hive* const hive = path ? findhive(path->root) : nullptr;
+  if (!hive || !value) return false;
+  return hive->change([&](const std::string& text) {
+    return std::optional(withvalue(text, path->key, path->name, *value));
+  });
+}
+
+bool Registry::remove(const std::string& valuepath) {
+  const auto path = splitpath(valuepath);
+  Hive* const hive = path ? findhive(path->root) : nullptr;
+  if (!hive || (path->key.empty() && path->name.empty())) return false;
+  return hive->change([&](const std::string& text) {
+    auto changed = path->name.empty() ? withoutkey(text, path->key)
+                                      : withoutvalue(text, path->key, path->name);
+    return changed == text ? std::nullopt : std::optional(std::move(changed));
+  });
+}

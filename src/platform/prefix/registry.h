@@ -1,0 +1,56 @@
+// The registry of a machine kept in a folder, with the three operations of the scripting host's
+// shell object: RegRead, RegWrite and RegDelete. A running Wine holds a registry of its own and
+// writes it over these files when it ends.
+#pragma once
+
+#include "platform/prefix/registrytext.h"
+
+#include <filesystem>
+#include <functional>
+#include <optional>
+#include <string>
+
+// A value path is the root key, the key path and the value's name, joined by "\"; one that ends in
+// "\" names the key itself, that is its default value. The roots are HKEY_LOCAL_MACHINE or HKLM
+// (system.reg) and HKEY_CURRENT_USER or HKCU (user.reg), in any letter case; any other root fails.
+class Registry {
+public:
+  // `machine` is the folder that holds system.reg and user.reg. Nothing is read yet.
+  explicit Registry(std::filesystem::path machine);
+
+  // The value, or nothing where there is none. Each file is read once, at its first use; one that
+  // is missing or cannot be read counts as empty. %NAME% in an expandable text is left as it is.
+  std::optional<RegistryValue> read(const std::string& valuepath);
+
+  // Sets a value, making its key where that is missing. `type` is REG_SZ, REG_EXPAND_SZ, REG_DWORD
+  // or REG_BINARY in any letter case, the empty text REG_SZ. The data of the last two is a decimal
+  // number of 32 bits, signed or not; REG_BINARY keeps its four bytes, the lowest first. The file
+  // is changed as it stands at that moment, and replaced in one step with its permissions kept.
+  // False, and nothing is changed, for any other type or data, a file that is there but cannot be
+  // read, a machine folder that does not exist, or a failure to write.
+  bool write(const std::string& valuepath, const std::string& data, const std::string& type);
+
+  // Deletes a value, or for a path that ends in "\" the key with everything below it. False, and
+  // nothing is changed, where there is no such thing, for a root key, or on a failure to write.
+  bool remove(const std::string& valuepath);
+
+private:
+  // One of the two files.
+  struct Hive {
+    // Makes a new text of the file's; nothing where there is nothing to change.
+    using Edit = std::function<std::optional<std::string>(const std::string& text)>;
+
+    std::filesystem::path file;
+    std::optional<std::string> text;  // nothing until the first use
+
+    const std::string& current();
+    // Edits the file as it stands now; false where nothing was changed.
+    bool change(const Edit& edit);
+  };
+
+  // The file of a root key, null for a root that is not kept.
+  Hive* findhive(const std::string& root);
+
+  Hive localmachine;
+  Hive currentuser;
+};

@@ -1,0 +1,39 @@
+// What an operation that can fail gives back: its value, or a failure that cannot be overlooked.
+#pragma once
+
+#include <string>
+#include <utility>
+#include <variant>
+
+// Why something could not be done. `text()` is the sentence that a user reads.
+struct Failure {
+  std::string path;      // the file or folder, as the program names it
+  std::string action;    // what was tried, to follow "cannot": "read it", "write its backup"
+  std::string reason;    // the system's own words, or ours where the system has none
+  bool missing = false;  // there is nothing of that name
+
+  std::string text() const { return path + ": cannot " + action + ": " + reason; }
+};
+
+// The value of an operation that gives nothing but its success.
+struct Done {};
+
+template <class Value, class Error = Failure> class [[nodiscard]] Result {
+public:
+  Result(Value value) : held(std::in_place_index<0>, std::move(value)) {}
+  Result(Error error) : held(std::in_place_index<1>, std::move(error)) {}
+
+  explicit operator bool() const { return held.index() == 0; }
+
+  // Only where the result holds a value.
+  Value& operator*() { return std::get<0>(held); }
+  const Value& operator*() const { return std::get<0>(held); }
+  Value* operator->() { return &std::get<0>(held); }
+  const Value* operator->() const { return &std::get<0>(held); }
+
+  // Only where it holds none.
+  const Error& failure() const { return std::get<1>(held); }
+
+private:
+  std::variant<Value, Error> held;
+};

@@ -1,0 +1,92 @@
+// What the window's buttons and lists do.
+#include "ui/handlers.h"
+
+#include "app/edition.h"
+#include "convert/conversion.h"
+#include "discover/search.h"
+
+#include <algorithm>
+
+namespace {
+
+// Points the directory list at a folder; one that cannot be shown is told.
+bool showfolder(Form1& form, const std::string& path) {
+  const auto shown = form.Dir1.setpath(path);
+  if (!shown) form.screen.messagebox(shown.failure().text());
+  return bool(shown);
+}
+
+void showroot(Form1& form, const std::string& root) {
+  if (root.empty())
+    form.screen.messagebox("There is no folder to show: no edition of the game is selected.");
+  else
+    showfolder(form, root);
+}
+
+void Command1_Click(Form1& form) {
+  findgalaxies(form);
+  form.Command1.setenabled(false);
+  form.Command2.setenabled(true);
+}
+
+void Command2_Click(Form1& form) {
+  fixgalaxies(form);
+  form.Command1.setenabled(true);
+  form.Command2.setenabled(false);
+}
+
+void Command3_Click(Form1& form) { endprogram(form); }
+void Command4_Click(Form1& form) { showroot(form, form.pathlist[1]); }
+void Command5_Click(Form1& form) { showroot(form, form.pathlist[0]); }
+void Command6_Click(Form1& form) { selectedition(form, Edition::base); }
+void Command7_Click(Form1& form) { selectedition(form, Edition::expansion); }
+
+void Dir1_Change(Form1& form) {
+  form.dirpath = form.Dir1.path();
+  form.File1.setpath(form.dirpath);
+}
+
+void Drive1_Change(Form1& form) {
+  form.rootpath = form.Drive1.text().substr(0, 2) + "\\";
+  form.dirpath = form.rootpath;
+  if (showfolder(form, form.dirpath)) {
+    form.File1.setpath(form.dirpath);
+    return;
+  }
+  // A drive that is not ready: all three lists stay at the folder that is shown.
+  form.dirpath = form.Dir1.path();
+  form.Drive1.settext(form.dirpath.substr(0, 2));
+}
+
+struct Handler {
+  Control Form1::*button;
+  void (*click)(Form1&);
+};
+
+constexpr Handler handlers[] = {
+    {&Form1::Command1, Command1_Click}, {&Form1::Command2, Command2_Click},
+    {&Form1::Command3, Command3_Click}, {&Form1::Command4, Command4_Click},
+    {&Form1::Command5, Command5_Click}, {&Form1::Command6, Command6_Click},
+    {&Form1::Command7, Command7_Click},
+};
+
+}  // namespace
+
+void press(Form1& form, const Control& button) {
+  if (!button.enabled() || (form.searching && &button != &form.Command3)) return;
+  for (const Handler& handler : handlers)
+    if (&(form.*handler.button) == &button) handler.click(form);
+}
+
+void openfolder(Form1& form, const std::string& path) {
+  if (!form.searching) showfolder(form, path);
+}
+
+void selectdrive(Form1& form, const std::string& drive) {
+  if (!form.searching) form.Drive1.select(drive);
+}
+
+void connectlists(Form1& form) {
+  form.Dir1.changed = [&form] { Dir1_Change(form); };
+  form.Drive1.changed = [&form] { Drive1_Change(form); };
+}

@@ -1,0 +1,15 @@
+// What the window's buttons and lists do.
+#pragma once
+
+#include "form/form1.h"
+
+#include <string>
+
+// The user presses a button, opens a folder in the directory list, selects a drive. While a search
+// runs only the exit button does something.
+void press(Form1& form, const Control& button);
+void openfolder(Form1& form, const std::string& path);
+void selectdrive(Form1& form, const std::string& drive);
+
+// Makes the lists follow one another.
+void connectlists(Form1& form);

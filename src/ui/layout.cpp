@@ -1,0 +1,77 @@
+// The window's design: one table of all controls, which every front end walks.
+#include "ui/layout.h"
+
+#include <algorithm>
+
+namespace {
+
+constexpr Font window = {"MS Sans Serif", 8.25};
+constexpr Font windowbold = {"MS Sans Serif", 8.25, true};
+constexpr Font narrow = {"Arial Narrow", 8.25};
+constexpr Font exitfont = {"MS Sans Serif", 18, true};
+constexpr Font heading = {"MS Sans Serif", 9.75, true};
+constexpr Font big = {"MS Sans Serif", 13.5, true};
+constexpr Font bigitalic = {"MS Sans Serif", 13.5, true, true};
+
+constexpr ControlLayout infolabel(const char* name, const char* caption, int left, int top,
+                                  int width) {
+  return {name, Kind::label, caption, left, top, width, 195, window, Align::left, true, true, true};
+}
+
+constexpr bool disabled = false;
+constexpr bool hidden = false;
+
+constexpr ControlLayout table[] = {
+    {"Drive1", Kind::drivelist, "", 120, 1560, 3855, 315, window},
+    {"File1", Kind::filelist, "", 120, 3840, 3855, 3405, window},
+    {"Dir1", Kind::directorylist, "", 120, 1920, 3855, 1890, window},
+    {"Command1", Kind::button, "find galaxies", 120, 1200, 1335, 255, windowbold},
+    {"Command2", Kind::button, "fix found galaxies", 1440, 1200, 1815, 255, windowbold},
+    {"Command3", Kind::button, "exit", 3240, 1080, 855, 375, exitfont},
+    {"Command4", Kind::button, "program space galaxies", 120, 480, 3855, 255, narrow},
+    {"Command5", Kind::button, "user space galaxies", 120, 720, 3855, 255, narrow},
+    {"Text1", Kind::textbox, "", 4200, 1680, 2895, 5535, window},
+    {"Label1", Kind::label, "stage ", 7200, 600, 855, 375, big},
+    {"Label2", Kind::label, "Please wait processing", 6240, 120, 3855, 375, bigitalic,
+     Align::centre},
+    {"Label3", Kind::label, "of 2", 8520, 600, 735, 375, big},
+    {"Label4", Kind::label, "0", 5040, 1080, 615, 375, big, Align::right},
+    {"Label5", Kind::label, "galaxies out of", 5760, 1080, 2175, 375, big},
+    {"Label6", Kind::label, "0", 7800, 1080, 975, 375, big, Align::right},
+    {"Label7", Kind::label, "updated", 8880, 1080, 1215, 375, big},
+    {"Label8", Kind::label, "0", 8160, 600, 375, 375, big},
+    {"Text2", Kind::textbox, "", 7200, 1680, 2895, 5535, window},
+    {"Label9", Kind::label, "found galaxy files", 4200, 1440, 2775, 255, heading, Align::centre},
+    {"Label10", Kind::label, "fixed galaxy files", 7200, 1440, 2895, 255, heading, Align::centre},
+    infolabel("Label11", "cpu", 120, 240, 270),
+    infolabel("Label12", "cpu ident", 120, 0, 660),
+    infolabel("Label13", "cpulevel", 1560, 240, 600),
+    infolabel("Label14", "cpurev", 2400, 240, 495),
+    infolabel("Label15", "winver", 4080, 720, 465),
+    infolabel("Label16", "winbits", 4080, 960, 480),
+    infolabel("Label17", "cores", 840, 240, 390),
+    infolabel("Label18", "os", 4080, 480, 165),
+    {"Label19", Kind::label, "silent mode the buttons do not work", 4920, 600, 1695, 375, window,
+     Align::centre, true, hidden},
+    {"Command6", Kind::button, "vora/zendrel", 120, 960, 1815, 255, window, Align::left, disabled},
+    {"Command7", Kind::button, "tarnfall", 1920, 960, 1335, 255, window, Align::left, disabled},
+};
+
+const ControlLayout& layoutof(const Control& control) {
+  return *std::find_if(std::begin(table), std::end(table),
+                       [&](const ControlLayout& row) { return control.name() == row.name; });
+}
+
+}  // namespace
+
+std::span<const ControlLayout> layout() { return table; }
+
+void applylayout(Form1& form) {
+  form.setcaption(windowcaption);
+  for (Control* control : form.controls()) {
+    const ControlLayout& row = layoutof(*control);
+    control->settext(row.caption);
+    control->setenabled(row.enabled);
+    control->setvisible(row.visible);
+  }
+}
