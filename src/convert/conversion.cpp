@@ -2,12 +2,11 @@
 #include "convert/conversion.h"
 
 #include "convert/linereader.h"
-#include "convert/matching.h"
 #include "convert/passes.h"
 #include "convert/templates.h"
 #include "form/text.h"
 
-#include <algorithm>
+#include <unordered_set>
 
 namespace {
 
@@ -39,12 +38,15 @@ private:
 
   Form1& form;
   Templates templates;
+  std::unordered_set<std::string> originals;  // lower-cased names of the game's own maps
   double formatver = 0;
   long converted = 0;
   std::vector<std::string> leftalone;
 };
 
 Run::Run(Form1& itsform) : form(itsform), templates(form.files, form.edition) {
+  for (const std::string_view name : form.originalmaps)
+    originals.insert(form.system.lowercase(name));
   const auto version = templates.initnew();
   if (version)
     formatver = *version;
@@ -53,9 +55,7 @@ Run::Run(Form1& itsform) : form(itsform), templates(form.files, form.edition) {
 }
 
 bool Run::isoriginal(const std::string& path) const {
-  const auto& own = form.originalmaps;
-  return std::any_of(own.begin(), own.end(),
-                     [&](std::string_view name) { return samefilename(form.system, path, name); });
+  return originals.contains(form.system.lowercase(filename(path)));
 }
 
 void Run::take(const std::string& path) {

@@ -9,11 +9,6 @@ constexpr std::size_t unreadablefilelines = 1;
 }  // namespace
 
 Result<LineArray> readtext(Files& files, const std::string& path) {
-  const auto name = files.lookup(path, Match::files);
-  if (!name)
-    return name.failure();
-  if (name->empty())
-    return Failure{path, "read it", "the file is missing", true};
   auto text = files.read(path);
   if (!text)
     return text.failure();

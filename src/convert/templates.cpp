@@ -45,11 +45,12 @@ void indexheads(Template& file) {
     file.counts.push_back(count(file.lines[head]));
 }
 
-void fill(Template& file, std::string filename, Result<LineArray> lines) {
+void fill(Template& file, std::string filename, Result<std::string> text) {
   file.filename = std::move(filename);
-  if (!lines)
-    file.failure = lines.failure();
-  file.lines = lines ? std::move(*lines) : LineArray::empty(missingtemplatelines);
+  if (!text)
+    file.failure = text.failure();
+  file.lines =
+      text ? LineArray::split(std::move(*text)) : LineArray::empty(missingtemplatelines);
   indexheads(file);
 }
 
@@ -58,30 +59,30 @@ void fill(Template& file, std::string filename, Result<LineArray> lines) {
 template <class Kind, class Index>
 const Kind* load(Files& files, std::map<std::string, Kind>& loaded, std::string filename,
                  Index index) {
-  auto lines = readtext(files, filename);
+  auto text = files.read(filename);
   const auto before = loaded.find(filename);
-  const bool same = before != loaded.end() && bool(lines) == !before->second.failure &&
-                    (!lines || lines->text() == before->second.lines.text());
+  const bool same = before != loaded.end() && bool(text) == !before->second.failure &&
+                    (!text || *text == before->second.lines.text());
   if (same)
     return &before->second;
-  Kind made = index(filename, std::move(lines));
+  Kind made = index(filename, std::move(text));
   return &(loaded[std::move(filename)] = std::move(made));
 }
 
 }  // namespace
 
-OldTemplate indexold(std::string filename, Result<LineArray> lines) {
+OldTemplate indexold(std::string filename, Result<std::string> text) {
   OldTemplate file;
-  fill(file, std::move(filename), std::move(lines));
+  fill(file, std::move(filename), std::move(text));
   for (std::size_t i = 0; i < file.lines.size(); ++i)
     file.index.add(file.lines[i], i);
   file.index.finish();
   return file;
 }
 
-NewTemplate indexnew(std::string filename, Result<LineArray> lines) {
+NewTemplate indexnew(std::string filename, Result<std::string> text) {
   NewTemplate file;
-  fill(file, std::move(filename), std::move(lines));
+  fill(file, std::move(filename), std::move(text));
   for (const std::string_view line : file.lines)
     file.output.push_back(outputline(line));
   return file;

@@ -46,9 +46,9 @@ struct NewTemplate : Template {
   std::vector<OutputLine> output;  // one for each line of the file
 };
 
-// What a template is made from: its lines, or the failure to read them.
-OldTemplate indexold(std::string filename, Result<LineArray> lines);
-NewTemplate indexnew(std::string filename, Result<LineArray> lines);
+// A template is made from its text, or from the failure to read it.
+OldTemplate indexold(std::string filename, Result<std::string> text);
+NewTemplate indexnew(std::string filename, Result<std::string> text);
 
 // The templates of one conversion run. Files are read anew at each call; what is derived from them
 // is made anew only when their bytes have changed.

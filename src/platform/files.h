@@ -53,7 +53,7 @@ public:
   // for a drive root. Fails when there is no such folder.
   virtual Result<std::string> fullpath(const std::string& folder) = 0;
 
-  // A file's whole content.
+  // A file's whole content. What `lookup` does not match as a file counts as missing.
   virtual Result<std::string> read(const std::string& path) = 0;
 
   // Makes a text file anew, or adds to its end. Neither goes through a link.

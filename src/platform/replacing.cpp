@@ -54,19 +54,30 @@ Result<Done> Replacing::checkmap() {
 }
 
 // The name on the disk of a companion, which may be spelled in another letter case there.
-std::string Replacing::spelled(const std::string& path) {
+Result<std::string> Replacing::companion(const std::string& path) {
   const std::string name = nameof(path);
-  const std::string found = folder.spelled(name);
-  return found.empty() ? name : found;
+  std::string found = folder.spelled(name);
+  if (found.empty())
+    return name;
+  if (folder.kindof(found) == MapFolder::Kind::folder)
+    return Failure{replacement.map, "convert it", "a folder has the name " + name};
+  return found;
 }
 
+// Looks every name up once, before the first change to the folder.
 Result<Done> Replacing::checkcompanions() {
-  std::vector<std::string> paths{replacement.backup};
-  for (const NewFile& file : replacement.files)
-    paths.push_back(file.path);
-  for (const std::string& path : paths)
-    if (!path.empty() && folder.kindof(spelled(path)) == MapFolder::Kind::folder)
-      return Failure{replacement.map, "convert it", "a folder has the name " + nameof(path)};
+  for (const NewFile& file : replacement.files) {
+    auto name = file.path == replacement.map ? mapname : companion(file.path);
+    if (!name)
+      return name.failure();
+    names.push_back(*std::move(name));
+  }
+  if (replacement.backup.empty())
+    return Done{};
+  auto backup = companion(replacement.backup);
+  if (!backup)
+    return backup.failure();
+  backupname = *std::move(backup);
   return Done{};
 }
 
@@ -75,37 +86,37 @@ Result<Done> Replacing::prepare() {
     auto written = folder.writetemporary(file.text, mapname);
     if (!written)
       return failure("write " + nameof(file.path), written.failure());
-    prepared.push_back({Temporary(folder, *std::move(written)), spelled(file.path)});
+    prepared.emplace_back(folder, *std::move(written));
   }
   return Done{};
 }
 
 Result<Done> Replacing::commit() {
-  for (Prepared& next : prepared) {
-    const bool ismap = !replacement.backup.empty() && &next == &prepared.back();
+  for (std::size_t i = 0; i < prepared.size(); ++i) {
+    const bool ismap = !replacement.backup.empty() && i + 1 == prepared.size();
     if (ismap)
       if (auto kept = keepbackup(); !kept)
         return kept;
-    const auto taken = next.file.take(next.name, ismap ? spelled(replacement.backup) : "");
+    const auto taken = prepared[i].take(names[i], ismap ? backupname : "");
     if (!taken)
-      return failure("write " + next.name, taken.failure());
+      return failure("write " + names[i], taken.failure());
   }
   return Done{};
 }
 
 // Sees to it that the map has its backup name too.
 Result<Done> Replacing::keepbackup() {
-  const std::string name = spelled(replacement.backup);
-  if (folder.kindof(name) != MapFolder::Kind::nothing) {
-    const auto isbackup = holdsmap(name);
+  if (folder.kindof(backupname) != MapFolder::Kind::nothing) {
+    const auto isbackup = holdsmap(backupname);
     if (!isbackup)
       return isbackup.failure();
     if (*isbackup)
       return Done{};
-    if (auto moved = moveaside(name); !moved)
+    if (auto moved = moveaside(backupname); !moved)
       return moved;
   }
-  return makebackup(nameof(replacement.backup));
+  backupname = nameof(replacement.backup);
+  return makebackup(backupname);
 }
 
 // Whether a backup holds just what the map holds, flushed to the disk.

@@ -37,11 +37,6 @@ private:
     std::string name;  // empty when there is no file
   };
 
-  // A file that waits to take its name.
-  struct Prepared {
-    Temporary file;
-    std::string name;
-  };
 
   Result<Done> checkmap();
   Result<Done> checkcompanions();
@@ -51,11 +46,16 @@ private:
   Result<bool> holdsmap(const std::string& name);
   Result<Done> moveaside(const std::string& name);
   Result<Done> makebackup(const std::string& name);
-  std::string spelled(const std::string& path);
+  Result<std::string> companion(const std::string& path);
   Failure failure(const std::string& action, const MapFolder::Reason& reason) const;
 
   MapFolder& folder;
   const std::string mapname;
   const Replacement& replacement;
-  std::vector<Prepared> prepared;
+
+  // The names on the disk of what is put in place, in order, and of the backup, which may be there
+  // already; and the files that wait to take the names.
+  std::vector<std::string> names;
+  std::string backupname;
+  std::vector<Temporary> prepared;
 };

@@ -79,6 +79,7 @@ TEST_F(Conversion, LeavesMapsAloneThatNeedNothing) {
   add("current.galaxy", "MAP\r\nversion 4\r\nship Foo\r\n");
   add("newer.galaxy", "MAP\r\nversion 12\r\nship Foo\r\n");
   add("OWN.galaxy", oldmap);
+  add("\xC3\x89TOILE.galaxy", oldmap);
   const Tree before = tree(maps);
   fix();
   EXPECT_EQ(tree(maps), before);

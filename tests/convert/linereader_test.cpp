@@ -14,7 +14,8 @@ class LockedFiles : public PrefixFiles {
 public:
   using PrefixFiles::PrefixFiles;
   Result<std::string> read(const std::string& path) override {
-    return Failure{path, "read it", "locked"};
+    auto text = PrefixFiles::read(path);
+    return text ? Failure{path, "read it", "locked"} : text;
   }
 };
 

@@ -1,7 +1,6 @@
 // Which template line and section a map line belongs to.
 #include "convert/matching.h"
 
-#include "tests/support/fakesystem.h"
 #include "tests/support/maketemplates.h"
 
 #include <gtest/gtest.h>
@@ -64,12 +63,4 @@ TEST(Matching, AgreesWithThePlainDefinition) {
       ASSERT_EQ(index.find(line), expected) << line;
     }
   }
-}
-
-TEST(Matching, FileNamesIgnoreLetterCase) {
-  FakeSystem system;
-  EXPECT_TRUE(samefilename(system, "C:\\Maps\\Alpha.Galaxy", "alpha.galaxy"));
-  EXPECT_TRUE(samefilename(system, "C:\\\xC3\x89toile.galaxy", "\xC3\xA9TOILE.galaxy"));
-  EXPECT_FALSE(samefilename(system, "C:\\Maps\\alpha.galaxy", "alpha.galaxy "));
-  EXPECT_FALSE(samefilename(system, "C:\\Maps\\alpha.galaxy", ""));
 }

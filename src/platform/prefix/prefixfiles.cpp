@@ -139,15 +139,21 @@ Result<std::string> PrefixFiles::fullpath(const std::string& folder) {
 }
 
 Result<std::string> PrefixFiles::read(const std::string& path) {
+  const Failure missing{path, "read it", "the file is missing", true};
   const auto location = paths.find(path);
   if (!location)
-    return location.failure();
+    return location.failure().missing ? missing : location.failure();
+  if (!location->exists || ishidden(location->name) || path.ends_with("\\.") ||
+      path.ends_with('\\'))
+    return missing;
   const Handle file = openpath(location->path(), O_RDONLY | O_NONBLOCK);
   struct stat status;
+  if (!file && errno == ENOENT)  // a link that leads nowhere
+    return missing;
   if (!file || ::fstat(file.get(), &status) != 0)
     return failure(path, "read it");
   if (!S_ISREG(status.st_mode))
-    return Failure{path, "read it", "it is not an ordinary file"};
+    return missing;
   std::string text(static_cast<std::size_t>(status.st_size), '\0');
   const auto length = readall(file, text.data(), text.size());
   if (!length)

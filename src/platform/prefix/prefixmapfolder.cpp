@@ -1,6 +1,7 @@
 // The steps of a replacement, in a folder of a Windows machine that is kept in a folder.
 #include "platform/prefix/prefixmapfolder.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 
@@ -68,19 +69,18 @@ MapFolder::Answer<bool> PrefixMapFolder::holds(const std::string& name, std::str
   struct stat status;
   if (!file || ::fstat(file.get(), &status) != 0)
     return lasterror();
-  if (!S_ISREG(status.st_mode))
+  if (!S_ISREG(status.st_mode) || static_cast<std::size_t>(status.st_size) != text.size())
     return false;
   char buffer[1 << 16];
-  while (true) {
-    const auto length = readall(file, buffer, sizeof buffer);
+  while (!text.empty()) {
+    const auto length = readall(file, buffer, std::min(sizeof buffer, text.size()));
     if (!length)
       return lasterror();
-    if (!text.starts_with(std::string_view(buffer, *length)))
+    if (*length == 0 || !text.starts_with(std::string_view(buffer, *length)))
       return false;
     text.remove_prefix(*length);
-    if (*length < sizeof buffer)
-      return text.empty();
   }
+  return true;
 }
 
 MapFolder::Answer<Done> PrefixMapFolder::flush(const std::string& name) {

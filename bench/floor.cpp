@@ -1,0 +1,40 @@
+// The least that a conversion can cost: each map below a folder is read and replaced by itself, with
+// the care that the program takes, and nothing is looked at in between.
+#include "platform/prefix/prefixfiles.h"
+
+#include <cstdio>
+#include <filesystem>
+
+namespace fs = std::filesystem;
+
+namespace {
+
+Result<Done> replacebyitself(Files& files, const std::string& map) {
+  const auto text = files.read(map);
+  if (!text)
+    return text.failure();
+  return files.replace({map, *text, {{map, *text}}, map.substr(0, map.size() - 3) + "old"});
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  if (argc != 2) {
+    std::fputs("usage: floor FOLDER\n", stderr);
+    return 2;
+  }
+  const Machine machine = findmachine();
+  PrefixFiles files(machine);
+  const Paths paths(machine);
+  std::vector<std::string> maps;
+  for (const auto& entry : fs::recursive_directory_iterator(fs::canonical(argv[1])))
+    if (entry.path().extension() == ".galaxy")
+      maps.push_back(paths.windowspath(entry.path().string()));
+  for (const std::string& map : maps) {
+    if (const auto done = replacebyitself(files, map); !done) {
+      std::fputs((done.failure().text() + "\n").c_str(), stderr);
+      return 1;
+    }
+  }
+  return 0;
+}
