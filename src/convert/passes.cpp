@@ -7,30 +7,45 @@
 
 namespace {
 
-// A map on its way into the new format: what is written so far, and the line in hand.
+// A map on its way into the new format: what is written so far, and the line in hand. Lines that are
+// carried over wait, so that a run of them is copied in one piece.
 struct Pass {
   const OldTemplate& oldtemplate;
   const NewTemplate& newtemplate;
   const LineArray& galaxylines;
   std::string out;
   std::size_t k = 0;
+  std::size_t waiting = 0;  // the first line that waits; `k` when none does
 
   std::size_t match(std::size_t line) const { return matchline(oldtemplate, galaxylines[line]); }
 
-  void carryover() { writeline(out, galaxylines[k++]); }
+  void carryover() { ++k; }
+
+  void writewaiting() {
+    if (waiting < k)
+      writeline(out, galaxylines.piece(waiting, k));
+    waiting = k;
+  }
+
+  std::string finish() {
+    writewaiting();
+    return std::move(out);
+  }
 
   // Writes the section of template line `t` and steps over the block. A block of less than one
   // line leaves the line in hand to be carried over, so that nothing is lost.
   std::optional<TemplateError> rewrite(std::size_t t) {
+    writewaiting();
     const auto count =
         rewritesection(oldtemplate, newtemplate, sectionof(oldtemplate, t), galaxylines, k, out);
     if (!count)
       return count.failure();
-    if (*count < 1)
+    if (*count < 1) {
       carryover();
-    else
-      k += static_cast<std::size_t>(
-          std::min(*count, static_cast<long long>(galaxylines.size() - k)));
+      return std::nullopt;
+    }
+    k += static_cast<std::size_t>(std::min(*count, static_cast<long long>(galaxylines.size() - k)));
+    waiting = k;
     return std::nullopt;
   }
 };
@@ -40,7 +55,8 @@ struct Pass {
 Result<std::string, TemplateError> firstpass(const OldTemplate& oldtemplate,
                                              const NewTemplate& newtemplate,
                                              const LineArray& galaxylines) {
-  Pass pass{oldtemplate, newtemplate, galaxylines, {}, 0};
+  Pass pass{oldtemplate, newtemplate, galaxylines, {}};
+  pass.out.reserve(galaxylines.text().size());
   while (pass.k < galaxylines.size()) {
     const std::size_t t = pass.match(pass.k);
     if (t == 0)
@@ -48,13 +64,14 @@ Result<std::string, TemplateError> firstpass(const OldTemplate& oldtemplate,
     else if (auto error = pass.rewrite(t))
       return *std::move(error);
   }
-  return std::move(pass.out);
+  return pass.finish();
 }
 
 Result<std::string, TemplateError> fixpass(const OldTemplate& oldtemplate,
                                            const NewTemplate& newtemplate,
                                            const LineArray& galaxylines) {
-  Pass pass{oldtemplate, newtemplate, galaxylines, {}, 0};
+  Pass pass{oldtemplate, newtemplate, galaxylines, {}};
+  pass.out.reserve(galaxylines.text().size());
   while (pass.k + 2 < galaxylines.size()) {
     const std::size_t t = pass.match(pass.k);
     if (t == 0 || pass.match(pass.k + 1) == 0 || pass.match(pass.k + 2) == 0)
@@ -64,5 +81,5 @@ Result<std::string, TemplateError> fixpass(const OldTemplate& oldtemplate,
   }
   for (int last = 0; last < 2 && pass.k < galaxylines.size(); ++last)
     pass.carryover();
-  return std::move(pass.out);
+  return pass.finish();
 }

@@ -1,11 +1,17 @@
 // The lines of a text file.
 #include "form/linearray.h"
 
-#include <algorithm>
-
 namespace {
 
 constexpr std::string_view lineend = "\r\n";
+
+// How often the character that ends a line stands in a text, alone or not.
+std::size_t countlinefeeds(std::string_view text) {
+  std::size_t count = 0;
+  for (auto at = text.find('\n'); at != std::string_view::npos; at = text.find('\n', at + 1))
+    ++count;
+  return count;
+}
 
 std::string_view withoutlineends(std::string_view text) {
   while (text.ends_with(lineend))
@@ -21,13 +27,22 @@ LineArray LineArray::split(std::string text) {
   std::string_view rest = withoutlineends(*array.content);
   if (rest.empty())
     return array;
-  array.lines.reserve(1 + static_cast<std::size_t>(std::count(rest.begin(), rest.end(), '\n')));
-  for (auto end = rest.find(lineend); end != std::string_view::npos; end = rest.find(lineend)) {
-    array.lines.push_back(rest.substr(0, end));
-    rest.remove_prefix(end + lineend.size());
+  array.lines.reserve(1 + countlinefeeds(rest));
+  std::size_t begin = 0;
+  for (auto at = rest.find('\n'); at != std::string_view::npos; at = rest.find('\n', at + 1)) {
+    if (at == begin || rest[at - 1] != '\r')
+      continue;
+    array.lines.push_back(rest.substr(begin, at - 1 - begin));
+    begin = at + 1;
   }
-  array.lines.push_back(rest);
+  array.lines.push_back(rest.substr(begin));
   return array;
+}
+
+std::string_view LineArray::piece(std::size_t from, std::size_t to) const {
+  const char* const begin = lines[from].data();
+  const char* const end = lines[to - 1].data() + lines[to - 1].size();
+  return {begin, static_cast<std::size_t>(end - begin)};
 }
 
 LineArray LineArray::empty(std::size_t count) {

@@ -53,13 +53,12 @@ Result<Done> Replacing::checkmap() {
   return Done{};
 }
 
-// The name on the disk of a companion, which may be spelled in another letter case there.
-Result<std::string> Replacing::companion(const std::string& path) {
+// The name on the disk of a companion, which may be spelled in another letter case there; empty when
+// there is none.
+Result<std::string> Replacing::spelled(const std::string& path) {
   const std::string name = nameof(path);
   std::string found = folder.spelled(name);
-  if (found.empty())
-    return name;
-  if (folder.kindof(found) == MapFolder::Kind::folder)
+  if (!found.empty() && folder.kindof(found) == MapFolder::Kind::folder)
     return Failure{replacement.map, "convert it", "a folder has the name " + name};
   return found;
 }
@@ -67,14 +66,14 @@ Result<std::string> Replacing::companion(const std::string& path) {
 // Looks every name up once, before the first change to the folder.
 Result<Done> Replacing::checkcompanions() {
   for (const NewFile& file : replacement.files) {
-    auto name = file.path == replacement.map ? mapname : companion(file.path);
+    const auto name = file.path == replacement.map ? mapname : spelled(file.path);
     if (!name)
       return name.failure();
-    names.push_back(*std::move(name));
+    names.push_back(name->empty() ? nameof(file.path) : *name);
   }
   if (replacement.backup.empty())
     return Done{};
-  auto backup = companion(replacement.backup);
+  auto backup = spelled(replacement.backup);
   if (!backup)
     return backup.failure();
   backupname = *std::move(backup);
@@ -106,7 +105,7 @@ Result<Done> Replacing::commit() {
 
 // Sees to it that the map has its backup name too.
 Result<Done> Replacing::keepbackup() {
-  if (folder.kindof(backupname) != MapFolder::Kind::nothing) {
+  if (!backupname.empty()) {
     const auto isbackup = holdsmap(backupname);
     if (!isbackup)
       return isbackup.failure();

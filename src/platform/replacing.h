@@ -46,15 +46,15 @@ private:
   Result<bool> holdsmap(const std::string& name);
   Result<Done> moveaside(const std::string& name);
   Result<Done> makebackup(const std::string& name);
-  Result<std::string> companion(const std::string& path);
+  Result<std::string> spelled(const std::string& path);
   Failure failure(const std::string& action, const MapFolder::Reason& reason) const;
 
   MapFolder& folder;
   const std::string mapname;
   const Replacement& replacement;
 
-  // The names on the disk of what is put in place, in order, and of the backup, which may be there
-  // already; and the files that wait to take the names.
+  // The names on the disk of what is put in place, in order, and of a backup that is there already,
+  // empty when there is none; and the files that wait to take the names.
   std::vector<std::string> names;
   std::string backupname;
   std::vector<Temporary> prepared;

@@ -121,18 +121,30 @@ Result<Paths::Parsed> Paths::parse(const std::string& path) const {
   return parsed;
 }
 
+Location Paths::exactly(const Parsed& parsed) {
+  Location exact{parsed.root, ""};
+  for (const std::string& component : parsed.components) {
+    if (!exact.name.empty())
+      exact.folder.append("/").append(exact.name);
+    exact.name = component;
+  }
+  return exact;
+}
+
+Result<Location> Paths::exact(const std::string& path) const {
+  const auto parsed = parse(path);
+  if (!parsed)
+    return parsed.failure();
+  return exactly(*parsed);
+}
+
 Result<Location> Paths::find(const std::string& path) const {
   const auto parsed = parse(path);
   if (!parsed)
     return parsed.failure();
-  if (parsed->components.empty())
-    return Location{parsed->root, "", true};
-  Location exact{parsed->root, parsed->components.back(), true};
-  for (std::size_t i = 0; i + 1 < parsed->components.size(); ++i)
-    exact.folder += "/" + parsed->components[i];
-  if (existsat(exact.path()))
+  if (Location exact = exactly(*parsed); exact.name.empty() || existsat(exact.path()))
     return exact;
-  Location found{parsed->root, "", true};
+  Location found{parsed->root, ""};
   for (const std::string& component : parsed->components) {
     if (!found.name.empty())
       found.folder += "/" + found.name;

@@ -13,7 +13,7 @@
 struct Location {
   std::string folder;   // POSIX path of the folder that holds it, without "/" at its end
   std::string name;     // its own name, spelled as on the disk; empty for the root of a drive
-  bool exists = false;  // whether there is an entry of that name, of whatever kind
+  bool exists = true;   // whether there is an entry of that name, of whatever kind
 
   std::string path() const { return name.empty() ? folder + "/" : folder + "/" + name; }
 };
@@ -21,6 +21,10 @@ struct Location {
 class Paths {
 public:
   explicit Paths(const Machine& machine);
+
+  // Where a Windows path leads if all its names are spelled as on the disk; the disk is not asked.
+  // Fails when its drive is not there, and when Windows would not allow one of its names.
+  Result<Location> exact(const std::string& path) const;
 
   // Finds what a Windows path names, letter case ignored. Fails when its drive or a folder on the
   // way is not there, and when Windows would not allow one of its names.
@@ -40,6 +44,7 @@ private:
     std::vector<std::string> components;  // those of a relative name's folder included
   };
 
+  static Location exactly(const Parsed& parsed);
   Result<Parsed> parse(const std::string& path) const;
   Result<std::string> driveroot(const std::string& path) const;
 

@@ -66,14 +66,29 @@ std::optional<Entry> entryof(const Handle& folder, const char* name, unsigned ch
   return Entry{name, *kind, !known || S_ISLNK(status.st_mode)};
 }
 
-Result<Handle> openfolder(const Paths& paths, const std::string& folder) {
-  const auto location = paths.find(folder);
+// An open file or folder, and where it is.
+struct Opened {
+  Handle handle;
+  Location location;
+};
+
+// Opens what a path names. Most names are spelled as on the disk, so that is tried first. `action`
+// tells what the caller is about to do.
+Result<Opened> open(const Paths& paths, const std::string& path, int flags, const char* action) {
+  if (auto exact = paths.exact(path))
+    if (Handle handle = openpath(exact->path(), flags))
+      return Opened{std::move(handle), *std::move(exact)};
+  auto location = paths.find(path);
   if (!location)
     return location.failure();
-  Handle open = openpath(location->path(), O_RDONLY | O_DIRECTORY);
-  if (!open)
-    return failure(folder, "open the folder");
-  return open;
+  Handle handle = openpath(location->path(), flags);
+  if (!handle)
+    return failure(path, action);
+  return Opened{std::move(handle), *std::move(location)};
+}
+
+Result<Opened> openfolder(const Paths& paths, const std::string& folder) {
+  return open(paths, folder, O_RDONLY | O_DIRECTORY, "open the folder");
 }
 
 Result<Done> writetext(const Paths& paths, const std::string& path, std::string_view text,
@@ -114,14 +129,15 @@ Result<std::string> PrefixFiles::lookup(const std::string& path, Match match) {
 }
 
 Result<std::vector<Entry>> PrefixFiles::list(const std::string& folder, std::string_view pattern) {
-  const auto open = openfolder(paths, folder);
-  if (!open)
-    return open.failure();
-  if (iskernels(*open))
+  const auto opened = openfolder(paths, folder);
+  if (!opened)
+    return opened.failure();
+  const Handle& handle = opened->handle;
+  if (iskernels(handle))
     return Failure{folder, "list the folder", "it is the system's own"};
   std::vector<Entry> entries;
-  const bool complete = eachname(*open, [&](const char* name, unsigned char type) {
-    if (auto entry = entryof(*open, name, type, pattern))
+  const bool complete = eachname(handle, [&](const char* name, unsigned char type) {
+    if (auto entry = entryof(handle, name, type, pattern))
       entries.push_back(*std::move(entry));
   });
   if (!complete)
@@ -131,31 +147,25 @@ Result<std::vector<Entry>> PrefixFiles::list(const std::string& folder, std::str
 }
 
 Result<std::string> PrefixFiles::fullpath(const std::string& folder) {
-  const auto open = openfolder(paths, folder);
-  if (!open)
-    return open.failure();
-  const auto location = paths.find(folder);
-  return paths.windowspath(location->path(), folder[0]);
+  const auto opened = openfolder(paths, folder);
+  if (!opened)
+    return opened.failure();
+  return paths.windowspath(opened->location.path(), folder[0]);
 }
 
 Result<std::string> PrefixFiles::read(const std::string& path) {
   const Failure missing{path, "read it", "the file is missing", true};
-  const auto location = paths.find(path);
-  if (!location)
-    return location.failure().missing ? missing : location.failure();
-  if (!location->exists || ishidden(location->name) || path.ends_with("\\.") ||
+  const auto opened = open(paths, path, O_RDONLY | O_NONBLOCK, "read it");
+  if (!opened)
+    return opened.failure().missing ? missing : opened.failure();
+  struct stat status;
+  if (::fstat(opened->handle.get(), &status) != 0)
+    return failure(path, "read it");
+  if (!S_ISREG(status.st_mode) || ishidden(opened->location.name) || path.ends_with("\\.") ||
       path.ends_with('\\'))
     return missing;
-  const Handle file = openpath(location->path(), O_RDONLY | O_NONBLOCK);
-  struct stat status;
-  if (!file && errno == ENOENT)  // a link that leads nowhere
-    return missing;
-  if (!file || ::fstat(file.get(), &status) != 0)
-    return failure(path, "read it");
-  if (!S_ISREG(status.st_mode))
-    return missing;
   std::string text(static_cast<std::size_t>(status.st_size), '\0');
-  const auto length = readall(file, text.data(), text.size());
+  const auto length = readall(opened->handle, text.data(), text.size());
   if (!length)
     return failure(path, "read it");
   text.resize(*length);
