@@ -7,8 +7,8 @@
 
 namespace {
 
-// A map on its way into the new format: what is written so far, and the line in hand. Lines that are
-// carried over wait, so that a run of them is copied in one piece.
+// A map on its way into the new format: what is written so far, and the line in hand. Lines that
+// are carried over wait, so that a run of them is copied in one piece.
 struct Pass {
   const OldTemplate& oldtemplate;
   const NewTemplate& newtemplate;

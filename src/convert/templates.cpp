@@ -49,8 +49,7 @@ void fill(Template& file, std::string filename, Result<std::string> text) {
   file.filename = std::move(filename);
   if (!text)
     file.failure = text.failure();
-  file.lines =
-      text ? LineArray::split(std::move(*text)) : LineArray::empty(missingtemplatelines);
+  file.lines = text ? LineArray::split(std::move(*text)) : LineArray::empty(missingtemplatelines);
   indexheads(file);
 }
 

@@ -27,8 +27,8 @@ public:
     return index < lines.size() ? lines[index] : std::string_view();
   }
 
-  // Lines `from` up to but without `to`, one at least, of a text that was split: as they stand in it,
-  // with the line ends between them.
+  // Lines `from` up to but without `to`, one at least, of a text that was split: as they stand in
+  // it, with the line ends between them.
   std::string_view piece(std::size_t from, std::size_t to) const;
 
   auto begin() const { return lines.begin(); }

@@ -53,8 +53,8 @@ Result<Done> Replacing::checkmap() {
   return Done{};
 }
 
-// The name on the disk of a companion, which may be spelled in another letter case there; empty when
-// there is none.
+// The name on the disk of a companion, which may be spelled in another letter case there; empty
+// when there is none.
 Result<std::string> Replacing::spelled(const std::string& path) {
   const std::string name = nameof(path);
   std::string found = folder.spelled(name);

@@ -37,7 +37,6 @@ private:
     std::string name;  // empty when there is no file
   };
 
-
   Result<Done> checkmap();
   Result<Done> checkcompanions();
   Result<Done> prepare();

@@ -3,9 +3,6 @@
 
 #include "platform/prefix/lettercase.h"
 
-#include <cerrno>
-#include <memory>
-
 #include <dirent.h>
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -18,7 +15,7 @@ std::size_t hash(std::string_view name) { return std::hash<std::string>()(lowerc
 std::string findfolded(const Handle& folder, const std::string& name) {
   const std::string wanted = lowercase(name);
   std::string found;
-  eachname(folder, [&](const char* other, unsigned char) {
+  eachname(opennameat(folder, ".", O_RDONLY | O_DIRECTORY), [&](const char* other, unsigned char) {
     if (lowercase(other) == wanted && (found.empty() || other < found))
       found = other;
   });
@@ -33,21 +30,19 @@ bool hasname(const Handle& folder, const std::string& name) {
 }  // namespace
 
 bool eachname(const Handle& folder, const Visit& visit) {
-  Handle own = opennameat(folder, ".", O_RDONLY | O_DIRECTORY);
-  if (!own)
-    return false;
-  const std::unique_ptr<DIR, int (*)(DIR*)> stream(::fdopendir(own.get()), ::closedir);
-  if (!stream)
-    return false;
-  own.release();
-  errno = 0;
-  while (const dirent* entry = ::readdir(stream.get())) {
-    const std::string_view name = entry->d_name;
-    if (name != "." && name != "..")
-      visit(entry->d_name, entry->d_type);
-    errno = 0;
+  alignas(dirent64) char buffer[1 << 15];
+  while (true) {
+    const ssize_t length = ::getdents64(folder.get(), buffer, sizeof buffer);
+    if (length <= 0)
+      return length == 0;
+    for (ssize_t at = 0; at < length;) {
+      const auto* const entry = reinterpret_cast<const dirent64*>(buffer + at);
+      const std::string_view name = entry->d_name;
+      if (name != "." && name != "..")
+        visit(entry->d_name, entry->d_type);
+      at += entry->d_reclen;
+    }
   }
-  return errno == 0;
 }
 
 std::string findname(const Handle& folder, const std::string& name) {
@@ -64,7 +59,8 @@ FolderNames::Stamp FolderNames::stampof(const Handle& folder) {
 void FolderNames::read(const Handle& folder) {
   hashes.clear();
   stamp = stampof(folder);
-  eachname(folder, [&](const char* name, unsigned char) { hashes.insert(hash(name)); });
+  eachname(opennameat(folder, ".", O_RDONLY | O_DIRECTORY),
+           [&](const char* name, unsigned char) { hashes.insert(hash(name)); });
 }
 
 std::string FolderNames::find(const Handle& folder, const std::string& name) {

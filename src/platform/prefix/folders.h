@@ -8,8 +8,9 @@
 #include <string>
 #include <unordered_set>
 
-// Calls `visit` with each name of an open folder, "." and ".." left out, and its type as readdir
-// gives it (DT_REG, DT_DIR, ...). False, with errno set, when the folder cannot be read to its end.
+// Calls `visit` with each name of a folder that was just opened for reading, "." and ".." left out,
+// and its type (DT_REG, DT_DIR, ...). False, with errno set, when the folder cannot be read to its
+// end.
 using Visit = std::function<void(const char* name, unsigned char type)>;
 bool eachname(const Handle& folder, const Visit& visit);
 

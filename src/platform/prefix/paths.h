@@ -11,9 +11,9 @@
 
 // Where a path leads.
 struct Location {
-  std::string folder;   // POSIX path of the folder that holds it, without "/" at its end
-  std::string name;     // its own name, spelled as on the disk; empty for the root of a drive
-  bool exists = true;   // whether there is an entry of that name, of whatever kind
+  std::string folder;  // POSIX path of the folder that holds it, without "/" at its end
+  std::string name;    // its own name, spelled as on the disk; empty for the root of a drive
+  bool exists = true;  // whether there is an entry of that name, of whatever kind
 
   std::string path() const { return name.empty() ? folder + "/" : folder + "/" + name; }
 };
