@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """Times the whole program against what a user would do instead, in turn, and prints the medians.
 
-    compare.py WORKFOLDER --program PROGRAM --floor FLOOR [--rounds N] [--skip NAME]...
+    compare.py convert|search WORKFOLDER --build BUILDFOLDER [--rounds N]
 
 WORKFOLDER holds a machine (`machine`) and its data files (`data`), as `scripts/bench` makes them.
 """
@@ -63,71 +63,98 @@ def makesedscript(data, path):
 
 
 class Contest:
-    def __init__(self, options):
-        self.folder = os.path.abspath(options.folder)
-        self.tree = os.path.join(self.folder, USER)
-        self.data = os.path.join(self.folder, "data")
-        self.copy = os.path.join(self.folder, "copy")
-        script = os.path.join(self.folder, "rules.sed")
-        makesedscript(self.data, script)
-        sed = f'find . -name "*.galaxy" -print0 | xargs -0 sed -i.bak -f "{script}"'
-        convert = [sys.executable, os.path.join(HERE, "convert.py"), self.tree, "--edition", "v"]
-        everyone = {
-            "program": ([os.path.abspath(options.program), "/silent"], self.data),
-            "floor": ([os.path.abspath(options.floor), self.tree], self.data),
-            "cp -r": (["cp", "-r", self.tree, self.copy], self.folder),
-            "sed -i.bak": (["sh", "-c", sed], self.tree),
-            "convert.py": ([*convert, "--data", self.data], self.folder),
-        }
-        self.contenders = {name: how for name, how in everyone.items() if name not in options.skip}
-        self.environment = dict(os.environ, WINEPREFIX=os.path.join(self.folder, "machine"))
-        self.results = {name: [] for name in self.contenders}
-        self.largest = max(os.path.getsize(path) for path in each(self.tree, ".galaxy"))
+    """Contenders that have their turns; `restore` puts the tree back after each."""
 
-    def turn(self, name):
-        command, folder = self.contenders[name]
-        os.sync()
-        measured = run(command, folder, self.environment)
-        result = digest(self.tree) if name in ("program", "convert.py") else None
-        restore(self.tree)
-        shutil.rmtree(self.copy, ignore_errors=True)
-        return measured, result
+    def __init__(self, contenders, environment, restored=lambda: None):
+        self.contenders = contenders
+        self.environment = environment
+        self.restored = restored
+        self.results = {name: [] for name in contenders}
 
     def play(self, rounds):
-        digests = set()
         for _ in range(rounds):
-            for name in self.contenders:
-                measured, result = self.turn(name)
-                self.results[name].append(measured)
-                digests.update({result} - {None})
-        if len(digests) != 1:
-            sys.exit("the program and convert.py do not give the same maps")
+            for name, (command, folder) in self.contenders.items():
+                os.sync()
+                self.results[name].append(run(command, folder, self.environment))
+                self.restored()
 
     def median(self, name, which):
         return statistics.median(measured[which] for measured in self.results[name])
 
     def tell(self):
-        print(f"{'':12} {'wall s':>8} {'cpu s':>8} {'MB':>6} {'program/it, wall':>17} {'cpu':>6}")
+        first = next(iter(self.contenders))
+        print(f"{'':12} {'wall s':>8} {'cpu s':>8} {'MB':>6} {first + '/it: wall':>14} {'cpu':>6}")
         for name in self.contenders:
             wall, cpu, memory = (self.median(name, which) for which in range(3))
-            ratios = [self.median("program", which) / max(self.median(name, which), 1e-9)
+            ratios = [self.median(first, which) / max(self.median(name, which), 1e-9)
                       for which in range(2)]
             print(f"{name:12} {wall:8.3f} {cpu:8.3f} {memory / 2**20:6.1f} "
-                  f"{ratios[0]:17.2f} {ratios[1]:6.2f}")
-        print(f"largest map: {self.largest / 2**20:.2f} MB")
+                  f"{ratios[0]:14.2f} {ratios[1]:6.2f}")
+
+
+def checkresults(contenders, environment, tree):
+    """The yardstick must do the same work: both converters must leave the same bytes."""
+    digests = []
+    for name in ("program", "convert.py"):
+        command, folder = contenders[name]
+        run(command, folder, environment)
+        digests.append(digest(tree))
+        restore(tree)
+    if digests[0] != digests[1]:
+        sys.exit("the program and convert.py do not give the same maps")
+
+
+def convert(folder, build, environment, rounds):
+    tree, data, copy = (os.path.join(folder, name) for name in (USER, "data", "copy"))
+    script = os.path.join(folder, "rules.sed")
+    makesedscript(data, script)
+    sed = f'find . -name "*.galaxy" -print0 | xargs -0 sed -i.bak -f "{script}"'
+    python = [sys.executable, os.path.join(HERE, "convert.py"), tree, "--edition", "v"]
+    contenders = {
+        "program": ([os.path.join(build, "vora-map-updater"), "/silent"], data),
+        "floor": ([os.path.join(build, "floor"), tree], data),
+        "cp -r": (["cp", "-r", tree, copy], folder),
+        "sed -i.bak": (["sh", "-c", sed], tree),
+        "convert.py": ([*python, "--data", data], folder),
+    }
+    checkresults(contenders, environment, tree)
+
+    def restored():
+        restore(tree)
+        shutil.rmtree(copy, ignore_errors=True)
+
+    contest = Contest(contenders, environment, restored)
+    contest.play(rounds)
+    contest.tell()
+    sizes = [os.path.getsize(path) for path in each(tree, ".galaxy")]
+    print(f"{len(sizes)} maps of {sum(sizes) / 2**20:.1f} MB, the largest {max(sizes) / 2**20:.2f}")
+
+
+def search(folder, build, environment, rounds):
+    tree = os.path.join(folder, USER)
+    find = ["find", tree, "-iname", "*.galaxy"]
+    fd = ["fdfind", "--no-ignore", "-e", "galaxy", ".", tree]
+    contenders = {
+        "search": ([os.path.join(build, "search"), tree], folder),
+        "find": (find, folder),
+        "fd": (fd, folder),
+    }
+    contest = Contest(contenders, environment)
+    contest.play(rounds)
+    contest.tell()
 
 
 def main():
     parser = argparse.ArgumentParser(description="time the program against its peers")
+    parser.add_argument("what", choices=["convert", "search"])
     parser.add_argument("folder")
-    parser.add_argument("--program", required=True)
-    parser.add_argument("--floor", required=True)
+    parser.add_argument("--build", required=True, help="folder of the programs")
     parser.add_argument("--rounds", type=int, default=5)
-    parser.add_argument("--skip", action="append", default=[], help="a contender to leave out")
     options = parser.parse_args()
-    contest = Contest(options)
-    contest.play(options.rounds)
-    contest.tell()
+    folder, build = os.path.abspath(options.folder), os.path.abspath(options.build)
+    environment = dict(os.environ, WINEPREFIX=os.path.join(folder, "machine"))
+    contest = convert if options.what == "convert" else search
+    contest(folder, build, environment, options.rounds)
 
 
 if __name__ == "__main__":

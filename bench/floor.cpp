@@ -1,5 +1,5 @@
-// The least that a conversion can cost: each map below a folder is read and replaced by itself, with
-// the care that the program takes, and nothing is looked at in between.
+// The least that a conversion can cost: each map below a folder is read and replaced by itself,
+// with the care that the program takes, and nothing is looked at in between.
 #include "platform/prefix/prefixfiles.h"
 
 #include <cstdio>

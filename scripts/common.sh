@@ -32,9 +32,9 @@ build() {
 
 # Copies a sample machine and the data files to a folder of their own, and writes the game's
 # executable, whose release is the one that the target file asks for.
-# makesample <base|expansion> <folder>
+# makesample <base|expansion> <folder> [preset]
 makesample() {
-  local name=$1 folder=$2 line=1 executable='Vorakai/Vorakai.exe'
+  local name=$1 folder=$2 preset=${3:-release} line=1 executable='Vorakai/Vorakai.exe'
   if [ "$name" = expansion ]; then
     line=5
     executable='Vorakai Tarnfall/Vorakai Tarnfall.exe'
@@ -43,6 +43,6 @@ makesample() {
   mkdir -p "$folder"
   cp -r "sample/$name" "$folder/machine"
   cp -r data "$folder/data"
-  build/release/makeexe "$folder/machine/drive_c/Program Files (x86)/$executable" \
+  "build/$preset/makeexe" "$folder/machine/drive_c/Program Files (x86)/$executable" \
     "$(sed -n "${line}p" data/targetvoraver.txt | tr -d '\r')"
 }

@@ -155,15 +155,21 @@ std::size_t lineend(std::string_view text, std::size_t from) {
   return at == npos ? text.size() : at + 1;
 }
 
-// The next key at or after `from`, which is the beginning of a line.
+// Where the next line that begins with "[" does, at or after `from`; the text's end when none does.
+// Brackets are rarer than lines.
+std::size_t nextheader(std::string_view text, std::size_t from) {
+  auto at = text.find('[', from);
+  while (at != npos && at > 0 && text[at - 1] != '\n')
+    at = text.find('[', at + 1);
+  return std::min(at, text.size());
+}
+
+// The next key at or after `from`.
 std::optional<Section> nextsection(std::string_view text, std::size_t from) {
-  const bool here = from < text.size() && text[from] == '[';
-  const auto before = here ? 0 : text.find("\n[", from);
-  if (before == npos)
+  const auto begin = nextheader(text, from);
+  if (begin == text.size())
     return std::nullopt;
-  const auto begin = here ? from : before + 1;
-  const auto next = text.find("\n[", begin);
-  return Section{begin, lineend(text, begin), next == npos ? text.size() : next + 1};
+  return Section{begin, lineend(text, begin), nextheader(text, begin + 1)};
 }
 
 // Whether a key's header, without its "[", names the key or (for a subtree) one below it.

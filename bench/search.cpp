@@ -1,0 +1,24 @@
+// The program's search alone: finds the maps below a folder and says how many there are.
+#include "discover/search.h"
+#include "platform/prefix/prefixfiles.h"
+#include "platform/prefix/prefixsystem.h"
+#include "ui/console/consolescreen.h"
+
+#include <cstdio>
+#include <filesystem>
+
+int main(int argc, char** argv) {
+  if (argc != 2) {
+    std::fputs("usage: search FOLDER\n", stderr);
+    return 2;
+  }
+  const Machine machine = findmachine();
+  PrefixFiles files(machine);
+  PrefixSystem system(machine, "");
+  ConsoleScreen screen;
+  Form1 form(files, system, screen);
+  const std::string root = std::filesystem::canonical(argv[1]).string();
+  std::vector<std::string> found{""};
+  findfiles(form, "*.galaxy", Paths(machine).windowspath(root), found);
+  std::printf("%zu\n", found.size() - 1);
+}
