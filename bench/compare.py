@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """Times the whole program against what a user would do instead, in turn, and prints the medians.
 
-    compare.py convert|search WORKFOLDER --build BUILDFOLDER [--rounds N]
+    compare.py convert|script|search WORKFOLDER --build BUILDFOLDER [--rounds N]
 
 WORKFOLDER holds a machine (`machine`) and its data files (`data`), as `scripts/bench` makes them.
 """
@@ -106,18 +106,11 @@ def checkresults(contenders, environment, tree):
 
 def convert(folder, build, environment, rounds):
     tree, data, copy = (os.path.join(folder, name) for name in (USER, "data", "copy"))
-    script = os.path.join(folder, "rules.sed")
-    makesedscript(data, script)
-    sed = f'find . -name "*.galaxy" -print0 | xargs -0 sed -i.bak -f "{script}"'
-    python = [sys.executable, os.path.join(HERE, "convert.py"), tree, "--edition", "v"]
     contenders = {
         "program": ([os.path.join(build, "vora-map-updater"), "/silent"], data),
         "floor": ([os.path.join(build, "floor"), tree], data),
         "cp -r": (["cp", "-r", tree, copy], folder),
-        "sed -i.bak": (["sh", "-c", sed], tree),
-        "convert.py": ([*python, "--data", data], folder),
     }
-    checkresults(contenders, environment, tree)
 
     def restored():
         restore(tree)
@@ -128,6 +121,22 @@ def convert(folder, build, environment, rounds):
     contest.tell()
     sizes = [os.path.getsize(path) for path in each(tree, ".galaxy")]
     print(f"{len(sizes)} maps of {sum(sizes) / 2**20:.1f} MB, the largest {max(sizes) / 2**20:.2f}")
+
+
+def script(folder, build, environment, rounds):
+    tree, data, rules = (os.path.join(folder, name) for name in (USER, "data", "rules.sed"))
+    makesedscript(data, rules)
+    sed = f'find . -name "*.galaxy" -print0 | xargs -0 sed -i.bak -f "{rules}"'
+    python = [sys.executable, os.path.join(HERE, "convert.py"), tree, "--edition", "v"]
+    contenders = {
+        "program": ([os.path.join(build, "vora-map-updater"), "/silent"], data),
+        "convert.py": ([*python, "--data", data], folder),
+        "sed -i.bak": (["sh", "-c", sed], tree),
+    }
+    checkresults(contenders, environment, tree)
+    contest = Contest(contenders, environment, lambda: restore(tree))
+    contest.play(rounds)
+    contest.tell()
 
 
 def search(folder, build, environment, rounds):
@@ -146,14 +155,14 @@ def search(folder, build, environment, rounds):
 
 def main():
     parser = argparse.ArgumentParser(description="time the program against its peers")
-    parser.add_argument("what", choices=["convert", "search"])
+    parser.add_argument("what", choices=["convert", "script", "search"])
     parser.add_argument("folder")
     parser.add_argument("--build", required=True, help="folder of the programs")
     parser.add_argument("--rounds", type=int, default=5)
     options = parser.parse_args()
     folder, build = os.path.abspath(options.folder), os.path.abspath(options.build)
     environment = dict(os.environ, WINEPREFIX=os.path.join(folder, "machine"))
-    contest = convert if options.what == "convert" else search
+    contest = {"convert": convert, "script": script, "search": search}[options.what]
     contest(folder, build, environment, options.rounds)
 
 

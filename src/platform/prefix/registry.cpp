@@ -9,7 +9,6 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <cerrno>
 #include <charconv>
 #include <cstddef>
 #include <cstdint>
@@ -58,18 +57,12 @@ std::optional<std::string> readfile(const fs::path& file) {
   struct stat status {};
   if (!handle || ::fstat(handle.get(), &status) != 0 || !S_ISREG(status.st_mode))
     return std::nullopt;
-  std::string text;
-  std::string block(std::size_t{1} << 16, '\0');
-  for (;;) {
-    const auto count = ::read(handle.get(), block.data(), block.size());
-    if (count < 0 && errno == EINTR)
-      continue;
-    if (count < 0)
-      return std::nullopt;
-    if (count == 0)
-      return text;
-    text.append(block, 0, static_cast<std::size_t>(count));
-  }
+  std::string text(static_cast<std::size_t>(status.st_size), '\0');
+  const auto length = readall(handle, text.data(), text.size());
+  if (!length)
+    return std::nullopt;
+  text.resize(*length);
+  return text;
 }
 
 // Puts `text` in the file's place in one step; a link stays and its target is replaced.
