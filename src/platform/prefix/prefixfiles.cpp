@@ -3,7 +3,8 @@
 
 #include "platform/names.h"
 #include "platform/prefix/lettercase.h"
-#include "platform/prefix/replacing.h"
+#include "platform/prefix/prefixmapfolder.h"
+#include "platform/replacing.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -59,19 +60,6 @@ std::optional<Entry> entryof(const Handle& folder, const char* name, unsigned ch
   return Entry{name, *kind, !known || S_ISLNK(status.st_mode)};
 }
 
-// Ascending by lower-cased name, then by the exact bytes.
-void sortentries(std::vector<Entry>& entries) {
-  std::vector<std::pair<std::string, Entry>> keyed;
-  keyed.reserve(entries.size());
-  for (Entry& entry : entries)
-    keyed.emplace_back(lowercase(entry.name), std::move(entry));
-  std::sort(keyed.begin(), keyed.end(), [](const auto& a, const auto& b) {
-    return std::tie(a.first, a.second.name) < std::tie(b.first, b.second.name);
-  });
-  std::transform(keyed.begin(), keyed.end(), entries.begin(),
-                 [](auto& pair) { return std::move(pair.second); });
-}
-
 Result<Handle> openfolder(const Paths& paths, const std::string& folder) {
   const auto location = paths.find(folder);
   if (!location) return location.failure();
@@ -120,7 +108,7 @@ Result<std::vector<Entry>> PrefixFiles::list(const std::string& folder, std::str
     if (auto entry = entryof(*open, name, type, pattern)) entries.push_back(*std::move(entry));
   });
   if (!complete) return failure(folder, "list the folder");
-  sortentries(entries);
+  sortentries(entries, lowercase);
   return entries;
 }
 
@@ -158,8 +146,8 @@ Result<Done> PrefixFiles::replace(const Replacement& replacement) {
   if (!map) return map.failure();
   const Handle folder = openpath(map->folder + "/", O_RDONLY | O_DIRECTORY);
   if (!folder) return failure(replacement.map, "open its folder");
-  Replacing replacing(folder, names, map->name, replacement);
-  auto done = replacing.run();
+  PrefixMapFolder mapfolder(folder, names);
+  auto done = Replacing(mapfolder, map->name, replacement).run();
   names.changed(folder);
   return done;
 }
