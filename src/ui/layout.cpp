@@ -90,6 +90,15 @@ Place placeof(const ControlLayout& row, int clientwidth, int clientheight) {
   return place;
 }
 
+int roomof(const ControlLayout& row) {
+  int right = windowwidth;
+  for (const ControlLayout& other : table)
+    if (other.visible && other.left > row.left && other.top < row.top + row.height &&
+        row.top < other.top + other.height)
+      right = std::min(right, other.left);
+  return right - row.left;
+}
+
 void applylayout(Form1& form) {
   form.setcaption(windowcaption);
   for (Control* control : form.controls()) {

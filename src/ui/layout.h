@@ -47,5 +47,8 @@ std::span<const ControlLayout> layout();
 // the design's; the file list and the text boxes take the height beyond it.
 Place placeof(const ControlLayout& row, int clientwidth, int clientheight);
 
+// How wide a label sized to its text can be, in twips, before it meets its right-hand neighbour.
+int roomof(const ControlLayout& row);
+
 // Gives the form's controls and its window their initial state.
 void applylayout(Form1& form);

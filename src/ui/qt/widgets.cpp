@@ -30,8 +30,11 @@ Control& controlof(const ControlLayout& row, Form1& form) {
                         [&](const Control* control) { return control->name() == row.name; });
 }
 
-QSize designsize(const ControlLayout& row, const QWidget& widget) {
-  return {pixels(row.width, widget), pixels(row.height, widget)};
+// What a caption may take, in pixels.
+QSize roomfor(const ControlLayout& row, const QWidget& widget) {
+  if (row.sizedtotext) return {pixels(roomof(row), widget), QWIDGETSIZE_MAX};
+  const QSize size(pixels(row.width, widget), pixels(row.height, widget));
+  return row.kind == Kind::button ? size - buttonframe : size;
 }
 
 std::function<void()> makebutton(const ControlLayout& row, Form1& form, QPushButton* button) {
@@ -40,7 +43,7 @@ std::function<void()> makebutton(const ControlLayout& row, Form1& form, QPushBut
   QObject::connect(button, &QPushButton::clicked, [&form, &control] { press(form, control); });
   return [&row, &control, button] {
     const QString caption = qtext(control.text());
-    button->setFont(fitted(fontof(row.font), caption, designsize(row, *button) - buttonframe));
+    button->setFont(fitted(fontof(row.font), caption, roomfor(row, *button)));
     button->setText(caption);
   };
 }
@@ -57,11 +60,9 @@ std::function<void()> makelabel(const ControlLayout& row, Form1& form, QLabel* l
   label->setWordWrap(!row.sizedtotext);
   return [&row, &control, label] {
     const QString caption = qtext(control.text());
+    label->setFont(fitted(fontof(row.font), caption, roomfor(row, *label)));
     label->setText(caption);
-    if (row.sizedtotext)
-      label->adjustSize();
-    else
-      label->setFont(fitted(fontof(row.font), caption, designsize(row, *label)));
+    if (row.sizedtotext) label->adjustSize();
   };
 }
 
