@@ -8,7 +8,8 @@ namespace {
 std::vector<std::string> namesof(const std::vector<Entry>& entries, bool folders) {
   std::vector<std::string> result;
   for (const Entry& entry : entries)
-    if (entry.folder == folders) result.push_back(entry.name);
+    if (entry.folder == folders)
+      result.push_back(entry.name);
   return result;
 }
 
@@ -49,9 +50,11 @@ void DriveList::fill(std::vector<std::string> letters, std::string selected) {
 }
 
 void DriveList::select(std::string drive) {
-  if (drive == text()) return;
+  if (drive == text())
+    return;
   settext(std::move(drive));
-  if (changed) changed();
+  if (changed)
+    changed();
 }
 
 std::vector<FolderRow> DirectoryList::rows() const {
@@ -76,13 +79,17 @@ std::vector<FolderRow> DirectoryList::rows() const {
 
 Result<Done> DirectoryList::setpath(const std::string& folder) {
   const auto full = files.fullpath(folder);
-  if (!full) return full.failure();
-  if (*full == path()) return Done{};
+  if (!full)
+    return full.failure();
+  if (*full == path())
+    return Done{};
   const auto entries = files.list(*full, "*");
-  if (!entries) return entries.failure();
+  if (!entries)
+    return entries.failure();
   ownsubfolders = namesof(*entries, true);
   settext(*full);
-  if (changed) changed();
+  if (changed)
+    changed();
   return Done{};
 }
 

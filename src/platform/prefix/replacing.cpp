@@ -15,9 +15,11 @@ bool holds(const Handle& file, std::string_view text) {
   char buffer[1 << 16];
   while (true) {
     const auto length = readall(file, buffer, sizeof buffer);
-    if (!length || !text.starts_with(std::string_view(buffer, *length))) return false;
+    if (!length || !text.starts_with(std::string_view(buffer, *length)))
+      return false;
     text.remove_prefix(*length);
-    if (*length < sizeof buffer) return text.empty();
+    if (*length < sizeof buffer)
+      return text.empty();
   }
 }
 
@@ -35,16 +37,20 @@ Failure Replacing::failure(const std::string& action) const {
 }
 
 Result<Done> Replacing::run() {
-  if (auto checked = checkmap(); !checked) return checked;
-  if (auto free = checkcompanions(); !free) return free;
-  if (auto ready = prepare(); !ready) return ready;
+  if (auto checked = checkmap(); !checked)
+    return checked;
+  if (auto free = checkcompanions(); !free)
+    return free;
+  if (auto ready = prepare(); !ready)
+    return ready;
   return commit();
 }
 
 // The map must be an ordinary file that holds what was converted.
 Result<Done> Replacing::checkmap() {
   const Handle file = opennameat(folder, mapname, O_RDONLY | O_NOFOLLOW | O_NONBLOCK);
-  if (!file || ::fstat(file.get(), &mapstatus) != 0) return failure("convert it");
+  if (!file || ::fstat(file.get(), &mapstatus) != 0)
+    return failure("convert it");
   if (!S_ISREG(mapstatus.st_mode) || !holds(file, replacement.was))
     return Failure{replacement.map, "convert it", "it has changed since it was read"};
   return Done{};
@@ -86,8 +92,10 @@ Result<Done> Replacing::commit() {
   for (Prepared& next : prepared) {
     const bool ismap = !replacement.backup.empty() && &next == &prepared.back();
     if (ismap)
-      if (auto kept = keepbackup(); !kept) return kept;
-    if (!next.file.take(next.name)) return failure("write " + next.name);
+      if (auto kept = keepbackup(); !kept)
+        return kept;
+    if (!next.file.take(next.name))
+      return failure("write " + next.name);
     names.added(next.name);
   }
   return Done{};
@@ -99,39 +107,52 @@ Result<Done> Replacing::keepbackup() {
   struct stat status;
   if (lookat(name, status)) {
     const auto isbackup = holdsmap(name, status);
-    if (!isbackup) return isbackup.failure();
-    if (*isbackup) return Done{};
-    if (auto moved = moveaside(name); !moved) return moved;
+    if (!isbackup)
+      return isbackup.failure();
+    if (*isbackup)
+      return Done{};
+    if (auto moved = moveaside(name); !moved)
+      return moved;
   }
   return makebackup(nameof(replacement.backup));
 }
 
 // Whether a backup holds just what the map holds, flushed to the disk.
 Result<bool> Replacing::holdsmap(const std::string& name, const struct stat& status) const {
-  if (status.st_dev == mapstatus.st_dev && status.st_ino == mapstatus.st_ino) return true;
-  if (!S_ISREG(status.st_mode) || status.st_size != mapstatus.st_size) return false;
+  if (status.st_dev == mapstatus.st_dev && status.st_ino == mapstatus.st_ino)
+    return true;
+  if (!S_ISREG(status.st_mode) || status.st_size != mapstatus.st_size)
+    return false;
   const Handle file = opennameat(folder, name, O_RDONLY | O_NOFOLLOW | O_NONBLOCK);
-  if (!file) return failure("read " + name);
-  if (!holds(file, replacement.was)) return false;
-  if (::fsync(file.get()) != 0) return failure("flush " + name);
+  if (!file)
+    return failure("read " + name);
+  if (!holds(file, replacement.was))
+    return false;
+  if (::fsync(file.get()) != 0)
+    return failure("flush " + name);
   return true;
 }
 
 Result<Done> Replacing::moveaside(const std::string& name) {
   for (int number = firstnumber;; ++number) {
     const std::string free = name + std::to_string(number);
-    if (!names.find(folder, free).empty()) continue;
+    if (!names.find(folder, free).empty())
+      continue;
     names.added(free);
-    if (renamefree(folder, name, free)) return Done{};
-    if (errno != EEXIST) return failure("move " + name + " aside");
+    if (renamefree(folder, name, free))
+      return Done{};
+    if (errno != EEXIST)
+      return failure("move " + name + " aside");
   }
 }
 
 Result<Done> Replacing::makebackup(const std::string& name) {
   names.added(name);
   const int at = folder.get();
-  if (::linkat(at, mapname.c_str(), at, name.c_str(), 0) == 0) return Done{};
-  if (!nohardlinks(errno)) return failure("make its backup " + name);
+  if (::linkat(at, mapname.c_str(), at, name.c_str(), 0) == 0)
+    return Done{};
+  if (!nohardlinks(errno))
+    return failure("make its backup " + name);
   TemporaryFile copy(folder);
   if (!copy.write(replacement.was, mapstatus) || !copy.takefree(name))
     return failure("make its backup " + name);

@@ -30,7 +30,8 @@ void makelike(const Handle& file, const struct stat& like) {
 }  // namespace
 
 TemporaryFile::~TemporaryFile() {
-  if (!name.empty()) ::unlinkat(folder->get(), name.c_str(), 0);
+  if (!name.empty())
+    ::unlinkat(folder->get(), name.c_str(), 0);
 }
 
 bool TemporaryFile::write(std::string_view text, const struct stat& like) {
@@ -38,30 +39,37 @@ bool TemporaryFile::write(std::string_view text, const struct stat& like) {
   for (int attempt = 0; !file && attempt < attempts; ++attempt) {
     std::string free = temporaryname();
     file = opennameat(*folder, free, O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW, 0600);
-    if (!file && errno != EEXIST) return false;
-    if (file) name = std::move(free);
+    if (!file && errno != EEXIST)
+      return false;
+    if (file)
+      name = std::move(free);
   }
-  if (!file || !writeall(file, text)) return false;
+  if (!file || !writeall(file, text))
+    return false;
   makelike(file, like);
   return ::fsync(file.get()) == 0 && file.close();
 }
 
 bool TemporaryFile::take(const std::string& newname) {
-  if (::renameat(folder->get(), name.c_str(), folder->get(), newname.c_str()) != 0) return false;
+  if (::renameat(folder->get(), name.c_str(), folder->get(), newname.c_str()) != 0)
+    return false;
   name.clear();
   return true;
 }
 
 bool TemporaryFile::takefree(const std::string& newname) {
-  if (!renamefree(*folder, name, newname)) return false;
+  if (!renamefree(*folder, name, newname))
+    return false;
   name.clear();
   return true;
 }
 
 bool renamefree(const Handle& folder, const std::string& from, const std::string& to) {
   const int at = folder.get();
-  if (::renameat2(at, from.c_str(), at, to.c_str(), RENAME_NOREPLACE) == 0) return true;
-  if (errno != EINVAL && errno != ENOSYS) return false;
+  if (::renameat2(at, from.c_str(), at, to.c_str(), RENAME_NOREPLACE) == 0)
+    return true;
+  if (errno != EINVAL && errno != ENOSYS)
+    return false;
   // The file system knows no such renaming.
   struct stat taken;
   if (::fstatat(at, to.c_str(), &taken, AT_SYMLINK_NOFOLLOW) == 0) {
