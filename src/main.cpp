@@ -1,10 +1,9 @@
-// Chooses the machine and the front end, makes the form and brings it to life.
-#include "form/form1.h"
+// Chooses the machine and the front end: the window where there is a display, else the console.
 #include "platform/prefix/machine.h"
 #include "platform/prefix/prefixfiles.h"
 #include "platform/prefix/prefixsystem.h"
 #include "ui/console/consolescreen.h"
-#include "ui/loadform.h"
+#include "ui/qt/loadwindow.h"
 
 #include <string>
 
@@ -24,14 +23,7 @@ int main(int argc, char** argv) {
   const Machine machine = findmachine();
   PrefixFiles files(machine);
   PrefixSystem system(machine, argumenttext(argc, argv));
-  ConsoleScreen screen;
-  Form1 form(files, system, screen);
-  try {
-    loadform(form);
-    screen.standarderror("There is no window to wait in. To find and convert all maps, start the "
-                         "program with the argument /silent.");
-    return 1;
-  } catch (const ProgramEnd& end) {
-    return end.status;
-  }
+  if (RunWindow* runwindow = loadwindow(machine.programfolder))
+    return runwindow(files, system, argv);
+  return runconsole(files, system);
 }

@@ -108,7 +108,8 @@ std::string Executable::bytes() const {
   std::string bytes(versionresource ? at.end : at.resources, '\0');
   putheaders(bytes, at, *this);
   putoptional(bytes, at, *this);
-  if (!versionresource) return bytes;
+  if (!versionresource)
+    return bytes;
   putsection(bytes, at);
   putdirectories(bytes, at);
   putversioninfo(bytes, at, *this);

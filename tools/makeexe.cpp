@@ -18,9 +18,11 @@ std::optional<VersionParts> readversion(std::string_view text) {
   const char* at = text.data();
   const char* const end = at + text.size();
   for (std::size_t i = 0; i < parts.size(); ++i) {
-    if (i > 0 && (at == end || *at++ != '.')) return std::nullopt;
+    if (i > 0 && (at == end || *at++ != '.'))
+      return std::nullopt;
     const auto [stop, error] = std::from_chars(at, end, parts[i]);
-    if (error != std::errc{}) return std::nullopt;
+    if (error != std::errc{})
+      return std::nullopt;
     at = stop;
   }
   return at == end ? std::optional(parts) : std::nullopt;
@@ -34,7 +36,8 @@ int fail(std::string_view message) {
 }  // namespace
 
 int main(int argc, char** argv) {
-  if (argc != 3) return fail("usage: makeexe FILE VERSION, for example makeexe game.exe 1.2.3.4");
+  if (argc != 3)
+    return fail("usage: makeexe FILE VERSION, for example makeexe game.exe 1.2.3.4");
   const auto version = readversion(argv[2]);
   if (!version)
     return fail(std::string(argv[2]) +

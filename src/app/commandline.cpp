@@ -11,7 +11,8 @@ constexpr const char* silentwords[] = {"-s", "/s", "/silent", "-silent"};
 // The text cut at every single space; nothing for the empty text.
 std::vector<std::string> pieces(const std::string& text) {
   std::vector<std::string> result;
-  if (text.empty()) return result;
+  if (text.empty())
+    return result;
   std::size_t start = 0;
   for (auto space = text.find(' '); space != std::string::npos; space = text.find(' ', start)) {
     result.push_back(text.substr(start, space - start));

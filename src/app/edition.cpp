@@ -50,7 +50,8 @@ void setgamepath(Form1& form, Edition edition) {
     return;
   }
   for (const std::string& path : {form.basepath, form.bundlepath})
-    if (path.size() > shortestpath) form.gamepath = path;
+    if (path.size() > shortestpath)
+      form.gamepath = path;
 }
 
 void setedition(Form1& form, Edition edition) {
@@ -64,7 +65,8 @@ void setroots(Form1& form, Edition edition, bool fallback) {
   setgamepath(form, edition);
   form.pathlist[1] = form.gamepath;
   form.pathlist[0] = form.homefolder + data(edition).userfolder;
-  if (isvista(form.system) || iswin7(form.system)) form.pathlist[1] = form.pathlist[0];
+  if (isvista(form.system) || iswin7(form.system))
+    form.pathlist[1] = form.pathlist[0];
   if (fallback && firstfile(form.files, form.pathlist[0]).empty())
     form.pathlist[1] = App_Path(form.system);
 }

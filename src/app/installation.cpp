@@ -22,13 +22,15 @@ std::string registeredpath(Form1& form, bool wide, const std::string& edition) {
 }
 
 void findbase(Form1& form, const std::string& path) {
-  if (path.size() <= shortestbase || !direxists(form.files, path)) return;
+  if (path.size() <= shortestbase || !direxists(form.files, path))
+    return;
   form.Command6.setenabled(true);
   form.basefound = true;
 }
 
 void findexpansion(Form1& form) {
-  if (!form.expansionregistered || !direxists(form.files, form.expansionpath)) return;
+  if (!form.expansionregistered || !direxists(form.files, form.expansionpath))
+    return;
   form.Command7.setenabled(true);
   form.expansionfound = true;
 }
@@ -67,11 +69,13 @@ void readreleaseof(Form1& form, Edition edition) {
 void select(Form1& form, Edition edition) {
   const bool expansion = edition == Edition::expansion;
   setedition(form, edition);
-  if (!expansion || !form.debugmode) setroots(form, edition, true);
+  if (!expansion || !form.debugmode)
+    setroots(form, edition, true);
   showroots(form);
   writeselection(form);
   loadoriginalmaps(form);
-  if (!expansion) return;
+  if (!expansion)
+    return;
   // The base game's executable too, for the diagnostic file.
   setversionfolder(form);
   readreleaseof(form, Edition::base);
@@ -104,7 +108,9 @@ void decideedition(Form1& form) {
 
 void readrelease(Form1& form) {
   setversionfolder(form);
-  if (form.expansionfound) readreleaseof(form, Edition::expansion);
-  if (form.basefound) readreleaseof(form, Edition::base);
+  if (form.expansionfound)
+    readreleaseof(form, Edition::expansion);
+  if (form.basefound)
+    readreleaseof(form, Edition::base);
   writeinfo(form, "voraversion" + form.foundversion);
 }

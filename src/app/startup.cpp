@@ -48,6 +48,7 @@ void startup(Form1& form) {
   readrelease(form);
   checkrelease(form);
   examinearguments(form);
-  if (form.silentmode) runsilently(form);
+  if (form.silentmode)
+    runsilently(form);
   form.Command2.setenabled(false);
 }

@@ -25,14 +25,19 @@ std::string mismatchmessage(const Form1& form, const std::string& target) {
 void readtarget(Form1& form) {
   form.targetlines = readlines(form.files, targetfile);
   form.debugmode = form.system.lowercase(form.targetlines[debugline]) == "debug";
-  if (form.debugmode) form.setcaption(form.caption() + " DeBuGgInG M O D E!");
+  if (form.debugmode)
+    form.setcaption(form.caption() + " DeBuGgInG M O D E!");
 }
 
 void checkrelease(Form1& form) {
-  if (form.bothfound) return;
-  if (firstfile(form.files, targetfile).empty() || form.debugmode) form.missingdata = true;
-  if (form.missingdata) return;
+  if (form.bothfound)
+    return;
+  if (firstfile(form.files, targetfile).empty() || form.debugmode)
+    form.missingdata = true;
+  if (form.missingdata)
+    return;
   form.targetlines = readlines(form.files, targetfile);
   const std::string target(form.targetlines[form.expansiononly ? expansionline : baseline]);
-  if (form.foundversion != target) endwithmessage(form, mismatchmessage(form, target));
+  if (form.foundversion != target)
+    endwithmessage(form, mismatchmessage(form, target));
 }

@@ -60,12 +60,16 @@ bool Run::isoriginal(const std::string& path) const {
 
 void Run::take(const std::string& path) {
   form.Label4.settext(std::to_string(converted));
-  if (isoriginal(path)) return;
+  if (isoriginal(path))
+    return;
   const auto galaxylines = readtext(form.files, path);
   const auto versiontext = galaxylines ? versionof((*galaxylines)[1]) : "";
-  if (numericvalue(versiontext) >= formatver) return;
-  if (!galaxylines) return leavealone(galaxylines.failure());
-  if (galaxylines->size() < 2) return leavealone({path, "convert it", "it has no second line"});
+  if (numericvalue(versiontext) >= formatver)
+    return;
+  if (!galaxylines)
+    return leavealone(galaxylines.failure());
+  if (galaxylines->size() < 2)
+    return leavealone({path, "convert it", "it has no second line"});
   templates.loadold(versiontext);
   templates.loadnew(versiontext);
   convert(path, *galaxylines);
@@ -80,7 +84,8 @@ void Run::convert(const std::string& path, const LineArray& galaxylines) {
   } else if (result && isexpansion()) {
     result = fix(galaxylines);
   }
-  if (!result) stop(path, galaxylines, result.failure());
+  if (!result)
+    stop(path, galaxylines, result.failure());
   putinplace(path, galaxylines.text(), firstlines.text(), *result);
 }
 
@@ -96,12 +101,14 @@ void Run::putinplace(const std::string& path, std::string_view was, std::string_
   if (form.debugmode) {
     replacement.files = {{companion(path, "tst"), result}};
   } else {
-    if (isexpansion()) replacement.files = {{companion(path, "fix"), first}};
+    if (isexpansion())
+      replacement.files = {{companion(path, "fix"), first}};
     replacement.files.push_back({path, result});
     replacement.backup = companion(path, "old");
   }
   const auto done = form.files.replace(replacement);
-  if (!done) return leavealone(done.failure());
+  if (!done)
+    return leavealone(done.failure());
   ++converted;
   form.Text2.append(std::string(filename(path)) + "\r\n");
 }
@@ -112,12 +119,14 @@ void Run::putinplace(const std::string& path, std::string_view was, std::string_
 void Run::stop(const std::string& path, const LineArray& galaxylines, const TemplateError& error) {
   std::string text = path + ": the map is of version " + std::string(versionof(galaxylines[1])) +
                      " and cannot be converted: template " + error.filename + ": " + error.what;
-  if (!error.header.empty()) text += ": " + error.header;
+  if (!error.header.empty())
+    text += ": " + error.header;
   text += "\r\nThe map is as it was. No further map was converted.";
   if (!form.debugmode) {
     const auto done = form.files.replace(
         {path, galaxylines.text(), {{path, galaxylines.text()}}, companion(path, "old")});
-    if (!done) leavealone(done.failure());
+    if (!done)
+      leavealone(done.failure());
   }
   tellleftalone();
   telltrouble(form, text);
@@ -125,7 +134,8 @@ void Run::stop(const std::string& path, const LineArray& galaxylines, const Temp
 }
 
 void Run::tellleftalone() {
-  if (leftalone.empty()) return;
+  if (leftalone.empty())
+    return;
   std::string text = "These maps could not be converted and were left alone:";
   for (const std::string& reason : leftalone)
     text += "\r\n" + reason;

@@ -11,6 +11,7 @@ constexpr char listfile[] = "original vora galaxies.txt";
 }  // namespace
 
 void loadoriginalmaps(Form1& form) {
-  if (firstfile(form.files, listfile).empty()) form.missingdata = true;
+  if (firstfile(form.files, listfile).empty())
+    form.missingdata = true;
   form.originalmaps = form.missingdata ? LineArray::empty(1) : readlines(form.files, listfile);
 }

@@ -24,7 +24,8 @@ struct Pass {
   std::optional<TemplateError> rewrite(std::size_t t) {
     const auto count =
         rewritesection(oldtemplate, newtemplate, sectionof(oldtemplate, t), galaxylines, k, out);
-    if (!count) return count.failure();
+    if (!count)
+      return count.failure();
     if (*count < 1)
       carryover();
     else

@@ -49,7 +49,8 @@ void PrefixIndex::add(std::string_view text, std::size_t number) {
       break;
     }
     const std::size_t common = commonlength(nodes[next].label, text);
-    if (common < nodes[next].label.size()) split(next, common);
+    if (common < nodes[next].label.size())
+      split(next, common);
     text.remove_prefix(common);
     node = next;
   }
@@ -72,7 +73,8 @@ std::size_t PrefixIndex::find(std::string_view line) const {
   std::size_t node = 0;
   while (!line.empty()) {
     const std::size_t next = child(node, line.front());
-    if (next == none || !line.starts_with(nodes[next].label)) break;
+    if (next == none || !line.starts_with(nodes[next].label))
+      break;
     line.remove_prefix(nodes[next].label.size());
     node = next;
   }

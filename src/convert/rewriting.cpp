@@ -18,11 +18,15 @@ std::string_view from(std::string_view line, std::size_t position) {
 // is aligned with.
 void writeoutput(std::string& out, const OutputLine& line, std::string_view first,
                  std::string_view aligned) {
-  if (line.marker == Marker::dropped) return;
+  if (line.marker == Marker::dropped)
+    return;
   out += line.text;
-  if (line.marker == Marker::lastcharacter) out += lastcharacters(aligned, 1);
-  if (line.marker == Marker::lasttwo) out += lastcharacters(aligned, 2);
-  if (line.marker == Marker::rest) out += from(first, line.text.size() - 1);
+  if (line.marker == Marker::lastcharacter)
+    out += lastcharacters(aligned, 1);
+  if (line.marker == Marker::lasttwo)
+    out += lastcharacters(aligned, 2);
+  if (line.marker == Marker::rest)
+    out += from(first, line.text.size() - 1);
   writeline(out, "");
 }
 
@@ -37,8 +41,10 @@ std::optional<TemplateError> findfault(const OldTemplate& oldtemplate,
     const std::size_t head = file.heads[s];
     return TemplateError{newtemplate.filename, what, std::string(file.lines[head])};
   };
-  if (s >= newtemplate.heads.size()) return fault("it has no such section", oldtemplate);
-  if (newtemplate.counts[s] <= 0) return fault("its section count is 0 or below", newtemplate);
+  if (s >= newtemplate.heads.size())
+    return fault("it has no such section", oldtemplate);
+  if (newtemplate.counts[s] <= 0)
+    return fault("its section count is 0 or below", newtemplate);
   const std::size_t after =
       newtemplate.lines.size() - std::min(newtemplate.lines.size(), newtemplate.heads[s] + 1);
   if (static_cast<unsigned long long>(newtemplate.counts[s]) > after)
@@ -57,7 +63,8 @@ Result<long long, TemplateError> rewritesection(const OldTemplate& oldtemplate,
                                                 const NewTemplate& newtemplate, std::size_t s,
                                                 const LineArray& galaxylines, std::size_t k,
                                                 std::string& out) {
-  if (auto fault = findfault(oldtemplate, newtemplate, s)) return *std::move(fault);
+  if (auto fault = findfault(oldtemplate, newtemplate, s))
+    return *std::move(fault);
   const auto count = static_cast<std::size_t>(newtemplate.counts[s]);
   const std::size_t start = newtemplate.heads[s] + 1;
   for (std::size_t d = 0; d < count; ++d)

@@ -24,9 +24,12 @@ long long count(std::string_view header) {
 
 OutputLine outputline(std::string_view line) {
   const auto without = [&](std::size_t count) { return line.substr(0, line.size() - count); };
-  if (line.ends_with(" #")) return {without(1), Marker::lastcharacter};
-  if (line.ends_with("##")) return {without(2), Marker::lasttwo};
-  if (line.ends_with(" &")) return {without(1), Marker::rest};
+  if (line.ends_with(" #"))
+    return {without(1), Marker::lastcharacter};
+  if (line.ends_with("##"))
+    return {without(2), Marker::lasttwo};
+  if (line.ends_with(" &"))
+    return {without(1), Marker::rest};
   const bool dropped = line.ends_with('#') || line.ends_with('&');
   return {line, dropped ? Marker::dropped : Marker::none};
 }
@@ -34,15 +37,18 @@ OutputLine outputline(std::string_view line) {
 void indexheads(Template& file) {
   std::vector<std::size_t> heads;
   for (std::size_t i = 0; i < file.lines.size(); ++i)
-    if (isheader(file.lines[i])) heads.push_back(i);
-  if (!heads.empty()) file.heads = std::move(heads);
+    if (isheader(file.lines[i]))
+      heads.push_back(i);
+  if (!heads.empty())
+    file.heads = std::move(heads);
   for (const std::size_t head : file.heads)
     file.counts.push_back(count(file.lines[head]));
 }
 
 void fill(Template& file, std::string filename, Result<LineArray> lines) {
   file.filename = std::move(filename);
-  if (!lines) file.failure = lines.failure();
+  if (!lines)
+    file.failure = lines.failure();
   file.lines = lines ? std::move(*lines) : LineArray::empty(missingtemplatelines);
   indexheads(file);
 }
@@ -56,7 +62,8 @@ const Kind* load(Files& files, std::map<std::string, Kind>& loaded, std::string 
   const auto before = loaded.find(filename);
   const bool same = before != loaded.end() && bool(lines) == !before->second.failure &&
                     (!lines || lines->text() == before->second.lines.text());
-  if (same) return &before->second;
+  if (same)
+    return &before->second;
   Kind made = index(filename, std::move(lines));
   return &(loaded[std::move(filename)] = std::move(made));
 }
@@ -100,7 +107,8 @@ void Templates::loadnewfix(double ver) {
 
 Result<double> Templates::initnew() {
   const auto lines = readtext(files, edition + "newstruct0.txt");
-  if (!lines) return lines.failure();
+  if (!lines)
+    return lines.failure();
   return numericvalue(versionof((*lines)[1]));
 }
 

@@ -14,14 +14,16 @@ struct Folder {
 };
 
 std::string withoutbackslash(std::string path) {
-  if (path.ends_with('\\')) path.pop_back();
+  if (path.ends_with('\\'))
+    path.pop_back();
   return path;
 }
 
 Folder readfolder(Form1& form, std::string path, const std::string& pattern) {
   Folder folder{std::move(path), {}, {}};
   auto entries = form.files.list(folder.path + "\\", pattern);
-  if (!entries) return folder;
+  if (!entries)
+    return folder;
   for (Entry& entry : *entries)
     if (!entry.link)
       (entry.folder ? folder.subfolders : folder.files).push_back(std::move(entry.name));
@@ -63,7 +65,8 @@ std::string parentfolder(const std::string& folder) {
 void findfiles(Form1& form, const std::string& pattern, const std::string& root,
                std::vector<std::string>& list) {
   const auto top = form.files.fullpath(root.ends_with('\\') ? root : root + "\\");
-  if (!top) return;
+  if (!top)
+    return;
   walk(form, pattern, withoutbackslash(*top), list);
   // A parent that cannot be shown leaves the lists where they are.
   static_cast<void>(form.Dir1.setpath(parentfolder(*top)));

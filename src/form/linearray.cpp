@@ -19,7 +19,8 @@ LineArray LineArray::split(std::string text) {
   LineArray array;
   array.content = std::make_unique<const std::string>(std::move(text));
   std::string_view rest = withoutlineends(*array.content);
-  if (rest.empty()) return array;
+  if (rest.empty())
+    return array;
   array.lines.reserve(1 + static_cast<std::size_t>(std::count(rest.begin(), rest.end(), '\n')));
   for (auto end = rest.find(lineend); end != std::string_view::npos; end = rest.find(lineend)) {
     array.lines.push_back(rest.substr(0, end));

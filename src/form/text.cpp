@@ -14,10 +14,12 @@ std::string leadingnumber(std::string_view text) {
   std::string number;
   bool point = false;
   for (const char c : text) {
-    if (isblank(c)) continue;
+    if (isblank(c))
+      continue;
     const bool sign = number.empty() && (c == '-' || c == '+');
     const bool firstpoint = c == '.' && !point;
-    if (!sign && !firstpoint && !isdigit(c)) break;
+    if (!sign && !firstpoint && !isdigit(c))
+      break;
     point = point || c == '.';
     number += c;
   }
@@ -27,21 +29,26 @@ std::string leadingnumber(std::string_view text) {
 }  // namespace
 
 double numericvalue(std::string_view text) {
-  std::string number = leadingnumber(text);
+  const std::string number = leadingnumber(text);
   const std::size_t plus = number.starts_with('+') ? 1 : 0;
   double value = 0;
   const auto result = std::from_chars(number.data() + plus, number.data() + number.size(), value,
                                       std::chars_format::fixed);
-  if (result.ec == std::errc::result_out_of_range)
-    return number.starts_with('-') ? std::numeric_limits<double>::lowest()
-                                   : std::numeric_limits<double>::max();
-  return value;
+  if (result.ec != std::errc::result_out_of_range)
+    return value;
+  const std::string whole = number.substr(0, number.find('.'));
+  if (whole.find_first_of("123456789") == std::string::npos)
+    return 0;  // too small, not too large
+  return number.starts_with('-') ? std::numeric_limits<double>::lowest()
+                                 : std::numeric_limits<double>::max();
 }
 
 long long wholepart(double value) {
   constexpr auto limit = static_cast<double>(std::numeric_limits<long long>::max());
-  if (value >= limit) return std::numeric_limits<long long>::max();
-  if (value <= -limit) return std::numeric_limits<long long>::min();
+  if (value >= limit)
+    return std::numeric_limits<long long>::max();
+  if (value <= -limit)
+    return std::numeric_limits<long long>::min();
   return static_cast<long long>(value);
 }
 

@@ -3,7 +3,8 @@
 
 std::string getexeversion(System& system, const std::string& path) {
   const auto version = system.productversion(path);
-  if (!version) return "";
+  if (!version)
+    return "";
   const auto parts = [](std::uint32_t half) {
     return std::to_string(half >> 16) + "." + std::to_string(half & 0xFFFF);
   };

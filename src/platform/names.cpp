@@ -33,7 +33,8 @@ std::vector<std::string> splitpath(std::string_view path) {
   while (!path.empty()) {
     const auto length = std::min(path.find_first_of("\\/"), path.size());
     const std::string_view name = path.substr(0, length);
-    if (!name.empty() && name != ".") names.emplace_back(name);
+    if (!name.empty() && name != ".")
+      names.emplace_back(name);
     path.remove_prefix(std::min(length + 1, path.size()));
   }
   return names;
@@ -42,7 +43,8 @@ std::vector<std::string> splitpath(std::string_view path) {
 Result<std::vector<std::string>> resolve(std::vector<std::string> from, std::string_view rest,
                                          const std::string& path) {
   for (std::string& name : splitpath(rest)) {
-    if (!allowedname(name)) return Failure{path, "find it", "Windows does not allow such a name"};
+    if (!allowedname(name))
+      return Failure{path, "find it", "Windows does not allow such a name"};
     if (name != "..")
       from.push_back(std::move(name));
     else if (!from.empty())

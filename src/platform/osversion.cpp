@@ -32,7 +32,8 @@ bool isversion(System& system, std::uint32_t major, std::uint32_t minor) {
 
 std::string getosshortname(System& system) {
   const auto version = system.osversion();
-  if (!version) return "";
+  if (!version)
+    return "";
   const auto row = std::find_if(std::begin(rows), std::end(rows), [&](const Row& r) {
     return r.platform == version->platform && fits(r.major, version->major) &&
            fits(r.minor, version->minor);

@@ -10,9 +10,12 @@ constexpr std::uint32_t ntfamily = 2;         // VER_PLATFORM_WIN32_NT
 
 std::string specialfolder(System& system, std::uint32_t folder, const Tell& tell) {
   const FolderPath answer = system.folderpath(folder | createflag);
-  if (answer.status == FolderPath::ok) return answer.path;
-  if (answer.status == FolderPath::invalididentifier) tell("An invalid folder ID was specified");
-  if (answer.status == FolderPath::doesnotexist) tell("The folder does not exist");
+  if (answer.status == FolderPath::ok)
+    return answer.path;
+  if (answer.status == FolderPath::invalididentifier)
+    tell("An invalid folder ID was specified");
+  if (answer.status == FolderPath::doesnotexist)
+    tell("The folder does not exist");
   return "";
 }
 
@@ -26,8 +29,10 @@ std::string firstentry(Files& files, const std::string& path, Match match) {
 std::string regaccess(System& system, const std::string& mode, const std::string& valuepath,
                       const std::string& data, const std::string& type) {
   const std::string wanted = system.lowercase(mode);
-  if (wanted == "write") system.regwrite(valuepath, data, type);
-  if (wanted == "delete") system.regdelete(valuepath);
+  if (wanted == "write")
+    system.regwrite(valuepath, data, type);
+  if (wanted == "delete")
+    system.regdelete(valuepath);
   return wanted == "read" ? system.regread(valuepath).value_or("") : "";
 }
 

@@ -12,7 +12,8 @@ namespace {
 // Points the directory list at a folder; one that cannot be shown is told.
 bool showfolder(Form1& form, const std::string& path) {
   const auto shown = form.Dir1.setpath(path);
-  if (!shown) form.screen.messagebox(shown.failure().text());
+  if (!shown)
+    form.screen.messagebox(shown.failure().text());
   return bool(shown);
 }
 
@@ -73,17 +74,21 @@ constexpr Handler handlers[] = {
 }  // namespace
 
 void press(Form1& form, const Control& button) {
-  if (!button.enabled() || (form.searching && &button != &form.Command3)) return;
+  if (!button.enabled() || (form.searching && &button != &form.Command3))
+    return;
   for (const Handler& handler : handlers)
-    if (&(form.*handler.button) == &button) handler.click(form);
+    if (&(form.*handler.button) == &button)
+      handler.click(form);
 }
 
 void openfolder(Form1& form, const std::string& path) {
-  if (!form.searching) showfolder(form, path);
+  if (!form.searching)
+    showfolder(form, path);
 }
 
 void selectdrive(Form1& form, const std::string& drive) {
-  if (!form.searching) form.Drive1.select(drive);
+  if (!form.searching)
+    form.Drive1.select(drive);
 }
 
 void connectlists(Form1& form) {

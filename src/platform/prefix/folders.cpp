@@ -19,7 +19,8 @@ std::string findfolded(const Handle& folder, const std::string& name) {
   const std::string wanted = lowercase(name);
   std::string found;
   eachname(folder, [&](const char* other, unsigned char) {
-    if (lowercase(other) == wanted && (found.empty() || other < found)) found = other;
+    if (lowercase(other) == wanted && (found.empty() || other < found))
+      found = other;
   });
   return found;
 }
@@ -33,14 +34,17 @@ bool hasname(const Handle& folder, const std::string& name) {
 
 bool eachname(const Handle& folder, const Visit& visit) {
   Handle own = opennameat(folder, ".", O_RDONLY | O_DIRECTORY);
-  if (!own) return false;
+  if (!own)
+    return false;
   const std::unique_ptr<DIR, int (*)(DIR*)> stream(::fdopendir(own.get()), ::closedir);
-  if (!stream) return false;
+  if (!stream)
+    return false;
   own.release();
   errno = 0;
   while (const dirent* entry = ::readdir(stream.get())) {
     const std::string_view name = entry->d_name;
-    if (name != "." && name != "..") visit(entry->d_name, entry->d_type);
+    if (name != "." && name != "..")
+      visit(entry->d_name, entry->d_type);
     errno = 0;
   }
   return errno == 0;
@@ -50,14 +54,10 @@ std::string findname(const Handle& folder, const std::string& name) {
   return hasname(folder, name) ? name : findfolded(folder, name);
 }
 
-std::string findname(const std::string& folder, const std::string& name) {
-  const Handle open = openpath(folder, O_RDONLY | O_DIRECTORY);
-  return open ? findname(open, name) : "";
-}
-
 FolderNames::Stamp FolderNames::stampof(const Handle& folder) {
   struct stat status;
-  if (::fstat(folder.get(), &status) != 0) return {};
+  if (::fstat(folder.get(), &status) != 0)
+    return {};
   return {status.st_dev, status.st_ino, status.st_mtim.tv_sec, status.st_mtim.tv_nsec};
 }
 
@@ -68,8 +68,10 @@ void FolderNames::read(const Handle& folder) {
 }
 
 std::string FolderNames::find(const Handle& folder, const std::string& name) {
-  if (hasname(folder, name)) return name;
-  if (stamp != stampof(folder)) read(folder);
+  if (hasname(folder, name))
+    return name;
+  if (stamp != stampof(folder))
+    read(folder);
   return hashes.contains(hash(name)) ? findfolded(folder, name) : "";
 }
 

@@ -15,7 +15,6 @@ bool eachname(const Handle& folder, const Visit& visit);
 
 // The spelling of `name` in a folder: the exact one when it is there, else the first one that
 // differs in letter case alone, else the empty text.
-std::string findname(const std::string& folder, const std::string& name);
 std::string findname(const Handle& folder, const std::string& name);
 
 // Remembers which names one folder holds, so that many questions about it cost one reading. Only

@@ -22,10 +22,12 @@ Handle openpath(const std::string& path, int flags, unsigned mode) {
   int base = AT_FDCWD;
   while (rest.size() >= PATH_MAX) {
     const auto slash = rest.rfind('/', PATH_MAX - 2);
-    if (slash == std::string_view::npos || slash == 0) break;
+    if (slash == std::string_view::npos || slash == 0)
+      break;
     const std::string piece(rest.substr(0, slash));
     folder = Handle(::openat(base, piece.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
-    if (!folder) return folder;
+    if (!folder)
+      return folder;
     base = folder.get();
     rest.remove_prefix(rest.find_first_not_of('/', slash));
   }
@@ -39,7 +41,8 @@ Handle opennameat(const Handle& folder, const std::string& name, int flags, unsi
 bool writeall(const Handle& file, std::string_view text) {
   while (!text.empty()) {
     const ssize_t written = ::write(file.get(), text.data(), text.size());
-    if (written < 0 && errno != EINTR) return false;
+    if (written < 0 && errno != EINTR)
+      return false;
     text.remove_prefix(written < 0 ? 0 : static_cast<std::size_t>(written));
   }
   return true;
@@ -49,8 +52,10 @@ std::optional<std::size_t> readall(const Handle& file, char* buffer, std::size_t
   std::size_t done = 0;
   while (done < size) {
     const ssize_t length = ::read(file.get(), buffer + done, size - done);
-    if (length == 0) break;
-    if (length < 0 && errno != EINTR) return std::nullopt;
+    if (length == 0)
+      break;
+    if (length < 0 && errno != EINTR)
+      return std::nullopt;
     done += length < 0 ? 0 : static_cast<std::size_t>(length);
   }
   return done;

@@ -20,7 +20,8 @@ char lowerascii(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A
 // Letter case by Unicode, whatever the user's locale is.
 char32_t lowerletter(char32_t letter) {
   static const locale_t unicode = newlocale(LC_CTYPE_MASK, "C.UTF-8", nullptr);
-  if (!unicode) return letter;
+  if (!unicode)
+    return letter;
   return static_cast<char32_t>(towlower_l(static_cast<wint_t>(letter), unicode));
 }
 

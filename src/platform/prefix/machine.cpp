@@ -21,14 +21,17 @@ bool isprefix(const fs::path& folder) {
 // The nearest prefix that holds `folder`.
 std::optional<std::string> prefixabove(fs::path folder) {
   for (; !folder.empty(); folder = folder.parent_path()) {
-    if (isprefix(folder)) return folder.string();
-    if (folder == folder.root_path()) break;
+    if (isprefix(folder))
+      return folder.string();
+    if (folder == folder.root_path())
+      break;
   }
   return std::nullopt;
 }
 
 std::string homefolder() {
-  if (const char* home = std::getenv("HOME")) return home;
+  if (const char* home = std::getenv("HOME"))
+    return home;
   const passwd* user = getpwuid(getuid());
   return user ? user->pw_dir : "";
 }
@@ -36,8 +39,10 @@ std::string homefolder() {
 std::string findprefix(const Machine& machine) {
   if (const char* prefix = std::getenv("WINEPREFIX"); prefix && *prefix)
     return fs::absolute(prefix).lexically_normal().string();
-  if (auto prefix = prefixabove(machine.currentfolder)) return *prefix;
-  if (auto prefix = prefixabove(machine.programfolder)) return *prefix;
+  if (auto prefix = prefixabove(machine.currentfolder))
+    return *prefix;
+  if (auto prefix = prefixabove(machine.programfolder))
+    return *prefix;
   return homefolder() + "/.wine";
 }
 

@@ -47,7 +47,8 @@ std::map<char, std::string> linkeddrives(const fs::path& dosdevices) {
 std::map<char, std::string> drivesof(const std::string& machine) {
   std::error_code ignored;
   const fs::path dosdevices = fs::path(machine) / "dosdevices";
-  if (fs::is_directory(dosdevices, ignored)) return linkeddrives(dosdevices);
+  if (fs::is_directory(dosdevices, ignored))
+    return linkeddrives(dosdevices);
   return {{'C', realpath(machine + "/drive_c")}, {'Z', "/"}};
 }
 
@@ -65,12 +66,19 @@ bool holds(const std::string& root, const std::string& path) {
 
 bool existsat(const std::string& path) {
   struct stat ignored;
-  if (::lstat(path.c_str(), &ignored) == 0) return true;
+  if (::lstat(path.c_str(), &ignored) == 0)
+    return true;
   return errno == ENAMETOOLONG && openpath(path, O_PATH | O_NOFOLLOW);
 }
 
 Failure missing(const std::string& path) {
   return {path, "find it", "there is no such file or folder", true};
+}
+
+// The failure for a folder on the way that errno tells of.
+Failure nothere(const std::string& path) {
+  const bool nosuch = errno == ENOENT || errno == ENOTDIR;
+  return nosuch ? missing(path) : Failure{path, "find it", systemreason()};
 }
 
 }  // namespace
@@ -83,44 +91,55 @@ Paths::Paths(const Machine& machine)
 Result<std::string> Paths::driveroot(const std::string& path) const {
   const std::string from = hasdrive(path) ? path : windowspath(currentfolder);
   const auto root = roots.find(upper(from[0]));
-  if (root == roots.end()) return Failure{path, "find it", "there is no such drive", true};
-  if (root->second.empty()) return Failure{path, "find it", "the drive is not ready"};
+  if (root == roots.end())
+    return Failure{path, "find it", "there is no such drive", true};
+  if (root->second.empty())
+    return Failure{path, "find it", "the drive is not ready"};
   return withoutslash(root->second);
 }
 
 Result<Paths::Parsed> Paths::parse(const std::string& path) const {
-  if (path.empty()) return missing(path);
+  if (path.empty())
+    return missing(path);
   std::string_view rest = path;
   Parsed parsed;
   if (path.starts_with(unixprefix)) {
     rest.remove_prefix(unixprefix.size());
   } else if (hasdrive(path) || isseparator(path[0])) {
     const auto root = driveroot(path);
-    if (!root) return root.failure();
+    if (!root)
+      return root.failure();
     parsed.root = *root;
     rest.remove_prefix(hasdrive(path) ? 2 : 1);
   } else {
     parsed.components = splitpath(currentfolder);
   }
   auto names = resolve(std::move(parsed.components), rest, path);
-  if (!names) return names.failure();
+  if (!names)
+    return names.failure();
   parsed.components = *std::move(names);
   return parsed;
 }
 
 Result<Location> Paths::find(const std::string& path) const {
   const auto parsed = parse(path);
-  if (!parsed) return parsed.failure();
-  if (parsed->components.empty()) return Location{parsed->root, "", true};
+  if (!parsed)
+    return parsed.failure();
+  if (parsed->components.empty())
+    return Location{parsed->root, "", true};
   Location exact{parsed->root, parsed->components.back(), true};
   for (std::size_t i = 0; i + 1 < parsed->components.size(); ++i)
     exact.folder += "/" + parsed->components[i];
-  if (existsat(exact.path())) return exact;
+  if (existsat(exact.path()))
+    return exact;
   Location found{parsed->root, "", true};
   for (const std::string& component : parsed->components) {
-    if (!found.name.empty()) found.folder += "/" + found.name;
-    if (!found.exists) return missing(path);
-    const std::string spelled = findname(found.folder + "/", component);
+    if (!found.name.empty())
+      found.folder += "/" + found.name;
+    const Handle folder = openpath(found.folder + "/", O_PATH | O_DIRECTORY);
+    if (!folder)
+      return nothere(path);
+    const std::string spelled = findname(folder, component);
     found.exists = !spelled.empty();
     found.name = found.exists ? spelled : component;
   }
@@ -133,7 +152,8 @@ std::string Paths::windowspath(const std::string& path, char preferred) const {
   for (const auto& [drive, root] : roots) {
     const bool deeper = letter == 0 || withoutslash(root).size() > base.size();
     const bool equal = withoutslash(root).size() == base.size() && drive == upper(preferred);
-    if (root.empty() || !holds(root, path) || (!deeper && !equal)) continue;
+    if (root.empty() || !holds(root, path) || (!deeper && !equal))
+      continue;
     letter = drive;
     base = withoutslash(root);
   }

@@ -27,7 +27,8 @@ bool ishidden(std::string_view name) { return name.starts_with('.'); }
 // File systems that are the kernel's own: they hold no maps, and walking them never ends well.
 bool iskernels(const Handle& folder) {
   struct statfs status;
-  if (::fstatfs(folder.get(), &status) != 0) return false;
+  if (::fstatfs(folder.get(), &status) != 0)
+    return false;
   constexpr unsigned long kinds[] = {
       PROC_SUPER_MAGIC, SYSFS_MAGIC,      CGROUP_SUPER_MAGIC, CGROUP2_SUPER_MAGIC, DEBUGFS_MAGIC,
       TRACEFS_MAGIC,    SECURITYFS_MAGIC, DEVPTS_SUPER_MAGIC, BPF_FS_MAGIC,        PSTOREFS_MAGIC,
@@ -41,8 +42,10 @@ bool iskernels(const Handle& folder) {
 // kind. A link counts as what it leads to.
 std::optional<bool> isfolder(const Handle& folder, const char* name) {
   struct stat status;
-  if (::fstatat(folder.get(), name, &status, 0) != 0) return std::nullopt;
-  if (S_ISDIR(status.st_mode)) return true;
+  if (::fstatat(folder.get(), name, &status, 0) != 0)
+    return std::nullopt;
+  if (S_ISDIR(status.st_mode))
+    return true;
   return S_ISREG(status.st_mode) ? std::optional(false) : std::nullopt;
 }
 
@@ -51,10 +54,13 @@ std::optional<Entry> entryof(const Handle& folder, const char* name, unsigned ch
                              std::string_view pattern) {
   if (ishidden(name) || (type == DT_REG && !matchespattern(name, pattern)) || !allowedname(name))
     return std::nullopt;
-  if (type == DT_DIR || type == DT_REG) return Entry{name, type == DT_DIR, false};
-  if (type != DT_LNK && type != DT_UNKNOWN) return std::nullopt;
+  if (type == DT_DIR || type == DT_REG)
+    return Entry{name, type == DT_DIR, false};
+  if (type != DT_LNK && type != DT_UNKNOWN)
+    return std::nullopt;
   const auto kind = isfolder(folder, name);
-  if (!kind || (!*kind && !matchespattern(name, pattern))) return std::nullopt;
+  if (!kind || (!*kind && !matchespattern(name, pattern)))
+    return std::nullopt;
   struct stat status;
   const bool known = ::fstatat(folder.get(), name, &status, AT_SYMLINK_NOFOLLOW) == 0;
   return Entry{name, *kind, !known || S_ISLNK(status.st_mode)};
@@ -62,19 +68,23 @@ std::optional<Entry> entryof(const Handle& folder, const char* name, unsigned ch
 
 Result<Handle> openfolder(const Paths& paths, const std::string& folder) {
   const auto location = paths.find(folder);
-  if (!location) return location.failure();
+  if (!location)
+    return location.failure();
   Handle open = openpath(location->path(), O_RDONLY | O_DIRECTORY);
-  if (!open) return failure(folder, "open the folder");
+  if (!open)
+    return failure(folder, "open the folder");
   return open;
 }
 
 Result<Done> writetext(const Paths& paths, const std::string& path, std::string_view text,
                        int flags) {
   const auto location = paths.find(path);
-  if (!location) return location.failure();
+  if (!location)
+    return location.failure();
   Handle file =
       openpath(location->path(), O_WRONLY | O_CREAT | O_NOFOLLOW | O_NONBLOCK | flags, 0666);
-  if (!file || !writeall(file, text) || !file.close()) return failure(path, "write it");
+  if (!file || !writeall(file, text) || !file.close())
+    return failure(path, "write it");
   return Done{};
 }
 
@@ -82,18 +92,22 @@ Result<Done> writetext(const Paths& paths, const std::string& path, std::string_
 
 Result<std::string> PrefixFiles::lookup(const std::string& path, Match match) {
   const bool folders = match == Match::filesandfolders;
-  const bool inside = path.ends_with('\\') || path.ends_with("\\.");
-  if (inside && folders) return fullpath(path) ? std::string(".") : std::string();
+  const bool inside = path.ends_with('\\');
+  if (folders && (inside || path.ends_with("\\.")))
+    return fullpath(path) ? std::string(".") : std::string();
   if (inside) {
     const auto entries = list(path, "*");
-    if (!entries) return std::string();
+    if (!entries)
+      return std::string();
     const auto file = std::find_if(entries->begin(), entries->end(),
                                    [](const Entry& entry) { return !entry.folder; });
     return file == entries->end() ? std::string() : file->name;
   }
   const auto location = paths.find(path);
-  if (!location && !location.failure().missing) return location.failure();
-  if (!location || !location->exists || ishidden(location->name)) return std::string();
+  if (!location && !location.failure().missing)
+    return location.failure();
+  if (!location || !location->exists || ishidden(location->name) || path.ends_with("\\."))
+    return std::string();
   const Handle folder = openpath(location->folder + "/", O_PATH | O_DIRECTORY);
   const auto kind = isfolder(folder, location->name.c_str());
   return kind && (folders || !*kind) ? location->name : std::string();
@@ -101,34 +115,43 @@ Result<std::string> PrefixFiles::lookup(const std::string& path, Match match) {
 
 Result<std::vector<Entry>> PrefixFiles::list(const std::string& folder, std::string_view pattern) {
   const auto open = openfolder(paths, folder);
-  if (!open) return open.failure();
-  if (iskernels(*open)) return Failure{folder, "list the folder", "it is the system's own"};
+  if (!open)
+    return open.failure();
+  if (iskernels(*open))
+    return Failure{folder, "list the folder", "it is the system's own"};
   std::vector<Entry> entries;
   const bool complete = eachname(*open, [&](const char* name, unsigned char type) {
-    if (auto entry = entryof(*open, name, type, pattern)) entries.push_back(*std::move(entry));
+    if (auto entry = entryof(*open, name, type, pattern))
+      entries.push_back(*std::move(entry));
   });
-  if (!complete) return failure(folder, "list the folder");
+  if (!complete)
+    return failure(folder, "list the folder");
   sortentries(entries, lowercase);
   return entries;
 }
 
 Result<std::string> PrefixFiles::fullpath(const std::string& folder) {
   const auto open = openfolder(paths, folder);
-  if (!open) return open.failure();
+  if (!open)
+    return open.failure();
   const auto location = paths.find(folder);
   return paths.windowspath(location->path(), folder[0]);
 }
 
 Result<std::string> PrefixFiles::read(const std::string& path) {
   const auto location = paths.find(path);
-  if (!location) return location.failure();
+  if (!location)
+    return location.failure();
   const Handle file = openpath(location->path(), O_RDONLY | O_NONBLOCK);
   struct stat status;
-  if (!file || ::fstat(file.get(), &status) != 0) return failure(path, "read it");
-  if (!S_ISREG(status.st_mode)) return Failure{path, "read it", "it is not an ordinary file"};
+  if (!file || ::fstat(file.get(), &status) != 0)
+    return failure(path, "read it");
+  if (!S_ISREG(status.st_mode))
+    return Failure{path, "read it", "it is not an ordinary file"};
   std::string text(static_cast<std::size_t>(status.st_size), '\0');
   const auto length = readall(file, text.data(), text.size());
-  if (!length) return failure(path, "read it");
+  if (!length)
+    return failure(path, "read it");
   text.resize(*length);
   return text;
 }
@@ -143,9 +166,11 @@ Result<Done> PrefixFiles::append(const std::string& path, std::string_view text)
 
 Result<Done> PrefixFiles::replace(const Replacement& replacement) {
   const auto map = paths.find(replacement.map);
-  if (!map) return map.failure();
+  if (!map)
+    return map.failure();
   const Handle folder = openpath(map->folder + "/", O_RDONLY | O_DIRECTORY);
-  if (!folder) return failure(replacement.map, "open its folder");
+  if (!folder)
+    return failure(replacement.map, "open its folder");
   PrefixMapFolder mapfolder(folder, names);
   auto done = Replacing(mapfolder, map->name, replacement).run();
   names.changed(folder);

@@ -37,8 +37,10 @@ bool lookat(const Handle& folder, const std::string& name, struct stat& status) 
 // Renames to a name that must be free: EEXIST when it is not. False, with errno set, on failure.
 bool renametofree(const Handle& folder, const std::string& from, const std::string& to) {
   const int at = folder.get();
-  if (::renameat2(at, from.c_str(), at, to.c_str(), RENAME_NOREPLACE) == 0) return true;
-  if (errno != EINVAL && errno != ENOSYS) return false;
+  if (::renameat2(at, from.c_str(), at, to.c_str(), RENAME_NOREPLACE) == 0)
+    return true;
+  if (errno != EINVAL && errno != ENOSYS)
+    return false;
   // The file system knows no such renaming.
   struct stat taken;
   if (lookat(folder, to, taken)) {
@@ -54,29 +56,37 @@ std::string PrefixMapFolder::spelled(const std::string& name) { return names.fin
 
 MapFolder::Kind PrefixMapFolder::kindof(const std::string& name) {
   struct stat status;
-  if (!lookat(folder, name, status)) return Kind::nothing;
-  if (S_ISDIR(status.st_mode)) return Kind::folder;
+  if (!lookat(folder, name, status))
+    return Kind::nothing;
+  if (S_ISDIR(status.st_mode))
+    return Kind::folder;
   return S_ISREG(status.st_mode) ? Kind::file : Kind::other;
 }
 
 MapFolder::Answer<bool> PrefixMapFolder::holds(const std::string& name, std::string_view text) {
   const Handle file = opennameat(folder, name, O_RDONLY | O_NOFOLLOW | O_NONBLOCK);
   struct stat status;
-  if (!file || ::fstat(file.get(), &status) != 0) return lasterror();
-  if (!S_ISREG(status.st_mode)) return false;
+  if (!file || ::fstat(file.get(), &status) != 0)
+    return lasterror();
+  if (!S_ISREG(status.st_mode))
+    return false;
   char buffer[1 << 16];
   while (true) {
     const auto length = readall(file, buffer, sizeof buffer);
-    if (!length) return lasterror();
-    if (!text.starts_with(std::string_view(buffer, *length))) return false;
+    if (!length)
+      return lasterror();
+    if (!text.starts_with(std::string_view(buffer, *length)))
+      return false;
     text.remove_prefix(*length);
-    if (*length < sizeof buffer) return text.empty();
+    if (*length < sizeof buffer)
+      return text.empty();
   }
 }
 
 MapFolder::Answer<Done> PrefixMapFolder::flush(const std::string& name) {
   const Handle file = opennameat(folder, name, O_RDONLY | O_NOFOLLOW | O_NONBLOCK);
-  if (!file || ::fsync(file.get()) != 0) return lasterror();
+  if (!file || ::fsync(file.get()) != 0)
+    return lasterror();
   return Done{};
 }
 
@@ -84,8 +94,10 @@ MapFolder::Answer<std::string> PrefixMapFolder::makefile(Handle& file) {
   for (int attempt = 0; attempt < attempts; ++attempt) {
     std::string free = temporaryname();
     file = opennameat(folder, free, O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW, 0600);
-    if (file) return free;
-    if (errno != EEXIST) break;
+    if (file)
+      return free;
+    if (errno != EEXIST)
+      break;
   }
   return lasterror();
 }
@@ -93,27 +105,30 @@ MapFolder::Answer<std::string> PrefixMapFolder::makefile(Handle& file) {
 MapFolder::Answer<std::string> PrefixMapFolder::writetemporary(std::string_view text,
                                                                const std::string& like) {
   struct stat status;
-  if (!lookat(folder, like, status)) return lasterror();
+  if (!lookat(folder, like, status))
+    return lasterror();
   Handle file;
   auto made = makefile(file);
-  if (!made) return made;
+  if (!made)
+    return made;
   bool written = writeall(file, text);
-  if (written) makelike(file, status);
+  if (written)
+    makelike(file, status);
   written = written && ::fsync(file.get()) == 0 && file.close();
-  if (written) return made;
+  if (written)
+    return made;
   Reason reason = lasterror();
   remove(*made);
   return reason;
 }
 
-void PrefixMapFolder::remove(const std::string& name) {
-  ::unlinkat(folder.get(), name.c_str(), 0);
-}
+void PrefixMapFolder::remove(const std::string& name) { ::unlinkat(folder.get(), name.c_str(), 0); }
 
 // A second name is unmoved by what becomes of the first.
 MapFolder::Answer<Done> PrefixMapFolder::rename(const std::string& from, const std::string& to,
                                                 const std::string&) {
-  if (::renameat(folder.get(), from.c_str(), folder.get(), to.c_str()) != 0) return lasterror();
+  if (::renameat(folder.get(), from.c_str(), folder.get(), to.c_str()) != 0)
+    return lasterror();
   names.added(to);
   return Done{};
 }
@@ -121,14 +136,18 @@ MapFolder::Answer<Done> PrefixMapFolder::rename(const std::string& from, const s
 MapFolder::Answer<bool> PrefixMapFolder::renamefree(const std::string& from,
                                                     const std::string& to) {
   names.added(to);
-  if (renametofree(folder, from, to)) return true;
-  if (errno == EEXIST) return false;
+  if (renametofree(folder, from, to))
+    return true;
+  if (errno == EEXIST)
+    return false;
   return lasterror();
 }
 
 MapFolder::Answer<bool> PrefixMapFolder::link(const std::string& from, const std::string& to) {
   names.added(to);
-  if (::linkat(folder.get(), from.c_str(), folder.get(), to.c_str(), 0) == 0) return true;
-  if (nohardlinks(errno)) return false;
+  if (::linkat(folder.get(), from.c_str(), folder.get(), to.c_str(), 0) == 0)
+    return true;
+  if (nohardlinks(errno))
+    return false;
   return lasterror();
 }

@@ -36,7 +36,8 @@ std::optional<OsVersion> parseversion(std::string_view text) {
   OsVersion version{ntfamily, 0, 0};
   const char* const end = text.data() + text.size();
   const auto major = std::from_chars(text.data(), end, version.major);
-  if (major.ec != std::errc() || major.ptr == end || *major.ptr != '.') return std::nullopt;
+  if (major.ec != std::errc() || major.ptr == end || *major.ptr != '.')
+    return std::nullopt;
   const auto minor = std::from_chars(major.ptr + 1, end, version.minor);
   return minor.ec == std::errc() ? std::optional(version) : std::nullopt;
 }
@@ -55,7 +56,8 @@ PrefixSystem::PrefixSystem(const Machine& machine, std::string argumentline)
 
 std::optional<std::string> PrefixSystem::regread(const std::string& valuepath) {
   const auto value = registry.read(valuepath);
-  if (!value) return std::nullopt;
+  if (!value)
+    return std::nullopt;
   switch (value->type) {
   case RegistryValue::Type::text:
     return value->text;
@@ -78,7 +80,8 @@ bool PrefixSystem::regdelete(const std::string& valuepath) { return registry.rem
 // A variable as it is set, not expanded. Wine itself sets the one that others build on.
 std::optional<std::string> PrefixSystem::variable(const std::string& name) {
   const char* own = std::getenv(name.c_str());
-  if (own && *own) return own;
+  if (own && *own)
+    return own;
   const bool root = ::lowercase(name) == "systemroot";
   const auto value = registry.read((root ? windowsnt : sessionvariables) + name);
   return value ? std::optional(value->text) : std::nullopt;
@@ -96,7 +99,8 @@ std::string PrefixSystem::expand(std::string_view text) {
     result += text.substr(0, open);
     text.remove_prefix(open);
     const auto close = text.find('%', 1);
-    if (close == std::string_view::npos) return result.append(text);
+    if (close == std::string_view::npos)
+      return result.append(text);
     const auto value = variable(std::string(text.substr(1, close - 1)));
     // A "%" that opens no name may still close the next one.
     result += value ? *value : std::string(text.substr(0, close));
@@ -113,33 +117,36 @@ std::optional<OsVersion> PrefixSystem::osversion() {
 
 FolderPath PrefixSystem::folderpath(std::uint32_t csidl) {
   const char* const name = foldername(csidl & ~createflag);
-  if (!name) return {FolderPath::invalididentifier, ""};
+  if (!name)
+    return {FolderPath::invalididentifier, ""};
   const auto path = regread(std::string(shellfolders) + name);
-  if (!path || path->empty()) return {FolderPath::failed, ""};
+  if (!path || path->empty())
+    return {FolderPath::failed, ""};
+  if (csidl & createflag)
+    makefolder(*path);
   const auto location = paths.find(*path);
-  const bool exists = location && location->exists;
-  if (!exists && (!(csidl & createflag) || !makefolder(*path)))
+  std::error_code ignored;
+  if (!location || !fs::is_directory(location->path(), ignored))
     return {FolderPath::doesnotexist, ""};
   return {FolderPath::ok, *path};
 }
 
-// Makes a folder and those above it that are missing.
-bool PrefixSystem::makefolder(const std::string& path) {
-  for (auto end = path.find('\\'); end != std::string::npos; end = path.find('\\', end + 1)) {
-    const auto location = paths.find(path.substr(0, end + 1));
-    std::error_code failed;
-    if (!location || (!location->exists && !fs::create_directory(location->path(), failed)))
-      return false;
+// Makes a folder and those above it where they are missing and can be made.
+void PrefixSystem::makefolder(const std::string& path) {
+  for (std::size_t end = 0; end < path.size(); ++end) {
+    end = std::min(path.find('\\', end), path.size());
+    const auto location = paths.find(path.substr(0, end));
+    std::error_code ignored;
+    if (location && !location->exists)
+      fs::create_directory(location->path(), ignored);
   }
-  const auto location = paths.find(path);
-  std::error_code failed;
-  return location && (location->exists || fs::create_directory(location->path(), failed));
 }
 
 std::optional<ProductVersion> PrefixSystem::productversion(const std::string& path) {
   const auto location = paths.find(path);
   std::error_code failed;
-  if (!location || !fs::is_regular_file(location->path(), failed)) return std::nullopt;
+  if (!location || !fs::is_regular_file(location->path(), failed))
+    return std::nullopt;
   std::ifstream executable(location->path(), std::ios::binary);
   return readproductversion(executable);
 }

@@ -32,7 +32,7 @@ public:
 private:
   std::optional<std::string> variable(const std::string& name);
   std::string expand(std::string_view text);
-  bool makefolder(const std::string& path);
+  void makefolder(const std::string& path);
 
   Paths paths;
   Registry registry;

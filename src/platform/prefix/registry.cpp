@@ -29,15 +29,19 @@ public:
       : name(target.string() + ".XXXXXX"), handle(::mkostemp(name.data(), O_CLOEXEC)),
         made(handle) {}
   ~Sibling() {
-    if (made) ::unlink(name.c_str());
+    if (made)
+      ::unlink(name.c_str());
   }
   Sibling(const Sibling&) = delete;
   Sibling& operator=(const Sibling&) = delete;
 
   bool replace(const fs::path& target, std::string_view text, mode_t permissions) {
-    if (!made || !writeall(handle, text)) return false;
-    if (::fchmod(handle.get(), permissions) != 0 || ::fsync(handle.get()) != 0) return false;
-    if (!handle.close() || ::rename(name.c_str(), target.c_str()) != 0) return false;
+    if (!made || !writeall(handle, text))
+      return false;
+    if (::fchmod(handle.get(), permissions) != 0 || ::fsync(handle.get()) != 0)
+      return false;
+    if (!handle.close() || ::rename(name.c_str(), target.c_str()) != 0)
+      return false;
     made = false;
     return true;
   }
@@ -58,9 +62,12 @@ std::optional<std::string> readfile(const fs::path& file) {
   std::string block(std::size_t{1} << 16, '\0');
   for (;;) {
     const auto count = ::read(handle.get(), block.data(), block.size());
-    if (count < 0 && errno == EINTR) continue;
-    if (count < 0) return std::nullopt;
-    if (count == 0) return text;
+    if (count < 0 && errno == EINTR)
+      continue;
+    if (count < 0)
+      return std::nullopt;
+    if (count == 0)
+      return text;
     text.append(block, 0, static_cast<std::size_t>(count));
   }
 }
@@ -73,9 +80,11 @@ bool replacefile(const fs::path& file, std::string_view text) {
   struct stat status {};
   const bool exists = ::stat(target.c_str(), &status) == 0;
   Sibling sibling(target);
-  if (!sibling.replace(target, text, exists ? status.st_mode & 07777 : 0644)) return false;
+  if (!sibling.replace(target, text, exists ? status.st_mode & 07777 : 0644))
+    return false;
   const auto folder = openpath(target.parent_path().string(), O_RDONLY | O_DIRECTORY);
-  if (folder) ::fsync(folder.get());  // some file systems refuse this; the file itself is safe
+  if (folder)
+    ::fsync(folder.get());  // some file systems refuse this; the file itself is safe
   return true;
 }
 
@@ -88,11 +97,13 @@ struct ValuePath {
 // Nothing for a path without a root, or with an empty key name in it.
 std::optional<ValuePath> splitpath(const std::string& path) {
   const auto first = path.find('\\');
-  if (first == std::string::npos) return std::nullopt;
+  if (first == std::string::npos)
+    return std::nullopt;
   const auto last = path.rfind('\\');
   const auto key = last == first ? std::string() : path.substr(first + 1, last - first - 1);
   const bool emptyname = last != first && ("\\" + key + "\\").find("\\\\") != std::string::npos;
-  if (emptyname) return std::nullopt;
+  if (emptyname)
+    return std::nullopt;
   return ValuePath{path.substr(0, first), key, path.substr(last + 1)};
 }
 
@@ -103,7 +114,8 @@ std::optional<std::uint32_t> readnumber(const std::string& data) {
   const auto [stop, error] = std::from_chars(data.data(), end, number);
   const bool fits = number >= std::numeric_limits<std::int32_t>::min() &&
                     number <= std::numeric_limits<std::uint32_t>::max();
-  if (error != std::errc{} || stop != end || !fits) return std::nullopt;
+  if (error != std::errc{} || stop != end || !fits)
+    return std::nullopt;
   return static_cast<std::uint32_t>(number);
 }
 
@@ -119,18 +131,23 @@ std::optional<RegistryValue> makevalue(const std::string& data, const std::strin
   const auto lowered = lowercase(type);
   if (lowered.empty() || lowered == "reg_sz")
     return RegistryValue{.type = Type::text, .text = data};
-  if (lowered == "reg_expand_sz") return RegistryValue{.type = Type::expandtext, .text = data};
+  if (lowered == "reg_expand_sz")
+    return RegistryValue{.type = Type::expandtext, .text = data};
   const auto number = readnumber(data);
-  if (!number) return std::nullopt;
-  if (lowered == "reg_dword") return RegistryValue{.type = Type::number, .number = *number};
-  if (lowered != "reg_binary") return std::nullopt;
+  if (!number)
+    return std::nullopt;
+  if (lowered == "reg_dword")
+    return RegistryValue{.type = Type::number, .number = *number};
+  if (lowered != "reg_binary")
+    return std::nullopt;
   return RegistryValue{.type = Type::binary, .bytes = lowestfirst(*number)};
 }
 
 }  // namespace
 
 const std::string& Registry::Hive::current() {
-  if (!text) text = readfile(file).value_or("");
+  if (!text)
+    text = readfile(file).value_or("");
   return *text;
 }
 
@@ -138,9 +155,11 @@ bool Registry::Hive::change(const Edit& edit) {
   std::error_code ignored;
   const bool missing = fs::symlink_status(file, ignored).type() == fs::file_type::not_found;
   const auto old = missing ? std::string() : readfile(file);
-  if (!old) return false;
+  if (!old)
+    return false;
   auto changed = edit(*old);
-  if (!changed || !replacefile(file, *changed)) return false;
+  if (!changed || !replacefile(file, *changed))
+    return false;
   text = std::move(changed);
   return true;
 }
@@ -150,15 +169,18 @@ Registry::Registry(fs::path machine)
 
 Registry::Hive* Registry::findhive(const std::string& root) {
   const auto lowered = lowercase(root);
-  if (lowered == "hkey_local_machine" || lowered == "hklm") return &localmachine;
-  if (lowered == "hkey_current_user" || lowered == "hkcu") return &currentuser;
+  if (lowered == "hkey_local_machine" || lowered == "hklm")
+    return &localmachine;
+  if (lowered == "hkey_current_user" || lowered == "hkcu")
+    return &currentuser;
   return nullptr;
 }
 
 std::optional<RegistryValue> Registry::read(const std::string& valuepath) {
   const auto path = splitpath(valuepath);
   Hive* const hive = path ? findhive(path->root) : nullptr;
-  if (!hive) return std::nullopt;
+  if (!hive)
+    return std::nullopt;
   return findvalue(hive->current(), path->key, path->name);
 }
 
@@ -167,7 +189,8 @@ bool Registry::write(const std::string& valuepath, const std::string& data,
   const auto path = splitpath(valuepath);
   const auto value = makevalue(data, type);
   Hive* const hive = path ? findhive(path->root) : nullptr;
-  if (!hive || !value) return false;
+  if (!hive || !value)
+    return false;
   return hive->change([&](const std::string& text) {
     return std::optional(withvalue(text, path->key, path->name, *value));
   });
@@ -176,7 +199,8 @@ bool Registry::write(const std::string& valuepath, const std::string& data,
 bool Registry::remove(const std::string& valuepath) {
   const auto path = splitpath(valuepath);
   Hive* const hive = path ? findhive(path->root) : nullptr;
-  if (!hive || (path->key.empty() && path->name.empty())) return false;
+  if (!hive || (path->key.empty() && path->name.empty()))
+    return false;
   return hive->change([&](const std::string& text) {
     auto changed = path->name.empty() ? withoutkey(text, path->key)
                                       : withoutvalue(text, path->key, path->name);

@@ -54,7 +54,8 @@ public:
 
 private:
   void endpair() {
-    if (lead != 0) appendutf8(text, replacement);
+    if (lead != 0)
+      appendutf8(text, replacement);
     lead = 0;
   }
 
@@ -67,7 +68,8 @@ std::optional<std::uint32_t> takenumber(std::string_view& text, std::size_t most
   std::uint32_t number = 0;
   const char* const end = text.data() + std::min(most, text.size());
   const auto [stop, error] = std::from_chars(text.data(), end, number, base);
-  if (error != std::errc{}) return std::nullopt;
+  if (error != std::errc{})
+    return std::nullopt;
   text.remove_prefix(static_cast<std::size_t>(stop - text.data()));
   return number;
 }
@@ -75,7 +77,8 @@ std::optional<std::uint32_t> takenumber(std::string_view& text, std::size_t most
 // Takes one escape off the front of `text`, its backslash already gone.
 void unescapeone(std::string_view& text, TextBuilder& into) {
   const char c = text.front();
-  if (const auto octal = takenumber(text, 3, 8)) return into.unit(*octal);
+  if (const auto octal = takenumber(text, 3, 8))
+    return into.unit(*octal);
   text.remove_prefix(1);
   if (c == 'x') {
     const auto unit = takenumber(text, 4, 16);
@@ -103,8 +106,10 @@ std::string unescape(std::string_view text) {
 // Where the character that ends an escaped text stands, from `from` on.
 std::size_t findclosing(std::string_view text, std::size_t from, char close) {
   for (std::size_t at = from; at < text.size(); ++at) {
-    if (text[at] == close) return at;
-    if (text[at] == '\\') ++at;
+    if (text[at] == close)
+      return at;
+    if (text[at] == '\\')
+      ++at;
   }
   return npos;
 }
@@ -113,10 +118,13 @@ std::size_t findclosing(std::string_view text, std::size_t from, char close) {
 bool differs(std::string_view escaped, std::string_view lowered) {
   std::size_t at = 0;
   for (const char wanted : lowered) {
-    if (at == escaped.size()) return true;
-    if (!isplain(escaped[at]) || !isplain(wanted)) return false;
+    if (at == escaped.size())
+      return true;
+    if (!isplain(escaped[at]) || !isplain(wanted))
+      return false;
     if (escaped[at] == '\\') {
-      if (wanted != '\\' || escaped.substr(at, 2) != "\\\\") return false;
+      if (wanted != '\\' || escaped.substr(at, 2) != "\\\\")
+        return false;
       ++at;
     } else if (asciilower(escaped[at]) != wanted) {
       return true;
@@ -151,7 +159,8 @@ std::size_t lineend(std::string_view text, std::size_t from) {
 std::optional<Section> nextsection(std::string_view text, std::size_t from) {
   const bool here = from < text.size() && text[from] == '[';
   const auto before = here ? 0 : text.find("\n[", from);
-  if (before == npos) return std::nullopt;
+  if (before == npos)
+    return std::nullopt;
   const auto begin = here ? from : before + 1;
   const auto next = text.find("\n[", begin);
   return Section{begin, lineend(text, begin), next == npos ? text.size() : next + 1};
@@ -159,9 +168,11 @@ std::optional<Section> nextsection(std::string_view text, std::size_t from) {
 
 // Whether a key's header, without its "[", names the key or (for a subtree) one below it.
 bool names(std::string_view header, const std::string& loweredkey, Depth depth) {
-  if (differs(header, loweredkey)) return false;
+  if (differs(header, loweredkey))
+    return false;
   const auto close = findclosing(header, 0, ']');
-  if (close == npos) return false;
+  if (close == npos)
+    return false;
   const auto path = lowercase(unescape(header.substr(0, close)));
   return path == loweredkey || (depth == Depth::subtree && path.starts_with(loweredkey + "\\"));
 }
@@ -172,20 +183,25 @@ void eachsection(std::string_view text, std::string_view key, Depth depth, Use u
   const auto lowered = lowercase(key);
   for (auto section = nextsection(text, 0); section; section = nextsection(text, section->end)) {
     const auto header = text.substr(section->begin + 1, section->body - section->begin - 1);
-    if (names(header, lowered, depth)) use(*section);
+    if (names(header, lowered, depth))
+      use(*section);
   }
 }
 
 // Where the data begins on a value's line; nothing when the line does not give the value `name`.
 std::optional<std::size_t> finddata(std::string_view line, const std::string& loweredname) {
   const bool unnamed = line.starts_with('@');
-  if (!unnamed && !line.starts_with('"')) return std::nullopt;
+  if (!unnamed && !line.starts_with('"'))
+    return std::nullopt;
   const auto close = unnamed ? 0 : findclosing(line, 1, '"');
-  if (close == npos) return std::nullopt;
+  if (close == npos)
+    return std::nullopt;
   const auto name = unnamed ? std::string_view() : line.substr(1, close - 1);
-  if (differs(name, loweredname) || lowercase(unescape(name)) != loweredname) return std::nullopt;
+  if (differs(name, loweredname) || lowercase(unescape(name)) != loweredname)
+    return std::nullopt;
   const auto equals = line.find_first_not_of(" \t", close + 1);
-  if (equals == npos || line[equals] != '=') return std::nullopt;
+  if (equals == npos || line[equals] != '=')
+    return std::nullopt;
   return std::min(line.find_first_not_of(" \t", equals + 1), line.size());
 }
 
@@ -212,9 +228,11 @@ void eachentry(std::string_view text, std::string_view key, std::string_view nam
     for (std::size_t begin = section.body, end = begin; begin < section.end; begin = end) {
       end = lineend(lines, begin);
       const auto offset = finddata(lines.substr(begin, end - begin), lowered);
-      if (!offset) continue;
+      if (!offset)
+        continue;
       const auto data = begin + *offset;
-      if (lines.substr(data).starts_with("hex")) end = lastlineend(lines, begin, end);
+      if (lines.substr(data).starts_with("hex"))
+        end = lastlineend(lines, begin, end);
       use(Entry{begin, end, lines.substr(data, end - data)});
     }
   });
@@ -229,16 +247,19 @@ RegistryValue::Type typefor(std::uint32_t number) {
 // Takes "tag:" or "tag(N):" off the front of a value's data and gives N, or `plain` without one.
 std::optional<std::uint32_t> taketag(std::string_view& data, std::string_view tag,
                                      std::uint32_t plain) {
-  if (!data.starts_with(tag)) return std::nullopt;
+  if (!data.starts_with(tag))
+    return std::nullopt;
   auto rest = data.substr(tag.size());
   std::optional number(plain);
   if (rest.starts_with('(')) {
     rest.remove_prefix(1);
     number = takenumber(rest, 8, 16);
-    if (!number || !rest.starts_with(')')) return std::nullopt;
+    if (!number || !rest.starts_with(')'))
+      return std::nullopt;
     rest.remove_prefix(1);
   }
-  if (!rest.starts_with(':')) return std::nullopt;
+  if (!rest.starts_with(':'))
+    return std::nullopt;
   data = rest.substr(1);
   return number;
 }
@@ -246,8 +267,10 @@ std::optional<std::uint32_t> taketag(std::string_view& data, std::string_view ta
 std::optional<RegistryValue> quotedvalue(std::string_view data, RegistryValue::Type type) {
   using Type = RegistryValue::Type;
   const auto close = data.starts_with('"') ? findclosing(data, 1, '"') : npos;
-  if (close == npos) return std::nullopt;
-  if (type != Type::text && type != Type::expandtext) return RegistryValue{.type = Type::other};
+  if (close == npos)
+    return std::nullopt;
+  if (type != Type::text && type != Type::expandtext)
+    return RegistryValue{.type = Type::other};
   auto text = unescape(data.substr(1, close - 1));
   text.resize(std::min(text.find('\0'), text.size()));
   return RegistryValue{.type = type, .text = std::move(text)};
@@ -255,7 +278,8 @@ std::optional<RegistryValue> quotedvalue(std::string_view data, RegistryValue::T
 
 std::optional<RegistryValue> numbervalue(std::string_view digits) {
   const auto number = takenumber(digits, 8, 16);
-  if (!number || digits.find_first_not_of(" \t\r\n") != npos) return std::nullopt;
+  if (!number || digits.find_first_not_of(" \t\r\n") != npos)
+    return std::nullopt;
   return RegistryValue{.type = RegistryValue::Type::number, .number = *number};
 }
 
@@ -267,11 +291,14 @@ std::optional<std::string> readbytes(std::string_view data) {
   std::string bytes;
   for (skipblanks(); !data.empty(); skipblanks()) {
     const auto byte = takenumber(data, 2, 16);
-    if (!byte) return std::nullopt;
+    if (!byte)
+      return std::nullopt;
     bytes += static_cast<char>(*byte);
     skipblanks();
-    if (data.empty()) break;
-    if (data.front() != ',') return std::nullopt;
+    if (data.empty())
+      break;
+    if (data.front() != ',')
+      return std::nullopt;
     data.remove_prefix(1);
   }
   return bytes;
@@ -283,7 +310,8 @@ std::string fromutf16(std::string_view bytes) {
   for (std::size_t at = 0; at + 1 < bytes.size(); at += 2) {
     const auto low = static_cast<unsigned char>(bytes[at]);
     const auto high = static_cast<unsigned char>(bytes[at + 1]);
-    if (low == 0 && high == 0) break;
+    if (low == 0 && high == 0)
+      break;
     into.unit(static_cast<std::uint32_t>(high << 8 | low));
   }
   return into.finish();
@@ -293,8 +321,10 @@ RegistryValue bytesvalue(std::string bytes, RegistryValue::Type type) {
   using Type = RegistryValue::Type;
   if (type == Type::text || type == Type::expandtext)
     return {.type = type, .text = fromutf16(bytes)};
-  if (type == Type::binary) return {.type = type, .bytes = std::move(bytes)};
-  if (type != Type::number || bytes.size() != 4) return {.type = Type::other};
+  if (type == Type::binary)
+    return {.type = type, .bytes = std::move(bytes)};
+  if (type != Type::number || bytes.size() != 4)
+    return {.type = Type::other};
   std::uint32_t number = 0;
   for (auto byte = bytes.rbegin(); byte != bytes.rend(); ++byte)
     number = number << 8 | static_cast<unsigned char>(*byte);
@@ -302,13 +332,18 @@ RegistryValue bytesvalue(std::string bytes, RegistryValue::Type type) {
 }
 
 std::optional<RegistryValue> readvalue(std::string_view data) {
-  if (data.starts_with('"')) return quotedvalue(data, RegistryValue::Type::text);
-  if (const auto type = taketag(data, "str", 1)) return quotedvalue(data, typefor(*type));
-  if (data.starts_with("dword:")) return numbervalue(data.substr(6));
+  if (data.starts_with('"'))
+    return quotedvalue(data, RegistryValue::Type::text);
+  if (const auto type = taketag(data, "str", 1))
+    return quotedvalue(data, typefor(*type));
+  if (data.starts_with("dword:"))
+    return numbervalue(data.substr(6));
   const auto type = taketag(data, "hex", 3);
-  if (!type) return std::nullopt;
+  if (!type)
+    return std::nullopt;
   auto bytes = readbytes(data);
-  if (!bytes) return std::nullopt;
+  if (!bytes)
+    return std::nullopt;
   return bytesvalue(std::move(*bytes), typefor(*type));
 }
 
@@ -341,11 +376,13 @@ std::string digits(std::uint32_t number, int base, std::size_t least) {
 // a digit of it.
 std::string escapeunit(char16_t unit, char16_t next, std::string_view quotes) {
   const char nextchar = next < 0x80 ? static_cast<char>(next) : '\0';
-  if (unit > 0x7F) return "\\x" + digits(unit, 16, ishexdigit(nextchar) ? 4 : 1);
+  if (unit > 0x7F)
+    return "\\x" + digits(unit, 16, ishexdigit(nextchar) ? 4 : 1);
   const char c = static_cast<char>(unit);
   if (unit >= controlnames.size())
     return c == '\\' || quotes.find(c) != npos ? std::string{'\\', c} : std::string{c};
-  if (controlnames[unit] != '.') return {'\\', controlnames[unit]};
+  if (controlnames[unit] != '.')
+    return {'\\', controlnames[unit]};
   return "\\" + digits(unit, 8, nextchar >= '0' && nextchar <= '7' ? 3 : 1);
 }
 
@@ -363,9 +400,11 @@ std::string writebytes(std::string_view bytes, std::size_t column, std::string_v
   for (std::size_t i = 0; i < bytes.size(); ++i) {
     text += digits(static_cast<unsigned char>(bytes[i]), 16, 2);
     column += 3;
-    if (i + 1 == bytes.size()) break;
+    if (i + 1 == bytes.size())
+      break;
     text += ',';
-    if (column <= 76) continue;
+    if (column <= 76)
+      continue;
     text.append("\\").append(newline).append("  ");
     column = 2;
   }
@@ -376,10 +415,12 @@ std::string writevalue(std::string_view name, const RegistryValue& value,
                        std::string_view newline) {
   std::string line = name.empty() ? "@=" : "\"" + escape(name, "\"") + "\"=";
   using Type = RegistryValue::Type;
-  if (value.type == Type::number) line += "dword:" + digits(value.number, 16, 8);
+  if (value.type == Type::number)
+    line += "dword:" + digits(value.number, 16, 8);
   if (value.type == Type::binary)
     line += "hex:" + writebytes(value.bytes, line.size() + 4, newline);
-  if (value.type == Type::expandtext) line += "str(2):";
+  if (value.type == Type::expandtext)
+    line += "str(2):";
   if (value.type == Type::text || value.type == Type::expandtext)
     line += "\"" + escape(value.text, "\"") + "\"";
   return line.append(newline);
@@ -394,7 +435,8 @@ std::string_view newlineof(std::string_view text) {
 std::size_t skipblanklines(std::string_view text, std::size_t at) {
   while (at > 0 && text[at - 1] == '\n') {
     const auto end = text.substr(0, at - 1).ends_with('\r') ? at - 2 : at - 1;
-    if (end > 0 && text[end - 1] != '\n') break;
+    if (end > 0 && text[end - 1] != '\n')
+      break;
     at = end;
   }
   return at;
@@ -404,7 +446,8 @@ std::size_t skipblanklines(std::string_view text, std::size_t at) {
 std::string replaced(std::string_view text, std::size_t begin, std::size_t end,
                      std::string_view lines, std::string_view newline) {
   std::string result(text.substr(0, begin));
-  if (!result.empty() && !result.ends_with('\n')) result += newline;
+  if (!result.empty() && !result.ends_with('\n'))
+    result += newline;
   return result.append(lines).append(text.substr(end));
 }
 
@@ -414,24 +457,29 @@ std::optional<RegistryValue> findvalue(std::string_view registry, std::string_vi
                                        std::string_view name) {
   std::optional<RegistryValue> last;
   eachentry(registry, key, name, [&](const Entry& entry) {
-    if (auto value = readvalue(entry.data)) last = std::move(value);
+    if (auto value = readvalue(entry.data))
+      last = std::move(value);
   });
   return last;
 }
 
 std::string withvalue(std::string_view registry, std::string_view key, std::string_view name,
                       const RegistryValue& value) {
-  if (value.type == RegistryValue::Type::other) return std::string(registry);
+  if (value.type == RegistryValue::Type::other)
+    return std::string(registry);
   const auto newline = newlineof(registry);
   const auto line = writevalue(name, value, newline);
   std::optional<Entry> entry;
   eachentry(registry, key, name, [&](const Entry& found) { entry = found; });
-  if (entry) return replaced(registry, entry->begin, entry->end, line, newline);
+  if (entry)
+    return replaced(registry, entry->begin, entry->end, line, newline);
   std::optional<std::size_t> keyend;
   eachsection(registry, key, Depth::key,
               [&](const Section& section) { keyend = skipblanklines(registry, section.end); });
-  if (keyend) return replaced(registry, *keyend, *keyend, line, newline);
-  if (registry.empty()) registry = "WINE REGISTRY Version 2\n";
+  if (keyend)
+    return replaced(registry, *keyend, *keyend, line, newline);
+  if (registry.empty())
+    registry = "WINE REGISTRY Version 2\n";
   const std::string end(newline);
   const auto section = end + "[" + escape(key, "[]") + "]" + end + line;
   return replaced(registry, registry.size(), registry.size(), section, newline);

@@ -8,8 +8,10 @@ constexpr char32_t lowest[] = {0, 0, 0x80, 0x800, 0x10000};
 constexpr char32_t highest = 0x10FFFF;
 
 std::size_t lengthfrom(unsigned char first) {
-  if (first < 0x80) return 1;
-  if (first < 0xC0) return 0;
+  if (first < 0x80)
+    return 1;
+  if (first < 0xC0)
+    return 0;
   return first < 0xE0 ? 2 : first < 0xF0 ? 3 : first < 0xF8 ? 4 : 0;
 }
 
@@ -18,11 +20,13 @@ std::size_t lengthfrom(unsigned char first) {
 std::size_t decodeutf8(std::string_view text, char32_t& character) {
   const auto first = static_cast<unsigned char>(text.front());
   const std::size_t length = lengthfrom(first);
-  if (length == 0 || text.size() < length) return 0;
+  if (length == 0 || text.size() < length)
+    return 0;
   character = length == 1 ? first : first & (0x7Fu >> length);
   for (const char c : text.substr(1, length - 1)) {
     const auto next = static_cast<unsigned char>(c);
-    if ((next & 0xC0) != 0x80) return 0;
+    if ((next & 0xC0) != 0x80)
+      return 0;
     character = character << 6 | (next & 0x3Fu);
   }
   return character >= lowest[length] && character <= highest ? length : 0;

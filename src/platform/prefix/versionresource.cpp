@@ -37,7 +37,8 @@ public:
 private:
   template <std::size_t size> std::optional<std::uint32_t> number(Offset at) {
     std::array<char, size> bytes{};
-    if (!read(at, bytes.data(), size)) return std::nullopt;
+    if (!read(at, bytes.data(), size))
+      return std::nullopt;
     std::uint32_t value = 0;
     for (auto byte = bytes.rbegin(); byte != bytes.rend(); ++byte)
       value = value << 8 | static_cast<unsigned char>(*byte);
@@ -60,9 +61,11 @@ struct Headers {
 };
 
 std::optional<Headers> readheaders(Image& image) {
-  if (!image.holds(0, "MZ")) return std::nullopt;
+  if (!image.holds(0, "MZ"))
+    return std::nullopt;
   const auto start = image.doubleword(0x3C);  // e_lfanew
-  if (!start || !image.holds(*start, std::string_view("PE\0\0", 4))) return std::nullopt;
+  if (!start || !image.holds(*start, std::string_view("PE\0\0", 4)))
+    return std::nullopt;
   const auto sections = image.word(*start + Offset{6});
   const auto optionalsize = image.word(*start + Offset{20});
   const Offset optionalheader = *start + Offset{24};
@@ -73,8 +76,10 @@ std::optional<Headers> readheaders(Image& image) {
   const Offset resourcedirectory = directories + 2 * 8;   // the third: eight bytes each
   const auto count = image.doubleword(optionalheader + directories - 4);
   const auto resources = image.doubleword(optionalheader + resourcedirectory);
-  if (!count || *count < 3 || resourcedirectory + 8 > *optionalsize) return std::nullopt;
-  if (!resources || *resources == 0) return std::nullopt;
+  if (!count || *count < 3 || resourcedirectory + 8 > *optionalsize)
+    return std::nullopt;
+  if (!resources || *resources == 0)
+    return std::nullopt;
   return Headers{optionalheader + *optionalsize, *sections, *resources};
 }
 
@@ -86,8 +91,10 @@ std::optional<Offset> findaddress(Image& image, const Headers& headers, Offset a
     const auto start = image.doubleword(section + 12);
     const auto length = image.doubleword(section + 16);
     const auto data = image.doubleword(section + 20);
-    if (!start || !length || !data) return std::nullopt;
-    if (address >= *start && address - *start + size <= *length) return *data + (address - *start);
+    if (!start || !length || !data)
+      return std::nullopt;
+    if (address >= *start && address - *start + size <= *length)
+      return *data + (address - *start);
   }
   return std::nullopt;
 }
@@ -96,12 +103,15 @@ std::optional<Offset> findaddress(Image& image, const Headers& headers, Offset a
 std::optional<std::uint32_t> findtype(Image& image, Offset directory, std::uint32_t type) {
   const auto named = image.word(directory + 12);
   const auto numbered = image.word(directory + 14);
-  if (!named || !numbered) return std::nullopt;
+  if (!named || !numbered)
+    return std::nullopt;
   for (std::uint16_t i = 0; i < *numbered; ++i) {
     const Offset entry = directory + 16 + Offset{8} * (Offset{*named} + i);
     const auto found = image.doubleword(entry);
-    if (!found) return std::nullopt;
-    if (*found == type) return image.doubleword(entry + 4);
+    if (!found)
+      return std::nullopt;
+    if (*found == type)
+      return image.doubleword(entry + 4);
   }
   return std::nullopt;
 }
@@ -110,18 +120,22 @@ std::optional<std::uint32_t> findtype(Image& image, Offset directory, std::uint3
 std::optional<std::uint32_t> firstentry(Image& image, Offset directory) {
   const auto named = image.word(directory + 12);
   const auto numbered = image.word(directory + 14);
-  if (!named || !numbered || *named + *numbered == 0) return std::nullopt;
+  if (!named || !numbered || *named + *numbered == 0)
+    return std::nullopt;
   return image.doubleword(directory + 16 + 4);
 }
 
 // Where the version resource's data entry lies: below the type comes a name, below it a language.
 std::optional<Offset> finddataentry(Image& image, Offset resources) {
   const auto names = findtype(image, resources, versiontype);
-  if (!names || !(*names & subdirectory)) return std::nullopt;
+  if (!names || !(*names & subdirectory))
+    return std::nullopt;
   const auto languages = firstentry(image, resources + (*names & ~subdirectory));
-  if (!languages || !(*languages & subdirectory)) return std::nullopt;
+  if (!languages || !(*languages & subdirectory))
+    return std::nullopt;
   const auto entry = firstentry(image, resources + (*languages & ~subdirectory));
-  if (!entry || (*entry & subdirectory)) return std::nullopt;
+  if (!entry || (*entry & subdirectory))
+    return std::nullopt;
   return resources + *entry;
 }
 
@@ -131,9 +145,12 @@ std::optional<Offset> findfixedinfo(Image& image, Offset block) {
   constexpr auto key = "V\0S\0_\0V\0E\0R\0S\0I\0O\0N\0_\0I\0N\0F\0O\0\0\0"sv;
   const auto length = image.word(block);
   const auto valuelength = image.word(block + 2);
-  if (!length || *length < 92 || !valuelength || *valuelength < 52) return std::nullopt;
-  if (!image.holds(block + 6, key)) return std::nullopt;
-  if (image.doubleword(block + 40) != fixedsignature) return std::nullopt;
+  if (!length || *length < 92 || !valuelength || *valuelength < 52)
+    return std::nullopt;
+  if (!image.holds(block + 6, key))
+    return std::nullopt;
+  if (image.doubleword(block + 40) != fixedsignature)
+    return std::nullopt;
   return block + 40;
 }
 
@@ -142,18 +159,24 @@ std::optional<Offset> findfixedinfo(Image& image, Offset block) {
 std::optional<ProductVersion> readproductversion(std::istream& executable) {
   Image image(executable);
   const auto headers = readheaders(image);
-  if (!headers) return std::nullopt;
+  if (!headers)
+    return std::nullopt;
   const auto resources = findaddress(image, *headers, headers->resources, 16);
-  if (!resources) return std::nullopt;
+  if (!resources)
+    return std::nullopt;
   const auto entry = finddataentry(image, *resources);
-  if (!entry) return std::nullopt;
+  if (!entry)
+    return std::nullopt;
   const auto address = image.doubleword(*entry);
   const auto size = image.doubleword(*entry + 4);
-  if (!address || !size || *size < 92) return std::nullopt;
+  if (!address || !size || *size < 92)
+    return std::nullopt;
   const auto block = findaddress(image, *headers, *address, *size);
-  if (!block) return std::nullopt;
+  if (!block)
+    return std::nullopt;
   const auto fixed = findfixedinfo(image, *block);
-  if (!fixed) return std::nullopt;
+  if (!fixed)
+    return std::nullopt;
   const auto high = image.doubleword(*fixed + 16);
   const auto low = image.doubleword(*fixed + 20);
   const bool whole = high && low && image.doubleword(*fixed + 48);

@@ -18,9 +18,10 @@ bool isempty(DWORD error) { return error == ERROR_FILE_NOT_FOUND || error == ERR
 
 std::optional<WIN32_FIND_DATAW> findfile(const std::wstring& path) {
   WIN32_FIND_DATAW entry;
-  const HANDLE find = FindFirstFileExW(path.c_str(), FindExInfoBasic, &entry,
-                                       FindExSearchNameMatch, nullptr, 0);
-  if (find == INVALID_HANDLE_VALUE) return std::nullopt;
+  const HANDLE find =
+      FindFirstFileExW(path.c_str(), FindExInfoBasic, &entry, FindExSearchNameMatch, nullptr, 0);
+  if (find == INVALID_HANDLE_VALUE)
+    return std::nullopt;
   FindClose(find);
   return entry;
 }
@@ -29,13 +30,15 @@ bool eachentry(const std::wstring& folder,
                const std::function<void(const WIN32_FIND_DATAW&)>& visit) {
   const std::wstring all = folder + (folder.ends_with(L'\\') ? L"*" : L"\\*");
   WIN32_FIND_DATAW entry;
-  const HANDLE first = FindFirstFileExW(all.c_str(), FindExInfoBasic, &entry,
-                                        FindExSearchNameMatch, nullptr, FIND_FIRST_EX_LARGE_FETCH);
-  if (first == INVALID_HANDLE_VALUE) return isempty(GetLastError());
+  const HANDLE first = FindFirstFileExW(all.c_str(), FindExInfoBasic, &entry, FindExSearchNameMatch,
+                                        nullptr, FIND_FIRST_EX_LARGE_FETCH);
+  if (first == INVALID_HANDLE_VALUE)
+    return isempty(GetLastError());
   const std::unique_ptr<HANDLE, CloseFind> find(first);
   do {
     const std::wstring_view name = entry.cFileName;
-    if (name != L"." && name != L"..") visit(entry);
+    if (name != L"." && name != L"..")
+      visit(entry);
   } while (FindNextFileW(find.get(), &entry));
   return isempty(GetLastError());
 }

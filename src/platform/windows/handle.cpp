@@ -7,7 +7,7 @@
 
 namespace {
 
-constexpr DWORD firstwait = 10;   // milliseconds
+constexpr DWORD firstwait = 10;     // milliseconds
 constexpr DWORD longestwait = 640;  // 1,270 in all
 
 DWORD piece(std::size_t size) {
@@ -23,7 +23,8 @@ bool Handle::close() {
 
 bool retrying(std::initializer_list<DWORD> errors, const std::function<bool()>& attempt) {
   for (DWORD wait = firstwait;; wait *= 2) {
-    if (attempt()) return true;
+    if (attempt())
+      return true;
     const DWORD error = GetLastError();
     if (wait > longestwait || std::find(errors.begin(), errors.end(), error) == errors.end())
       return false;
@@ -44,14 +45,16 @@ Handle openfile(const std::wstring& path, DWORD access, DWORD creation, DWORD fl
 
 std::optional<BY_HANDLE_FILE_INFORMATION> informationof(const Handle& file) {
   BY_HANDLE_FILE_INFORMATION information;
-  if (!GetFileInformationByHandle(file.get(), &information)) return std::nullopt;
+  if (!GetFileInformationByHandle(file.get(), &information))
+    return std::nullopt;
   return information;
 }
 
 bool writeall(const Handle& file, std::string_view text) {
   while (!text.empty()) {
     DWORD written = 0;
-    if (!WriteFile(file.get(), text.data(), piece(text.size()), &written, nullptr)) return false;
+    if (!WriteFile(file.get(), text.data(), piece(text.size()), &written, nullptr))
+      return false;
     text.remove_prefix(written);
   }
   return true;
@@ -63,7 +66,8 @@ std::optional<std::size_t> readall(const Handle& file, char* buffer, std::size_t
     DWORD length = 0;
     if (!ReadFile(file.get(), buffer + done, piece(size - done), &length, nullptr))
       return std::nullopt;
-    if (length == 0) break;
+    if (length == 0)
+      break;
     done += length;
   }
   return done;

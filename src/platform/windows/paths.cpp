@@ -43,8 +43,10 @@ std::string takeroot(std::string_view& rest) {
     return takeshare(rest);
   }
   const bool verbatimpath = rest.starts_with(verbatim);
-  if (verbatimpath) rest.remove_prefix(verbatim.size());
-  if (!hasdrive(rest)) return std::string(verbatimpath ? verbatim : "");
+  if (verbatimpath)
+    rest.remove_prefix(verbatim.size());
+  if (!hasdrive(rest))
+    return std::string(verbatimpath ? verbatim : "");
   const std::string root{upper(rest[0]), ':', '\\'};
   rest.remove_prefix(2);
   return root;
@@ -54,8 +56,10 @@ std::string takeroot(std::string_view& rest) {
 
 std::wstring Location::wide() const {
   const std::string path = text();
-  if (root.starts_with(verbatim)) return widen(path);
-  if (root.starts_with(share)) return widen(verbatimshare) + widen(path.substr(share.size()));
+  if (root.starts_with(verbatim))
+    return widen(path);
+  if (root.starts_with(share))
+    return widen(verbatimshare) + widen(path.substr(share.size()));
   return widen(verbatim) + widen(path);
 }
 
@@ -67,19 +71,20 @@ std::string Location::text() const {
 }
 
 Result<Location> locate(const std::string& path) {
-  if (path.empty()) return Failure{path, "find it", "it has no name", true};
+  if (path.empty())
+    return Failure{path, "find it", "it has no name", true};
   std::string_view rest = path;
   Location location{takeroot(rest), {}};
   if (location.root.empty()) {
     const std::string folder = currentfolder();
     std::string_view below = folder;
     location.root = takeroot(below);
-    if (!isseparator(rest[0])) location.names = splitpath(below);
+    if (!isseparator(rest[0]))
+      location.names = splitpath(below);
   }
   auto names = resolve(std::move(location.names), rest, path);
-  if (!names) return names.failure();
+  if (!names)
+    return names.failure();
   location.names = *std::move(names);
   return location;
 }
-
-bool endsinside(const std::string& path) { return path.ends_with('\\') || path.ends_with("\\."); }

@@ -21,6 +21,3 @@ struct Location {
 
 // Makes a path absolute. Fails when Windows would not allow one of its names.
 Result<Location> locate(const std::string& path);
-
-// Whether a path is to be read as what its folder holds: it ends in "\" or "\.".
-bool endsinside(const std::string& path);

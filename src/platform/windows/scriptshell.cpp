@@ -16,13 +16,15 @@ Variant::Variant(const std::string& text) {
 std::optional<std::string> Variant::text() const {
   if (value.vt == VT_BSTR)
     return narrow({value.bstrVal ? value.bstrVal : L"", SysStringLen(value.bstrVal)});
-  if (value.vt == VT_I4) return std::to_string(static_cast<std::uint32_t>(value.lVal));
+  if (value.vt == VT_I4)
+    return std::to_string(static_cast<std::uint32_t>(value.lVal));
   return std::nullopt;
 }
 
 std::optional<ScriptShell> ScriptShell::create() {
   CLSID identifier;
-  if (FAILED(CLSIDFromProgID(L"WScript.Shell", &identifier))) return std::nullopt;
+  if (FAILED(CLSIDFromProgID(L"WScript.Shell", &identifier)))
+    return std::nullopt;
   void* created = nullptr;
   if (FAILED(CoCreateInstance(identifier, nullptr, CLSCTX_INPROC_SERVER, IID_IDispatch, &created)))
     return std::nullopt;

@@ -17,7 +17,8 @@ public:
   ComLibrary(const ComLibrary&) = delete;
   ComLibrary& operator=(const ComLibrary&) = delete;
   ~ComLibrary() {
-    if (ready) CoUninitialize();
+    if (ready)
+      CoUninitialize();
   }
 
 private:

@@ -31,7 +31,8 @@ std::string narrow(std::wstring_view text) { return encode(CP_UTF8, 0, text, nul
 std::string fromcodepage(std::string_view text) { return narrow(decode(CP_ACP, text)); }
 
 std::optional<std::string> tocodepage(std::string_view text) {
-  if (GetACP() == CP_UTF8) return std::string(text);  // which lacks none
+  if (GetACP() == CP_UTF8)
+    return std::string(text);  // which lacks none
   BOOL lacking = FALSE;
   std::string bytes = encode(CP_ACP, WC_NO_BEST_FIT_CHARS, widen(text), &lacking);
   return lacking ? std::nullopt : std::optional(std::move(bytes));

@@ -33,13 +33,15 @@ bool isfolder(DWORD attributes) { return attributes & FILE_ATTRIBUTE_DIRECTORY; 
 // An entry as the program lists it, `path` being its own; nothing when it does not belong in a
 // list.
 std::optional<Entry> entryof(const WIN32_FIND_DATAW& found, const std::wstring& path) {
-  constexpr DWORD leftout =
-      FILE_ATTRIBUTE_HIDDEN | FILE_ATTRIBUTE_SYSTEM | FILE_ATTRIBUTE_DEVICE;
-  if (found.dwFileAttributes & leftout) return std::nullopt;
+  constexpr DWORD leftout = FILE_ATTRIBUTE_HIDDEN | FILE_ATTRIBUTE_SYSTEM | FILE_ATTRIBUTE_DEVICE;
+  if (found.dwFileAttributes & leftout)
+    return std::nullopt;
   Entry entry{narrow(found.cFileName), isfolder(found.dwFileAttributes), islink(found)};
-  if (!entry.link) return entry;
+  if (!entry.link)
+    return entry;
   const auto target = follow(path);
-  if (!target) return std::nullopt;
+  if (!target)
+    return std::nullopt;
   entry.folder = isfolder(target->dwFileAttributes);
   return entry;
 }
@@ -47,11 +49,13 @@ std::optional<Entry> entryof(const WIN32_FIND_DATAW& found, const std::wstring& 
 // Opens a folder so that it can be listed.
 Result<Location> findfolder(const std::string& folder) {
   auto location = locate(folder);
-  if (!location) return location;
+  if (!location)
+    return location;
   const Handle open =
       openfile(location->wide(), FILE_LIST_DIRECTORY, OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS);
   const auto information = open ? informationof(open) : std::nullopt;
-  if (!information) return failure(folder, "open the folder");
+  if (!information)
+    return failure(folder, "open the folder");
   if (!isfolder(information->dwFileAttributes))
     return Failure{folder, "open the folder", "it is not a folder"};
   return location;
@@ -60,12 +64,15 @@ Result<Location> findfolder(const std::string& folder) {
 // Opens a text file to write at its beginning or end, never through a link.
 Result<Done> writetext(const std::string& path, std::string_view text, bool atend) {
   const auto location = locate(path);
-  if (!location) return location.failure();
+  if (!location)
+    return location.failure();
   Handle file = openfile(location->wide(), atend ? FILE_APPEND_DATA : GENERIC_WRITE, OPEN_ALWAYS,
                          FILE_ATTRIBUTE_NORMAL | FILE_FLAG_OPEN_REPARSE_POINT);
-  if (!file) return failure(path, "write it");
+  if (!file)
+    return failure(path, "write it");
   const auto found = findfile(location->wide());
-  if (found && islink(*found)) return Failure{path, "write it", "it is a link"};
+  if (found && islink(*found))
+    return Failure{path, "write it", "it is a link"};
   if ((!atend && !SetEndOfFile(file.get())) || !writeall(file, text) || !file.close())
     return failure(path, "write it");
   return Done{};
@@ -75,25 +82,29 @@ Result<Done> writetext(const std::string& path, std::string_view text, bool aten
 
 Result<std::string> WindowsFiles::lookup(const std::string& path, Match match) {
   const bool folders = match == Match::filesandfolders;
-  if (endsinside(path) && folders) return fullpath(path) ? std::string(".") : std::string();
-  if (endsinside(path)) {
+  const bool own = path.ends_with("\\.");  // the "." among a folder's entries
+  if (folders && (own || path.ends_with('\\')))
+    return fullpath(path) ? std::string(".") : std::string();
+  if (path.ends_with('\\')) {
     const auto entries = list(path, "*");
-    if (!entries) return std::string();
+    if (!entries)
+      return std::string();
     const auto file = std::find_if(entries->begin(), entries->end(),
                                    [](const Entry& entry) { return !entry.folder; });
     return file == entries->end() ? std::string() : file->name;
   }
   const auto location = locate(path);
-  if (!location) return location.failure();
-  const auto found = location->names.empty() ? std::nullopt : findfile(location->wide());
+  if (!location)
+    return location.failure();
+  const auto found = own || location->names.empty() ? std::nullopt : findfile(location->wide());
   const auto entry = found ? entryof(*found, location->wide()) : std::nullopt;
   return entry && (folders || !entry->folder) ? entry->name : std::string();
 }
 
-Result<std::vector<Entry>> WindowsFiles::list(const std::string& folder,
-                                              std::string_view pattern) {
+Result<std::vector<Entry>> WindowsFiles::list(const std::string& folder, std::string_view pattern) {
   const auto location = locate(folder);
-  if (!location) return location.failure();
+  if (!location)
+    return location.failure();
   const std::wstring path = location->wide();
   const std::wstring start = path.ends_with(L'\\') ? path : path + L"\\";
   std::vector<Entry> entries;
@@ -102,35 +113,42 @@ Result<std::vector<Entry>> WindowsFiles::list(const std::string& folder,
     if (entry && (entry->folder || matchespattern(entry->name, pattern)))
       entries.push_back(*std::move(entry));
   });
-  if (!complete) return failure(folder, "list the folder");
+  if (!complete)
+    return failure(folder, "list the folder");
   sortentries(entries, lowercase);
   return entries;
 }
 
 Result<std::string> WindowsFiles::fullpath(const std::string& folder) {
   auto location = findfolder(folder);
-  if (!location) return location.failure();
+  if (!location)
+    return location.failure();
   Location spelled{location->root, {}};
   for (const std::string& name : location->names) {
     spelled.names.push_back(name);
     // A name on the way that we may pass but not look up stays as it was written.
-    if (const auto found = findfile(spelled.wide())) spelled.names.back() = narrow(found->cFileName);
+    if (const auto found = findfile(spelled.wide()))
+      spelled.names.back() = narrow(found->cFileName);
   }
   return spelled.text();
 }
 
 Result<std::string> WindowsFiles::read(const std::string& path) {
   const auto location = locate(path);
-  if (!location) return location.failure();
+  if (!location)
+    return location.failure();
   const Handle file = openfile(location->wide(), GENERIC_READ, OPEN_EXISTING, 0);
   LARGE_INTEGER size;
-  if (!file) return failure(path, "read it");
+  if (!file)
+    return failure(path, "read it");
   if (GetFileType(file.get()) != FILE_TYPE_DISK)
     return Failure{path, "read it", "it is not an ordinary file"};
-  if (!GetFileSizeEx(file.get(), &size)) return failure(path, "read it");
+  if (!GetFileSizeEx(file.get(), &size))
+    return failure(path, "read it");
   std::string text(static_cast<std::size_t>(size.QuadPart), '\0');
   const auto length = readall(file, text.data(), text.size());
-  if (!length) return failure(path, "read it");
+  if (!length)
+    return failure(path, "read it");
   text.resize(*length);
   return text;
 }
@@ -145,9 +163,11 @@ Result<Done> WindowsFiles::append(const std::string& path, std::string_view text
 
 Result<Done> WindowsFiles::replace(const Replacement& replacement) {
   auto location = locate(replacement.map);
-  if (!location) return location.failure();
+  if (!location)
+    return location.failure();
   const auto map = findfile(location->wide());
-  if (!map) return failure(replacement.map, "convert it");
+  if (!map)
+    return failure(replacement.map, "convert it");
   location->names.pop_back();
   WindowsMapFolder folder(location->wide());
   return Replacing(folder, narrow(map->cFileName), replacement).run();

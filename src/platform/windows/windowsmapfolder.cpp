@@ -28,12 +28,14 @@ class Writable {
 public:
   explicit Writable(std::wstring entry)
       : path(std::move(entry)), attributes(GetFileAttributesW(path.c_str())) {
-    if (isreadonly(attributes)) setattributes(path, attributes & ~DWORD{FILE_ATTRIBUTE_READONLY});
+    if (isreadonly(attributes))
+      setattributes(path, attributes & ~DWORD{FILE_ATTRIBUTE_READONLY});
   }
   Writable(const Writable&) = delete;
   Writable& operator=(const Writable&) = delete;
   ~Writable() {
-    if (isreadonly(attributes)) setattributes(path, attributes);
+    if (isreadonly(attributes))
+      setattributes(path, attributes);
   }
 
   // The entry is gone: there is nothing to give back.
@@ -68,29 +70,37 @@ std::string WindowsMapFolder::spelled(const std::string& name) {
 
 MapFolder::Kind WindowsMapFolder::kindof(const std::string& name) {
   const auto found = findfile(pathof(name));
-  if (!found) return Kind::nothing;
-  if (found->dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) return Kind::folder;
+  if (!found)
+    return Kind::nothing;
+  if (found->dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY)
+    return Kind::folder;
   return islink(*found) ? Kind::other : Kind::file;
 }
 
 MapFolder::Answer<bool> WindowsMapFolder::holds(const std::string& name, std::string_view text) {
-  if (kindof(name) == Kind::other) return false;
+  if (kindof(name) == Kind::other)
+    return false;
   const Handle file = openfile(pathof(name), GENERIC_READ, OPEN_EXISTING, 0);
-  if (!file) return lasterror();
+  if (!file)
+    return lasterror();
   char buffer[1 << 16];
   while (true) {
     const auto length = readall(file, buffer, sizeof buffer);
-    if (!length) return lasterror();
-    if (!text.starts_with(std::string_view(buffer, *length))) return false;
+    if (!length)
+      return lasterror();
+    if (!text.starts_with(std::string_view(buffer, *length)))
+      return false;
     text.remove_prefix(*length);
-    if (*length < sizeof buffer) return text.empty();
+    if (*length < sizeof buffer)
+      return text.empty();
   }
 }
 
 MapFolder::Answer<Done> WindowsMapFolder::flush(const std::string& name) {
   const Writable writable(pathof(name));
   const Handle file = openfile(pathof(name), GENERIC_WRITE, OPEN_EXISTING, 0);
-  if (!file || !FlushFileBuffers(file.get())) return lasterror();
+  if (!file || !FlushFileBuffers(file.get()))
+    return lasterror();
   return Done{};
 }
 
@@ -98,8 +108,10 @@ MapFolder::Answer<std::string> WindowsMapFolder::makefile(Handle& file) {
   for (int attempt = 0; attempt < attempts; ++attempt) {
     std::string free = temporaryname();
     file = openfile(pathof(free), GENERIC_WRITE, CREATE_NEW, FILE_ATTRIBUTE_HIDDEN);
-    if (file) return free;
-    if (!istaken(GetLastError())) break;
+    if (file)
+      return free;
+    if (!istaken(GetLastError()))
+      break;
   }
   return lasterror();
 }
@@ -107,10 +119,12 @@ MapFolder::Answer<std::string> WindowsMapFolder::makefile(Handle& file) {
 MapFolder::Answer<std::string> WindowsMapFolder::writetemporary(std::string_view text,
                                                                 const std::string& like) {
   const DWORD attributes = GetFileAttributesW(pathof(like).c_str());
-  if (attributes == INVALID_FILE_ATTRIBUTES) return lasterror();
+  if (attributes == INVALID_FILE_ATTRIBUTES)
+    return lasterror();
   Handle file;
   auto made = makefile(file);
-  if (!made) return made;
+  if (!made)
+    return made;
   if (writeall(file, text) && FlushFileBuffers(file.get()) && file.close() &&
       setattributes(pathof(*made), (attributes & permissions) | FILE_ATTRIBUTE_HIDDEN))
     return made;
@@ -138,23 +152,29 @@ MapFolder::Answer<Done> WindowsMapFolder::rename(const std::string& from, const 
   const DWORD keptattributes = kept.empty() ? 0 : GetFileAttributesW(pathof(kept).c_str());
   Writable target(pathof(to));
   show(from);
-  if (!movefile(pathof(from), pathof(to), MOVEFILE_REPLACE_EXISTING)) return lasterror();
+  if (!movefile(pathof(from), pathof(to), MOVEFILE_REPLACE_EXISTING))
+    return lasterror();
   target.forget();
-  if (isreadonly(keptattributes)) setattributes(pathof(kept), keptattributes);
+  if (isreadonly(keptattributes))
+    setattributes(pathof(kept), keptattributes);
   return Done{};
 }
 
 MapFolder::Answer<bool> WindowsMapFolder::renamefree(const std::string& from,
                                                      const std::string& to) {
   show(from);
-  if (movefile(pathof(from), pathof(to), 0)) return true;
-  if (istaken(GetLastError())) return false;
+  if (movefile(pathof(from), pathof(to), 0))
+    return true;
+  if (istaken(GetLastError()))
+    return false;
   return lasterror();
 }
 
 // File systems without second names say so in many ways.
 MapFolder::Answer<bool> WindowsMapFolder::link(const std::string& from, const std::string& to) {
-  if (CreateHardLinkW(pathof(to).c_str(), pathof(from).c_str(), nullptr)) return true;
-  if (istaken(GetLastError())) return lasterror();
+  if (CreateHardLinkW(pathof(to).c_str(), pathof(from).c_str(), nullptr))
+    return true;
+  if (istaken(GetLastError()))
+    return lasterror();
   return false;
 }

@@ -24,7 +24,8 @@ std::string versioninformation(const std::string& path) {
   DWORD unused = 0;
   const DWORD size = name ? GetFileVersionInfoSizeA(name->c_str(), &unused) : 0;
   std::string block(size, '\0');
-  if (size == 0 || !GetFileVersionInfoA(name->c_str(), 0, size, block.data())) return "";
+  if (size == 0 || !GetFileVersionInfoA(name->c_str(), 0, size, block.data()))
+    return "";
   return block;
 }
 
@@ -37,7 +38,8 @@ WindowsSystem::~WindowsSystem() = default;
 
 std::optional<ScriptShell> WindowsSystem::shell() {
   auto created = ScriptShell::create();
-  if (!created && notice) std::exchange(notice, nullptr)(noscripthost);
+  if (!created && notice)
+    std::exchange(notice, nullptr)(noscripthost);
   return created;
 }
 
@@ -69,7 +71,8 @@ std::string WindowsSystem::environment(const std::string& name) {
 std::optional<OsVersion> WindowsSystem::osversion() {
   OSVERSIONINFOA version{};
   version.dwOSVersionInfoSize = sizeof version;
-  if (GetVersionExA(&version) != 1) return std::nullopt;
+  if (GetVersionExA(&version) != 1)
+    return std::nullopt;
   return OsVersion{version.dwPlatformId, version.dwMajorVersion, version.dwMinorVersion};
 }
 
@@ -84,9 +87,11 @@ std::optional<ProductVersion> WindowsSystem::productversion(const std::string& p
   const std::string block = versioninformation(path);
   void* found = nullptr;
   UINT length = 0;
-  if (block.empty() || !VerQueryValueA(block.data(), "\\", &found, &length)) return std::nullopt;
+  if (block.empty() || !VerQueryValueA(block.data(), "\\", &found, &length))
+    return std::nullopt;
   VS_FIXEDFILEINFO fixed;
-  if (length < sizeof fixed) return std::nullopt;
+  if (length < sizeof fixed)
+    return std::nullopt;
   RtlMoveMemory(&fixed, found, sizeof fixed);
   return ProductVersion{fixed.dwProductVersionMS, fixed.dwProductVersionLS};
 }
@@ -95,7 +100,8 @@ std::vector<std::string> WindowsSystem::drives() {
   std::vector<std::string> letters;
   const DWORD present = GetLogicalDrives();
   for (char letter = 'A'; letter <= 'Z'; ++letter)
-    if (present >> (letter - 'A') & 1) letters.push_back({letter, ':'});
+    if (present >> (letter - 'A') & 1)
+      letters.push_back({letter, ':'});
   return letters;
 }
 
@@ -119,8 +125,10 @@ std::string afterprogram(std::string_view commandline) {
   std::size_t end = 0;
   for (; end < commandline.size(); ++end) {
     const char c = commandline[end];
-    if (!quoted && (c == ' ' || c == '\t')) break;
-    if (c == '"') quoted = !quoted;
+    if (!quoted && (c == ' ' || c == '\t'))
+      break;
+    if (c == '"')
+      quoted = !quoted;
   }
   commandline.remove_prefix(end);
   const auto start = commandline.find_first_not_of(" \t");

@@ -22,7 +22,8 @@ constexpr DWORD child = WS_CHILD | WS_CLIPSIBLINGS | WS_GROUP;
 constexpr DWORD list = child | WS_TABSTOP | WS_VSCROLL;
 
 DWORD alignment(const ControlLayout& row) {
-  if (row.sizedtotext) return SS_LEFTNOWORDWRAP;
+  if (row.sizedtotext)
+    return SS_LEFTNOWORDWRAP;
   return row.align == Align::left ? SS_LEFT : row.align == Align::right ? SS_RIGHT : SS_CENTER;
 }
 
@@ -58,7 +59,8 @@ LRESULT CALLBACK boxprocedure(HWND box, UINT message, WPARAM word, LPARAM detail
     const LRESULT wanted = DefSubclassProc(box, message, word, 0) & ~LRESULT{DLGC_WANTALLKEYS};
     return key && key->wParam == VK_RETURN ? wanted | DLGC_WANTMESSAGE : wanted;
   }
-  if (message == WM_CHAR && word == controla) return SendMessageW(box, EM_SETSEL, 0, -1);
+  if (message == WM_CHAR && word == controla)
+    return SendMessageW(box, EM_SETSEL, 0, -1);
   return DefSubclassProc(box, message, word, detail);
 }
 
@@ -127,7 +129,8 @@ void selectedindrives(HWND window, Form1& form) {
 void openselected(HWND window, Form1& form) {
   const auto index = static_cast<std::size_t>(SendMessageW(window, LB_GETCURSEL, 0, 0));
   const std::vector<FolderRow> rows = form.Dir1.rows();
-  if (index < rows.size()) openfolder(form, rows[index].path);
+  if (index < rows.size())
+    openfolder(form, rows[index].path);
 }
 
 }  // namespace
@@ -145,11 +148,15 @@ HWND makecontrol(const ControlLayout& row, HWND parent, int identifier) {
 }
 
 void showcontrol(const Mirror& mirror, const Form1& form) {
-  if (mirror.row->kind == Kind::drivelist) return showdrives(mirror.window, form.Drive1);
-  if (mirror.row->kind == Kind::directorylist) return showfolders(mirror, form.Dir1);
-  if (mirror.row->kind == Kind::filelist) return showfiles(mirror, form.File1);
+  if (mirror.row->kind == Kind::drivelist)
+    return showdrives(mirror.window, form.Drive1);
+  if (mirror.row->kind == Kind::directorylist)
+    return showfolders(mirror, form.Dir1);
+  if (mirror.row->kind == Kind::filelist)
+    return showfiles(mirror, form.File1);
   const std::wstring text = widen(mirror.control->text());
-  if (textof(mirror.window) != text) SetWindowTextW(mirror.window, text.c_str());
+  if (textof(mirror.window) != text)
+    SetWindowTextW(mirror.window, text.c_str());
 }
 
 void appendtext(HWND box, std::string_view text) {
@@ -159,7 +166,8 @@ void appendtext(HWND box, std::string_view text) {
 }
 
 void notified(const Mirror& mirror, Form1& form, WORD code) {
-  if (mirror.row->kind == Kind::button && code == BN_CLICKED) press(form, *mirror.control);
+  if (mirror.row->kind == Kind::button && code == BN_CLICKED)
+    press(form, *mirror.control);
   if (mirror.row->kind == Kind::drivelist && code == CBN_SELCHANGE)
     selectedindrives(mirror.window, form);
   if (mirror.row->kind == Kind::directorylist && code == LBN_DBLCLK)
@@ -169,6 +177,8 @@ void notified(const Mirror& mirror, Form1& form, WORD code) {
 }
 
 void entered(const Mirror& mirror, Form1& form) {
-  if (mirror.row->kind == Kind::button) press(form, *mirror.control);
-  if (mirror.row->kind == Kind::directorylist) openselected(mirror.window, form);
+  if (mirror.row->kind == Kind::button)
+    press(form, *mirror.control);
+  if (mirror.row->kind == Kind::directorylist)
+    openselected(mirror.window, form);
 }

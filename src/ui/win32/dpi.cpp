@@ -27,8 +27,8 @@ UINT dpiof(HWND window) {
 }
 
 SIZE framedsize(HWND window, SIZE client) {
-  static const auto ask = userfunction<BOOL(WINAPI*)(RECT*, DWORD, BOOL, DWORD, UINT)>(
-      "AdjustWindowRectExForDpi");
+  static const auto ask =
+      userfunction<BOOL(WINAPI*)(RECT*, DWORD, BOOL, DWORD, UINT)>("AdjustWindowRectExForDpi");
   const auto style = static_cast<DWORD>(GetWindowLongPtrW(window, GWL_STYLE));
   const auto extended = static_cast<DWORD>(GetWindowLongPtrW(window, GWL_EXSTYLE));
   RECT frame{0, 0, client.cx, client.cy};

@@ -53,7 +53,8 @@ MainWindow::MainWindow(Form1& itsform) : form(itsform) {
   registerclass(procedure);
   CreateWindowExW(WS_EX_CONTROLPARENT, windowclass, L"", WS_OVERLAPPEDWINDOW | WS_CLIPCHILDREN,
                   CW_USEDEFAULT, CW_USEDEFAULT, 0, 0, nullptr, nullptr, program(), this);
-  if (!window) return;
+  if (!window)
+    return;
   dpi = dpiof(window);
   makecontrols();
   maketooltips();
@@ -96,8 +97,7 @@ void MainWindow::makefonts() {
 
 void MainWindow::resize() {
   const SIZE size = framedsize(window, designsize(dpi));
-  SetWindowPos(window, nullptr, 0, 0, size.cx, size.cy,
-               SWP_NOMOVE | SWP_NOZORDER | SWP_NOACTIVATE);
+  SetWindowPos(window, nullptr, 0, 0, size.cx, size.cy, SWP_NOMOVE | SWP_NOZORDER | SWP_NOACTIVATE);
 }
 
 void MainWindow::place() {
@@ -116,8 +116,10 @@ void MainWindow::placecontrol(const Mirror& mirror, SIZE client) const {
   const int top = pixels(at.top, dpi);
   int width = pixels(at.left + at.width, dpi) - left;
   int height = pixels(at.top + at.height, dpi) - top;
-  if (mirror.row->kind == Kind::drivelist) height *= droppedrows;
-  if (mirror.row->sizedtotext) width = pixels(windowwidth, dpi) - left;
+  if (mirror.row->kind == Kind::drivelist)
+    height *= droppedrows;
+  if (mirror.row->sizedtotext)
+    width = pixels(windowwidth, dpi) - left;
   SetWindowPos(mirror.window, nullptr, left, top, width, height, SWP_NOZORDER | SWP_NOACTIVATE);
 }
 
@@ -153,7 +155,8 @@ const Mirror& MainWindow::mirrorof(const Control& control) const {
 
 void MainWindow::refresh(const Control& control) {
   const Mirror& mirror = mirrorof(control);
-  const bool appears = control.visible() && !(GetWindowLongPtrW(mirror.window, GWL_STYLE) & WS_VISIBLE);
+  const bool appears =
+      control.visible() && !(GetWindowLongPtrW(mirror.window, GWL_STYLE) & WS_VISIBLE);
   own = true;
   showcontrol(mirror, form);
   own = false;
@@ -161,7 +164,8 @@ void MainWindow::refresh(const Control& control) {
   EnableWindow(mirror.window, control.enabled());
   ShowWindow(mirror.window, control.visible() ? SW_SHOWNA : SW_HIDE);
   // The work of a silent run may follow, which does not yield.
-  if (appears) UpdateWindow(mirror.window);
+  if (appears)
+    UpdateWindow(mirror.window);
 }
 
 void MainWindow::append(const Control& control, std::string_view text) {
@@ -171,16 +175,17 @@ void MainWindow::append(const Control& control, std::string_view text) {
 }
 
 void MainWindow::dispatch(MSG& message) const {
-  if (IsDialogMessageW(window, &message)) return;
+  if (IsDialogMessageW(window, &message))
+    return;
   TranslateMessage(&message);
   DispatchMessageW(&message);
 }
 
 // The dialog keys give Enter the identifier of a dialog's OK button.
 void MainWindow::command(WORD identifier, WORD code) {
-  const Mirror* mirror =
-      mirrorof(identifier == IDOK ? GetFocus() : GetDlgItem(window, identifier));
-  if (!mirror || own) return;
+  const Mirror* mirror = mirrorof(identifier == IDOK ? GetFocus() : GetDlgItem(window, identifier));
+  if (!mirror || own)
+    return;
   if (identifier == IDOK)
     entered(*mirror, form);
   else
@@ -196,8 +201,10 @@ void MainWindow::leavedisabled() const {
 }
 
 void MainWindow::keepfocus(bool active) {
-  if (!active && IsChild(window, GetFocus())) focused = GetFocus();
-  if (active && focused) SetFocus(focused);
+  if (!active && IsChild(window, GetFocus()))
+    focused = GetFocus();
+  if (active && focused)
+    SetFocus(focused);
 }
 
 LRESULT CALLBACK MainWindow::procedure(HWND window, UINT message, WPARAM word, LPARAM detail) {
@@ -208,8 +215,7 @@ LRESULT CALLBACK MainWindow::procedure(HWND window, UINT message, WPARAM word, L
     SetWindowLongPtrW(window, GWLP_USERDATA, reinterpret_cast<LONG_PTR>(created));
   }
   auto* self = reinterpret_cast<MainWindow*>(GetWindowLongPtrW(window, GWLP_USERDATA));
-  return self ? self->handle(message, word, detail)
-              : DefWindowProcW(window, message, word, detail);
+  return self ? self->handle(message, word, detail) : DefWindowProcW(window, message, word, detail);
 }
 
 LRESULT MainWindow::handle(UINT message, WPARAM word, LPARAM detail) {

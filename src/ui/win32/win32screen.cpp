@@ -42,8 +42,8 @@ void Win32Screen::showcaption(const std::string& caption) {
 }
 
 void Win32Screen::messagebox(const std::string& text) {
-  MessageBoxW(window ? window->handle() : nullptr, widen(text).c_str(),
-              widen(programtitle).c_str(), MB_OK);
+  MessageBoxW(window ? window->handle() : nullptr, widen(text).c_str(), widen(programtitle).c_str(),
+              MB_OK);
 }
 
 void Win32Screen::standarderror(const std::string& text) {

@@ -46,7 +46,8 @@ const std::string sample = R"(WINE REGISTRY Version 2
 
 // What a value is, as one text to compare.
 std::string show(const std::optional<RegistryValue>& value) {
-  if (!value) return "none";
+  if (!value)
+    return "none";
   switch (value->type) {
   case Type::text:
     return "text " + value->text;

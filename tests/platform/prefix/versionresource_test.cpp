@@ -18,7 +18,8 @@ const ExecutableLayout at(false);
 std::string releaseof(const std::string& bytes) {
   std::istringstream stream(bytes);
   const auto version = readproductversion(stream);
-  if (!version) return "none";
+  if (!version)
+    return "none";
   std::ostringstream text;
   text << (version->high >> 16) << '.' << (version->high & 0xFFFF) << '.' << (version->low >> 16)
        << '.' << (version->low & 0xFFFF);

@@ -1,0 +1,43 @@
+// The layout's fonts on machines that have others.
+#include "ui/qt/fonts.h"
+
+#include <QFontMetrics>
+#include <QStringList>
+
+#include <cstring>
+
+namespace {
+
+constexpr double smallestpoints = 4;
+constexpr double steppoints = 0.25;
+
+// Each list goes from the font itself to the widest that will do.
+QStringList families(const char* name) {
+  if (std::strcmp(name, "Arial Narrow") == 0)
+    return {"Arial Narrow", "Liberation Sans Narrow", "Nimbus Sans Narrow",
+            "DejaVu Sans Condensed"};
+  return {name,    "Microsoft Sans Serif", "Liberation Sans",
+          "Arimo", "Nimbus Sans",          "DejaVu Sans Condensed"};
+}
+
+}  // namespace
+
+QFont fontof(const Font& font) {
+  QFont result(families(font.name));
+  result.setPointSizeF(font.points);
+  result.setBold(font.bold);
+  result.setItalic(font.italic);
+  return result;
+}
+
+bool fits(const QFont& font, const QString& text, QSize size) {
+  const QRect room(QPoint(0, 0), size);
+  const QRect needed = QFontMetrics(font).boundingRect(room, Qt::TextWordWrap, text);
+  return needed.width() <= size.width() && needed.height() <= size.height();
+}
+
+QFont fitted(QFont font, const QString& text, QSize size) {
+  while (font.pointSizeF() > smallestpoints && !fits(font, text, size))
+    font.setPointSizeF(font.pointSizeF() - steppoints);
+  return font;
+}

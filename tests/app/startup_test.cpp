@@ -1,0 +1,311 @@
+// Start-up over the combinations of installed editions, versions, debug mode and arguments.
+#include "app/startup.h"
+
+#include "tests/support/testmachine.h"
+#include "ui/loadform.h"
+
+#include <gtest/gtest.h>
+
+namespace fs = std::filesystem;
+
+namespace {
+
+constexpr VersionParts baserelease{1, 2, 3, 4};
+constexpr VersionParts expansionrelease{5, 6, 7, 8};
+
+const std::string userspace = "C:\\users\\me\\AppData\\Local\\Kettlewick Games\\Vorakai\\";
+const std::string expansionspace =
+    "C:\\users\\me\\Documents\\My Games\\Kettlewick Games\\Vorakai Tarnfall";
+
+void install(TestMachine& machine, const std::string& edition) {
+  machine.install(edition, edition == "voratarnfall" ? expansionrelease : baserelease);
+}
+
+void setdebug(const TestMachine& machine) {
+  writefile(machine.data / "targetvoraver.txt", "1.2.3.4\r\n\r\n\r\n\r\n5.6.7.8\r\n\r\nDEBUG\r\n");
+}
+
+}  // namespace
+
+TEST(Startup, SelectsTheEditionThatIsInstalledAlone) {
+  // "P" stands for the program's own folder, "U" for the user space folder.
+  const struct {
+    std::vector<std::string> installed;
+    const char* windows;
+    bool userfiles;
+    bool debugmode;
+    const char* edition;
+    std::string gamepath;
+    std::string programspace;
+    std::string user;
+    bool command6, command7;
+    const char* release;
+  } cases[] = {
+      {{"vora"},
+       "6.3",
+       true,
+       false,
+       "v",
+       "C:\\Games\\vora\\",
+       "C:\\Games\\vora\\",
+       "U",
+       true,
+       false,
+       "1.2.3.4"},
+      {{"vora"}, "6.3", false, false, "v", "C:\\Games\\vora\\", "P", "U", true, false, "1.2.3.4"},
+      {{"vora"}, "6.1", true, false, "v", "C:\\Games\\vora\\", "U", "U", true, false, "1.2.3.4"},
+      {{"vora"}, "6.0", true, false, "v", "C:\\Games\\vora\\", "U", "U", true, false, "1.2.3.4"},
+      {{"vora"}, "6.1", false, false, "v", "C:\\Games\\vora\\", "P", "U", true, false, "1.2.3.4"},
+      {{"vora"},
+       "5.1",
+       true,
+       true,
+       "v",
+       "C:\\Games\\vora\\",
+       "C:\\Games\\vora\\",
+       "U",
+       true,
+       false,
+       "1.2.3.4"},
+      {{"vorazendrel"},
+       "6.3",
+       true,
+       false,
+       "v",
+       "C:\\Games\\vorazendrel\\",
+       "C:\\Games\\vorazendrel\\",
+       "U",
+       true,
+       false,
+       "1.2.3.4"},
+      {{"vora", "vorazendrel"},
+       "6.3",
+       true,
+       false,
+       "v",
+       "C:\\Games\\vorazendrel\\",
+       "C:\\Games\\vorazendrel\\",
+       "U",
+       true,
+       false,
+       "1.2.3.4"},
+      {{"voratarnfall"},
+       "6.3",
+       true,
+       false,
+       "t",
+       "C:\\Games\\voratarnfall\\",
+       "P",
+       expansionspace,
+       false,
+       true,
+       "5.6.7.8"},
+      {{"voratarnfall"},
+       "6.1",
+       true,
+       false,
+       "t",
+       "C:\\Games\\voratarnfall\\",
+       "P",
+       expansionspace,
+       false,
+       true,
+       "5.6.7.8"},
+      {{"voratarnfall"},
+       "6.3",
+       true,
+       true,
+       "t",
+       "C:\\Games\\voratarnfall\\",
+       "",
+       "",
+       false,
+       true,
+       "5.6.7.8"},
+      {{"vora", "voratarnfall"}, "6.3", true, false, "", "", "", "", true, true, ""},
+      {{"vora", "voratarnfall"}, "6.3", true, true, "", "", "", "", true, true, ""},
+      {{}, "6.3", true, true, "v", "", "", "U", false, false, ""},
+  };
+  for (const auto& c : cases) {
+    TestMachine machine;
+    machine.writedata();
+    machine.setversion(c.windows);
+    for (const std::string& edition : c.installed)
+      install(machine, edition);
+    if (c.userfiles)
+      writefile(machine.userfolder / "settings.txt", "");
+    if (c.debugmode)
+      setdebug(machine);
+    Program program(machine);
+    Form1& form = program.form;
+    const auto place = [&](const std::string& text) {
+      return text == "P" ? zpath(machine.program) + "\\" : text == "U" ? userspace : text;
+    };
+    EXPECT_EQ(program.run([&] { loadform(form); }), Program::goeson);
+    EXPECT_EQ(form.edition, c.edition);
+    EXPECT_EQ(form.gamepath, c.gamepath);
+    EXPECT_EQ(form.pathlist[1], place(c.programspace));
+    EXPECT_EQ(form.pathlist[0], place(c.user));
+    EXPECT_EQ(form.Command4.tooltip(), form.pathlist[1]);
+    EXPECT_EQ(form.Command5.tooltip(), form.pathlist[0]);
+    EXPECT_EQ(form.foundversion, c.release);
+    EXPECT_EQ(form.Command6.enabled(), c.command6);
+    EXPECT_EQ(form.Command7.enabled(), c.command7);
+    EXPECT_TRUE(form.Command6.visible() && form.Command7.visible());
+    EXPECT_TRUE(form.Command1.enabled());
+    EXPECT_FALSE(form.Command2.enabled());
+    EXPECT_FALSE(form.Label19.visible());
+    EXPECT_EQ(form.bothfound, c.command6 && c.command7);
+    EXPECT_EQ(form.expansiononly, !c.command6 && c.command7);
+    EXPECT_EQ(program.screen.caption, std::string("brindle's vora & Tarnfall map updater") +
+                                          (c.debugmode ? " DeBuGgInG M O D E!" : ""));
+    EXPECT_EQ(fs::exists(machine.data / "info.txt"), c.debugmode);
+    EXPECT_TRUE(program.screen.messages.empty());
+    EXPECT_EQ(form.File1.pattern(), "*.galaxy");
+    EXPECT_TRUE(program.screen.shown);
+  }
+}
+
+TEST(Startup, RegisteredFoldersMustExistAndBeLongEnough) {
+  TestMachine machine;
+  const std::string key = "Software\\Wow6432Node\\Orbwright\\Paxhollow\\";
+  machine.setregistry(key + "vora", "Path", "C:\\gone");
+  machine.setregistry(key + "voratarnfall", "Path", "C:");  // "C:\" is too short
+  machine.setregistry(key + "vorazendrel", "Path", "C:\\");
+  machine.setregistry("Software\\Orbwright\\Paxhollow\\vora", "Path", "C:\\users");  // of 32 bits
+  Program program(machine);
+  program.run([&] { loadform(program.form); });
+  EXPECT_EQ(program.form.basepath, "C:\\gone\\");
+  EXPECT_EQ(program.form.bundlepath, "C:\\\\");
+  EXPECT_FALSE(program.form.basefound);
+  EXPECT_FALSE(program.form.expansionfound);
+
+  fs::remove(machine.drivec / "Program Files (x86)");
+  Program narrow(machine);
+  narrow.run([&] { loadform(narrow.form); });
+  EXPECT_TRUE(narrow.form.basefound);
+  EXPECT_EQ(narrow.form.Label16.text(), " 32 bit");
+}
+
+TEST(Startup, WritesTheDiagnosticFileInDebugMode) {
+  const auto start = [](TestMachine& machine) {
+    machine.writedata();
+    setdebug(machine);
+    writefile(machine.program / "first", "");
+    writefile(machine.userfolder / "maps.txt", "");
+    Program program(machine);
+    program.run([&] { loadform(program.form); });
+    return readfile(machine.data / "info.txt");
+  };
+  const std::string head =
+      "Win7+ x64?, 64 bit ?True\r\n type cores ID\r\n\r\nC:\\users\\me\\AppData\\Local\r\n";
+
+  TestMachine base;
+  install(base, "vora");
+  const std::string own = zpath(base.program) + "\\";
+  EXPECT_EQ(start(base), head + "pathlist(1)C:\\Games\\vora\\\r\npathlist(0)" + userspace +
+                             "\r\nhome C:\\users\\me\\AppData\\Local\r\nApp_Path()" + own +
+                             "\r\n\r\nDir(pathlist(1))Vorakai.exe\r\nDir(pathlist(0))maps.txt\r\n"
+                             "Dir(App_Path())first\r\nC:\\Games\\vora\\\r\nvoraversion1.2.3.4\r\n");
+
+  TestMachine expansion;
+  install(expansion, "voratarnfall");
+  EXPECT_EQ(start(expansion),
+            head + "pathlist(1)\r\npathlist(0)\r\nhome C:\\users\\me\\Documents\r\nApp_Path()" +
+                zpath(expansion.program) +
+                "\\\r\n\r\nDir(pathlist(1))\r\nDir(pathlist(0))\r\nDir(App_Path())first\r\n"
+                "C:\\Games\\voratarnfall\\\r\n\r\nC:\\Games\\voratarnfall\\\r\n"
+                "voraversion5.6.7.8\r\n");
+
+  TestMachine both;
+  install(both, "vora");
+  install(both, "voratarnfall");
+  EXPECT_EQ(start(both), head + "\r\nvoraversion\r\n");
+}
+
+TEST(Startup, ChecksTheReleaseOfTheInstalledGame) {
+  const struct {
+    std::vector<std::string> installed;
+    VersionParts release;
+    const char* target;
+    bool list;
+    bool mismatch;
+  } cases[] = {
+      {{"vora"}, {1, 2, 3, 4}, "1.2.3.4\r\n", true, false},
+      {{"vora"}, {1, 2, 3, 5}, "1.2.3.4\r\n", true, true},
+      {{"vora"}, {1, 2, 3, 4}, "1.2.3.04\r\n", true, true},
+      {{"vora"}, {1, 2, 3, 5}, "1.2.3.4\r\n", false, false},
+      {{"vora"}, {1, 2, 3, 5}, "1.2.3.4\r\n\r\n\r\n\r\n\r\n\r\ndebug \r\n", true, true},
+      {{"vora"}, {1, 2, 3, 5}, "", true, true},
+      {{"voratarnfall"}, {1, 2, 3, 4}, "x\r\n\r\n\r\n\r\n1.2.3.4\r\n", true, false},
+      {{"voratarnfall"}, {1, 2, 3, 4}, "1.2.3.4\r\n", true, true},
+      {{"vora", "voratarnfall"}, {9, 9, 9, 9}, "1.2.3.4\r\n", true, false},
+      {{}, {}, "1.2.3.4\r\n", true, true},
+      {{}, {}, "\r\n", true, false},
+  };
+  for (const auto& c : cases) {
+    TestMachine machine;
+    machine.writedata();
+    for (const std::string& edition : c.installed)
+      machine.install(edition, c.release);
+    writefile(machine.data / "targetvoraver.txt", c.target);
+    if (!c.list)
+      fs::remove(machine.data / "original vora galaxies.txt");
+    Program program(machine, "/x");  // examined only when the release is right
+    EXPECT_EQ(program.run([&] { loadform(program.form); }), 1);
+    ASSERT_EQ(program.screen.messages.size(), 1u);
+    EXPECT_EQ(program.screen.messages[0].starts_with("found vora version :"), c.mismatch)
+        << c.target << program.screen.messages[0];
+  }
+}
+
+TEST(Startup, TheMismatchMessageNamesBothReleases) {
+  TestMachine machine;
+  machine.writedata();
+  machine.install("vora", {1, 2, 3, 5});
+  writefile(machine.userfolder / "maps.txt", "");
+  Program program(machine, "/s");
+  program.run([&] { loadform(program.form); });
+  EXPECT_EQ(program.screen.messages,
+            std::vector<std::string>{"found vora version :1.2.3.5:\r\n need vora version :1.2.3.4:"
+                                     "\r\nin the default location of\r\nC:\\Games\\vora\\\r\n"
+                                     "local apps is\r\nC:\\users\\me\\AppData\\Local:\r\n"
+                                     "and the vora user directory is\r\nC:\\Games\\vora\\"});
+}
+
+TEST(Startup, ASilentRunFindsAndConvertsAndEnds) {
+  TestMachine machine;
+  machine.writedata();
+  install(machine, "voratarnfall");
+  writefile(machine.expansionfolder / "deep/a.galaxy", oldmap);
+  writefile(machine.program / "own folder.galaxy", oldmap);
+  Program program(machine, "/silent");
+  int clicked = 0;
+  program.screen.pending = [&] { ++clicked; };
+  EXPECT_EQ(program.run([&] { loadform(program.form); }), 0);
+  EXPECT_EQ(readfile(machine.expansionfolder / "deep/a.galaxy"), fixedmap);
+  EXPECT_EQ(readfile(machine.program / "own folder.galaxy"), fixedmap);
+  EXPECT_EQ(program.form.Label8.text(), "2");
+  EXPECT_EQ(program.form.Text2.text(), "a.galaxy\r\nown folder.galaxy\r\n");
+  EXPECT_TRUE(program.form.Label19.visible());
+  EXPECT_EQ(clicked, 1);
+  EXPECT_TRUE(program.screen.messages.empty() && program.screen.errors.empty());
+}
+
+TEST(Startup, GoesOnWithoutFoldersAndFilesThatItCannotHave) {
+  TestMachine machine;
+  fs::remove_all(machine.prefix);
+  Program nothing(machine);
+  EXPECT_EQ(nothing.run([&] { loadform(nothing.form); }), Program::goeson);
+  EXPECT_EQ(nothing.form.Label15.text(), "");
+  EXPECT_EQ(nothing.form.Label16.text(), " 32 bit");
+  EXPECT_EQ(nothing.form.pathlist[0], "\\Kettlewick Games\\Vorakai\\");
+  EXPECT_FALSE(fs::exists(machine.prefix));
+
+  TestMachine locked;
+  setdebug(locked);
+  fs::create_symlink(locked.program / "elsewhere", locked.data / "info.txt");
+  Program program(locked);
+  EXPECT_EQ(program.run([&] { loadform(program.form); }), Program::goeson);
+  EXPECT_FALSE(fs::exists(locked.program / "elsewhere"));
+}

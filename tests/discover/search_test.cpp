@@ -1,0 +1,123 @@
+// Which maps a search finds, in which order, and what it shows.
+#include "discover/search.h"
+
+#include "tests/support/testmachine.h"
+
+#include <gtest/gtest.h>
+
+namespace fs = std::filesystem;
+
+using Found = std::vector<std::string>;
+
+namespace {
+
+class Search : public testing::Test {
+protected:
+  // Searches both roots; what was found, without the empty element at the end.
+  Found find(const std::string& user, const std::string& game) {
+    program.form.pathlist = {user, game};
+    findgalaxies(program.form);
+    Found found = program.form.foundlist;
+    EXPECT_EQ(found.back(), "");
+    found.pop_back();
+    return found;
+  }
+
+  void add(const char* path) { writefile(machine.drivec / path, "x"); }
+
+  TestMachine machine;
+  Program program{machine};
+};
+
+}  // namespace
+
+TEST_F(Search, WalksDepthFirstWithEachFoldersFilesLast) {
+  for (const char* path : {"r/b.galaxy", "r/A.galaxy", "r/maps2/x.galaxy", "r/Maps1/y.galaxy",
+                           "r/Maps1/deep/z.galaxy", "r/other.txt", "r/a.galold"})
+    add(path);
+  const Found expected = {"C:\\r\\Maps1\\deep\\z.galaxy", "C:\\r\\Maps1\\y.galaxy",
+                          "C:\\r\\maps2\\x.galaxy", "C:\\r\\A.galaxy", "C:\\r\\b.galaxy"};
+  int yields = 0;
+  program.screen.pending = [&] { ++yields; };
+  EXPECT_EQ(find("C:\\r", "C:\\nowhere\\"), expected);
+  EXPECT_EQ(yields, 3);
+  EXPECT_EQ(program.form.Text1.text(),
+            "z.galaxy\r\ny.galaxy\r\nx.galaxy\r\nA.galaxy\r\nb.galaxy\r\n");
+  EXPECT_EQ(program.form.Label6.text(), "4");
+  EXPECT_EQ(program.form.Label8.text(), "1");
+  EXPECT_EQ(find("c:\\R\\\\", "Q:\\"), expected);
+}
+
+TEST_F(Search, SearchesBothRootsEvenWhenTheyAreTheSame) {
+  add("r/a.galaxy");
+  EXPECT_EQ(find("C:\\r\\", "C:\\r"), (Found{"C:\\r\\a.galaxy", "C:\\r\\a.galaxy"}));
+  EXPECT_EQ(program.form.rootpath, "C:\\r");
+  fs::remove(machine.drivec / "r/a.galaxy");
+  program.form.Text1.settext("typed");
+  EXPECT_EQ(find("C:\\r\\", "C:\\r"), Found{});
+  EXPECT_EQ(program.form.Text1.text(), "typed");
+  EXPECT_EQ(program.form.Label6.text(), "-1");
+  EXPECT_EQ(program.form.Label8.text(), "2");
+}
+
+TEST_F(Search, AnEmptyRootIsTheCurrentDrivesWhole) {
+  add("a.galaxy");
+  add("sub/b.galaxy");
+  machine.machine.currentfolder = (machine.drivec / "users").string();
+  Program oncdrive(machine);
+  oncdrive.form.pathlist = {"", "C:\\sub"};
+  findgalaxies(oncdrive.form);
+  EXPECT_EQ(oncdrive.form.foundlist,
+            (Found{"C:\\sub\\b.galaxy", "C:\\a.galaxy", "C:\\sub\\b.galaxy", ""}));
+}
+
+TEST_F(Search, PassesOverLinksHiddenNamesAndWhatWindowsCannotName) {
+  add("r/a.galaxy");
+  add("r/.hidden/b.galaxy");
+  add("r/.galaxy");
+  add("r/back\\slash.galaxy");
+  add("r/what?.galaxy");
+  add("r/folder.galaxy/inside.galaxy");
+  add("r/\xFF.galaxy");
+  add("elsewhere/c.galaxy");
+  fs::create_symlink("../elsewhere", machine.drivec / "r/link");
+  fs::create_symlink("../elsewhere/c.galaxy", machine.drivec / "r/link.galaxy");
+  fs::create_symlink("..", machine.drivec / "r/up");
+  fs::create_symlink("r", machine.drivec / "root");
+  EXPECT_EQ(find("C:\\r", "C:\\elsewhere"),
+            (Found{"C:\\r\\folder.galaxy\\inside.galaxy", "C:\\r\\a.galaxy", "C:\\r\\\xFF.galaxy",
+                   "C:\\elsewhere\\c.galaxy"}));
+  EXPECT_EQ(find("C:\\root", "C:\\elsewhere").size(), 4u);
+}
+
+TEST_F(Search, LeavesTheListsAtTheParentOfTheLastRoot) {
+  add("r/game/a.galaxy");
+  add("r/b.galaxy");
+  program.form.File1.setpattern("*.galaxy");
+  program.form.Dir1.changed = [&] { program.form.File1.setpath(program.form.Dir1.path()); };
+  find("C:\\users", "C:\\r\\game\\");
+  EXPECT_EQ(program.form.Dir1.path(), "C:\\r");
+  EXPECT_EQ(program.form.File1.names(), Found{"b.galaxy"});
+  find("C:\\r\\game", "C:\\");
+  EXPECT_EQ(program.form.Dir1.path(), "C:\\");
+  find("C:\\r\\game", "D:\\gone");
+  EXPECT_EQ(program.form.Dir1.path(), "C:\\r");
+}
+
+TEST_F(Search, EndsInTreesOfAnyDepth) {
+  fs::path folder = machine.drivec / "deep";
+  fs::create_directory(folder);
+  // Longer than any path that the system takes in one piece.
+  const std::string name(200, 'd');
+  fs::current_path(folder);
+  for (int depth = 0; depth < 60; ++depth) {
+    fs::create_directory(name);
+    fs::current_path(name);
+  }
+  writefile("./a.galaxy", "x");
+  fs::current_path("/");
+  const Found found = find("C:\\deep", "C:\\nowhere");
+  ASSERT_EQ(found.size(), 1u);
+  EXPECT_EQ(found[0].size(), std::string("C:\\deep").size() + 60 * 201 + 9);
+  EXPECT_EQ(*program.files.read(found[0]), "x");
+}

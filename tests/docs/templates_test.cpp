@@ -1,0 +1,60 @@
+// The worked examples of docs/templates.md do what they say.
+#include "convert/passes.h"
+
+#include "tests/support/testmachine.h"
+
+#include <gtest/gtest.h>
+
+#include <sstream>
+
+namespace {
+
+// The fenced blocks of one example by their names.
+using Example = std::map<std::string, std::string>;
+
+std::vector<Example> examples(const std::string& document) {
+  std::vector<Example> found(1);
+  std::istringstream lines(document);
+  std::string line, block;
+  while (std::getline(lines, line)) {
+    if (!line.starts_with("```")) {
+      if (!block.empty())
+        found.back()[block] += line + "\r\n";
+      continue;
+    }
+    const bool last = block == "result" || block == "error";
+    block = line.substr(3);
+    if (!block.empty())
+      found.back()[block];
+    if (last)
+      found.emplace_back();
+  }
+  found.pop_back();
+  return found;
+}
+
+Result<LineArray> file(const Example& example, const std::string& block) {
+  const auto text = example.find(block);
+  if (text == example.end())
+    return Failure{block, "read it", "the file is missing", true};
+  return LineArray::split(text->second);
+}
+
+}  // namespace
+
+TEST(TemplatesDocument, ItsExamplesDoWhatTheySay) {
+  const auto all = examples(readfile(DOCUMENTS "/templates.md"));
+  ASSERT_GT(all.size(), 20u);
+  for (const Example& example : all) {
+    const bool fix = example.contains("fixold") || example.contains("fixnew");
+    const std::string prefix = fix ? "fix" : "";
+    const auto result = (fix ? fixpass : firstpass)(indexold("old", file(example, prefix + "old")),
+                                                    indexnew("new", file(example, prefix + "new")),
+                                                    *file(example, "map"));
+    if (result)
+      EXPECT_EQ(*result, example.contains("result") ? example.at("result") : "an error");
+    else
+      EXPECT_EQ(result.failure().what + "\r\n",
+                example.contains("error") ? example.at("error") : "a result");
+  }
+}

@@ -1,0 +1,56 @@
+// The lists and text boxes of the form.
+#include "tests/support/testmachine.h"
+
+#include <gtest/gtest.h>
+
+using Names = std::vector<std::string>;
+
+TEST(Control, TextBoxesKeepWhatTheUserTyped) {
+  TestMachine machine;
+  Program program(machine);
+  Control& box = program.form.Text1;
+  box.append("a\r\n");
+  box.typed("a\r\nmine");
+  box.append("b\r\n");
+  EXPECT_EQ(box.text(), "a\r\nmineb\r\n");
+}
+
+TEST(Control, TheDirectoryListShowsSubfoldersInOrder) {
+  TestMachine machine;
+  for (const char* name : {"b", "A", "c", ".hidden"})
+    std::filesystem::create_directories(machine.drivec / "maps" / name);
+  writefile(machine.drivec / "maps" / "file", "");
+  Program program(machine);
+  DirectoryList& list = program.form.Dir1;
+  int changes = 0;
+  list.changed = [&] { ++changes; };
+
+  EXPECT_TRUE(bool(list.setpath("c:\\MAPS\\\\")));
+  EXPECT_EQ(list.path(), "C:\\maps");
+  EXPECT_EQ(list.subfolders(), (Names{"A", "b", "c"}));
+  EXPECT_TRUE(bool(list.setpath("C:\\maps")));
+  EXPECT_EQ(changes, 1);
+
+  const auto missing = list.setpath("C:\\nowhere");
+  ASSERT_FALSE(bool(missing));
+  EXPECT_EQ(missing.failure().path, "C:\\nowhere");
+  EXPECT_EQ(list.path(), "C:\\maps");
+  EXPECT_EQ(changes, 1);
+
+  EXPECT_TRUE(bool(list.setpath("C:\\")));
+  EXPECT_EQ(list.path(), "C:\\");
+}
+
+TEST(Control, TheFileListFollowsItsPattern) {
+  TestMachine machine;
+  for (const char* name : {"b.galaxy", "A.GALAXY", "c.galold", ".galaxy", "d.galaxy/inside"})
+    writefile(machine.drivec / name, "");
+  Program program(machine);
+  FileList& list = program.form.File1;
+  list.setpath("C:\\");
+  EXPECT_EQ(list.names(), (Names{"A.GALAXY", "b.galaxy", "c.galold"}));
+  list.setpattern("*.galaxy");
+  EXPECT_EQ(list.names(), (Names{"A.GALAXY", "b.galaxy"}));
+  list.setpath("C:\\nowhere");
+  EXPECT_EQ(list.names(), Names{});
+}

@@ -1,0 +1,64 @@
+// Small operations on texts.
+#include "form/text.h"
+
+#include <gtest/gtest.h>
+
+#include <limits>
+
+TEST(Text, NumericValues) {
+  const struct {
+    const char* text;
+    double value;
+  } cases[] = {
+      {"", 0},
+      {"4", 4},
+      {" 4", 4},
+      {"12 lines", 12},
+      {"x4", 0},
+      {"1 2\t3", 123},
+      {"-7", -7},
+      {"- 7", -7},
+      {"+7", 7},
+      {"--7", 0},
+      {"1-2", 1},
+      {"1.5.9", 1.5},
+      {".5", 0.5},
+      {"5.", 5},
+      {".", 0},
+      {"-", 0},
+      {"1e5", 1},
+      {"&H10", 0},
+      {"0012", 12},
+      {"12$7", 12},
+      {"+-7", 0},
+      {"\r4", 0},
+      {"\xE9"
+       "4",
+       0},
+  };
+  for (const auto& c : cases)
+    EXPECT_EQ(numericvalue(c.text), c.value) << '"' << c.text << '"';
+  EXPECT_GT(numericvalue(std::string(5000, '9')), 1e300);
+  EXPECT_EQ(numericvalue("0." + std::string(5000, '0') + "1"), 0);
+}
+
+TEST(Text, WholePartsStopAtTheLimits) {
+  EXPECT_EQ(wholepart(2.9), 2);
+  EXPECT_EQ(wholepart(-2.9), -2);
+  EXPECT_EQ(wholepart(1e300), std::numeric_limits<long long>::max());
+  EXPECT_EQ(wholepart(-1e300), std::numeric_limits<long long>::min());
+}
+
+TEST(Text, NumbersInTheirShortestForm) {
+  EXPECT_EQ(numbertext(4), "4");
+  EXPECT_EQ(numbertext(12), "12");
+  EXPECT_EQ(numbertext(0.5), "0.5");
+  EXPECT_EQ(numbertext(std::numeric_limits<double>::max()).size(), 309u);
+}
+
+TEST(Text, FileNamesOfPaths) {
+  EXPECT_EQ(afterlast("C:\\maps\\a.galaxy", '\\'), 9u);
+  EXPECT_EQ(afterlast("a.galaxy", '\\'), 1u);
+  EXPECT_EQ(filename("C:\\maps\\a.galaxy"), "a.galaxy");
+  EXPECT_EQ(filename("a.galaxy"), "a.galaxy");
+}

@@ -1,0 +1,80 @@
+// What a machine in a folder tells of itself.
+#include "platform/prefix/prefixsystem.h"
+
+#include "tests/support/testmachine.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+
+namespace fs = std::filesystem;
+
+TEST(PrefixSystem, TheVersionIsHeldAtSixTwo) {
+  const struct {
+    const char* text;
+    std::uint32_t major, minor;
+  } cases[] = {{"6.3", 6, 2}, {"10.0", 6, 2}, {"6.1", 6, 1}, {"5.2", 5, 2}, {"4.0", 4, 0}};
+  TestMachine machine;
+  for (const auto& c : cases) {
+    machine.setversion(c.text);
+    PrefixSystem system(machine.machine, "");
+    const auto version = system.osversion();
+    ASSERT_TRUE(version);
+    EXPECT_EQ(version->platform, 2u);
+    EXPECT_EQ(version->major, c.major) << c.text;
+    EXPECT_EQ(version->minor, c.minor) << c.text;
+  }
+  for (const char* text : {"", "6", "6.", ".1", "x.1", "99999999999.1"}) {
+    machine.setversion(text);
+    EXPECT_FALSE(PrefixSystem(machine.machine, "").osversion()) << text;
+  }
+}
+
+TEST(PrefixSystem, VariablesComeFromTheProcessThenTheRegistry) {
+  TestMachine machine;
+  writefile(
+      machine.prefix / "system.reg",
+      "WINE REGISTRY Version 2\n\n"
+      "[Software\\\\Microsoft\\\\Windows NT\\\\CurrentVersion]\n\"SystemRoot\"=\"C:\\\\win\"\n\n"
+      "[System\\\\CurrentControlSet\\\\Control\\\\Session Manager\\\\Environment]\n"
+      "\"windir\"=str(2):\"%SystemRoot%\"\n\"Sum\"=\"%windir%;%Sum%;100%;%Unset%x\"\n"
+      "\"VORA_TEST\"=\"registry\"\n\"COUNT\"=dword:00000004\n");
+  PrefixSystem system(machine.machine, "");
+  EXPECT_EQ(system.environment("windir"), "C:\\win");
+  EXPECT_EQ(system.environment("WINDIR"), "C:\\win");
+  EXPECT_EQ(system.environment("Sum"), "%SystemRoot%;%windir%;%Sum%;100%;%Unset%x;100%;%Unset%x");
+  EXPECT_EQ(system.environment("unset"), "");
+  EXPECT_EQ(system.environment("VORA_TEST"), "registry");
+  setenv("VORA_TEST", "process", 1);
+  EXPECT_EQ(system.environment("VORA_TEST"), "process");
+  unsetenv("VORA_TEST");
+}
+
+TEST(PrefixSystem, SpecialFoldersAreMadeWhenMissing) {
+  constexpr std::uint32_t create = 0x8000, local = 28, personal = 5;
+  TestMachine machine;
+  fs::remove_all(machine.drivec / "users");
+  PrefixSystem system(machine.machine, "");
+  EXPECT_EQ(system.folderpath(local).status, FolderPath::doesnotexist);
+  const FolderPath made = system.folderpath(local | create);
+  EXPECT_EQ(made.status, FolderPath::ok);
+  EXPECT_EQ(made.path, "C:\\users\\me\\AppData\\Local");
+  EXPECT_TRUE(fs::is_directory(machine.drivec / "users/me/AppData/Local"));
+  EXPECT_EQ(system.folderpath(99 | create).status, FolderPath::invalididentifier);
+
+  writefile(machine.drivec / "users/me/Documents", "a file");
+  EXPECT_EQ(system.folderpath(personal | create).status, FolderPath::doesnotexist);
+  fs::remove(machine.prefix / "user.reg");
+  EXPECT_EQ(PrefixSystem(machine.machine, "").folderpath(local | create).status,
+            FolderPath::failed);
+}
+
+TEST(PrefixSystem, ReadsReleasesOfExecutables) {
+  TestMachine machine;
+  machine.install("vora", {1, 2, 3, 4});
+  writefile(machine.drivec / "empty.exe", "");
+  PrefixSystem system(machine.machine, "");
+  EXPECT_EQ(system.productversion("c:\\games\\VORA\\vorakai.exe")->high, 0x00010002u);
+  for (const char* path : {"C:\\Games\\vora", "C:\\Games\\none.exe", "C:\\empty.exe", ""})
+    EXPECT_FALSE(system.productversion(path)) << path;
+}

@@ -1,0 +1,130 @@
+// How a map gives way to its converted self.
+#include "platform/prefix/prefixfiles.h"
+
+#include "tests/support/testmachine.h"
+
+#include <gtest/gtest.h>
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace fs = std::filesystem;
+
+using Tree = std::map<std::string, std::string>;
+
+namespace {
+
+class Replace : public testing::Test {
+protected:
+  Replace() { writefile(maps / "a.galaxy", "old"); }
+
+  Result<Done> replace(std::string_view was = "old", bool withfix = false) {
+    std::vector<NewFile> put;
+    if (withfix)
+      put.push_back({"C:\\m\\a.galfix", "fix"});
+    put.push_back({"C:\\m\\a.galaxy", "new"});
+    return files.replace({"C:\\m\\a.galaxy", was, put, "C:\\m\\a.galold"});
+  }
+
+  TestMachine machine;
+  const fs::path maps = machine.drivec / "m";
+  PrefixFiles files{machine.machine};
+};
+
+}  // namespace
+
+TEST_F(Replace, LeavesTheBackupAndNothingElse) {
+  EXPECT_TRUE(bool(replace("old", true)));
+  EXPECT_EQ(tree(maps), (Tree{{"a.galaxy", "new"}, {"a.galold", "old"}, {"a.galfix", "fix"}}));
+}
+
+TEST_F(Replace, KeepsPermissionsAndOwner) {
+  ::chmod((maps / "a.galaxy").c_str(), 0440);
+  const bool root = ::geteuid() == 0;
+  ASSERT_TRUE(!root || ::chown((maps / "a.galaxy").c_str(), 1234, 1234) == 0);
+  EXPECT_TRUE(bool(replace("old", true)));
+  for (const char* name : {"a.galaxy", "a.galold", "a.galfix"}) {
+    struct stat status;
+    ASSERT_EQ(::stat((maps / name).c_str(), &status), 0);
+    EXPECT_EQ(status.st_mode & 07777, 0440u) << name;
+    EXPECT_TRUE(!root || status.st_uid == 1234u) << name;
+  }
+}
+
+TEST_F(Replace, NumbersTheBackupsThatAreInItsWay) {
+  writefile(maps / "A.GALOLD", "first");
+  writefile(maps / "a.galold2", "second");
+  fs::create_symlink("elsewhere", maps / "a.galold3");
+  EXPECT_TRUE(bool(replace()));
+  EXPECT_EQ(tree(maps), (Tree{{"a.galaxy", "new"},
+                              {"a.galold", "old"},
+                              {"A.GALOLD4", "first"},
+                              {"a.galold2", "second"},
+                              {"a.galold3", "-> elsewhere"}}));
+}
+
+TEST_F(Replace, ABackupWithTheSameContentStays) {
+  writefile(maps / "A.galold", "old");
+  EXPECT_TRUE(bool(replace()));
+  EXPECT_EQ(tree(maps), (Tree{{"a.galaxy", "new"}, {"A.galold", "old"}}));
+
+  // As a run leaves it that was killed between the backup and the map.
+  fs::remove_all(maps);
+  writefile(maps / "a.galaxy", "old");
+  fs::create_hard_link(maps / "a.galaxy", maps / "a.galold");
+  EXPECT_TRUE(bool(replace()));
+  EXPECT_EQ(tree(maps), (Tree{{"a.galaxy", "new"}, {"a.galold", "old"}}));
+}
+
+TEST_F(Replace, LinksAreNeverFollowed) {
+  writefile(machine.drivec / "elsewhere", "untouched");
+  fs::create_symlink("../elsewhere", maps / "a.galold");
+  fs::create_symlink("../elsewhere", maps / "a.galfix");
+  EXPECT_TRUE(bool(replace("old", true)));
+  EXPECT_EQ(tree(maps), (Tree{{"a.galaxy", "new"},
+                              {"a.galold", "old"},
+                              {"a.galfix", "fix"},
+                              {"a.galold2", "-> ../elsewhere"}}));
+  EXPECT_EQ(readfile(machine.drivec / "elsewhere"), "untouched");
+}
+
+TEST_F(Replace, LeavesAloneWhatIsNotTheMapThatWasRead) {
+  const Tree before = tree(maps);
+  EXPECT_EQ(replace("other").failure().reason, "it has changed since it was read");
+  EXPECT_EQ(replace("ol").failure().reason, "it has changed since it was read");
+  EXPECT_EQ(tree(maps), before);
+
+  fs::rename(maps / "a.galaxy", maps / "b.galaxy");
+  fs::create_symlink("b.galaxy", maps / "a.galaxy");
+  EXPECT_FALSE(bool(replace()));
+  EXPECT_EQ(readfile(maps / "b.galaxy"), "old");
+  fs::remove(maps / "a.galaxy");
+  EXPECT_FALSE(bool(replace()));
+  fs::remove_all(maps);
+  EXPECT_FALSE(bool(replace()));
+}
+
+TEST_F(Replace, AFolderInACompanionsPlaceLeavesNothingHalfDone) {
+  for (const char* name : {"a.GALOLD", "a.galfix"}) {
+    fs::create_directory(maps / name);
+    const Tree before = tree(maps);
+    const auto done = replace("old", true);
+    ASSERT_FALSE(bool(done));
+    EXPECT_EQ(done.failure().path, "C:\\m\\a.galaxy");
+    EXPECT_TRUE(done.failure().reason.starts_with("a folder has the name a.gal"));
+    EXPECT_EQ(tree(maps), before);
+    fs::remove(maps / name);
+  }
+}
+
+// What is known of a folder must not outlive changes that others make in it.
+TEST_F(Replace, SeesBackupsThatOthersMakeMeanwhile) {
+  EXPECT_TRUE(bool(replace()));
+  writefile(maps / "a.galaxy", "old2");
+  fs::rename(maps / "a.galold", maps / "A.GALOLD");
+  ::usleep(20000);  // time stamps are no finer than the kernel's clock ticks
+  writefile(maps / "touch", "");
+  EXPECT_TRUE(bool(replace("old2")));
+  EXPECT_EQ(tree(maps),
+            (Tree{{"a.galaxy", "new"}, {"a.galold", "old2"}, {"A.GALOLD2", "old"}, {"touch", ""}}));
+}

@@ -1,0 +1,85 @@
+#!/usr/bin/env bash
+# Starts the program itself on the sample machines: what it converts, says and gives back.
+# program.sh <build folder>
+set -euo pipefail
+build=$(cd "$1" && pwd)
+cd "$(dirname "$0")/.."
+scratch=$(mktemp -d)
+trap 'rm -rf "$scratch"' EXIT
+
+failed=0
+check() { # check <what> <expected> <found>
+  [ "$2" = "$3" ] && return
+  printf 'FAILED %s\n  expected: %s\n  found:    %s\n' "$1" "$2" "$3"
+  failed=1
+}
+
+# Without a display, whatever the machine of the test has.
+unset DISPLAY WAYLAND_DISPLAY QT_QPA_PLATFORM
+
+machine() { # machine <base|expansion> <release>
+  rm -rf "$scratch/machine" "$scratch/data"
+  cp -r "sample/$1" "$scratch/machine"
+  cp -r data "$scratch/data"
+  local folder="$scratch/machine/drive_c/Program Files (x86)"
+  [ "$1" = base ] && "$build/makeexe" "$folder/Vorakai/Vorakai.exe" "$2"
+  [ "$1" = base ] || "$build/makeexe" "$folder/Vorakai Tarnfall/Vorakai Tarnfall.exe" "$2"
+}
+
+run() { # run <arguments...>: sets status and said
+  status=0
+  said=$(cd "$scratch/data" && WINEPREFIX=$scratch/machine "$build/vora-map-updater" "$@" 2>&1) ||
+    status=$?
+}
+
+release() { sed -n "$1p" data/targetvoraver.txt | tr -d '\r'; }
+
+# Every map and companion, each name with its content.
+maps() { (cd "$1" && find drive_c -type f -iname '*.gal*' -exec cksum {} + | sort -k 3); }
+
+for edition in base expansion; do
+  machine "$edition" "$(release $([ $edition = base ] && echo 1 || echo 5))"
+  run /silent
+  check "$edition: exit status" 0 "$status"
+  check "$edition: what it says" "" "$said"
+  check "$edition: the maps" "$(maps "tests/expected/$edition")" "$(maps "$scratch/machine")"
+  check "$edition: leftovers" "" "$(find "$scratch/machine" -name '.*' -type f)"
+  run -s
+  check "$edition: a second run" "$(maps "tests/expected/$edition")" "$(maps "$scratch/machine")"
+done
+
+machine base 9.9.9.9
+run /silent
+check "mismatch: exit status" 1 "$status"
+check "mismatch: first line" "found vora version :9.9.9.9:" "$(head -n 1 <<<"$said")"
+check "mismatch: lines" 8 "$(wc -l <<<"$said")"
+check "mismatch: line ends" 0 "$(tr -dc '\r' <<<"$said" | wc -c)"
+check "mismatch: the maps" "$(maps sample/base)" "$(maps "$scratch/machine")"
+
+machine base "$(release 1)"
+run /x
+check "unknown argument" "1 Invalid argument: /x" "$status $said"
+run /s "" /s
+check "empty argument" "1 Invalid argument: " "$status $said"
+run "/s /s"
+check "two pieces in one argument" "0 " "$status $said"
+run
+check "no argument" 1 "$status"
+check "no argument" "yes" "$([[ $said == *"/silent"* ]] && echo yes)"
+run ""
+check "one empty argument" "yes" "$([[ $said == *"/silent"* ]] && echo yes)"
+
+machine base "$(release 1)"
+rm "$scratch/data/vnewstruct9.txt"
+run /s
+check "template error: exit status" 1 "$status"
+check "template error: what it says" yes "$([[ $said == *"vnewstruct9.txt"* ]] && echo yes)"
+
+machine base "$(release 1)"
+printf 'only one line' >"$scratch/machine/drive_c/Program Files (x86)/Vorakai/bad.galaxy"
+run /s
+check "a map left alone: exit status" 1 "$status"
+check "a map left alone: what it says" yes "$([[ $said == *"bad.galaxy"*"no second line"* ]] && echo yes)"
+
+[ $failed = 0 ] && echo "the program passed"
+exit $failed

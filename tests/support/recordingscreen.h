@@ -1,0 +1,30 @@
+// A front end for tests: it remembers what it was told and answers every message box.
+#pragma once
+
+#include "form/control.h"
+#include "form/screen.h"
+
+#include <functional>
+#include <string>
+#include <vector>
+
+class RecordingScreen : public Screen {
+public:
+  void show() override { shown = true; }
+  void showcaption(const std::string& text) override { caption = text; }
+  void refresh(const Control&) override {}
+  void appended(const Control&, std::string_view) override {}
+  void messagebox(const std::string& text) override { messages.push_back(text); }
+  void standarderror(const std::string& text) override { errors.push_back(text); }
+  void processmessages() override {
+    if (pending)
+      pending();
+  }
+  [[noreturn]] void end(int status) override { throw ProgramEnd{status}; }
+
+  bool shown = false;
+  std::string caption;
+  std::vector<std::string> messages;
+  std::vector<std::string> errors;
+  std::function<void()> pending;  // what the user does while a search yields
+};

@@ -1,0 +1,70 @@
+// A small Windows machine in a throw-away folder, and the program on it.
+#pragma once
+
+#include "form/form1.h"
+#include "platform/prefix/machine.h"
+#include "platform/prefix/prefixfiles.h"
+#include "platform/prefix/prefixsystem.h"
+#include "tests/support/recordingscreen.h"
+#include "tools/executable.h"
+
+#include <filesystem>
+#include <map>
+#include <string>
+#include <string_view>
+
+// A 64-bit Windows newer than 7, with a user and without the game. The program's folder and the
+// current one, where the data files are, lie outside its drive C:, on drive Z:.
+class TestMachine {
+public:
+  TestMachine();
+  ~TestMachine();
+  TestMachine(const TestMachine&) = delete;
+  TestMachine& operator=(const TestMachine&) = delete;
+
+  Machine machine;
+  std::filesystem::path prefix, drivec, data, program;
+  std::filesystem::path userfolder;       // the base edition's user space
+  std::filesystem::path expansionfolder;  // the expansion's
+
+  // Sets a text value below HKEY_LOCAL_MACHINE.
+  void setregistry(const std::string& key, const std::string& name, const std::string& text);
+  void setversion(const std::string& version);  // of Windows, such as "6.1"
+
+  // Registers an edition ("vora", "vorazendrel" or "voratarnfall") in C:\Games\<edition> and puts
+  // its executable there.
+  void install(const std::string& edition, const VersionParts& release);
+
+  // A small set of data files for format version 4, with templates for version 3 and the
+  // expansion's fix pass; the target releases are 1.2.3.4 and 5.6.7.8.
+  void writedata();
+};
+
+// The maps that `writedata` is for, and what becomes of them.
+extern const char oldmap[];        // of version 3
+extern const char convertedmap[];  // by the first pass
+extern const char fixedmap[];      // by the expansion's fix pass after it
+
+// The Windows path of a POSIX path on drive Z:.
+std::string zpath(const std::filesystem::path& path);
+
+void writefile(const std::filesystem::path& path, std::string_view text);
+std::string readfile(const std::filesystem::path& path);
+
+// The names below a folder, relative to it, folders left out, each with its file's content; links
+// have their target.
+std::map<std::string, std::string> tree(const std::filesystem::path& folder);
+
+// The program on a machine.
+struct Program {
+  explicit Program(const TestMachine& machine, const std::string& arguments = "");
+
+  PrefixFiles files;
+  PrefixSystem system;
+  RecordingScreen screen;
+  Form1 form;
+
+  // Runs `action`. The exit status when it ended the program, -1 when it returned.
+  static constexpr int goeson = -1;
+  int run(const std::function<void()>& action);
+};
