@@ -22,8 +22,6 @@ constexpr DWORD child = WS_CHILD | WS_CLIPSIBLINGS | WS_GROUP;
 constexpr DWORD list = child | WS_TABSTOP | WS_VSCROLL;
 
 DWORD alignment(const ControlLayout& row) {
-  if (row.sizedtotext)
-    return SS_LEFTNOWORDWRAP;
   return row.align == Align::left ? SS_LEFT : row.align == Align::right ? SS_RIGHT : SS_CENTER;
 }
 
@@ -64,21 +62,6 @@ LRESULT CALLBACK boxprocedure(HWND box, UINT message, WPARAM word, LPARAM detail
   return DefSubclassProc(box, message, word, detail);
 }
 
-// Device units that the widest of `rows` takes.
-int widest(HWND window, HFONT font, const std::vector<std::wstring>& rows) {
-  const HDC context = GetDC(window);
-  const HGDIOBJ before = SelectObject(context, font);
-  LONG width = 0;
-  for (const std::wstring& row : rows) {
-    SIZE size{};
-    GetTextExtentPoint32W(context, row.c_str(), static_cast<int>(row.size()), &size);
-    width = std::max(width, size.cx);
-  }
-  SelectObject(context, before);
-  ReleaseDC(window, context);
-  return width;
-}
-
 void fillrows(const Mirror& mirror, const std::vector<std::wstring>& rows) {
   constexpr int margin = 8;
   const HWND window = mirror.window;
@@ -86,8 +69,10 @@ void fillrows(const Mirror& mirror, const std::vector<std::wstring>& rows) {
   SendMessageW(window, LB_RESETCONTENT, 0, 0);
   for (const std::wstring& row : rows)
     SendMessageW(window, LB_ADDSTRING, 0, reinterpret_cast<LPARAM>(row.c_str()));
-  const int width = widest(window, mirror.font.get(), rows) + margin;
-  SendMessageW(window, LB_SETHORIZONTALEXTENT, static_cast<WPARAM>(width), 0);
+  int width = 0;
+  for (const std::wstring& row : rows)
+    width = std::max(width, textwidth(window, mirror.font.get(), row));
+  SendMessageW(window, LB_SETHORIZONTALEXTENT, static_cast<WPARAM>(width + margin), 0);
   SendMessageW(window, WM_SETREDRAW, TRUE, 0);
   InvalidateRect(window, nullptr, TRUE);
 }
@@ -134,6 +119,16 @@ void openselected(HWND window, Form1& form) {
 }
 
 }  // namespace
+
+int textwidth(HWND window, HFONT font, const std::wstring& text) {
+  const HDC context = GetDC(window);
+  const HGDIOBJ before = SelectObject(context, font);
+  SIZE size{};
+  GetTextExtentPoint32W(context, text.c_str(), static_cast<int>(text.size()), &size);
+  SelectObject(context, before);
+  ReleaseDC(window, context);
+  return size.cx;
+}
 
 HWND makecontrol(const ControlLayout& row, HWND parent, int identifier) {
   const Style style = styleof(row);

@@ -5,6 +5,7 @@
 #include "ui/layout.h"
 #include "ui/win32/font.h"
 
+#include <string>
 #include <string_view>
 
 #include <windows.h>
@@ -15,6 +16,9 @@ struct Mirror {
   HWND window;
   FontHandle font;
 };
+
+// The pixels that a line of text takes in a window.
+int textwidth(HWND window, HFONT font, const std::wstring& text);
 
 // Makes the control of a row in `parent`, which owns it. Null on failure.
 HWND makecontrol(const ControlLayout& row, HWND parent, int identifier);

@@ -88,11 +88,28 @@ void MainWindow::settooltip(const Mirror& mirror) {
 }
 
 void MainWindow::makefonts() {
-  for (Mirror& mirror : mirrors) {
-    FontHandle font = makefont(mirror.row->font, dpi);
-    SendMessageW(mirror.window, WM_SETFONT, reinterpret_cast<WPARAM>(font.get()), TRUE);
-    mirror.font = std::move(font);
+  for (Mirror& mirror : mirrors)
+    setfont(mirror, makefont(mirror.row->font, dpi));
+}
+
+void MainWindow::setfont(Mirror& mirror, FontHandle font) {
+  SendMessageW(mirror.window, WM_SETFONT, reinterpret_cast<WPARAM>(font.get()), TRUE);
+  mirror.font = std::move(font);
+}
+
+// A label that is as wide as its caption gets a smaller font where it would meet its neighbour.
+void MainWindow::fitfont(Mirror& mirror) {
+  constexpr double step = 0.25;  // points
+  constexpr double least = 5;
+  const std::wstring caption = widen(mirror.control->text());
+  Font font = mirror.row->font;
+  FontHandle fitting = makefont(font, dpi);
+  while (font.points > least &&
+         textwidth(mirror.window, fitting.get(), caption) > pixels(roomof(*mirror.row), dpi)) {
+    font.points -= step;
+    fitting = makefont(font, dpi);
   }
+  setfont(mirror, std::move(fitting));
 }
 
 void MainWindow::resize() {
@@ -100,11 +117,15 @@ void MainWindow::resize() {
   SetWindowPos(window, nullptr, 0, 0, size.cx, size.cy, SWP_NOMOVE | SWP_NOZORDER | SWP_NOACTIVATE);
 }
 
-void MainWindow::place() {
+SIZE MainWindow::clientsize() const {
   RECT client;
   GetClientRect(window, &client);
+  return {client.right, client.bottom};
+}
+
+void MainWindow::place() {
   for (const Mirror& mirror : mirrors)
-    placecontrol(mirror, {client.right, client.bottom});
+    placecontrol(mirror, clientsize());
 }
 
 void MainWindow::placecontrol(const Mirror& mirror, SIZE client) const {
@@ -119,7 +140,7 @@ void MainWindow::placecontrol(const Mirror& mirror, SIZE client) const {
   if (mirror.row->kind == Kind::drivelist)
     height *= droppedrows;
   if (mirror.row->sizedtotext)
-    width = pixels(windowwidth, dpi) - left;
+    width = textwidth(mirror.window, mirror.font.get(), widen(mirror.control->text()));
   SetWindowPos(mirror.window, nullptr, left, top, width, height, SWP_NOZORDER | SWP_NOACTIVATE);
 }
 
@@ -131,6 +152,9 @@ void MainWindow::limitsize(MINMAXINFO& limits) const {
 void MainWindow::changedpi(const RECT& suggested) {
   dpi = dpiof(window);
   makefonts();
+  for (Mirror& mirror : mirrors)
+    if (mirror.row->sizedtotext)
+      fitfont(mirror);
   SetWindowPos(window, nullptr, suggested.left, suggested.top, suggested.right - suggested.left,
                suggested.bottom - suggested.top, SWP_NOZORDER | SWP_NOACTIVATE);
   place();
@@ -148,19 +172,23 @@ const Mirror* MainWindow::mirrorof(HWND control) const {
   return found == mirrors.end() ? nullptr : &*found;
 }
 
-const Mirror& MainWindow::mirrorof(const Control& control) const {
+Mirror& MainWindow::mirrorof(const Control& control) {
   return *std::find_if(mirrors.begin(), mirrors.end(),
                        [&](const Mirror& mirror) { return mirror.control == &control; });
 }
 
 void MainWindow::refresh(const Control& control) {
-  const Mirror& mirror = mirrorof(control);
+  Mirror& mirror = mirrorof(control);
   const bool appears =
       control.visible() && !(GetWindowLongPtrW(mirror.window, GWL_STYLE) & WS_VISIBLE);
   own = true;
   showcontrol(mirror, form);
   own = false;
   settooltip(mirror);
+  if (mirror.row->sizedtotext) {
+    fitfont(mirror);
+    placecontrol(mirror, clientsize());
+  }
   EnableWindow(mirror.window, control.enabled());
   ShowWindow(mirror.window, control.visible() ? SW_SHOWNA : SW_HIDE);
   // The work of a silent run may follow, which does not yield.

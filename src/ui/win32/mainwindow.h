@@ -42,8 +42,11 @@ private:
   void maketooltips();
   void settooltip(const Mirror& mirror);
   void makefonts();
+  void setfont(Mirror& mirror, FontHandle font);
+  void fitfont(Mirror& mirror);
   void resize();
   void place();
+  SIZE clientsize() const;
   void placecontrol(const Mirror& mirror, SIZE client) const;
   void limitsize(MINMAXINFO& limits) const;
   void changedpi(const RECT& suggested);
@@ -51,7 +54,7 @@ private:
   void keepfocus(bool active);
   void leavedisabled() const;
   const Mirror* mirrorof(HWND control) const;
-  const Mirror& mirrorof(const Control& control) const;
+  Mirror& mirrorof(const Control& control);
 
   Form1& form;
   HWND window = nullptr;

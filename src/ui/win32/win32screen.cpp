@@ -29,7 +29,7 @@ void Win32Screen::run() {
   MSG message;
   while (GetMessageW(&message, nullptr, 0, 0) > 0)
     window->dispatch(message);
-  end(static_cast<int>(message.wParam));
+  Win32Screen::end(static_cast<int>(message.wParam));
 }
 
 void Win32Screen::show() {
