@@ -1,7 +1,6 @@
 // A system for tests that answers what it is told to.
 #pragma once
 
-#include "platform/prefix/lettercase.h"
 #include "platform/system.h"
 
 #include <map>
@@ -35,5 +34,10 @@ public:
   std::vector<std::string> drives() override { return {}; }
   std::string appfolder() override { return own; }
   std::string argumenttext() override { return ""; }
-  std::string lowercase(std::string_view text) override { return ::lowercase(text); }
+  std::string lowercase(std::string_view text) override {
+    std::string lowered(text);
+    for (char& c : lowered)
+      c = c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+    return lowered;
+  }
 };

@@ -44,7 +44,8 @@ bool eachentry(const std::wstring& folder,
 }
 
 bool islink(const WIN32_FIND_DATAW& entry) {
-  // The tag of an entry with a reparse point is in a field that has no name of its own.
-  return (entry.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) &&
-         IsReparseTagNameSurrogate(entry.dwReserved0);
+  if (!(entry.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT))
+    return false;
+  const DWORD tag = entry.dwReserved0;  // which has no name of its own; Wine gives its links none
+  return tag == 0 || IsReparseTagNameSurrogate(tag);
 }

@@ -1,0 +1,63 @@
+// A folder of a test's own on Windows, and what tests do with files by the system's own means.
+#pragma once
+
+#include "platform/windows/paths.h"
+#include "platform/windows/wide.h"
+
+#include <filesystem>
+#include <fstream>
+#include <map>
+#include <sstream>
+#include <string>
+
+#include <windows.h>
+
+// The path that the system takes for one of the program's, however long it is.
+inline std::filesystem::path systempath(const std::string& path) { return (*locate(path)).wide(); }
+
+class ScratchFolder {
+public:
+  ScratchFolder() {
+    wchar_t folder[MAX_PATH];
+    GetTempPathW(MAX_PATH, folder);
+    path = narrow(folder) + "vora-test-" + std::to_string(GetCurrentProcessId());
+    std::filesystem::create_directories(systempath(path));
+  }
+  ScratchFolder(const ScratchFolder&) = delete;
+  ScratchFolder& operator=(const ScratchFolder&) = delete;
+  ~ScratchFolder() {
+    std::error_code ignored;
+    for (const auto& entry : std::filesystem::recursive_directory_iterator(systempath(path)))
+      SetFileAttributesW(entry.path().c_str(), FILE_ATTRIBUTE_NORMAL);
+    std::filesystem::remove_all(systempath(path), ignored);
+  }
+
+  std::string operator/(const std::string& name) const { return path + "\\" + name; }
+
+  // Makes a file, and the folders on the way.
+  void add(const std::string& name, std::string_view text, DWORD attributes = 0) const {
+    const auto file = systempath(*this / name);
+    std::filesystem::create_directories(file.parent_path());
+    std::ofstream(file, std::ios::binary) << text;
+    if (attributes)
+      SetFileAttributesW(file.c_str(), attributes);
+  }
+
+  DWORD attributesof(const std::string& name) const {
+    return GetFileAttributesW(systempath(*this / name).c_str());
+  }
+
+  // The names of the folder's files, each with its content.
+  std::map<std::string, std::string> tree() const {
+    std::map<std::string, std::string> found;
+    for (const auto& entry : std::filesystem::directory_iterator(systempath(path))) {
+      std::ostringstream text;
+      if (entry.is_regular_file())
+        text << std::ifstream(entry.path(), std::ios::binary).rdbuf();
+      found[narrow(entry.path().filename().wstring())] = text.str();
+    }
+    return found;
+  }
+
+  std::string path;  // without "\" at its end
+};
