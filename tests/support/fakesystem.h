@@ -5,6 +5,8 @@
 
 #include <map>
 
+std::string lowercase(std::string_view text);  // that of the machine which the tests are built for
+
 class FakeSystem : public System {
 public:
   std::map<std::string, std::string> registry;
@@ -34,10 +36,5 @@ public:
   std::vector<std::string> drives() override { return {}; }
   std::string appfolder() override { return own; }
   std::string argumenttext() override { return ""; }
-  std::string lowercase(std::string_view text) override {
-    std::string lowered(text);
-    for (char& c : lowered)
-      c = c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-    return lowered;
-  }
+  std::string lowercase(std::string_view text) override { return ::lowercase(text); }
 };

@@ -1,6 +1,7 @@
 // A folder of a test's own on Windows, and what tests do with files by the system's own means.
 #pragma once
 
+#include "platform/windows/findfile.h"
 #include "platform/windows/paths.h"
 #include "platform/windows/wide.h"
 
@@ -15,6 +16,19 @@
 // The path that the system takes for one of the program's, however long it is.
 inline std::filesystem::path systempath(const std::string& path) { return (*locate(path)).wide(); }
 
+// Removes a folder with all that is in it, whatever its attributes and depth.
+inline void removefolder(const std::wstring& folder) {
+  eachentry(folder, [&](const WIN32_FIND_DATAW& entry) {
+    const std::wstring path = folder + L"\\" + entry.cFileName;
+    SetFileAttributesW(path.c_str(), FILE_ATTRIBUTE_NORMAL);
+    if (entry.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY)
+      removefolder(path);
+    else
+      DeleteFileW(path.c_str());
+  });
+  RemoveDirectoryW(folder.c_str());
+}
+
 class ScratchFolder {
 public:
   ScratchFolder() {
@@ -25,12 +39,7 @@ public:
   }
   ScratchFolder(const ScratchFolder&) = delete;
   ScratchFolder& operator=(const ScratchFolder&) = delete;
-  ~ScratchFolder() {
-    std::error_code ignored;
-    for (const auto& entry : std::filesystem::recursive_directory_iterator(systempath(path)))
-      SetFileAttributesW(entry.path().c_str(), FILE_ATTRIBUTE_NORMAL);
-    std::filesystem::remove_all(systempath(path), ignored);
-  }
+  ~ScratchFolder() { removefolder(systempath(path).wstring()); }
 
   std::string operator/(const std::string& name) const { return path + "\\" + name; }
 

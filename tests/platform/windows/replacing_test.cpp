@@ -31,10 +31,10 @@ protected:
 
   // Holds the map as a virus scanner does, sharing nothing or reading alone.
   HANDLE hold(DWORD share) const {
-    const HANDLE held = CreateFileW(systempath(scratch / "a.galaxy").c_str(), GENERIC_READ, share,
+    const HANDLE holder = CreateFileW(systempath(scratch / "a.galaxy").c_str(), GENERIC_READ, share,
                                     nullptr, OPEN_EXISTING, 0, nullptr);
-    EXPECT_NE(held, INVALID_HANDLE_VALUE);
-    return held;
+    EXPECT_NE(holder, INVALID_HANDLE_VALUE);
+    return holder;
   }
 
   const Tree replaced = {{"a.galaxy", "new"}, {"a.galfix", "fix"}, {"a.galold", "old"}};
@@ -90,10 +90,10 @@ TEST_F(Replace, KeepsTheFirstBackupAndTakesOneThatHoldsTheSame) {
 TEST_F(Replace, WaitsForAFileThatIsHeldForAMoment) {
   for (const DWORD share : {DWORD{0}, DWORD{FILE_SHARE_READ}}) {
     scratch.add("a.galaxy", "old");
-    const HANDLE held = hold(share);
-    std::thread scanner([held] {
+    const HANDLE holder = hold(share);
+    std::thread scanner([holder] {
       std::this_thread::sleep_for(milliseconds(300));
-      CloseHandle(held);
+      CloseHandle(holder);
     });
     const auto done = replace();
     scanner.join();
@@ -103,11 +103,11 @@ TEST_F(Replace, WaitsForAFileThatIsHeldForAMoment) {
 }
 
 TEST_F(Replace, LeavesAloneAMapThatIsHeldForLong) {
-  const HANDLE held = hold(0);
+  const HANDLE holder = hold(0);
   const auto start = Clock::now();
   const auto done = replace();
   const auto waited = Clock::now() - start;
-  CloseHandle(held);
+  CloseHandle(holder);
   ASSERT_FALSE(bool(done));
   EXPECT_NE(done.failure().reason, "");
   EXPECT_GT(waited, milliseconds(900));

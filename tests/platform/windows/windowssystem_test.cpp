@@ -91,7 +91,7 @@ TEST_F(WindowsSystemTest, KnowsItsSurroundings) {
   EXPECT_EQ(system.environment("voratest"), "Ж value");
   SetEnvironmentVariableW(L"VORATEST", nullptr);
   EXPECT_EQ(system.environment("voratest"), "");
-  EXPECT_EQ(system.lowercase("/SILENT ÄÖŽЖ\xF0\x90\x90\x80"), "/silent äöžж\xF0\x90\x90\x80");
+  EXPECT_EQ(system.lowercase("/SILENT ÄÖŽЖ 漢"), "/silent äöžж 漢");
   const auto drives = system.drives();
   EXPECT_NE(std::find(drives.begin(), drives.end(), "C:"), drives.end());
   EXPECT_FALSE(system.appfolder().ends_with('\\'));

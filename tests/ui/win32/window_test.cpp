@@ -43,9 +43,9 @@ std::string textof(HWND window) {
 }
 
 // The base game with the maps of the sample, and the program in a folder with its data files.
-class Window : public testing::Test {
+class ProgramWindow : public testing::Test {
 protected:
-  Window() {
+  ProgramWindow() {
     wchar_t local[MAX_PATH];
     GetEnvironmentVariableW(L"LOCALAPPDATA", local, MAX_PATH);
     user = fs::path(local) / maps;
@@ -60,7 +60,7 @@ protected:
                     REG_SZ, widen(game).c_str(), sizeof game * sizeof(wchar_t));
   }
 
-  ~Window() override {
+  ~ProgramWindow() override {
     if (process.hProcess) {
       TerminateProcess(process.hProcess, 99);
       CloseHandle(process.hThread);
@@ -161,7 +161,7 @@ protected:
 
 }  // namespace
 
-TEST_F(Window, WaitsForTheUserAsTheLayoutSays) {
+TEST_F(ProgramWindow, WaitsForTheUserAsTheLayoutSays) {
   open();
   EXPECT_EQ(textof(window), windowcaption);
   for (const ControlLayout& row : layout()) {
@@ -179,7 +179,7 @@ TEST_F(Window, WaitsForTheUserAsTheLayoutSays) {
   EXPECT_EQ(exitcode(), 0u);
 }
 
-TEST_F(Window, FindsAndFixesWithTheKeyboard) {
+TEST_F(ProgramWindow, FindsAndFixesWithTheKeyboard) {
   open();
   send("Text1", WM_CHAR, 'x');
   SetForegroundWindow(window);
@@ -207,7 +207,7 @@ TEST_F(Window, FindsAndFixesWithTheKeyboard) {
   EXPECT_EQ(exitcode(), 0u);
 }
 
-TEST_F(Window, ListsFollowOneAnother) {
+TEST_F(ProgramWindow, ListsFollowOneAnother) {
   open();
   send("Command5", BM_CLICK);
   const auto shown = rows("Dir1");
@@ -227,7 +227,7 @@ TEST_F(Window, ListsFollowOneAnother) {
   EXPECT_TRUE(rows("File1").empty());
 }
 
-TEST_F(Window, KeysInATextBoxWriteOrLeaveIt) {
+TEST_F(ProgramWindow, KeysInATextBoxWriteOrLeaveIt) {
   open();
   SetForegroundWindow(window);
   send("Text1", WM_LBUTTONDOWN, MK_LBUTTON, MAKELPARAM(5, 5));
@@ -242,7 +242,7 @@ TEST_F(Window, KeysInATextBoxWriteOrLeaveIt) {
   EXPECT_TRUE(IsWindow(window));
 }
 
-TEST_F(Window, GrowsButNeverBelowItsDesign) {
+TEST_F(ProgramWindow, GrowsButNeverBelowItsDesign) {
   open();
   RECT before;
   GetWindowRect(window, &before);
@@ -263,7 +263,7 @@ TEST_F(Window, GrowsButNeverBelowItsDesign) {
   EXPECT_EQ(after.bottom - after.top, height);
 }
 
-TEST_F(Window, SaysWhatIsWrongAndEnds) {
+TEST_F(ProgramWindow, SaysWhatIsWrongAndEnds) {
   const struct {
     const wchar_t* arguments;
     VersionParts release;
@@ -289,7 +289,7 @@ TEST_F(Window, SaysWhatIsWrongAndEnds) {
   }
 }
 
-TEST_F(Window, ASilentRunNeedsNobody) {
+TEST_F(ProgramWindow, ASilentRunNeedsNobody) {
   start(L"   /Silent");
   EXPECT_EQ(exitcode(), 0u);
   EXPECT_TRUE(fs::exists(user / "Amber Reach.galold"));
