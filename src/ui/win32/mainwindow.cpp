@@ -218,14 +218,15 @@ void MainWindow::command(WORD identifier, WORD code) {
     entered(*mirror, form);
   else
     notified(*mirror, form, code);
-  leavedisabled();
+  leavedisabled(mirror->window);
 }
 
-// A button that has disabled itself would keep the keyboard: the next control takes it.
-void MainWindow::leavedisabled() const {
-  const HWND focus = GetFocus();
-  if (IsChild(window, focus) && !IsWindowEnabled(focus))
-    SetFocus(GetNextDlgTabItem(window, focus, FALSE));
+// A button that has disabled itself has lost the keyboard: the next control takes it.
+void MainWindow::leavedisabled(HWND control) {
+  if (IsWindowEnabled(control) || (GetFocus() && GetFocus() != control))
+    return;
+  focused = GetNextDlgTabItem(window, control, FALSE);
+  keepfocus(GetActiveWindow() == window);
 }
 
 void MainWindow::keepfocus(bool active) {

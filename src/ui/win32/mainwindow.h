@@ -52,7 +52,7 @@ private:
   void changedpi(const RECT& suggested);
   void command(WORD identifier, WORD code);
   void keepfocus(bool active);
-  void leavedisabled() const;
+  void leavedisabled(HWND control);
   const Mirror* mirrorof(HWND control) const;
   Mirror& mirrorof(const Control& control);
 
