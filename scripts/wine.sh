@@ -1,5 +1,5 @@
 # A throw-away Windows machine made by Wine, for a script that runs the Windows build. Source it
-# after common.sh and display.sh; the script calls stopwine when it exits.
+# after common.sh and display.sh; the script calls savewine when it exits.
 
 export WINEDEBUG=-all WINEDLLOVERRIDES='mscoree,mshtml=,winemenubuilder.exe=d'
 export LC_ALL=C.UTF-8  # names of files are UTF-8 on both sides
@@ -19,4 +19,3 @@ startwine() {
 # Writes the registry to its files and ends every process of the machine.
 savewine() { "${wine%64}server64" --kill 2>/dev/null || true; }
 
-stopwine() { savewine; }
