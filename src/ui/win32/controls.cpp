@@ -22,6 +22,8 @@ constexpr DWORD child = WS_CHILD | WS_CLIPSIBLINGS | WS_GROUP;
 constexpr DWORD list = child | WS_TABSTOP | WS_VSCROLL;
 
 DWORD alignment(const ControlLayout& row) {
+  if (row.sizedtotext)
+    return SS_LEFTNOWORDWRAP;
   return row.align == Align::left ? SS_LEFT : row.align == Align::right ? SS_RIGHT : SS_CENTER;
 }
 

@@ -141,7 +141,8 @@ void MainWindow::placecontrol(const Mirror& mirror, SIZE client) const {
     height *= droppedrows;
   if (mirror.row->sizedtotext)
     width = textwidth(mirror.window, mirror.font.get(), widen(mirror.control->text()));
-  SetWindowPos(mirror.window, nullptr, left, top, width, height, SWP_NOZORDER | SWP_NOACTIVATE);
+  SetWindowPos(mirror.window, nullptr, left, top, width, height,
+               SWP_NOZORDER | SWP_NOACTIVATE | SWP_NOCOPYBITS);
 }
 
 void MainWindow::limitsize(MINMAXINFO& limits) const {
@@ -188,6 +189,8 @@ void MainWindow::refresh(const Control& control) {
   if (mirror.row->sizedtotext) {
     fitfont(mirror);
     placecontrol(mirror, clientsize());
+    // What it covered before, neighbours included.
+    RedrawWindow(window, nullptr, nullptr, RDW_INVALIDATE | RDW_ERASE | RDW_ALLCHILDREN);
   }
   EnableWindow(mirror.window, control.enabled());
   ShowWindow(mirror.window, control.visible() ? SW_SHOWNA : SW_HIDE);
