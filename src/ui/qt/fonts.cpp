@@ -30,14 +30,15 @@ QFont fontof(const Font& font) {
   return result;
 }
 
-bool fits(const QFont& font, const QString& text, QSize size) {
-  const QRect room(QPoint(0, 0), size);
-  const QRect needed = QFontMetrics(font).boundingRect(room, Qt::TextWordWrap, text);
-  return needed.width() <= size.width() && needed.height() <= size.height();
+bool fits(const QFont& font, const QString& text, const Room& room) {
+  const QRect whole(QPoint(0, 0), room.size);
+  const QRect needed =
+      QFontMetrics(font).boundingRect(whole, room.wraps ? Qt::TextWordWrap : 0, text);
+  return needed.width() <= room.size.width() && needed.height() <= room.size.height();
 }
 
-QFont fitted(QFont font, const QString& text, QSize size) {
-  while (font.pointSizeF() > smallestpoints && !fits(font, text, size))
+QFont fitted(QFont font, const QString& text, const Room& room) {
+  while (font.pointSizeF() > smallestpoints && !fits(font, text, room))
     font.setPointSizeF(font.pointSizeF() - steppoints);
   return font;
 }

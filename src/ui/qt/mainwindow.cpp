@@ -36,7 +36,8 @@ MainWindow::MainWindow(Form1& itsform) : form(itsform) {
   resize(minimumSize());
   for (const ControlLayout& row : ::layout())
     for (const Control* control : form.controls())
-      if (control->name() == row.name) mirrors.emplace(control, makemirror(row, form, this));
+      if (control->name() == row.name)
+        mirrors.emplace(control, makemirror(row, form, this));
   for (const Control* control : form.controls())
     refresh(*control);
   showfocus(this);
@@ -51,7 +52,8 @@ void MainWindow::refresh(const Control& control) {
   const bool appears = control.visible() && mirror.widget->isHidden();
   mirror.widget->setVisible(control.visible());
   // The work of a silent run may follow, which does not yield.
-  if (appears) mirror.widget->repaint();
+  if (appears)
+    mirror.widget->repaint();
 }
 
 void MainWindow::append(const Control& control, std::string_view text) {

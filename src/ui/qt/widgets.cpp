@@ -2,7 +2,6 @@
 #include "ui/qt/widgets.h"
 
 #include "ui/handlers.h"
-#include "ui/qt/fonts.h"
 #include "ui/qt/texts.h"
 
 #include <QComboBox>
@@ -30,13 +29,6 @@ Control& controlof(const ControlLayout& row, Form1& form) {
                         [&](const Control* control) { return control->name() == row.name; });
 }
 
-// What a caption may take, in pixels.
-QSize roomfor(const ControlLayout& row, const QWidget& widget) {
-  if (row.sizedtotext) return {pixels(roomof(row), widget), QWIDGETSIZE_MAX};
-  const QSize size(pixels(row.width, widget), pixels(row.height, widget));
-  return row.kind == Kind::button ? size - buttonframe : size;
-}
-
 std::function<void()> makebutton(const ControlLayout& row, Form1& form, QPushButton* button) {
   Control& control = controlof(row, form);
   button->setAutoDefault(true);  // Enter presses it as well
@@ -49,7 +41,8 @@ std::function<void()> makebutton(const ControlLayout& row, Form1& form, QPushBut
 }
 
 Qt::Alignment alignment(Align align) {
-  if (align == Align::left) return Qt::AlignLeft | Qt::AlignTop;
+  if (align == Align::left)
+    return Qt::AlignLeft | Qt::AlignTop;
   return (align == Align::right ? Qt::AlignRight : Qt::AlignHCenter) | Qt::AlignTop;
 }
 
@@ -62,7 +55,8 @@ std::function<void()> makelabel(const ControlLayout& row, Form1& form, QLabel* l
     const QString caption = qtext(control.text());
     label->setFont(fitted(fontof(row.font), caption, roomfor(row, *label)));
     label->setText(caption);
-    if (row.sizedtotext) label->adjustSize();
+    if (row.sizedtotext)
+      label->adjustSize();
   };
 }
 
@@ -74,7 +68,8 @@ std::function<void()> maketextbox(const ControlLayout& row, Form1& form, QPlainT
   QObject::connect(box, &QPlainTextEdit::textChanged,
                    [&control, box] { control.typed(formtext(box->toPlainText())); });
   return [&control, box] {
-    if (formtext(box->toPlainText()) == control.text()) return;
+    if (formtext(box->toPlainText()) == control.text())
+      return;
     const QSignalBlocker nottyped(box);
     box->setPlainText(qtext(control.text()));
   };
@@ -143,7 +138,8 @@ QStandardItem* fillfolders(const DirectoryList& folders, QStandardItemModel& mod
   QList<QStandardItem*> below;
   for (std::size_t i = chain; i < rows.size(); ++i)
     below.append(folderitem(rows[i], closed));
-  if (own) own->appendRows(below);
+  if (own)
+    own->appendRows(below);
   return own;
 }
 
@@ -174,7 +170,8 @@ std::function<void()> makedirectorylist(Form1& form, QTreeView* tree) {
   setuptree(tree);
   const auto open = [&form, tree] {
     const QString path = tree->currentIndex().data(pathrole).toString();
-    if (!path.isEmpty()) openfolder(form, path.toStdString());
+    if (!path.isEmpty())
+      openfolder(form, path.toStdString());
   };
   QObject::connect(tree, &QTreeView::doubleClicked, open);
   for (const Qt::Key key : {Qt::Key_Return, Qt::Key_Enter})
@@ -184,7 +181,8 @@ std::function<void()> makedirectorylist(Form1& form, QTreeView* tree) {
     model->clear();
     const QStandardItem* own = fillfolders(form.Dir1, *model, *tree->style());
     tree->expandAll();
-    if (!own) return;
+    if (!own)
+      return;
     tree->setCurrentIndex(own->index());
     tree->scrollTo(own->index(), QAbstractItemView::PositionAtCenter);
   };
@@ -195,7 +193,8 @@ Mirror mirror(const ControlLayout& row, QWidget* window, const Make& make) {
   auto* widget = new Widget(window);
   widget->setObjectName(row.name);
   widget->setFont(fontof(row.font));
-  if (*row.holds) widget->setAccessibleName(row.holds);
+  if (*row.holds)
+    widget->setAccessibleName(row.holds);
   return {&row, widget, make(widget)};
 }
 
@@ -203,6 +202,15 @@ Mirror mirror(const ControlLayout& row, QWidget* window, const Make& make) {
 
 int pixels(int twips, const QWidget& widget) {
   return qRound(twips * widget.logicalDpiX() / double(twipsperinch));
+}
+
+Room roomfor(const ControlLayout& row, const QWidget& widget) {
+  if (row.sizedtotext)
+    return {{pixels(roomof(row), widget), QWIDGETSIZE_MAX}};
+  const QSize size(pixels(row.width, widget), pixels(row.height, widget));
+  if (row.kind == Kind::button)
+    return {size - buttonframe};
+  return {size, true};
 }
 
 Mirror makemirror(const ControlLayout& row, Form1& form, QWidget* window) {
