@@ -17,6 +17,7 @@
 #include <QPlainTextEdit>
 #include <QPushButton>
 #include <QScreen>
+#include <QTemporaryDir>
 #include <QTest>
 #include <QTimer>
 #include <QTreeView>
@@ -25,6 +26,21 @@ namespace fs = std::filesystem;
 
 namespace {
 
+// A machine whose folders can be made to look crowded.
+struct CrowdedFiles : PrefixFiles {
+  using PrefixFiles::PrefixFiles;
+
+  Result<std::vector<Entry>> list(const std::string& folder, std::string_view pattern) override {
+    if (crowd == 0) return PrefixFiles::list(folder, pattern);
+    std::vector<Entry> entries;
+    for (int i = 0; i < 2 * crowd; ++i)
+      entries.push_back({"a name of some length " + std::to_string(i), i < crowd, false});
+    return entries;
+  }
+
+  int crowd = 0;  // how many files and folders each has
+};
+
 // The program in its window, on a machine.
 struct WindowProgram {
   explicit WindowProgram(const TestMachine& machine, const std::string& arguments = "")
@@ -32,7 +48,7 @@ struct WindowProgram {
     screen.open(form);
   }
 
-  PrefixFiles files;
+  CrowdedFiles files;
   PrefixSystem system;
   QtScreen screen;
   Form1 form;
@@ -61,7 +77,7 @@ std::shared_ptr<std::string> answer(const std::function<void(QDialog&)>& look = 
   QTimer::singleShot(0, [said, look] {
     auto* box = qobject_cast<QDialog*>(QApplication::activeModalWidget());
     ASSERT_NE(box, nullptr);
-    *said = box->findChild<QLabel*>()->text().toStdString();
+    *said = formtext(box->findChild<QPlainTextEdit*>()->toPlainText());
     if (look)
       look(*box);
     box->findChild<QPushButton*>()->click();
@@ -292,9 +308,17 @@ TEST_F(TheWindow, ManyNamesTakeNoVisibleTime) {
   clock.start();
   for (int i = 0; i < 10000; ++i)
     window.form.Text1.append("a map of some length " + std::to_string(i) + ".galaxy\r\n");
-  RecordProperty("appendmilliseconds", std::to_string(clock.elapsed()));
+  std::printf("10,000 names appended in %lld ms\n", static_cast<long long>(clock.elapsed()));
   EXPECT_LT(clock.elapsed(), 2000);
   EXPECT_EQ(window.widget<QPlainTextEdit>("Text1").blockCount(), 10001);
+
+  window.files.crowd = 100000;
+  clock.restart();
+  EXPECT_TRUE(bool(window.form.Dir1.setpath("C:\\")));
+  QApplication::processEvents();
+  std::printf("100,000 files and as many folders shown in %lld ms\n",
+              static_cast<long long>(clock.elapsed()));
+  EXPECT_LT(clock.elapsed(), 3000);
 }
 
 TEST_F(TheWindow, AnEditionIsChosenOnAMachineWithBoth) {
@@ -327,9 +351,9 @@ TEST_F(TheWindow, MessagesStayOnScreenAndArePlainText) {
       EXPECT_TRUE(box.isModal());
       EXPECT_EQ(box.findChildren<QPushButton*>().size(), 1);
       EXPECT_TRUE(box.screen()->availableGeometry().contains(box.frameGeometry()));
-      const auto& label = *box.findChild<QLabel*>();
-      EXPECT_EQ(label.textFormat(), Qt::PlainText);
-      EXPECT_TRUE(label.textInteractionFlags() & Qt::TextSelectableByKeyboard);
+      const auto& shown = *box.findChild<QPlainTextEdit*>();
+      EXPECT_TRUE(shown.isReadOnly());
+      EXPECT_TRUE(shown.textInteractionFlags() & Qt::TextSelectableByKeyboard);
     });
     window.screen.messagebox(text);
     EXPECT_EQ(*said, text);
@@ -369,10 +393,9 @@ TEST_F(TheWindow, StartUpEndsInItsOtherWays) {
   };
   EXPECT_EXIT(start("/silent", silent), testing::ExitedWithCode(43), "");
   EXPECT_EXIT(start("/silent", [] {}), testing::ExitedWithCode(0), "");
-  EXPECT_EQ(readfile(machine.userfolder / "a.galaxy"), convertedmap);
   const auto press = [] {
     if (auto* box = QApplication::activeModalWidget()) {
-      std::fprintf(stderr, "%s\n", qPrintable(box->findChild<QLabel*>()->text()));
+      std::fprintf(stderr, "%s\n", qPrintable(box->findChild<QPlainTextEdit*>()->toPlainText()));
       box->findChild<QPushButton*>()->click();
     }
   };
@@ -384,6 +407,9 @@ TEST_F(TheWindow, StartUpEndsInItsOtherWays) {
 int main(int argc, char** argv) {
   qputenv("QT_QPA_PLATFORM", "offscreen");
   testing::InitGoogleTest(&argc, argv);
+  testing::GTEST_FLAG(death_test_style) = "threadsafe";
+  const QTemporaryDir scratch;  // children that end at once leave their machines there
+  qputenv("TMPDIR", scratch.path().toUtf8());
   const QApplication application(argc, argv);
   return RUN_ALL_TESTS();
 }
