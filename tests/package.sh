@@ -37,12 +37,14 @@ grep -q 'calling init:.*vora-map-updater-window.so' <<< "$said" || fail 'the win
 
 (cd "$build" && cpack -B "$scratch/package" > /dev/null)
 package=$(echo "$scratch"/package/*.deb)
+contents=$(dpkg-deb -c "$package")
 for file in bin/vora-map-updater lib/.*/vora-map-updater-window.so \
   share/vora-map-updater/targetvoraver.txt share/applications/vora-map-updater.desktop \
   share/metainfo/vora-map-updater.metainfo.xml share/man/man1/vora-map-updater.1 \
   share/icons/hicolor/scalable/apps/vora-map-updater.svg; do
-  dpkg-deb -c "$package" | grep -qE " \./usr/$file$" || fail "the package lacks $file"
+  grep -qE " \./usr/$file$" <<< "$contents" || fail "the package lacks $file"
 done
-dpkg-deb --fsys-tarfile "$package" | tar -xO ./usr/share/applications/vora-map-updater.desktop |
-  grep -qx 'Path=/usr/share/vora-map-updater' || fail 'the package starts in another folder'
+dpkg-deb -x "$package" "$scratch/unpacked"
+grep -qx 'Path=/usr/share/vora-map-updater' \
+  "$scratch/unpacked/usr/share/applications/vora-map-updater.desktop" || fail 'the package starts in another folder'
 echo 'the package passed'
