@@ -20,6 +20,9 @@ need() {
     apt-get install -y --no-install-recommends "${missing[@]}"
 }
 
+# The project's own C++ files in these folders.
+sources() { find "$@" -name '*.cpp' -o -name '*.h'; }
+
 # Configures and builds a preset.
 build() {
   say "building the preset $1"

@@ -1,7 +1,11 @@
 // Rules for names that every machine shares.
 #pragma once
 
+#include "platform/files.h"
+
+#include <string>
 #include <string_view>
+#include <vector>
 
 // Whether a file's name matches `pattern`, letter case ignored. A pattern is "*" followed by the
 // end that the name must have ("*.galaxy"), "*" alone matches every name.
@@ -9,3 +13,18 @@ bool matchespattern(std::string_view name, std::string_view pattern);
 
 // Whether Windows would allow `name` as the name of a file or folder.
 bool allowedname(std::string_view name);
+
+// The names of a path, which are cut at "\" and "/"; empty ones and "." say nothing.
+std::vector<std::string> splitpath(std::string_view path);
+
+// The names that lead from a drive's root to what `path` names: those of the folder that it starts
+// from, then those of its `rest`, in which ".." takes the one before it away. Fails when Windows
+// would not allow one of the latter.
+Result<std::vector<std::string>> resolve(std::vector<std::string> from, std::string_view rest,
+                                         const std::string& path);
+
+// Whether a path begins with a drive's letter and its colon.
+bool hasdrive(std::string_view path);
+
+// Sorts in ascending order of the names as `lowercase` gives them, then of their exact bytes.
+void sortentries(std::vector<Entry>& entries, std::string (*lowercase)(std::string_view));

@@ -77,4 +77,8 @@ std::string FolderNames::find(const Handle& folder, const std::string& name) {
 
 void FolderNames::added(const std::string& name) { hashes.insert(hash(name)); }
 
-void FolderNames::changed(const Handle& folder) { stamp = stampof(folder); }
+void FolderNames::changed(const Handle& folder) {
+  const Stamp now = stampof(folder);
+  if (now.device == stamp.device && now.inode == stamp.inode)
+    stamp = now;
+}

@@ -20,27 +20,9 @@ namespace {
 
 constexpr std::string_view unixprefix = R"(\\?\unix\)";
 
-bool isletter(char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z'); }
 char upper(char c) { return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c; }
 
 bool isseparator(char c) { return c == '\\' || c == '/'; }
-
-bool hasdrive(std::string_view path) {
-  return path.size() >= 2 && isletter(path[0]) && path[1] == ':';
-}
-
-// The names of a path; empty ones and "." say nothing.
-std::vector<std::string> split(std::string_view path) {
-  std::vector<std::string> names;
-  while (!path.empty()) {
-    const auto length = std::min(path.find_first_of("\\/"), path.size());
-    const std::string_view name = path.substr(0, length);
-    if (!name.empty() && name != ".")
-      names.emplace_back(name);
-    path.remove_prefix(std::min(length + 1, path.size()));
-  }
-  return names;
-}
 
 // The path without links, empty when there is nothing.
 std::string realpath(const std::string& path) {
@@ -56,7 +38,7 @@ std::map<char, std::string> linkeddrives(const fs::path& dosdevices) {
   for (fs::directory_iterator entry(dosdevices, failed), end; !failed && entry != end;
        entry.increment(failed)) {
     const std::string name = entry->path().filename().string();
-    if (name.size() == 2 && isletter(name[0]) && name[1] == ':')
+    if (name.size() == 2 && hasdrive(name))
       roots[upper(name[0])] = realpath(entry->path().string());
   }
   return roots;
@@ -130,16 +112,12 @@ Result<Paths::Parsed> Paths::parse(const std::string& path) const {
     parsed.root = *root;
     rest.remove_prefix(hasdrive(path) ? 2 : 1);
   } else {
-    parsed.components = split(currentfolder);
+    parsed.components = splitpath(currentfolder);
   }
-  for (const std::string& component : split(rest)) {
-    if (!allowedname(component))
-      return Failure{path, "find it", "Windows does not allow such a name"};
-    if (component != "..")
-      parsed.components.push_back(component);
-    else if (!parsed.components.empty())
-      parsed.components.pop_back();
-  }
+  auto names = resolve(std::move(parsed.components), rest, path);
+  if (!names)
+    return names.failure();
+  parsed.components = *std::move(names);
   return parsed;
 }
 

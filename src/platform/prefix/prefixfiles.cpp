@@ -3,7 +3,8 @@
 
 #include "platform/names.h"
 #include "platform/prefix/lettercase.h"
-#include "platform/prefix/replacing.h"
+#include "platform/prefix/prefixmapfolder.h"
+#include "platform/replacing.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -63,19 +64,6 @@ std::optional<Entry> entryof(const Handle& folder, const char* name, unsigned ch
   struct stat status;
   const bool known = ::fstatat(folder.get(), name, &status, AT_SYMLINK_NOFOLLOW) == 0;
   return Entry{name, *kind, !known || S_ISLNK(status.st_mode)};
-}
-
-// Ascending by lower-cased name, then by the exact bytes.
-void sortentries(std::vector<Entry>& entries) {
-  std::vector<std::pair<std::string, Entry>> keyed;
-  keyed.reserve(entries.size());
-  for (Entry& entry : entries)
-    keyed.emplace_back(lowercase(entry.name), std::move(entry));
-  std::sort(keyed.begin(), keyed.end(), [](const auto& a, const auto& b) {
-    return std::tie(a.first, a.second.name) < std::tie(b.first, b.second.name);
-  });
-  std::transform(keyed.begin(), keyed.end(), entries.begin(),
-                 [](auto& pair) { return std::move(pair.second); });
 }
 
 Result<Handle> openfolder(const Paths& paths, const std::string& folder) {
@@ -138,7 +126,7 @@ Result<std::vector<Entry>> PrefixFiles::list(const std::string& folder, std::str
   });
   if (!complete)
     return failure(folder, "list the folder");
-  sortentries(entries);
+  sortentries(entries, lowercase);
   return entries;
 }
 
@@ -183,8 +171,8 @@ Result<Done> PrefixFiles::replace(const Replacement& replacement) {
   const Handle folder = openpath(map->folder + "/", O_RDONLY | O_DIRECTORY);
   if (!folder)
     return failure(replacement.map, "open its folder");
-  Replacing replacing(folder, names, map->name, replacement);
-  auto done = replacing.run();
+  PrefixMapFolder mapfolder(folder, names);
+  auto done = Replacing(mapfolder, map->name, replacement).run();
   names.changed(folder);
   return done;
 }

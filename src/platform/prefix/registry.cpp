@@ -164,7 +164,7 @@ bool Registry::Hive::change(const Edit& edit) {
   return true;
 }
 
-Registry::Registry(fs::path machine)
+Registry::Registry(const fs::path& machine)
     : localmachine{machine / "system.reg", {}}, currentuser{machine / "user.reg", {}} {}
 
 Registry::Hive* Registry::findhive(const std::string& root) {

@@ -16,7 +16,7 @@
 class Registry {
 public:
   // `machine` is the folder that holds system.reg and user.reg. Nothing is read yet.
-  explicit Registry(std::filesystem::path machine);
+  explicit Registry(const std::filesystem::path& machine);
 
   // The value, or nothing where there is none. Each file is read once, at its first use; one that
   // is missing or cannot be read counts as empty. %NAME% in an expandable text is left as it is.

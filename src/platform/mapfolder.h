@@ -1,0 +1,54 @@
+// The few steps of which a replacement is made, in the folder of its map: each machine has its own.
+#pragma once
+
+#include "platform/result.h"
+
+#include <string>
+#include <string_view>
+
+// Names are those of entries of the folder. No step follows a link.
+class MapFolder {
+public:
+  // Why a step failed, in the system's own words.
+  struct Reason {
+    std::string words;
+  };
+  template <class Value> using Answer = Result<Value, Reason>;
+
+  enum class Kind { nothing, file, folder, other };
+
+  virtual ~MapFolder() = default;
+
+  // How `name` is spelled in the folder, where letter case may differ; empty when it is free.
+  virtual std::string spelled(const std::string& name) = 0;
+
+  virtual Kind kindof(const std::string& name) = 0;
+
+  // Whether an ordinary file holds just `text`.
+  virtual Answer<bool> holds(const std::string& name, std::string_view text) = 0;
+
+  // Sees to it that a file's content is on the disk.
+  virtual Answer<Done> flush(const std::string& name) = 0;
+
+  // Makes a hidden file of a name that no search finds, with the permissions of the file `like`,
+  // writes the whole text and flushes it to the disk. Gives its name.
+  virtual Answer<std::string> writetemporary(std::string_view text, const std::string& like) = 0;
+
+  virtual void remove(const std::string& name) = 0;
+
+  // Gives an entry another name. What had it is gone, except for its second name `kept`, if that is
+  // not empty, which goes on as it was.
+  virtual Answer<Done> rename(const std::string& from, const std::string& to,
+                              const std::string& kept) = 0;
+
+  // Gives an entry another name that must be free; false when it is not.
+  virtual Answer<bool> renamefree(const std::string& from, const std::string& to) = 0;
+
+  // Gives a file a second name, which must be free; false when the file system knows no such thing.
+  virtual Answer<bool> link(const std::string& from, const std::string& to) = 0;
+
+protected:
+  // A name for a temporary file: hidden where a "." hides, and too unlike a map's for any search.
+  static std::string temporaryname();
+  static bool istemporary(const std::string& name);
+};

@@ -1,0 +1,153 @@
+// The steps of a replacement, in a folder of a Windows machine that is kept in a folder.
+#include "platform/prefix/prefixmapfolder.h"
+
+#include <cerrno>
+#include <cstdio>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace {
+
+using Reason = MapFolder::Reason;
+
+constexpr int attempts = 100;  // to find a free name
+
+Reason lasterror() { return {systemreason()}; }
+
+// A file system, or a kind of file, that knows no second names.
+bool nohardlinks(int error) {
+  return error == EPERM || error == EOPNOTSUPP || error == ENOSYS || error == EMLINK;
+}
+
+// Gives the file the permissions and owner of another one. Only root may give files away, and that
+// a file system knows no permissions is no reason to stop.
+void makelike(const Handle& file, const struct stat& like) {
+  struct stat own;
+  if (::fstat(file.get(), &own) == 0 && (own.st_uid != like.st_uid || own.st_gid != like.st_gid))
+    static_cast<void>(::fchown(file.get(), like.st_uid, like.st_gid) == 0);
+  ::fchmod(file.get(), like.st_mode & 07777);
+}
+
+bool lookat(const Handle& folder, const std::string& name, struct stat& status) {
+  return ::fstatat(folder.get(), name.c_str(), &status, AT_SYMLINK_NOFOLLOW) == 0;
+}
+
+// Renames to a name that must be free: EEXIST when it is not. False, with errno set, on failure.
+bool renametofree(const Handle& folder, const std::string& from, const std::string& to) {
+  const int at = folder.get();
+  if (::renameat2(at, from.c_str(), at, to.c_str(), RENAME_NOREPLACE) == 0)
+    return true;
+  if (errno != EINVAL && errno != ENOSYS)
+    return false;
+  // The file system knows no such renaming.
+  struct stat taken;
+  if (lookat(folder, to, taken)) {
+    errno = EEXIST;
+    return false;
+  }
+  return ::renameat(at, from.c_str(), at, to.c_str()) == 0;
+}
+
+}  // namespace
+
+std::string PrefixMapFolder::spelled(const std::string& name) { return names.find(folder, name); }
+
+MapFolder::Kind PrefixMapFolder::kindof(const std::string& name) {
+  struct stat status;
+  if (!lookat(folder, name, status))
+    return Kind::nothing;
+  if (S_ISDIR(status.st_mode))
+    return Kind::folder;
+  return S_ISREG(status.st_mode) ? Kind::file : Kind::other;
+}
+
+MapFolder::Answer<bool> PrefixMapFolder::holds(const std::string& name, std::string_view text) {
+  const Handle file = opennameat(folder, name, O_RDONLY | O_NOFOLLOW | O_NONBLOCK);
+  struct stat status;
+  if (!file || ::fstat(file.get(), &status) != 0)
+    return lasterror();
+  if (!S_ISREG(status.st_mode))
+    return false;
+  char buffer[1 << 16];
+  while (true) {
+    const auto length = readall(file, buffer, sizeof buffer);
+    if (!length)
+      return lasterror();
+    if (!text.starts_with(std::string_view(buffer, *length)))
+      return false;
+    text.remove_prefix(*length);
+    if (*length < sizeof buffer)
+      return text.empty();
+  }
+}
+
+MapFolder::Answer<Done> PrefixMapFolder::flush(const std::string& name) {
+  const Handle file = opennameat(folder, name, O_RDONLY | O_NOFOLLOW | O_NONBLOCK);
+  if (!file || ::fsync(file.get()) != 0)
+    return lasterror();
+  return Done{};
+}
+
+MapFolder::Answer<std::string> PrefixMapFolder::makefile(Handle& file) {
+  for (int attempt = 0; attempt < attempts; ++attempt) {
+    std::string free = temporaryname();
+    file = opennameat(folder, free, O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW, 0600);
+    if (file)
+      return free;
+    if (errno != EEXIST)
+      break;
+  }
+  return lasterror();
+}
+
+MapFolder::Answer<std::string> PrefixMapFolder::writetemporary(std::string_view text,
+                                                               const std::string& like) {
+  struct stat status;
+  if (!lookat(folder, like, status))
+    return lasterror();
+  Handle file;
+  auto made = makefile(file);
+  if (!made)
+    return made;
+  bool written = writeall(file, text);
+  if (written)
+    makelike(file, status);
+  written = written && ::fsync(file.get()) == 0 && file.close();
+  if (written)
+    return made;
+  Reason reason = lasterror();
+  remove(*made);
+  return reason;
+}
+
+void PrefixMapFolder::remove(const std::string& name) { ::unlinkat(folder.get(), name.c_str(), 0); }
+
+// A second name is unmoved by what becomes of the first.
+MapFolder::Answer<Done> PrefixMapFolder::rename(const std::string& from, const std::string& to,
+                                                const std::string&) {
+  if (::renameat(folder.get(), from.c_str(), folder.get(), to.c_str()) != 0)
+    return lasterror();
+  names.added(to);
+  return Done{};
+}
+
+MapFolder::Answer<bool> PrefixMapFolder::renamefree(const std::string& from,
+                                                    const std::string& to) {
+  names.added(to);
+  if (renametofree(folder, from, to))
+    return true;
+  if (errno == EEXIST)
+    return false;
+  return lasterror();
+}
+
+MapFolder::Answer<bool> PrefixMapFolder::link(const std::string& from, const std::string& to) {
+  names.added(to);
+  if (::linkat(folder.get(), from.c_str(), folder.get(), to.c_str(), 0) == 0)
+    return true;
+  if (nohardlinks(errno))
+    return false;
+  return lasterror();
+}

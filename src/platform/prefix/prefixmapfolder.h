@@ -1,0 +1,29 @@
+// The steps of a replacement, in a folder of a Windows machine that is kept in a folder.
+#pragma once
+
+#include "platform/mapfolder.h"
+#include "platform/prefix/folders.h"
+#include "platform/prefix/handle.h"
+
+class PrefixMapFolder : public MapFolder {
+public:
+  // The folder is open; what is passed must outlive the object.
+  PrefixMapFolder(const Handle& open, FolderNames& known) : folder(open), names(known) {}
+
+  std::string spelled(const std::string& name) override;
+  Kind kindof(const std::string& name) override;
+  Answer<bool> holds(const std::string& name, std::string_view text) override;
+  Answer<Done> flush(const std::string& name) override;
+  Answer<std::string> writetemporary(std::string_view text, const std::string& like) override;
+  void remove(const std::string& name) override;
+  Answer<Done> rename(const std::string& from, const std::string& to,
+                      const std::string& kept) override;
+  Answer<bool> renamefree(const std::string& from, const std::string& to) override;
+  Answer<bool> link(const std::string& from, const std::string& to) override;
+
+private:
+  Answer<std::string> makefile(Handle& file);
+
+  const Handle& folder;
+  FolderNames& names;
+};

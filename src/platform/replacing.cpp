@@ -1,0 +1,156 @@
+// Puts a converted map in the place of the old one, so that no instant is without the map.
+#include "platform/replacing.h"
+
+namespace {
+
+constexpr int firstnumber = 2;  // of the backups that were moved aside
+
+std::string nameof(const std::string& path) { return path.substr(path.rfind('\\') + 1); }
+
+}  // namespace
+
+Replacing::Temporary::~Temporary() {
+  if (!name.empty())
+    folder.remove(name);
+}
+
+MapFolder::Answer<Done> Replacing::Temporary::take(const std::string& newname,
+                                                   const std::string& kept) {
+  auto taken = folder.rename(name, newname, kept);
+  if (taken)
+    name.clear();
+  return taken;
+}
+
+MapFolder::Answer<bool> Replacing::Temporary::takefree(const std::string& newname) {
+  auto taken = folder.renamefree(name, newname);
+  if (taken && *taken)
+    name.clear();
+  return taken;
+}
+
+Failure Replacing::failure(const std::string& action, const MapFolder::Reason& reason) const {
+  return {replacement.map, action, reason.words};
+}
+
+Result<Done> Replacing::run() {
+  if (auto checked = checkmap(); !checked)
+    return checked;
+  if (auto free = checkcompanions(); !free)
+    return free;
+  if (auto ready = prepare(); !ready)
+    return ready;
+  return commit();
+}
+
+// The map must be an ordinary file that holds what was converted.
+Result<Done> Replacing::checkmap() {
+  const auto same = folder.holds(mapname, replacement.was);
+  if (!same)
+    return failure("convert it", same.failure());
+  if (!*same)
+    return Failure{replacement.map, "convert it", "it has changed since it was read"};
+  return Done{};
+}
+
+// The name on the disk of a companion, which may be spelled in another letter case there.
+std::string Replacing::spelled(const std::string& path) {
+  const std::string name = nameof(path);
+  const std::string found = folder.spelled(name);
+  return found.empty() ? name : found;
+}
+
+Result<Done> Replacing::checkcompanions() {
+  std::vector<std::string> paths{replacement.backup};
+  for (const NewFile& file : replacement.files)
+    paths.push_back(file.path);
+  for (const std::string& path : paths)
+    if (!path.empty() && folder.kindof(spelled(path)) == MapFolder::Kind::folder)
+      return Failure{replacement.map, "convert it", "a folder has the name " + nameof(path)};
+  return Done{};
+}
+
+Result<Done> Replacing::prepare() {
+  for (const NewFile& file : replacement.files) {
+    auto written = folder.writetemporary(file.text, mapname);
+    if (!written)
+      return failure("write " + nameof(file.path), written.failure());
+    prepared.push_back({Temporary(folder, *std::move(written)), spelled(file.path)});
+  }
+  return Done{};
+}
+
+Result<Done> Replacing::commit() {
+  for (Prepared& next : prepared) {
+    const bool ismap = !replacement.backup.empty() && &next == &prepared.back();
+    if (ismap)
+      if (auto kept = keepbackup(); !kept)
+        return kept;
+    const auto taken = next.file.take(next.name, ismap ? spelled(replacement.backup) : "");
+    if (!taken)
+      return failure("write " + next.name, taken.failure());
+  }
+  return Done{};
+}
+
+// Sees to it that the map has its backup name too.
+Result<Done> Replacing::keepbackup() {
+  const std::string name = spelled(replacement.backup);
+  if (folder.kindof(name) != MapFolder::Kind::nothing) {
+    const auto isbackup = holdsmap(name);
+    if (!isbackup)
+      return isbackup.failure();
+    if (*isbackup)
+      return Done{};
+    if (auto moved = moveaside(name); !moved)
+      return moved;
+  }
+  return makebackup(nameof(replacement.backup));
+}
+
+// Whether a backup holds just what the map holds, flushed to the disk.
+Result<bool> Replacing::holdsmap(const std::string& name) {
+  if (folder.kindof(name) != MapFolder::Kind::file)
+    return false;
+  const auto same = folder.holds(name, replacement.was);
+  if (!same)
+    return failure("read " + name, same.failure());
+  if (!*same)
+    return false;
+  const auto flushed = folder.flush(name);
+  if (!flushed)
+    return failure("flush " + name, flushed.failure());
+  return true;
+}
+
+Result<Done> Replacing::moveaside(const std::string& name) {
+  for (int number = firstnumber;; ++number) {
+    const std::string free = name + std::to_string(number);
+    if (!folder.spelled(free).empty())
+      continue;
+    const auto moved = folder.renamefree(name, free);
+    if (!moved)
+      return failure("move " + name + " aside", moved.failure());
+    if (*moved)
+      return Done{};
+  }
+}
+
+// A second name for the map; a copy where the file system knows no second names.
+Result<Done> Replacing::makebackup(const std::string& name) {
+  const std::string action = "make its backup " + name;
+  const auto linked = folder.link(mapname, name);
+  if (!linked)
+    return failure(action, linked.failure());
+  if (*linked)
+    return Done{};
+  auto written = folder.writetemporary(replacement.was, mapname);
+  if (!written)
+    return failure(action, written.failure());
+  const auto taken = Temporary(folder, *std::move(written)).takefree(name);
+  if (!taken)
+    return failure(action, taken.failure());
+  if (!*taken)
+    return Failure{replacement.map, action, "the name is taken"};
+  return Done{};
+}

@@ -1,0 +1,61 @@
+// Puts a converted map in the place of the old one, so that no instant is without the map.
+#pragma once
+
+#include "platform/files.h"
+#include "platform/mapfolder.h"
+
+#include <string>
+#include <utility>
+#include <vector>
+
+// One replacement, in the folder of its map.
+class Replacing {
+public:
+  // `map` is the map's name as the folder spells it; what is passed must outlive the object.
+  Replacing(MapFolder& itsfolder, std::string map, const Replacement& wanted)
+      : folder(itsfolder), mapname(std::move(map)), replacement(wanted) {}
+
+  // Does what `Files::replace` promises.
+  Result<Done> run();
+
+private:
+  // A file beside the one whose name it will take. Unless it takes a name it is removed.
+  class Temporary {
+  public:
+    Temporary(MapFolder& itsfolder, std::string itsname)
+        : folder(itsfolder), name(std::move(itsname)) {}
+    Temporary(Temporary&& other) noexcept
+        : folder(other.folder), name(std::exchange(other.name, {})) {}
+    Temporary& operator=(Temporary&&) = delete;
+    ~Temporary();
+
+    MapFolder::Answer<Done> take(const std::string& newname, const std::string& kept);
+    MapFolder::Answer<bool> takefree(const std::string& newname);
+
+  private:
+    MapFolder& folder;
+    std::string name;  // empty when there is no file
+  };
+
+  // A file that waits to take its name.
+  struct Prepared {
+    Temporary file;
+    std::string name;
+  };
+
+  Result<Done> checkmap();
+  Result<Done> checkcompanions();
+  Result<Done> prepare();
+  Result<Done> commit();
+  Result<Done> keepbackup();
+  Result<bool> holdsmap(const std::string& name);
+  Result<Done> moveaside(const std::string& name);
+  Result<Done> makebackup(const std::string& name);
+  std::string spelled(const std::string& path);
+  Failure failure(const std::string& action, const MapFolder::Reason& reason) const;
+
+  MapFolder& folder;
+  const std::string mapname;
+  const Replacement& replacement;
+  std::vector<Prepared> prepared;
+};
