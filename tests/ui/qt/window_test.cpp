@@ -31,7 +31,8 @@ struct CrowdedFiles : PrefixFiles {
   using PrefixFiles::PrefixFiles;
 
   Result<std::vector<Entry>> list(const std::string& folder, std::string_view pattern) override {
-    if (crowd == 0) return PrefixFiles::list(folder, pattern);
+    if (crowd == 0)
+      return PrefixFiles::list(folder, pattern);
     std::vector<Entry> entries;
     for (int i = 0; i < 2 * crowd; ++i)
       entries.push_back({"a name of some length " + std::to_string(i), i < crowd, false});
