@@ -8,6 +8,7 @@
 
 namespace {
 
+constexpr int narroweststretch = 75;  // hundredths of a letter's own width
 constexpr double smallestpoints = 4;
 constexpr double steppoints = 0.25;
 
@@ -37,8 +38,14 @@ bool fits(const QFont& font, const QString& text, const Room& room) {
   return needed.width() <= room.size.width() && needed.height() <= room.size.height();
 }
 
-QFont fitted(QFont font, const QString& text, const Room& room) {
-  while (font.pointSizeF() > smallestpoints && !fits(font, text, room))
-    font.setPointSizeF(font.pointSizeF() - steppoints);
-  return font;
+QFont fitted(const QFont& font, const QString& text, const Room& room) {
+  QFont result = font;
+  for (int stretch = 95; !fits(result, text, room) && stretch >= narroweststretch; stretch -= 5)
+    result.setStretch(stretch);
+  if (fits(result, text, room))
+    return result;
+  result = font;
+  while (result.pointSizeF() > smallestpoints && !fits(result, text, room))
+    result.setPointSizeF(result.pointSizeF() - steppoints);
+  return result;
 }

@@ -19,5 +19,6 @@ struct Room {
 
 bool fits(const QFont& font, const QString& text, const Room& room);
 
-// `font`, made smaller until `text` fits, though never too small to read.
-QFont fitted(QFont font, const QString& text, const Room& room);
+// `font`, made narrower, or where that is not enough smaller, until `text` fits, though never too
+// small to read.
+QFont fitted(const QFont& font, const QString& text, const Room& room);

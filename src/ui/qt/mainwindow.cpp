@@ -1,11 +1,12 @@
 // The form in a window: a widget for each row of the layout, at its place.
 #include "ui/qt/mainwindow.h"
 
+#include "ui/qt/textbox.h"
 #include "ui/qt/texts.h"
 
+#include <QAbstractScrollArea>
 #include <QApplication>
 #include <QIcon>
-#include <QPlainTextEdit>
 
 namespace {
 
@@ -57,11 +58,7 @@ void MainWindow::refresh(const Control& control) {
 }
 
 void MainWindow::append(const Control& control, std::string_view text) {
-  auto* box = qobject_cast<QPlainTextEdit*>(mirrors.at(&control).widget);
-  const QSignalBlocker nottyped(box);
-  QTextCursor cursor(box->document());
-  cursor.movePosition(QTextCursor::End);
-  cursor.insertText(qtext(text));
+  static_cast<TextBox*>(mirrors.at(&control).widget)->add(text);
 }
 
 void MainWindow::closeEvent(QCloseEvent*) { endprogram(form); }

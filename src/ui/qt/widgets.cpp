@@ -2,13 +2,13 @@
 #include "ui/qt/widgets.h"
 
 #include "ui/handlers.h"
+#include "ui/qt/textbox.h"
 #include "ui/qt/texts.h"
 
 #include <QComboBox>
 #include <QHeaderView>
 #include <QLabel>
 #include <QListView>
-#include <QPlainTextEdit>
 #include <QPushButton>
 #include <QShortcut>
 #include <QStandardItemModel>
@@ -60,19 +60,10 @@ std::function<void()> makelabel(const ControlLayout& row, Form1& form, QLabel* l
   };
 }
 
-std::function<void()> maketextbox(const ControlLayout& row, Form1& form, QPlainTextEdit* box) {
-  Control& control = controlof(row, form);
-  box->setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOn);
-  box->setTabChangesFocus(true);
-  box->setUndoRedoEnabled(false);  // undoing would take away what the program has told
-  QObject::connect(box, &QPlainTextEdit::textChanged,
-                   [&control, box] { control.typed(formtext(box->toPlainText())); });
-  return [&control, box] {
-    if (formtext(box->toPlainText()) == control.text())
-      return;
-    const QSignalBlocker nottyped(box);
-    box->setPlainText(qtext(control.text()));
-  };
+// Its text comes and goes by `add` and `tell`.
+std::function<void()> maketextbox(const ControlLayout& row, Form1& form, TextBox* box) {
+  box->tell(controlof(row, form));
+  return [] {};
 }
 
 std::function<void()> makedrivelist(Form1& form, QComboBox* list) {
@@ -226,8 +217,7 @@ Mirror makemirror(const ControlLayout& row, Form1& form, QWidget* window) {
     return mirror<QPushButton>(row, window,
                                [&](auto* button) { return makebutton(row, form, button); });
   case Kind::textbox:
-    return mirror<QPlainTextEdit>(row, window,
-                                  [&](auto* box) { return maketextbox(row, form, box); });
+    return mirror<TextBox>(row, window, [&](auto* box) { return maketextbox(row, form, box); });
   case Kind::label:
     break;
   }

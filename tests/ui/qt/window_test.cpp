@@ -62,6 +62,7 @@ struct WindowProgram {
     return widget<QLabel>(label).text().toStdString();
   }
   std::string text(const char* box) const {
+    QApplication::processEvents();
     return widget<QPlainTextEdit>(box).toPlainText().toStdString();
   }
   std::string usable(std::initializer_list<const char*> names) const {
@@ -309,8 +310,9 @@ TEST_F(TheWindow, ManyNamesTakeNoVisibleTime) {
   clock.start();
   for (int i = 0; i < 10000; ++i)
     window.form.Text1.append("a map of some length " + std::to_string(i) + ".galaxy\r\n");
+  QApplication::processEvents();
   std::printf("10,000 names appended in %lld ms\n", static_cast<long long>(clock.elapsed()));
-  EXPECT_LT(clock.elapsed(), 2000);
+  EXPECT_LT(clock.elapsed(), 1000);
   EXPECT_EQ(window.widget<QPlainTextEdit>("Text1").blockCount(), 10001);
 
   window.files.crowd = 100000;
