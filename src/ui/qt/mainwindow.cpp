@@ -10,17 +10,17 @@
 
 namespace {
 
-constexpr int framewidth = 2;
-
-// A frame around the list or text box that has the focus, which many styles do not show.
+// A frame around the window's list or text box that has the focus, which many styles do not show.
 void showfocus(QWidget* window) {
   auto* frame = new QFocusFrame(window);
-  QObject::connect(qApp, &QApplication::focusChanged, frame, [frame](QWidget*, QWidget* now) {
-    frame->setWidget(qobject_cast<QAbstractScrollArea*>(now));
-  });
+  const auto follow = [frame, window](QWidget*, QWidget* now) {
+    const bool ours = now && now->window() == window;
+    frame->setWidget(ours ? qobject_cast<QAbstractScrollArea*>(now) : nullptr);
+  };
+  QObject::connect(qApp, &QApplication::focusChanged, frame, follow);
 }
 
-// Below 96 dots per inch and above: the rounded corners, so that neighbours stay neighbours.
+// Rounds the corners, not the sizes, so that neighbours stay neighbours on any screen.
 QRect pixelrect(const Place& place, const QWidget& widget) {
   const auto corner = [&](int left, int top) {
     return QPoint(pixels(left, widget), pixels(top, widget));

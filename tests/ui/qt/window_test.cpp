@@ -137,6 +137,7 @@ TEST_F(TheWindow, EveryControlIsAtItsPlace) {
   QWidget& client = *window.screen.window;
   EXPECT_EQ(client.size(), QSize(681, 496));
   EXPECT_EQ(client.minimumSize(), client.size());
+  EXPECT_FALSE(client.windowIcon().pixmap(48).isNull());
   const int twipsperpixel = 1440 / client.logicalDpiX();
   for (const ControlLayout& row : layout()) {
     const QRect at = window.widget(row.name).geometry();
