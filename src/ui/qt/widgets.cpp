@@ -105,12 +105,21 @@ std::function<void()> makefilelist(Form1& form, QListView* list) {
   };
 }
 
-QStandardItem* folderitem(const FolderRow& row, const QIcon& icon) {
-  auto* item = new QStandardItem(icon, qtext(row.name));
-  item->setData(qtext(row.path), pathrole);
-  item->setToolTip(plaintip(row.path));
-  return item;
-}
+// A folder of the directory list; its tool tip is its path.
+class FolderItem : public QStandardItem {
+public:
+  FolderItem(const FolderRow& row, const QIcon& icon)
+      : QStandardItem(icon, qtext(row.name)), path(row.path) {}
+
+  QVariant data(int role) const override {
+    if (role == pathrole)
+      return qtext(path);
+    return role == Qt::ToolTipRole ? plaintip(path) : QStandardItem::data(role);
+  }
+
+private:
+  const std::string path;
+};
 
 // The folders as items, each below the one that holds it. Gives the list's own folder; nothing when
 // there is none.
@@ -122,13 +131,13 @@ QStandardItem* fillfolders(const DirectoryList& folders, QStandardItemModel& mod
   const std::size_t chain = rows.size() - folders.subfolders().size();
   QStandardItem* own = nullptr;
   for (std::size_t i = 0; i < chain; ++i) {
-    QStandardItem* item = folderitem(rows[i], open);
+    auto* item = new FolderItem(rows[i], open);
     (own ? *own : *model.invisibleRootItem()).appendRow(item);
     own = item;
   }
   QList<QStandardItem*> below;
   for (std::size_t i = chain; i < rows.size(); ++i)
-    below.append(folderitem(rows[i], closed));
+    below.append(new FolderItem(rows[i], closed));
   if (own)
     own->appendRows(below);
   return own;
