@@ -6,6 +6,7 @@
 #include "ui/console/consolescreen.h"
 #include "ui/loadform.h"
 
+#include <new>
 #include <string>
 
 namespace {
@@ -33,5 +34,8 @@ int main(int argc, char** argv) {
     return 1;
   } catch (const ProgramEnd& end) {
     return end.status;
+  } catch (const std::bad_alloc&) {
+    screen.standarderror("The memory is not enough. Every map is as it was or converted.");
+    return 1;
   }
 }
