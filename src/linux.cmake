@@ -7,7 +7,6 @@ layer(prefix BELOW platform SOURCES
   platform/prefix/versionresource.cpp)
 layer(console BELOW ui SOURCES ui/console/consolescreen.cpp ui/standarderror.cpp)
 
-include(GNUInstallDirs)
 set(windowlibrary vora-map-updater-window.so)
 set(windowfolder ${CMAKE_INSTALL_LIBDIR}/vora-map-updater)
 file(RELATIVE_PATH fromprogram /${CMAKE_INSTALL_BINDIR} /${windowfolder})

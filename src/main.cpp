@@ -4,7 +4,9 @@
 #include "platform/prefix/prefixsystem.h"
 #include "ui/console/consolescreen.h"
 #include "ui/qt/loadwindow.h"
+#include "ui/standarderror.h"
 
+#include <new>
 #include <string>
 
 namespace {
@@ -23,7 +25,12 @@ int main(int argc, char** argv) {
   const Machine machine = findmachine();
   PrefixFiles files(machine);
   PrefixSystem system(machine, argumenttext(argc, argv));
-  if (RunWindow* runwindow = loadwindow(machine.programfolder))
-    return runwindow(files, system, argv);
-  return runconsole(files, system);
+  try {
+    if (RunWindow* runwindow = loadwindow(machine.programfolder))
+      return runwindow(files, system, argv);
+    return runconsole(files, system);
+  } catch (const std::bad_alloc&) {
+    writestandarderror("The memory is not enough. Every map is as it was or converted.");
+    return 1;
+  }
 }

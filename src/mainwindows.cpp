@@ -5,6 +5,8 @@
 #include "ui/loadform.h"
 #include "ui/win32/win32screen.h"
 
+#include <new>
+
 int main() {
   WindowsFiles files;
   Win32Screen screen;
@@ -14,6 +16,11 @@ int main() {
     screen.standarderror("The window cannot be made.");
     return 1;
   }
-  loadform(form);
+  try {
+    loadform(form);
+  } catch (const std::bad_alloc&) {
+    screen.standarderror("The memory is not enough. Every map is as it was or converted.");
+    return 1;
+  }
   screen.run();
 }

@@ -59,7 +59,8 @@ void DriveList::select(std::string drive) {
 
 std::vector<FolderRow> DirectoryList::rows() const {
   std::vector<FolderRow> result;
-  if (path().empty()) return result;
+  if (path().empty())
+    return result;
   const auto add = [&](std::string name) {
     std::string whole = result.empty() ? name : joined(result.back().path, name);
     result.push_back({std::move(name), std::move(whole), result.size()});

@@ -45,6 +45,8 @@ Result<Done> Replacing::run() {
 
 // The map must be an ordinary file that holds what was converted.
 Result<Done> Replacing::checkmap() {
+  if (folder.kindof(mapname) != MapFolder::Kind::file)
+    return Failure{replacement.map, "convert it", "it is not an ordinary file any more"};
   const auto same = folder.holds(mapname, replacement.was);
   if (!same)
     return failure("convert it", same.failure());

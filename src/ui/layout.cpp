@@ -81,7 +81,8 @@ std::span<const ControlLayout> layout() { return table; }
 
 Place placeof(const ControlLayout& row, int clientwidth, int clientheight) {
   Place place = {row.left, row.top, row.width, row.height};
-  if (row.column == 0) return place;
+  if (row.column == 0)
+    return place;
   const int share = std::max(0, clientwidth - windowwidth) / columns;
   place.left += (row.column - 1) * share;
   place.width += share;

@@ -145,6 +145,8 @@ Result<std::string> WindowsFiles::read(const std::string& path) {
     return Failure{path, "read it", "it is not an ordinary file"};
   if (!GetFileSizeEx(file.get(), &size))
     return failure(path, "read it");
+  if (size.QuadPart > largestfile)
+    return Failure{path, "read it", "it is larger than 1 GiB"};
   std::string text(static_cast<std::size_t>(size.QuadPart), '\0');
   const auto length = readall(file, text.data(), text.size());
   if (!length)

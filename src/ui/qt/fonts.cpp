@@ -8,6 +8,7 @@
 
 namespace {
 
+constexpr int narroweststretch = 75;  // hundredths of a letter's own width
 constexpr double smallestpoints = 4;
 constexpr double steppoints = 0.25;
 
@@ -30,14 +31,21 @@ QFont fontof(const Font& font) {
   return result;
 }
 
-bool fits(const QFont& font, const QString& text, QSize size) {
-  const QRect room(QPoint(0, 0), size);
-  const QRect needed = QFontMetrics(font).boundingRect(room, Qt::TextWordWrap, text);
-  return needed.width() <= size.width() && needed.height() <= size.height();
+bool fits(const QFont& font, const QString& text, const Room& room) {
+  const QRect whole(QPoint(0, 0), room.size);
+  const QRect needed =
+      QFontMetrics(font).boundingRect(whole, room.wraps ? Qt::TextWordWrap : 0, text);
+  return needed.width() <= room.size.width() && needed.height() <= room.size.height();
 }
 
-QFont fitted(QFont font, const QString& text, QSize size) {
-  while (font.pointSizeF() > smallestpoints && !fits(font, text, size))
-    font.setPointSizeF(font.pointSizeF() - steppoints);
-  return font;
+QFont fitted(const QFont& font, const QString& text, const Room& room) {
+  QFont result = font;
+  for (int stretch = 95; !fits(result, text, room) && stretch >= narroweststretch; stretch -= 5)
+    result.setStretch(stretch);
+  if (fits(result, text, room))
+    return result;
+  result = font;
+  while (result.pointSizeF() > smallestpoints && !fits(result, text, room))
+    result.setPointSizeF(result.pointSizeF() - steppoints);
+  return result;
 }

@@ -11,8 +11,14 @@
 // metrics.
 QFont fontof(const Font& font);
 
-// Whether `text`, broken into lines at its blanks, fits into `size` pixels.
-bool fits(const QFont& font, const QString& text, QSize size);
+// What a caption may take: a size in pixels, and whether it may be broken into lines at its blanks.
+struct Room {
+  QSize size;
+  bool wraps = false;
+};
 
-// `font`, made smaller until `text` fits, though never too small to read.
-QFont fitted(QFont font, const QString& text, QSize size);
+bool fits(const QFont& font, const QString& text, const Room& room);
+
+// `font`, made narrower, or where that is not enough smaller, until `text` fits, though never too
+// small to read.
+QFont fitted(const QFont& font, const QString& text, const Room& room);

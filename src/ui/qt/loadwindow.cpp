@@ -15,7 +15,8 @@ constexpr const char* displayvariables[] = {"DISPLAY", "WAYLAND_DISPLAY", "QT_QP
 
 bool hasdisplay() {
   for (const char* variable : displayvariables)
-    if (const char* value = std::getenv(variable); value && *value) return true;
+    if (const char* value = std::getenv(variable); value && *value)
+      return true;
   return false;
 }
 
@@ -29,11 +30,13 @@ std::string findlibrary(const std::string& programfolder) {
 }  // namespace
 
 RunWindow* loadwindow(const std::string& programfolder) {
-  if (!hasdisplay()) return nullptr;
+  if (!hasdisplay())
+    return nullptr;
   // Never unloaded: the window lives as long as the process.
   void* library = dlopen(findlibrary(programfolder).c_str(), RTLD_NOW);
   void* entry = library ? dlsym(library, "runwindow") : nullptr;
-  if (!entry) writestandarderror(std::string("The window cannot be shown: ") + dlerror());
+  if (!entry)
+    writestandarderror(std::string("The window cannot be shown: ") + dlerror());
   return reinterpret_cast<RunWindow*>(entry);
 }
 

@@ -1,25 +1,26 @@
 // The form in a window: a widget for each row of the layout, at its place.
 #include "ui/qt/mainwindow.h"
 
+#include "ui/qt/textbox.h"
 #include "ui/qt/texts.h"
 
+#include <QAbstractScrollArea>
 #include <QApplication>
 #include <QIcon>
-#include <QPlainTextEdit>
 
 namespace {
 
-constexpr int framewidth = 2;
-
-// A frame around the list or text box that has the focus, which many styles do not show.
+// A frame around the window's list or text box that has the focus, which many styles do not show.
 void showfocus(QWidget* window) {
   auto* frame = new QFocusFrame(window);
-  QObject::connect(qApp, &QApplication::focusChanged, frame, [frame](QWidget*, QWidget* now) {
-    frame->setWidget(qobject_cast<QAbstractScrollArea*>(now));
-  });
+  const auto follow = [frame, window](QWidget*, QWidget* now) {
+    const bool ours = now && now->window() == window;
+    frame->setWidget(ours ? qobject_cast<QAbstractScrollArea*>(now) : nullptr);
+  };
+  QObject::connect(qApp, &QApplication::focusChanged, frame, follow);
 }
 
-// Below 96 dots per inch and above: the rounded corners, so that neighbours stay neighbours.
+// Rounds the corners, not the sizes, so that neighbours stay neighbours on any screen.
 QRect pixelrect(const Place& place, const QWidget& widget) {
   const auto corner = [&](int left, int top) {
     return QPoint(pixels(left, widget), pixels(top, widget));
@@ -36,7 +37,8 @@ MainWindow::MainWindow(Form1& itsform) : form(itsform) {
   resize(minimumSize());
   for (const ControlLayout& row : ::layout())
     for (const Control* control : form.controls())
-      if (control->name() == row.name) mirrors.emplace(control, makemirror(row, form, this));
+      if (control->name() == row.name)
+        mirrors.emplace(control, makemirror(row, form, this));
   for (const Control* control : form.controls())
     refresh(*control);
   showfocus(this);
@@ -51,15 +53,12 @@ void MainWindow::refresh(const Control& control) {
   const bool appears = control.visible() && mirror.widget->isHidden();
   mirror.widget->setVisible(control.visible());
   // The work of a silent run may follow, which does not yield.
-  if (appears) mirror.widget->repaint();
+  if (appears)
+    mirror.widget->repaint();
 }
 
 void MainWindow::append(const Control& control, std::string_view text) {
-  auto* box = qobject_cast<QPlainTextEdit*>(mirrors.at(&control).widget);
-  const QSignalBlocker nottyped(box);
-  QTextCursor cursor(box->document());
-  cursor.movePosition(QTextCursor::End);
-  cursor.insertText(qtext(text));
+  static_cast<TextBox*>(mirrors.at(&control).widget)->add(text);
 }
 
 void MainWindow::closeEvent(QCloseEvent*) { endprogram(form); }

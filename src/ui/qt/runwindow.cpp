@@ -14,7 +14,8 @@ char** arguments;  // the process's own
 // Qt would end the process when a display does not answer.
 void handlefatal(QtMsgType type, const QMessageLogContext&, const QString& text) {
   std::fprintf(stderr, "%s\n", qPrintable(text));
-  if (type == QtFatalMsg) restartwithoutdisplay(arguments);
+  if (type == QtFatalMsg)
+    restartwithoutdisplay(arguments);
 }
 
 }  // namespace

@@ -2,14 +2,13 @@
 #include "ui/qt/widgets.h"
 
 #include "ui/handlers.h"
-#include "ui/qt/fonts.h"
+#include "ui/qt/textbox.h"
 #include "ui/qt/texts.h"
 
 #include <QComboBox>
 #include <QHeaderView>
 #include <QLabel>
 #include <QListView>
-#include <QPlainTextEdit>
 #include <QPushButton>
 #include <QShortcut>
 #include <QStandardItemModel>
@@ -30,13 +29,6 @@ Control& controlof(const ControlLayout& row, Form1& form) {
                         [&](const Control* control) { return control->name() == row.name; });
 }
 
-// What a caption may take, in pixels.
-QSize roomfor(const ControlLayout& row, const QWidget& widget) {
-  if (row.sizedtotext) return {pixels(roomof(row), widget), QWIDGETSIZE_MAX};
-  const QSize size(pixels(row.width, widget), pixels(row.height, widget));
-  return row.kind == Kind::button ? size - buttonframe : size;
-}
-
 std::function<void()> makebutton(const ControlLayout& row, Form1& form, QPushButton* button) {
   Control& control = controlof(row, form);
   button->setAutoDefault(true);  // Enter presses it as well
@@ -49,7 +41,8 @@ std::function<void()> makebutton(const ControlLayout& row, Form1& form, QPushBut
 }
 
 Qt::Alignment alignment(Align align) {
-  if (align == Align::left) return Qt::AlignLeft | Qt::AlignTop;
+  if (align == Align::left)
+    return Qt::AlignLeft | Qt::AlignTop;
   return (align == Align::right ? Qt::AlignRight : Qt::AlignHCenter) | Qt::AlignTop;
 }
 
@@ -62,22 +55,15 @@ std::function<void()> makelabel(const ControlLayout& row, Form1& form, QLabel* l
     const QString caption = qtext(control.text());
     label->setFont(fitted(fontof(row.font), caption, roomfor(row, *label)));
     label->setText(caption);
-    if (row.sizedtotext) label->adjustSize();
+    if (row.sizedtotext)
+      label->adjustSize();
   };
 }
 
-std::function<void()> maketextbox(const ControlLayout& row, Form1& form, QPlainTextEdit* box) {
-  Control& control = controlof(row, form);
-  box->setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOn);
-  box->setTabChangesFocus(true);
-  box->setUndoRedoEnabled(false);  // undoing would take away what the program has told
-  QObject::connect(box, &QPlainTextEdit::textChanged,
-                   [&control, box] { control.typed(formtext(box->toPlainText())); });
-  return [&control, box] {
-    if (formtext(box->toPlainText()) == control.text()) return;
-    const QSignalBlocker nottyped(box);
-    box->setPlainText(qtext(control.text()));
-  };
+// Its text comes and goes by `add` and `tell`.
+std::function<void()> maketextbox(const ControlLayout& row, Form1& form, TextBox* box) {
+  box->tell(controlof(row, form));
+  return [] {};
 }
 
 std::function<void()> makedrivelist(Form1& form, QComboBox* list) {
@@ -119,12 +105,21 @@ std::function<void()> makefilelist(Form1& form, QListView* list) {
   };
 }
 
-QStandardItem* folderitem(const FolderRow& row, const QIcon& icon) {
-  auto* item = new QStandardItem(icon, qtext(row.name));
-  item->setData(qtext(row.path), pathrole);
-  item->setToolTip(plaintip(row.path));
-  return item;
-}
+// A folder of the directory list; its tool tip is its path.
+class FolderItem : public QStandardItem {
+public:
+  FolderItem(const FolderRow& row, const QIcon& icon)
+      : QStandardItem(icon, qtext(row.name)), path(row.path) {}
+
+  QVariant data(int role) const override {
+    if (role == pathrole)
+      return qtext(path);
+    return role == Qt::ToolTipRole ? plaintip(path) : QStandardItem::data(role);
+  }
+
+private:
+  const std::string path;
+};
 
 // The folders as items, each below the one that holds it. Gives the list's own folder; nothing when
 // there is none.
@@ -136,14 +131,15 @@ QStandardItem* fillfolders(const DirectoryList& folders, QStandardItemModel& mod
   const std::size_t chain = rows.size() - folders.subfolders().size();
   QStandardItem* own = nullptr;
   for (std::size_t i = 0; i < chain; ++i) {
-    QStandardItem* item = folderitem(rows[i], open);
+    auto* item = new FolderItem(rows[i], open);
     (own ? *own : *model.invisibleRootItem()).appendRow(item);
     own = item;
   }
   QList<QStandardItem*> below;
   for (std::size_t i = chain; i < rows.size(); ++i)
-    below.append(folderitem(rows[i], closed));
-  if (own) own->appendRows(below);
+    below.append(new FolderItem(rows[i], closed));
+  if (own)
+    own->appendRows(below);
   return own;
 }
 
@@ -174,7 +170,8 @@ std::function<void()> makedirectorylist(Form1& form, QTreeView* tree) {
   setuptree(tree);
   const auto open = [&form, tree] {
     const QString path = tree->currentIndex().data(pathrole).toString();
-    if (!path.isEmpty()) openfolder(form, path.toStdString());
+    if (!path.isEmpty())
+      openfolder(form, path.toStdString());
   };
   QObject::connect(tree, &QTreeView::doubleClicked, open);
   for (const Qt::Key key : {Qt::Key_Return, Qt::Key_Enter})
@@ -184,7 +181,8 @@ std::function<void()> makedirectorylist(Form1& form, QTreeView* tree) {
     model->clear();
     const QStandardItem* own = fillfolders(form.Dir1, *model, *tree->style());
     tree->expandAll();
-    if (!own) return;
+    if (!own)
+      return;
     tree->setCurrentIndex(own->index());
     tree->scrollTo(own->index(), QAbstractItemView::PositionAtCenter);
   };
@@ -195,7 +193,8 @@ Mirror mirror(const ControlLayout& row, QWidget* window, const Make& make) {
   auto* widget = new Widget(window);
   widget->setObjectName(row.name);
   widget->setFont(fontof(row.font));
-  if (*row.holds) widget->setAccessibleName(row.holds);
+  if (*row.holds)
+    widget->setAccessibleName(row.holds);
   return {&row, widget, make(widget)};
 }
 
@@ -203,6 +202,15 @@ Mirror mirror(const ControlLayout& row, QWidget* window, const Make& make) {
 
 int pixels(int twips, const QWidget& widget) {
   return qRound(twips * widget.logicalDpiX() / double(twipsperinch));
+}
+
+Room roomfor(const ControlLayout& row, const QWidget& widget) {
+  if (row.sizedtotext)
+    return {{pixels(roomof(row), widget), QWIDGETSIZE_MAX}};
+  const QSize size(pixels(row.width, widget), pixels(row.height, widget));
+  if (row.kind == Kind::button)
+    return {size - buttonframe};
+  return {size, true};
 }
 
 Mirror makemirror(const ControlLayout& row, Form1& form, QWidget* window) {
@@ -218,8 +226,7 @@ Mirror makemirror(const ControlLayout& row, Form1& form, QWidget* window) {
     return mirror<QPushButton>(row, window,
                                [&](auto* button) { return makebutton(row, form, button); });
   case Kind::textbox:
-    return mirror<QPlainTextEdit>(row, window,
-                                  [&](auto* box) { return maketextbox(row, form, box); });
+    return mirror<TextBox>(row, window, [&](auto* box) { return maketextbox(row, form, box); });
   case Kind::label:
     break;
   }

@@ -3,6 +3,7 @@
 
 #include "form/form1.h"
 #include "ui/layout.h"
+#include "ui/qt/fonts.h"
 
 #include <QWidget>
 
@@ -17,6 +18,9 @@ struct Mirror {
 // Makes the widget of a row in `window`, which owns it. What the user does with the widget goes to
 // the form's handlers.
 Mirror makemirror(const ControlLayout& row, Form1& form, QWidget* window);
+
+// What the caption of a row's button or label may take.
+Room roomfor(const ControlLayout& row, const QWidget& widget);
 
 // The pixels on a widget's screen of a length in twips.
 int pixels(int twips, const QWidget& widget);
