@@ -5,7 +5,7 @@ layer(prefix BELOW platform SOURCES
   platform/prefix/prefixmapfolder.cpp platform/prefix/prefixsystem.cpp
   platform/prefix/registry.cpp platform/prefix/registrytext.cpp platform/prefix/utf8.cpp
   platform/prefix/versionresource.cpp)
-layer(console BELOW ui SOURCES ui/console/consolescreen.cpp ui/standarderror.cpp)
+layer(console BELOW ui SOURCES ui/console/consolescreen.cpp)
 
 set(windowlibrary vora-map-updater-window.so)
 set(windowfolder ${CMAKE_INSTALL_LIBDIR}/vora-map-updater)

@@ -32,7 +32,7 @@ protected:
   // Holds the map as a virus scanner does, sharing nothing or reading alone.
   HANDLE hold(DWORD share) const {
     const HANDLE holder = CreateFileW(systempath(scratch / "a.galaxy").c_str(), GENERIC_READ, share,
-                                    nullptr, OPEN_EXISTING, 0, nullptr);
+                                      nullptr, OPEN_EXISTING, 0, nullptr);
     EXPECT_NE(holder, INVALID_HANDLE_VALUE);
     return holder;
   }
