@@ -25,10 +25,14 @@ Process::Process(const TestMachine& machine, const std::function<void()>& before
   ::setenv("WINEPREFIX", machine.prefix.c_str(), 1);
   for (const char* name : {"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM"})
     ::unsetenv(name);
+  // Opened first: `before` may become a user who cannot go where the program lies.
+  const int program = ::open(PROGRAM, O_RDONLY);
+  std::string name = "vora-map-updater", argument = "/silent";
+  char* const arguments[] = {name.data(), argument.data(), nullptr};
   if (::chdir(machine.data.c_str()) == 0) {
     if (before)
       before();
-    ::execl(PROGRAM, PROGRAM, "/silent", nullptr);
+    ::fexecve(program, arguments, ::environ);
   }
   ::_exit(127);
 }
