@@ -117,7 +117,7 @@ TEST_F(OddMachine, NamesOfEveryByte) {
     if (byte != '/')
       writefile(folder / ("a" + std::string(1, static_cast<char>(byte)) + ".galaxy"), oldmap);
   EXPECT_EQ(run(32).said, "");
-  for (const int byte : {0x20, 0x27, 0x7A, 0x80, 0xE4, 0xFF}) {
+  for (const int byte : {0x20, 0x27, 0x7B, 0x80, 0xE4, 0xFF}) {
     const std::string name = "a" + std::string(1, static_cast<char>(byte));
     EXPECT_EQ(readfile(folder / (name + ".galaxy")), convertedmap) << byte;
     EXPECT_EQ(readfile(folder / (name + ".galold")), oldmap) << byte;
