@@ -54,7 +54,9 @@ public:
   // for a drive root. Fails when there is no such folder.
   virtual Result<std::string> fullpath(const std::string& folder) = 0;
 
-  // A file's whole content.
+  // A file's whole content. Fails beyond `largestfile` bytes: no map is that large, and a file that
+  // fills the memory would end the program.
+  static constexpr long long largestfile = 1LL << 30;
   virtual Result<std::string> read(const std::string& path) = 0;
 
   // Makes a text file anew, or adds to its end. Neither goes through a link.

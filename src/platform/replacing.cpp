@@ -46,6 +46,9 @@ Result<Done> Replacing::run() {
 }
 
 Result<Done> Replacing::lockmap() {
+  const auto kind = folder.kindof(mapname);
+  if (kind == MapFolder::Kind::folder || kind == MapFolder::Kind::other)
+    return Failure{replacement.map, "convert it", "it is not an ordinary file any more"};
   const auto locked = folder.lock(mapname);
   if (!locked)
     return failure("convert it", locked.failure());
@@ -54,7 +57,7 @@ Result<Done> Replacing::lockmap() {
   return Done{};
 }
 
-// The map must be an ordinary file that holds what was converted. It is looked at as late as can
+// The map must hold what was converted. It is looked at as late as can
 // be: what somebody else saves while the result is written must not be lost.
 Result<Done> Replacing::checkmap() {
   const auto same = folder.holds(mapname, replacement.was);

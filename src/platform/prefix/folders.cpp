@@ -59,27 +59,27 @@ FolderNames::Stamp FolderNames::stampof(const Handle& folder) {
   return {status.st_dev, status.st_ino, status.st_mtim.tv_sec, status.st_mtim.tv_nsec};
 }
 
-void FolderNames::read(const Handle& folder) {
+void FolderNames::refresh(const Handle& folder) {
+  const Stamp now = stampof(folder);
+  if (stamp == now)
+    return;
+  stamp = now;
   hashes.clear();
-  stamp = stampof(folder);
   const bool complete =
       eachname(folder, [&](const char* name, unsigned char) { hashes.insert(hash(name)); });
   if (!complete)
     stamp = {};  // to be read again for the next question
 }
 
-std::string FolderNames::find(const Handle& folder, const std::string& name) {
+std::string FolderNames::find(const Handle& folder, const std::string& name) const {
   if (hasname(folder, name))
     return name;
-  if (stamp != stampof(folder))
-    read(folder);
   return hashes.contains(hash(name)) ? findfolded(folder, name) : "";
 }
 
 void FolderNames::added(const std::string& name) { hashes.insert(hash(name)); }
 
 void FolderNames::changed(const Handle& folder) {
-  const Stamp now = stampof(folder);
-  if (now.device == stamp.device && now.inode == stamp.inode)
-    stamp = now;
+  if (stamp != Stamp{})
+    stamp = stampof(folder);
 }

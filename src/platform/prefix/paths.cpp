@@ -112,7 +112,7 @@ Result<Paths::Parsed> Paths::parse(const std::string& path) const {
     parsed.root = *root;
     rest.remove_prefix(hasdrive(path) ? 2 : 1);
   } else {
-    parsed.components = splitpath(currentfolder);
+    parsed.components = splitpath(currentfolder, "/");
   }
   auto names = resolve(std::move(parsed.components), rest, path);
   if (!names)

@@ -158,6 +158,8 @@ Result<std::string> PrefixFiles::read(const std::string& path) {
     return failure(path, "read it");
   if (!S_ISREG(status.st_mode))
     return Failure{path, "read it", "it is not an ordinary file"};
+  if (status.st_size > largestfile)
+    return Failure{path, "read it", "it is larger than 1 GiB"};
   std::string text(static_cast<std::size_t>(status.st_size), '\0');
   const auto length = readall(file, text.data(), text.size());
   if (!length)
@@ -181,6 +183,7 @@ Result<Done> PrefixFiles::replace(const Replacement& replacement) {
   const Handle folder = openpath(disk, map->folder + "/", O_RDONLY | O_DIRECTORY);
   if (!folder)
     return failure(replacement.map, "open its folder");
+  names.refresh(folder);
   PrefixMapFolder mapfolder(folder, names);
   auto done = Replacing(mapfolder, map->name, replacement).run();
   names.changed(folder);
