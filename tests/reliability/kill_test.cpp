@@ -24,7 +24,7 @@ class Killed : public testing::TestWithParam<const char*> {
 protected:
   Killed() {
     galaxies.edition = GetParam();
-    galaxies.count = 40;
+    galaxies.count = 15;
     machine.writedata();
     const bool base = galaxies.edition == "v";
     machine.install(base ? "vora" : "voratarnfall",
