@@ -43,6 +43,7 @@ private:
     std::string name;
   };
 
+  Result<Done> lockmap();
   Result<Done> checkmap();
   Result<Done> checkcompanions();
   Result<Done> prepare();

@@ -114,8 +114,9 @@ std::map<std::string, std::string> tree(const fs::path& folder) {
   return found;
 }
 
-Program::Program(const TestMachine& machine, const std::string& arguments)
-    : files(machine.machine), system(machine.machine, arguments), form(files, system, screen) {}
+Program::Program(const TestMachine& machine, const std::string& arguments, Disk& disk)
+    : files(machine.machine, disk), system(machine.machine, arguments),
+      form(files, system, screen) {}
 
 int Program::run(const std::function<void()>& action) {
   try {

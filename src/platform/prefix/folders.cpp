@@ -27,7 +27,7 @@ std::string findfolded(const Handle& folder, const std::string& name) {
 
 bool hasname(const Handle& folder, const std::string& name) {
   struct stat ignored;
-  return ::fstatat(folder.get(), name.c_str(), &ignored, AT_SYMLINK_NOFOLLOW) == 0;
+  return lookat(folder, name, ignored);
 }
 
 }  // namespace
@@ -40,12 +40,10 @@ bool eachname(const Handle& folder, const Visit& visit) {
   if (!stream)
     return false;
   own.release();
-  errno = 0;
-  while (const dirent* entry = ::readdir(stream.get())) {
+  while (const dirent* entry = folder.disk().next(stream.get())) {
     const std::string_view name = entry->d_name;
     if (name != "." && name != "..")
       visit(entry->d_name, entry->d_type);
-    errno = 0;
   }
   return errno == 0;
 }
@@ -56,7 +54,7 @@ std::string findname(const Handle& folder, const std::string& name) {
 
 FolderNames::Stamp FolderNames::stampof(const Handle& folder) {
   struct stat status;
-  if (::fstat(folder.get(), &status) != 0)
+  if (!describe(folder, status))
     return {};
   return {status.st_dev, status.st_ino, status.st_mtim.tv_sec, status.st_mtim.tv_nsec};
 }
@@ -67,7 +65,10 @@ void FolderNames::refresh(const Handle& folder) {
     return;
   stamp = now;
   hashes.clear();
-  eachname(folder, [&](const char* name, unsigned char) { hashes.insert(hash(name)); });
+  const bool complete =
+      eachname(folder, [&](const char* name, unsigned char) { hashes.insert(hash(name)); });
+  if (!complete)
+    stamp = {};  // to be read again for the next question
 }
 
 std::string FolderNames::find(const Handle& folder, const std::string& name) const {
@@ -78,4 +79,7 @@ std::string FolderNames::find(const Handle& folder, const std::string& name) con
 
 void FolderNames::added(const std::string& name) { hashes.insert(hash(name)); }
 
-void FolderNames::changed(const Handle& folder) { stamp = stampof(folder); }
+void FolderNames::changed(const Handle& folder) {
+  if (stamp != Stamp{})
+    stamp = stampof(folder);
+}

@@ -42,7 +42,7 @@ bool iskernels(const Handle& folder) {
 // kind. A link counts as what it leads to.
 std::optional<bool> isfolder(const Handle& folder, const char* name) {
   struct stat status;
-  if (::fstatat(folder.get(), name, &status, 0) != 0)
+  if (!folder || folder.disk().status(folder.get(), name, 0, status) != 0)
     return std::nullopt;
   if (S_ISDIR(status.st_mode))
     return true;
@@ -62,33 +62,33 @@ std::optional<Entry> entryof(const Handle& folder, const char* name, unsigned ch
   if (!kind || (!*kind && !matchespattern(name, pattern)))
     return std::nullopt;
   struct stat status;
-  const bool known = ::fstatat(folder.get(), name, &status, AT_SYMLINK_NOFOLLOW) == 0;
+  const bool known = lookat(folder, name, status);
   return Entry{name, *kind, !known || S_ISLNK(status.st_mode)};
 }
 
-Result<Handle> openfolder(const Paths& paths, const std::string& folder) {
+}  // namespace
+
+Result<Handle> PrefixFiles::openfolder(const std::string& folder) const {
   const auto location = paths.find(folder);
   if (!location)
     return location.failure();
-  Handle open = openpath(location->path(), O_RDONLY | O_DIRECTORY);
+  Handle open = openpath(disk, location->path(), O_RDONLY | O_DIRECTORY);
   if (!open)
     return failure(folder, "open the folder");
   return open;
 }
 
-Result<Done> writetext(const Paths& paths, const std::string& path, std::string_view text,
-                       int flags) {
+Result<Done> PrefixFiles::writetext(const std::string& path, std::string_view text,
+                                    int flags) const {
   const auto location = paths.find(path);
   if (!location)
     return location.failure();
   Handle file =
-      openpath(location->path(), O_WRONLY | O_CREAT | O_NOFOLLOW | O_NONBLOCK | flags, 0666);
+      openpath(disk, location->path(), O_WRONLY | O_CREAT | O_NOFOLLOW | O_NONBLOCK | flags, 0666);
   if (!file || !writeall(file, text) || !file.close())
     return failure(path, "write it");
   return Done{};
 }
-
-}  // namespace
 
 Result<std::string> PrefixFiles::lookup(const std::string& path, Match match) {
   const bool folders = match == Match::filesandfolders;
@@ -108,33 +108,43 @@ Result<std::string> PrefixFiles::lookup(const std::string& path, Match match) {
     return location.failure();
   if (!location || !location->exists || ishidden(location->name) || path.ends_with("\\."))
     return std::string();
-  const Handle folder = openpath(location->folder + "/", O_PATH | O_DIRECTORY);
+  errno = 0;
+  const Handle folder = openpath(disk, location->folder + "/", O_PATH | O_DIRECTORY);
   const auto kind = isfolder(folder, location->name.c_str());
+  if (!kind && errno != 0 && errno != ENOENT)
+    return failure(path, "find it");
   return kind && (folders || !*kind) ? location->name : std::string();
 }
 
 Result<std::vector<Entry>> PrefixFiles::list(const std::string& folder, std::string_view pattern) {
-  const auto open = openfolder(paths, folder);
+  const auto open = openfolder(folder);
   if (!open)
     return open.failure();
   if (iskernels(*open))
     return Failure{folder, "list the folder", "it is the system's own"};
   std::vector<Entry> entries;
+  std::vector<std::string> leftover;
   const bool complete = eachname(*open, [&](const char* name, unsigned char type) {
+    if (MapFolder::istemporary(name))
+      leftover.emplace_back(name);
     if (auto entry = entryof(*open, name, type, pattern))
       entries.push_back(*std::move(entry));
   });
   if (!complete)
     return failure(folder, "list the folder");
+  for (const std::string& name : leftover)
+    clearleftover(*open, name);
   sortentries(entries, lowercase);
   return entries;
 }
 
 Result<std::string> PrefixFiles::fullpath(const std::string& folder) {
-  const auto open = openfolder(paths, folder);
+  const auto open = openfolder(folder);
   if (!open)
     return open.failure();
   const auto location = paths.find(folder);
+  if (!location)
+    return location.failure();
   return paths.windowspath(location->path(), folder[0]);
 }
 
@@ -142,9 +152,9 @@ Result<std::string> PrefixFiles::read(const std::string& path) {
   const auto location = paths.find(path);
   if (!location)
     return location.failure();
-  const Handle file = openpath(location->path(), O_RDONLY | O_NONBLOCK);
+  const Handle file = openpath(disk, location->path(), O_RDONLY | O_NONBLOCK);
   struct stat status;
-  if (!file || ::fstat(file.get(), &status) != 0)
+  if (!file || !describe(file, status))
     return failure(path, "read it");
   if (!S_ISREG(status.st_mode))
     return Failure{path, "read it", "it is not an ordinary file"};
@@ -159,18 +169,18 @@ Result<std::string> PrefixFiles::read(const std::string& path) {
 }
 
 Result<Done> PrefixFiles::write(const std::string& path, std::string_view text) {
-  return writetext(paths, path, text, O_TRUNC);
+  return writetext(path, text, O_TRUNC);
 }
 
 Result<Done> PrefixFiles::append(const std::string& path, std::string_view text) {
-  return writetext(paths, path, text, O_APPEND);
+  return writetext(path, text, O_APPEND);
 }
 
 Result<Done> PrefixFiles::replace(const Replacement& replacement) {
   const auto map = paths.find(replacement.map);
   if (!map)
     return map.failure();
-  const Handle folder = openpath(map->folder + "/", O_RDONLY | O_DIRECTORY);
+  const Handle folder = openpath(disk, map->folder + "/", O_RDONLY | O_DIRECTORY);
   if (!folder)
     return failure(replacement.map, "open its folder");
   names.refresh(folder);
