@@ -23,18 +23,21 @@ need() {
 # The project's own C++ files in these folders.
 sources() { find "$@" -name '*.cpp' -o -name '*.h'; }
 
-# Configures and builds a preset.
+# Configures and builds a preset: all of it, or the targets that are named.
+# build <preset> [target...]
 build() {
-  say "building the preset $1"
-  cmake --preset "$1"
-  cmake --build --preset "$1" -j "$(nproc)"
+  local preset=$1
+  shift
+  say "building the preset $preset"
+  cmake --preset "$preset"
+  cmake --build --preset "$preset" -j "$(nproc)" ${1:+--target "$@"}
 }
 
 # Copies a sample machine and the data files to a folder of their own, and writes the game's
-# executable, whose release is the one that the target file asks for.
-# makesample <base|expansion> <folder> [preset]
+# executable, whose release is the one that the target file asks for unless another is given.
+# makesample <base|expansion> <folder> [build folder] [release]
 makesample() {
-  local name=$1 folder=$2 preset=${3:-release} line=1 executable='Vorakai/Vorakai.exe'
+  local name=$1 folder=$2 built=${3:-build/release} line=1 executable='Vorakai/Vorakai.exe'
   if [ "$name" = expansion ]; then
     line=5
     executable='Vorakai Tarnfall/Vorakai Tarnfall.exe'
@@ -43,6 +46,6 @@ makesample() {
   mkdir -p "$folder"
   cp -r "sample/$name" "$folder/machine"
   cp -r data "$folder/data"
-  "build/$preset/makeexe" "$folder/machine/drive_c/Program Files (x86)/$executable" \
-    "$(sed -n "${line}p" data/targetvoraver.txt | tr -d '\r')"
+  "$built/makeexe" "$folder/machine/drive_c/Program Files (x86)/$executable" \
+    "${4:-$(sed -n "${line}p" data/targetvoraver.txt | tr -d '\r')}"
 }

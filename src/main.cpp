@@ -1,11 +1,12 @@
-// Chooses the machine and the front end, makes the form and brings it to life.
-#include "form/form1.h"
+// Chooses the machine and the front end: the window where there is a display, else the console.
 #include "platform/prefix/machine.h"
 #include "platform/prefix/prefixfiles.h"
 #include "platform/prefix/prefixsystem.h"
 #include "ui/console/consolescreen.h"
-#include "ui/loadform.h"
+#include "ui/qt/loadwindow.h"
+#include "ui/standarderror.h"
 
+#include <new>
 #include <string>
 
 namespace {
@@ -24,14 +25,12 @@ int main(int argc, char** argv) {
   const Machine machine = findmachine();
   PrefixFiles files(machine);
   PrefixSystem system(machine, argumenttext(argc, argv));
-  ConsoleScreen screen;
-  Form1 form(files, system, screen);
   try {
-    loadform(form);
-    screen.standarderror("There is no window to wait in. To find and convert all maps, start the "
-                         "program with the argument /silent.");
+    if (RunWindow* runwindow = loadwindow(machine.programfolder))
+      return runwindow(files, system, argv);
+    return runconsole(files, system);
+  } catch (const std::bad_alloc&) {
+    writestandarderror("The memory is not enough. Every map is as it was or converted.");
     return 1;
-  } catch (const ProgramEnd& end) {
-    return end.status;
   }
 }

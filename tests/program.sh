@@ -3,7 +3,7 @@
 # program.sh <build folder>
 set -euo pipefail
 build=$(cd "$1" && pwd)
-cd "$(dirname "$0")/.."
+source "$(dirname "$0")/../scripts/common.sh"
 scratch=$(mktemp -d)
 trap 'rm -rf "$scratch"' EXIT
 
@@ -17,28 +17,17 @@ check() { # check <what> <expected> <found>
 # Without a display, whatever the machine of the test has.
 unset DISPLAY WAYLAND_DISPLAY QT_QPA_PLATFORM
 
-machine() { # machine <base|expansion> <release>
-  rm -rf "$scratch/machine" "$scratch/data"
-  cp -r "sample/$1" "$scratch/machine"
-  cp -r data "$scratch/data"
-  local folder="$scratch/machine/drive_c/Program Files (x86)"
-  [ "$1" = base ] && "$build/makeexe" "$folder/Vorakai/Vorakai.exe" "$2"
-  [ "$1" = base ] || "$build/makeexe" "$folder/Vorakai Tarnfall/Vorakai Tarnfall.exe" "$2"
-}
-
 run() { # run <arguments...>: sets status and said
   status=0
   said=$(cd "$scratch/data" && WINEPREFIX=$scratch/machine "$build/vora-map-updater" "$@" 2>&1) ||
     status=$?
 }
 
-release() { sed -n "$1p" data/targetvoraver.txt | tr -d '\r'; }
-
 # Every map and companion, each name with its content.
 maps() { (cd "$1" && find drive_c -type f -iname '*.gal*' -exec cksum {} + | sort -k 3); }
 
 for edition in base expansion; do
-  machine "$edition" "$(release $([ $edition = base ] && echo 1 || echo 5))"
+  makesample "$edition" "$scratch" "$build"
   run /silent
   check "$edition: exit status" 0 "$status"
   check "$edition: what it says" "" "$said"
@@ -48,7 +37,17 @@ for edition in base expansion; do
   check "$edition: a second run" "$(maps "tests/expected/$edition")" "$(maps "$scratch/machine")"
 done
 
-machine base 9.9.9.9
+# The plain script of the same conversion must agree. It knows no roots, only one folder: in the
+# expansion's case the user's, since its game folder is not searched.
+for edition in base expansion; do
+  folder=$([ $edition = base ] && echo drive_c || echo drive_c/users)
+  makesample "$edition" "$scratch" "$build"
+  letter=$([ $edition = base ] && echo v || echo t)
+  python3 bench/convert.py "$scratch/machine/$folder" --edition $letter --data data > /dev/null
+  check "$edition: the plain script" "$(maps "tests/expected/$edition")" "$(maps "$scratch/machine")"
+done
+
+makesample base "$scratch" "$build" 9.9.9.9
 run /silent
 check "mismatch: exit status" 1 "$status"
 check "mismatch: first line" "found vora version :9.9.9.9:" "$(head -n 1 <<<"$said")"
@@ -56,7 +55,7 @@ check "mismatch: lines" 8 "$(wc -l <<<"$said")"
 check "mismatch: line ends" 0 "$(tr -dc '\r' <<<"$said" | wc -c)"
 check "mismatch: the maps" "$(maps sample/base)" "$(maps "$scratch/machine")"
 
-machine base "$(release 1)"
+makesample base "$scratch" "$build"
 run /x
 check "unknown argument" "1 Invalid argument: /x" "$status $said"
 run /s "" /s
@@ -69,13 +68,13 @@ check "no argument" "yes" "$([[ $said == *"/silent"* ]] && echo yes)"
 run ""
 check "one empty argument" "yes" "$([[ $said == *"/silent"* ]] && echo yes)"
 
-machine base "$(release 1)"
+makesample base "$scratch" "$build"
 rm "$scratch/data/vnewstruct9.txt"
 run /s
 check "template error: exit status" 1 "$status"
 check "template error: what it says" yes "$([[ $said == *"vnewstruct9.txt"* ]] && echo yes)"
 
-machine base "$(release 1)"
+makesample base "$scratch" "$build"
 printf 'only one line' >"$scratch/machine/drive_c/Program Files (x86)/Vorakai/bad.galaxy"
 run /s
 check "a map left alone: exit status" 1 "$status"

@@ -9,9 +9,6 @@
 
 namespace {
 
-// A registered folder is longer than this; "\" alone stands for none.
-constexpr std::size_t shortestpath = 4;
-
 struct EditionData {
   const char* letter;
   const char* userfolder;  // below `homefolder`
@@ -26,7 +23,7 @@ const EditionData& data(Edition edition) {
   return edition == Edition::base ? basedata : expansiondata;
 }
 
-void writeselection(Form1& form, Edition edition) {
+void writebuttonselection(Form1& form, Edition edition) {
   const std::string own = App_Path(form.system);
   for (const std::string& line : {form.pathlist[1], form.pathlist[0], form.homefolder, own})
     writeinfo(form, line);
@@ -50,7 +47,7 @@ void setgamepath(Form1& form, Edition edition) {
     return;
   }
   for (const std::string& path : {form.basepath, form.bundlepath})
-    if (path.size() > shortestpath)
+    if (path.size() > basepathlength)
       form.gamepath = path;
 }
 
@@ -61,7 +58,7 @@ void setedition(Form1& form, Edition edition) {
         getmydocs(form.system, [&](const std::string& text) { form.screen.messagebox(text); });
 }
 
-void setroots(Form1& form, Edition edition, bool fallback) {
+void setfolders(Form1& form, Edition edition, bool fallback) {
   setgamepath(form, edition);
   form.pathlist[1] = form.gamepath;
   form.pathlist[0] = form.homefolder + data(edition).userfolder;
@@ -80,9 +77,9 @@ void selectedition(Form1& form, Edition edition) {
   form.Command6.setenabled(false);
   form.Command7.setenabled(false);
   setedition(form, edition);
-  setroots(form, edition, edition == Edition::base);
+  setfolders(form, edition, edition == Edition::base);
   showroots(form);
-  writeselection(form, edition);
+  writebuttonselection(form, edition);
   // A user folder that cannot be shown leaves the list where it is; the rest does not depend on it.
   static_cast<void>(form.Dir1.setpath(form.pathlist[0]));
   loadoriginalmaps(form);

@@ -15,9 +15,12 @@ void setgamepath(Form1& form, Edition edition);
 // Sets the edition letter and, for the expansion, `homefolder`.
 void setedition(Form1& form, Edition edition);
 
+// A base edition's folder text must be longer than this to count as registered.
+inline constexpr std::size_t basepathlength = 4;
+
 // Sets `gamepath` and both search roots. With `fallback` the program's own folder becomes program
 // space when no file is found at the user space root.
-void setroots(Form1& form, Edition edition, bool fallback);
+void setfolders(Form1& form, Edition edition, bool fallback);
 
 // Shows the search roots as the tool tips of their buttons.
 void showroots(Form1& form);

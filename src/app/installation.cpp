@@ -9,9 +9,8 @@
 
 namespace {
 
-// Lengths that a path text must exceed to count as registered.
-constexpr std::size_t shortestexpansion = 3;
-constexpr std::size_t shortestbase = 4;
+// The expansion's folder text must be longer than this to count as registered.
+constexpr std::size_t expansionpathlength = 3;
 
 // An edition's installation folder in the registry, "\" appended.
 std::string registeredpath(Form1& form, bool wide, const std::string& edition) {
@@ -22,7 +21,7 @@ std::string registeredpath(Form1& form, bool wide, const std::string& edition) {
 }
 
 void findbase(Form1& form, const std::string& path) {
-  if (path.size() <= shortestbase || !direxists(form.files, path))
+  if (path.size() <= basepathlength || !direxists(form.files, path))
     return;
   form.Command6.setenabled(true);
   form.basefound = true;
@@ -44,7 +43,7 @@ void setfound(Form1& form) {
     setgamepath(form, Edition::base);
 }
 
-void writeselection(Form1& form) {
+void writestartupselection(Form1& form) {
   const std::string own = App_Path(form.system);
   writeinfo(form, "pathlist(1)" + form.pathlist[1]);
   writeinfo(form, "pathlist(0)" + form.pathlist[0]);
@@ -70,9 +69,9 @@ void select(Form1& form, Edition edition) {
   const bool expansion = edition == Edition::expansion;
   setedition(form, edition);
   if (!expansion || !form.debugmode)
-    setroots(form, edition, true);
+    setfolders(form, edition, true);
   showroots(form);
-  writeselection(form);
+  writestartupselection(form);
   loadoriginalmaps(form);
   if (!expansion)
     return;
@@ -88,7 +87,7 @@ void findinstallations(Form1& form) {
   const bool wide = is64bit(form.system, form.files, form.sysdrive);
   form.expansionpath = registeredpath(form, wide, "voratarnfall");
   form.expansionregistered =
-      form.expansionpath.size() > shortestexpansion && direxists(form.files, form.expansionpath);
+      form.expansionpath.size() > expansionpathlength && direxists(form.files, form.expansionpath);
   form.basepath = registeredpath(form, wide, "vora");
   form.bundlepath = registeredpath(form, wide, "vorazendrel");
   findbase(form, form.basepath);

@@ -9,8 +9,8 @@ namespace {
 constexpr char targetfile[] = "targetvoraver.txt";
 
 // Lines of the target file, counted from 0.
-constexpr std::size_t baseline = 0;
-constexpr std::size_t expansionline = 4;
+constexpr std::size_t basereleaseline = 0;
+constexpr std::size_t expansionreleaseline = 4;
 constexpr std::size_t debugline = 6;
 
 std::string mismatchmessage(const Form1& form, const std::string& target) {
@@ -37,7 +37,8 @@ void checkrelease(Form1& form) {
   if (form.missingdata)
     return;
   form.targetlines = readlines(form.files, targetfile);
-  const std::string target(form.targetlines[form.expansiononly ? expansionline : baseline]);
+  const std::string target(
+      form.targetlines[form.expansiononly ? expansionreleaseline : basereleaseline]);
   if (form.foundversion != target)
     endwithmessage(form, mismatchmessage(form, target));
 }

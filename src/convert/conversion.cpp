@@ -28,7 +28,7 @@ public:
 private:
   bool isexpansion() const { return form.edition == expansionletter; }
   bool isoriginal(const std::string& path) const;
-  void leavealone(const Failure& failure) { leftalone.push_back(failure.text()); }
+  void leavealone(const Failure& failure) { leftalone.push_back(printable(failure.text())); }
   void convert(const std::string& path, const LineArray& galaxylines);
   Result<std::string, TemplateError> fix(const LineArray& lines);
   void putinplace(const std::string& path, std::string_view was, std::string_view first,
@@ -51,7 +51,9 @@ Run::Run(Form1& itsform) : form(itsform), templates(form.files, form.edition) {
   if (version)
     formatver = *version;
   else if (form.foundlist.size() > 1)
-    leavealone(version.failure());
+    telltrouble(form, "No map was converted: " + (form.edition.empty()
+                                                      ? "no edition of the game is selected."
+                                                      : version.failure().text()));
 }
 
 bool Run::isoriginal(const std::string& path) const {
@@ -117,11 +119,11 @@ void Run::putinplace(const std::string& path, std::string_view was, std::string_
 // content and gets its backup all the same: it is replaced by itself, so that the two are not one
 // file under two names.
 void Run::stop(const std::string& path, const LineArray& galaxylines, const TemplateError& error) {
-  std::string text = path + ": the map is of version " + std::string(versionof(galaxylines[1])) +
-                     " and cannot be converted: template " + error.filename + ": " + error.what;
+  std::string text = path + ": the map is of version \"" + std::string(versionof(galaxylines[1])) +
+                     "\" and cannot be converted: template " + error.filename + ": " + error.what;
   if (!error.header.empty())
     text += ": " + error.header;
-  text += "\r\nThe map is as it was. No further map was converted.";
+  text = printable(text) + "\r\nThe map is as it was. No further map was converted.";
   if (!form.debugmode) {
     const auto done = form.files.replace(
         {path, galaxylines.text(), {{path, galaxylines.text()}}, companion(path, "old")});

@@ -1,6 +1,8 @@
 // The controls of the form as plain values: a setter changes the value and tells the screen.
 #include "form/control.h"
 
+#include <algorithm>
+
 namespace {
 
 std::vector<std::string> namesof(const std::vector<Entry>& entries, bool folders) {
@@ -9,6 +11,10 @@ std::vector<std::string> namesof(const std::vector<Entry>& entries, bool folders
     if (entry.folder == folders)
       result.push_back(entry.name);
   return result;
+}
+
+std::string joined(const std::string& folder, const std::string& name) {
+  return folder + (folder.ends_with('\\') ? "" : "\\") + name;
 }
 
 }  // namespace
@@ -49,6 +55,27 @@ void DriveList::select(std::string drive) {
   settext(std::move(drive));
   if (changed)
     changed();
+}
+
+std::vector<FolderRow> DirectoryList::rows() const {
+  std::vector<FolderRow> result;
+  if (path().empty())
+    return result;
+  const auto add = [&](std::string name) {
+    std::string whole = result.empty() ? name : joined(result.back().path, name);
+    result.push_back({std::move(name), std::move(whole), result.size()});
+  };
+  std::size_t start = path().find('\\') + 1;
+  add(path().substr(0, start));
+  while (start < path().size()) {
+    const std::size_t end = std::min(path().find('\\', start), path().size());
+    add(path().substr(start, end - start));
+    start = end + 1;
+  }
+  const FolderRow own = result.back();
+  for (const std::string& name : ownsubfolders)
+    result.push_back({name, joined(own.path, name), own.depth + 1});
+  return result;
 }
 
 Result<Done> DirectoryList::setpath(const std::string& folder) {

@@ -75,6 +75,13 @@ private:
   std::vector<std::string> owndrives;
 };
 
+// A row of the directory list.
+struct FolderRow {
+  std::string name;   // a drive root's is its path
+  std::string path;   // what opening the row points the list at
+  std::size_t depth;  // 0 for the drive root
+};
+
 // The list that shows a folder with its subfolders; its text is the folder's path.
 class DirectoryList : public Control {
 public:
@@ -86,6 +93,9 @@ public:
 
   // The names of the folder's subfolders in ascending order.
   const std::vector<std::string>& subfolders() const { return ownsubfolders; }
+
+  // What the list shows: the folders from the drive root down to its own, then the subfolders.
+  std::vector<FolderRow> rows() const;
 
   // Points the list at a folder. Fires `changed` when that is another one than before. A folder
   // that cannot be shown leaves the list as it is.

@@ -104,7 +104,7 @@ public:
   bool trouble = false;  // something went wrong that the exit status must tell
 };
 
-// The expansion's edition letter and the base edition's.
+// The edition letters of the base edition and the expansion.
 inline constexpr char baseletter[] = "v";
 inline constexpr char expansionletter[] = "t";
 

@@ -59,6 +59,19 @@ std::string numbertext(double value) {
   return {std::begin(buffer), result.ptr};
 }
 
+std::string printable(std::string_view text) {
+  constexpr char digits[] = "0123456789ABCDEF";
+  std::string shown;
+  for (const char c : text) {
+    const auto byte = static_cast<unsigned char>(c);
+    if (byte < 0x20 || byte == 0x7F)
+      shown += {'\\', 'x', digits[byte >> 4], digits[byte & 0xF]};
+    else
+      shown += c;
+  }
+  return shown;
+}
+
 std::size_t afterlast(std::string_view text, char separator) {
   const auto last = text.rfind(separator);
   return last == std::string_view::npos ? 1 : last + 2;

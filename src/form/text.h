@@ -15,6 +15,10 @@ long long wholepart(double value);
 // The shortest decimal form: 4 for 4, 0.5 for one half.
 std::string numbertext(double value);
 
+// `text` with each control character written as "\x" and two hexadecimal digits, so that what a
+// stranger wrote can be shown.
+std::string printable(std::string_view text);
+
 // The position, counted from 1, just after the last `separator`; 1 when there is none.
 std::size_t afterlast(std::string_view text, char separator);
 

@@ -46,14 +46,18 @@ public:
   virtual Result<std::string> lookup(const std::string& path, Match match) = 0;
 
   // The subfolders of a folder and those of its files whose names match `pattern` (see
-  // platform/names.h), in ascending order of their names; hidden and system entries left out.
+  // platform/names.h), in ascending order of their names; hidden and system entries left out. The
+  // temporary files that a killed run left in the folder are removed on the way, nobody else's.
   virtual Result<std::vector<Entry>> list(const std::string& folder, std::string_view pattern) = 0;
 
   // A folder's full path, with its drive, as its names are spelled, without "\" at the end except
   // for a drive root. Fails when there is no such folder.
   virtual Result<std::string> fullpath(const std::string& folder) = 0;
 
-  // A file's whole content. What `lookup` does not match as a file counts as missing.
+  // A file's whole content. What `lookup` does not match as a file counts as missing. Fails beyond
+  // `largestfile` bytes: no map is that large, and a file that fills the memory would end the
+  // program.
+  static constexpr long long largestfile = 1LL << 30;
   virtual Result<std::string> read(const std::string& path) = 0;
 
   // Makes a text file anew, or adds to its end. Neither goes through a link.
@@ -66,7 +70,7 @@ public:
   // that is already there stays: it is moved to its own name with 2, 3, ... appended, the first
   // free one, unless it holds just what the map holds. Companions are found ignoring letter case;
   // a link is moved aside or replaced like a file, never followed. Fails when a folder has the name
-  // of a companion, and when the map is not what it `was`. On failure the map is as it was, and of
-  // the files only those before the one that failed are in place.
+  // of a companion, when the map is not what it `was`, and when another run is at it. On failure
+  // the map is as it was, and of the files only those before the one that failed are in place.
   virtual Result<Done> replace(const Replacement& replacement) = 0;
 };

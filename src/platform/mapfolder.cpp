@@ -5,16 +5,19 @@
 
 namespace {
 
-constexpr char prefix[] = ".vora-map-updater-";
-constexpr char suffix[] = ".tmp";
+constexpr std::string_view prefix = ".vora-map-updater-";
+constexpr std::string_view suffix = ".tmp";
 
 }  // namespace
 
 std::string MapFolder::temporaryname() {
   static std::random_device random;
-  return prefix + std::to_string(random()) + suffix;
+  return std::string(prefix) + std::to_string(random()) + std::string(suffix);
 }
 
-bool MapFolder::istemporary(const std::string& name) {
-  return name.starts_with(prefix) && name.ends_with(suffix);
+bool MapFolder::istemporary(std::string_view name) {
+  if (!name.starts_with(prefix) || !name.ends_with(suffix))
+    return false;
+  const auto number = name.substr(prefix.size(), name.size() - prefix.size() - suffix.size());
+  return !number.empty() && number.find_first_not_of("0123456789") == number.npos;
 }

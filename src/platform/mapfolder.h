@@ -19,6 +19,15 @@ public:
 
   virtual ~MapFolder() = default;
 
+  // A name that a temporary file has: hidden where a "." hides, and too unlike a map's for any
+  // search. It is ".vora-map-updater-", a random decimal number and ".tmp".
+  static std::string temporaryname();
+  static bool istemporary(std::string_view name);
+
+  // Keeps other runs from replacing the same map, until the object is gone; false when one is at
+  // it. True, too, on a machine that has no such locks.
+  virtual Answer<bool> lock(const std::string&) { return true; }
+
   // How `name` is spelled in the folder, where letter case may differ; empty when it is free.
   virtual std::string spelled(const std::string& name) = 0;
 
@@ -46,9 +55,4 @@ public:
 
   // Gives a file a second name, which must be free; false when the file system knows no such thing.
   virtual Answer<bool> link(const std::string& from, const std::string& to) = 0;
-
-protected:
-  // A name for a temporary file: hidden where a "." hides, and too unlike a map's for any search.
-  static std::string temporaryname();
-  static bool istemporary(const std::string& name);
 };

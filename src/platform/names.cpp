@@ -28,10 +28,10 @@ bool allowedname(std::string_view name) {
   });
 }
 
-std::vector<std::string> splitpath(std::string_view path) {
+std::vector<std::string> splitpath(std::string_view path, const char* separators) {
   std::vector<std::string> names;
   while (!path.empty()) {
-    const auto length = std::min(path.find_first_of("\\/"), path.size());
+    const auto length = std::min(path.find_first_of(separators), path.size());
     const std::string_view name = path.substr(0, length);
     if (!name.empty() && name != ".")
       names.emplace_back(name);

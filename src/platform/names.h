@@ -14,8 +14,8 @@ bool matchespattern(std::string_view name, std::string_view pattern);
 // Whether Windows would allow `name` as the name of a file or folder.
 bool allowedname(std::string_view name);
 
-// The names of a path, which are cut at "\" and "/"; empty ones and "." say nothing.
-std::vector<std::string> splitpath(std::string_view path);
+// The names of a path, which any of `separators` cuts; empty ones and "." say nothing.
+std::vector<std::string> splitpath(std::string_view path, const char* separators = "\\/");
 
 // The names that lead from a drive's root to what `path` names: those of the folder that it starts
 // from, then those of its `rest`, in which ".." takes the one before it away. Fails when Windows

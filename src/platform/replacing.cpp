@@ -34,16 +34,31 @@ Failure Replacing::failure(const std::string& action, const MapFolder::Reason& r
 }
 
 Result<Done> Replacing::run() {
-  if (auto checked = checkmap(); !checked)
-    return checked;
+  if (auto locked = lockmap(); !locked)
+    return locked;
   if (auto free = checkcompanions(); !free)
     return free;
   if (auto ready = prepare(); !ready)
     return ready;
+  if (auto checked = checkmap(); !checked)
+    return checked;
   return commit();
 }
 
-// The map must be an ordinary file that holds what was converted.
+Result<Done> Replacing::lockmap() {
+  const auto kind = folder.kindof(mapname);
+  if (kind == MapFolder::Kind::folder || kind == MapFolder::Kind::other)
+    return Failure{replacement.map, "convert it", "it is not an ordinary file any more"};
+  const auto locked = folder.lock(mapname);
+  if (!locked)
+    return failure("convert it", locked.failure());
+  if (!*locked)
+    return Failure{replacement.map, "convert it", "another run is converting it"};
+  return Done{};
+}
+
+// The map must hold what was converted. It is looked at as late as can
+// be: what somebody else saves while the result is written must not be lost.
 Result<Done> Replacing::checkmap() {
   const auto same = folder.holds(mapname, replacement.was);
   if (!same)

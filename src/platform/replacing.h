@@ -37,6 +37,7 @@ private:
     std::string name;  // empty when there is no file
   };
 
+  Result<Done> lockmap();
   Result<Done> checkmap();
   Result<Done> checkcompanions();
   Result<Done> prepare();

@@ -26,8 +26,9 @@ public:
   explicit operator bool() const { return held.index() == 0; }
 
   // Only where the result holds a value.
-  Value& operator*() { return std::get<0>(held); }
-  const Value& operator*() const { return std::get<0>(held); }
+  Value& operator*() & { return std::get<0>(held); }
+  Value&& operator*() && { return std::get<0>(std::move(held)); }
+  const Value& operator*() const& { return std::get<0>(held); }
   Value* operator->() { return &std::get<0>(held); }
   const Value* operator->() const { return &std::get<0>(held); }
 

@@ -17,9 +17,10 @@ bool showfolder(Form1& form, const std::string& path) {
   return bool(shown);
 }
 
-void showroot(Form1& form, const std::string& root) {
+// Shows the search root that a button stands for.
+void showroot(Form1& form, const Control& button, const std::string& root) {
   if (root.empty())
-    form.screen.messagebox("There is no folder to show: no edition of the game is selected.");
+    form.screen.messagebox("No folder is known yet for " + button.text() + ".");
   else
     showfolder(form, root);
 }
@@ -37,8 +38,8 @@ void Command2_Click(Form1& form) {
 }
 
 void Command3_Click(Form1& form) { endprogram(form); }
-void Command4_Click(Form1& form) { showroot(form, form.pathlist[1]); }
-void Command5_Click(Form1& form) { showroot(form, form.pathlist[0]); }
+void Command4_Click(Form1& form) { showroot(form, form.Command4, form.pathlist[1]); }
+void Command5_Click(Form1& form) { showroot(form, form.Command5, form.pathlist[0]); }
 void Command6_Click(Form1& form) { selectedition(form, Edition::base); }
 void Command7_Click(Form1& form) { selectedition(form, Edition::expansion); }
 

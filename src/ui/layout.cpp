@@ -18,19 +18,30 @@ constexpr ControlLayout infolabel(const char* name, const char* caption, int lef
   return {name, Kind::label, caption, left, top, width, 195, window, Align::left, true, true, true};
 }
 
+constexpr ControlLayout incolumn(int column, ControlLayout row, const char* holds = "") {
+  row.column = column;
+  row.holds = holds;
+  return row;
+}
+
 constexpr bool disabled = false;
 constexpr bool hidden = false;
 
+constexpr int columns = 3;
+constexpr char foundheading[] = "found galaxy files";
+constexpr char fixedheading[] = "fixed galaxy files";
+
 constexpr ControlLayout table[] = {
-    {"Drive1", Kind::drivelist, "", 120, 1560, 3855, 315, window},
-    {"File1", Kind::filelist, "", 120, 3840, 3855, 3405, window},
-    {"Dir1", Kind::directorylist, "", 120, 1920, 3855, 1890, window},
+    incolumn(1, {"Drive1", Kind::drivelist, "", 120, 1560, 3855, 315, window}, "drives"),
+    incolumn(1, {"File1", Kind::filelist, "", 120, 3840, 3855, 3405, window},
+             "files of the folder"),
+    incolumn(1, {"Dir1", Kind::directorylist, "", 120, 1920, 3855, 1890, window}, "folders"),
     {"Command1", Kind::button, "find galaxies", 120, 1200, 1335, 255, windowbold},
     {"Command2", Kind::button, "fix found galaxies", 1440, 1200, 1815, 255, windowbold},
     {"Command3", Kind::button, "exit", 3240, 1080, 855, 375, exitfont},
     {"Command4", Kind::button, "program space galaxies", 120, 480, 3855, 255, narrow},
     {"Command5", Kind::button, "user space galaxies", 120, 720, 3855, 255, narrow},
-    {"Text1", Kind::textbox, "", 4200, 1680, 2895, 5535, window},
+    incolumn(2, {"Text1", Kind::textbox, "", 4200, 1680, 2895, 5535, window}, foundheading),
     {"Label1", Kind::label, "stage ", 7200, 600, 855, 375, big},
     {"Label2", Kind::label, "Please wait processing", 6240, 120, 3855, 375, bigitalic,
      Align::centre},
@@ -40,9 +51,11 @@ constexpr ControlLayout table[] = {
     {"Label6", Kind::label, "0", 7800, 1080, 975, 375, big, Align::right},
     {"Label7", Kind::label, "updated", 8880, 1080, 1215, 375, big},
     {"Label8", Kind::label, "0", 8160, 600, 375, 375, big},
-    {"Text2", Kind::textbox, "", 7200, 1680, 2895, 5535, window},
-    {"Label9", Kind::label, "found galaxy files", 4200, 1440, 2775, 255, heading, Align::centre},
-    {"Label10", Kind::label, "fixed galaxy files", 7200, 1440, 2895, 255, heading, Align::centre},
+    incolumn(3, {"Text2", Kind::textbox, "", 7200, 1680, 2895, 5535, window}, fixedheading),
+    incolumn(2,
+             {"Label9", Kind::label, foundheading, 4200, 1440, 2775, 255, heading, Align::centre}),
+    incolumn(3,
+             {"Label10", Kind::label, fixedheading, 7200, 1440, 2895, 255, heading, Align::centre}),
     infolabel("Label11", "cpu", 120, 240, 270),
     infolabel("Label12", "cpu ident", 120, 0, 660),
     infolabel("Label13", "cpulevel", 1560, 240, 600),
@@ -65,6 +78,27 @@ const ControlLayout& layoutof(const Control& control) {
 }  // namespace
 
 std::span<const ControlLayout> layout() { return table; }
+
+Place placeof(const ControlLayout& row, int clientwidth, int clientheight) {
+  Place place = {row.left, row.top, row.width, row.height};
+  if (row.column == 0)
+    return place;
+  const int share = std::max(0, clientwidth - windowwidth) / columns;
+  place.left += (row.column - 1) * share;
+  place.width += share;
+  if (row.kind == Kind::filelist || row.kind == Kind::textbox)
+    place.height += std::max(0, clientheight - windowheight);
+  return place;
+}
+
+int roomof(const ControlLayout& row) {
+  int right = windowwidth;
+  for (const ControlLayout& other : table)
+    if (other.visible && other.left > row.left && other.top < row.top + row.height &&
+        row.top < other.top + other.height)
+      right = std::min(right, other.left);
+  return right - row.left;
+}
 
 void applylayout(Form1& form) {
   form.setcaption(windowcaption);

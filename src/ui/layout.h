@@ -32,10 +32,23 @@ struct ControlLayout {
   bool enabled = true;
   bool visible = true;
   bool sizedtotext = false;  // a label that is as wide as its caption
+  int column = 0;            // 1 to 3 from the left: what widens with the window; 0: all else
+  const char* holds = "";    // what assistive tools call a control without a caption
+};
+
+struct Place {
+  int left, top, width, height;
 };
 
 // All controls in keyboard focus order; labels take no focus.
 std::span<const ControlLayout> layout();
+
+// Where a control is while the client area has this size. The three columns share the width beyond
+// the design's; the file list and the text boxes take the height beyond it.
+Place placeof(const ControlLayout& row, int clientwidth, int clientheight);
+
+// How wide a label sized to its text can be, in twips, before it meets its right-hand neighbour.
+int roomof(const ControlLayout& row);
 
 // Gives the form's controls and its window their initial state.
 void applylayout(Form1& form);

@@ -2,6 +2,7 @@
 #include "app/startup.h"
 
 #include "tests/support/testmachine.h"
+#include "ui/layout.h"
 #include "ui/loadform.h"
 
 #include <gtest/gtest.h>
@@ -141,7 +142,10 @@ TEST(Startup, SelectsTheEditionThatIsInstalledAlone) {
     const auto place = [&](const std::string& text) {
       return text == "P" ? zpath(machine.program) + "\\" : text == "U" ? userspace : text;
     };
-    EXPECT_EQ(program.run([&] { loadform(form); }), Program::goeson);
+    applylayout(form);
+    form.Command6.setvisible(false);
+    form.Command7.setvisible(false);
+    EXPECT_EQ(program.run([&] { startup(form); }), Program::goeson);
     EXPECT_EQ(form.edition, c.edition);
     EXPECT_EQ(form.gamepath, c.gamepath);
     EXPECT_EQ(form.pathlist[1], place(c.programspace));
@@ -151,7 +155,7 @@ TEST(Startup, SelectsTheEditionThatIsInstalledAlone) {
     EXPECT_EQ(form.foundversion, c.release);
     EXPECT_EQ(form.Command6.enabled(), c.command6);
     EXPECT_EQ(form.Command7.enabled(), c.command7);
-    EXPECT_TRUE(form.Command6.visible() && form.Command7.visible());
+    EXPECT_EQ(form.Command6.visible() && form.Command7.visible(), form.bothfound);
     EXPECT_TRUE(form.Command1.enabled());
     EXPECT_FALSE(form.Command2.enabled());
     EXPECT_FALSE(form.Label19.visible());

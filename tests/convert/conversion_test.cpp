@@ -103,9 +103,15 @@ TEST_F(Conversion, TakesTheVersionFromTheEndOfTheSecondLine) {
   const struct {
     const char* secondline;
     const char* file;
-  } cases[] = {{"v 3", "voldstruct3.txt"},    {"", "voldstruct.txt"},
-               {"v-1", "voldstruct-1.txt"},   {"v03", "voldstruct03.txt"},
-               {"v\\3", "voldstruct\\3.txt"}, {"v..", "voldstruct...txt"},
+  } cases[] = {{"v 3", "voldstruct3.txt"},
+               {"", "voldstruct.txt"},
+               {"v-1", "voldstruct-1.txt"},
+               {"v03", "voldstruct03.txt"},
+               {"v\\3", "voldstruct\\3.txt"},
+               {"v..", "voldstruct...txt"},
+               {"\x1B"
+                "c",
+                "voldstruct\\x1Bc.txt"},
                {"x", "voldstructx.txt"}};
   fs::remove(machine.data / "voldstruct3.txt");
   for (const auto& c : cases) {
@@ -123,10 +129,13 @@ TEST_F(Conversion, TellsWhichMapsItCouldNotConvertAndGoesOn) {
   found("vanished.galaxy");
   add("oneline.galaxy", "MAP\r\n");
   add("empty.galaxy", "");
+  add("huge.galaxy", "");
+  fs::resize_file(maps / "huge.galaxy", Files::largestfile + 1);
   add("taken.galaxy", oldmap);
   fs::create_directories(maps / "taken.GALOLD");
   add("a.galaxy", oldmap);
   EXPECT_EQ(fix(), Program::goeson);
+  fs::remove(maps / "huge.galaxy");
   EXPECT_EQ(tree(maps), (Tree{{"oneline.galaxy", "MAP\r\n"},
                               {"empty.galaxy", ""},
                               {"taken.galaxy", oldmap},
@@ -140,6 +149,7 @@ TEST_F(Conversion, TellsWhichMapsItCouldNotConvertAndGoesOn) {
             "C:\\maps\\vanished.galaxy: cannot read it: the file is missing\r\n"
             "C:\\maps\\oneline.galaxy: cannot convert it: it has no second line\r\n"
             "C:\\maps\\empty.galaxy: cannot convert it: it has no second line\r\n"
+            "C:\\maps\\huge.galaxy: cannot read it: it is larger than 1 GiB\r\n"
             "C:\\maps\\taken.galaxy: cannot convert it: a folder has the name taken.galold");
 }
 
@@ -175,7 +185,7 @@ TEST_F(Conversion, ATemplateErrorEndsTheProgramAndLosesNothing) {
       {"v",
        false,
        {{"a.galaxy", oldmap}, {"a.galold", oldmap}, {"b.galaxy", oldmap}},
-       "C:\\maps\\a.galaxy: the map is of version 3 and cannot be converted: template "
+       "C:\\maps\\a.galaxy: the map is of version \"3\" and cannot be converted: template "
        "vnewstruct3.txt: its section count is 0 or below: ship$0\r\n"
        "The map is as it was. No further map was converted."},
       {"v", true, {{"a.galaxy", oldmap}, {"b.galaxy", oldmap}}, "vnewstruct3.txt"},
@@ -222,5 +232,10 @@ TEST_F(Conversion, AMissingBaselineConvertsNothingAndIsTold) {
   EXPECT_EQ(fix(), Program::goeson);
   EXPECT_EQ(tree(maps), (Tree{{"a.galaxy", oldmap}}));
   ASSERT_EQ(program.screen.messages.size(), 1u);
-  EXPECT_NE(program.screen.messages[0].find("vnewstruct0.txt"), std::string::npos);
+  EXPECT_EQ(program.screen.messages[0],
+            "No map was converted: vnewstruct0.txt: cannot read it: the file is missing");
+  program.form.edition = "";
+  fix();
+  EXPECT_EQ(program.screen.messages[1],
+            "No map was converted: no edition of the game is selected.");
 }

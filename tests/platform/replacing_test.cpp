@@ -117,6 +117,22 @@ TEST_F(Replace, AFolderInACompanionsPlaceLeavesNothingHalfDone) {
   }
 }
 
+// What is known of one folder must not be taken for what is known of the next.
+TEST_F(Replace, SeesEachFolderAsItIs) {
+  EXPECT_TRUE(bool(replace()));
+  const fs::path other = machine.drivec / "other";
+  for (const char* name : {"a.galaxy", "a.galold", "b.galaxy"})
+    writefile(other / name, "old");
+  fs::create_directory(other / "B.GALOLD");
+  const auto put = [&](const std::string& name) {
+    const std::string path = "C:\\other\\" + name;
+    return files.replace({path + "axy", "old", {{path + "axy", "new"}}, path + "old"});
+  };
+  EXPECT_TRUE(bool(put("a.gal")));
+  EXPECT_FALSE(bool(put("b.gal")));
+  EXPECT_TRUE(fs::is_directory(other / "B.GALOLD"));
+}
+
 // What is known of a folder must not outlive changes that others make in it.
 TEST_F(Replace, SeesBackupsThatOthersMakeMeanwhile) {
   EXPECT_TRUE(bool(replace()));

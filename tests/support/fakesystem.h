@@ -1,10 +1,11 @@
 // A system for tests that answers what it is told to.
 #pragma once
 
-#include "platform/prefix/lettercase.h"
 #include "platform/system.h"
 
 #include <map>
+
+std::string lowercase(std::string_view text);  // that of the machine which the tests are built for
 
 class FakeSystem : public System {
 public:

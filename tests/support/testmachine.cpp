@@ -82,7 +82,8 @@ void TestMachine::writedata() {
   writefile(data / "toldstructfix4.txt", "MAP\r\nship$3\r\nship\r\nsize\r\nextra\r\n");
   writefile(data / "tnewstructfix4.txt", "MAP\r\nship$3\r\nship &\r\nsize #\r\nextra 1\r\n");
   writefile(data / "targetvoraver.txt", "1.2.3.4\r\n\r\n\r\n\r\n5.6.7.8\r\n\r\nno\r\n");
-  writefile(data / "original vora galaxies.txt", "own.galaxy\r\n\xC3\xA9toile.galaxy\r\na.galaxy \r\n");
+  writefile(data / "original vora galaxies.txt",
+            "own.galaxy\r\n\xC3\xA9toile.galaxy\r\na.galaxy \r\n");
 }
 
 std::string zpath(const fs::path& path) {
@@ -114,8 +115,9 @@ std::map<std::string, std::string> tree(const fs::path& folder) {
   return found;
 }
 
-Program::Program(const TestMachine& machine, const std::string& arguments)
-    : files(machine.machine), system(machine.machine, arguments), form(files, system, screen) {}
+Program::Program(const TestMachine& machine, const std::string& arguments, Disk& disk)
+    : files(machine.machine, disk), system(machine.machine, arguments),
+      form(files, system, screen) {}
 
 int Program::run(const std::function<void()>& action) {
   try {

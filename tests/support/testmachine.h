@@ -57,7 +57,9 @@ std::map<std::string, std::string> tree(const std::filesystem::path& folder);
 
 // The program on a machine.
 struct Program {
-  explicit Program(const TestMachine& machine, const std::string& arguments = "");
+  // `disk` must outlive the object.
+  explicit Program(const TestMachine& machine, const std::string& arguments = "",
+                   Disk& disk = systemdisk());
 
   PrefixFiles files;
   PrefixSystem system;

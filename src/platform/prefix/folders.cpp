@@ -24,15 +24,17 @@ std::string findfolded(const Handle& folder, const std::string& name) {
 
 bool hasname(const Handle& folder, const std::string& name) {
   struct stat ignored;
-  return ::fstatat(folder.get(), name.c_str(), &ignored, AT_SYMLINK_NOFOLLOW) == 0;
+  return lookat(folder, name, ignored);
 }
 
 }  // namespace
 
 bool eachname(const Handle& folder, const Visit& visit) {
+  if (!folder)
+    return false;
   alignas(dirent64) char buffer[1 << 15];
   while (true) {
-    const ssize_t length = ::getdents64(folder.get(), buffer, sizeof buffer);
+    const ssize_t length = folder.disk().names(folder.get(), buffer, sizeof buffer);
     if (length <= 0)
       return length == 0;
     for (ssize_t at = 0; at < length;) {
@@ -51,30 +53,33 @@ std::string findname(const Handle& folder, const std::string& name) {
 
 FolderNames::Stamp FolderNames::stampof(const Handle& folder) {
   struct stat status;
-  if (::fstat(folder.get(), &status) != 0)
+  if (!describe(folder, status))
     return {};
   return {status.st_dev, status.st_ino, status.st_mtim.tv_sec, status.st_mtim.tv_nsec};
 }
 
-void FolderNames::read(const Handle& folder) {
+void FolderNames::refresh(const Handle& folder) {
+  const Stamp now = stampof(folder);
+  if (stamp == now)
+    return;
+  stamp = now;
   hashes.clear();
-  stamp = stampof(folder);
-  eachname(opennameat(folder, ".", O_RDONLY | O_DIRECTORY),
-           [&](const char* name, unsigned char) { hashes.insert(hash(name)); });
+  const bool complete =
+      eachname(opennameat(folder, ".", O_RDONLY | O_DIRECTORY),
+               [&](const char* name, unsigned char) { hashes.insert(hash(name)); });
+  if (!complete)
+    stamp = {};  // to be read again for the next question
 }
 
-std::string FolderNames::find(const Handle& folder, const std::string& name) {
+std::string FolderNames::find(const Handle& folder, const std::string& name) const {
   if (hasname(folder, name))
     return name;
-  if (stamp != stampof(folder))
-    read(folder);
   return hashes.contains(hash(name)) ? findfolded(folder, name) : "";
 }
 
 void FolderNames::added(const std::string& name) { hashes.insert(hash(name)); }
 
 void FolderNames::changed(const Handle& folder) {
-  const Stamp now = stampof(folder);
-  if (now.device == stamp.device && now.inode == stamp.inode)
-    stamp = now;
+  if (stamp != Stamp{})
+    stamp = stampof(folder);
 }

@@ -22,8 +22,11 @@ std::string findname(const Handle& folder, const std::string& name);
 // hashes of the lowered names are kept: what may be there is looked up on the disk.
 class FolderNames {
 public:
+  // Reads the folder, unless nothing has changed since it was last read. Call it before the rest.
+  void refresh(const Handle& folder);
+
   // The same answer as `findname`.
-  std::string find(const Handle& folder, const std::string& name);
+  std::string find(const Handle& folder, const std::string& name) const;
 
   // Tells of a name that the caller is about to make. The caller says when it is done, so that its
   // own changes are not taken for somebody else's.
@@ -38,7 +41,6 @@ private:
   };
 
   static Stamp stampof(const Handle& folder);
-  void read(const Handle& folder);
 
   Stamp stamp;
   std::unordered_set<std::size_t> hashes;

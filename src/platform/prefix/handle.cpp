@@ -6,17 +6,16 @@
 #include <system_error>
 
 #include <fcntl.h>
-#include <unistd.h>
 
 Handle::~Handle() { static_cast<void>(close()); }
 
 bool Handle::close() {
   const int closing = std::exchange(descriptor, -1);
-  return closing < 0 || ::close(closing) == 0;
+  return closing < 0 || owner->close(closing) == 0;
 }
 
 // A longer path than the system takes is walked in pieces, each relative to the one before.
-Handle openpath(const std::string& path, int flags, unsigned mode) {
+Handle openpath(Disk& disk, const std::string& path, int flags, unsigned mode) {
   Handle folder;
   std::string_view rest = path;
   int base = AT_FDCWD;
@@ -25,22 +24,23 @@ Handle openpath(const std::string& path, int flags, unsigned mode) {
     if (slash == std::string_view::npos || slash == 0)
       break;
     const std::string piece(rest.substr(0, slash));
-    folder = Handle(::openat(base, piece.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
+    folder = Handle(disk, disk.open(base, piece.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC, 0));
     if (!folder)
       return folder;
     base = folder.get();
     rest.remove_prefix(rest.find_first_not_of('/', slash));
   }
-  return Handle(::openat(base, std::string(rest).c_str(), flags | O_CLOEXEC, mode));
+  return Handle(disk, disk.open(base, std::string(rest).c_str(), flags | O_CLOEXEC, mode));
 }
 
 Handle opennameat(const Handle& folder, const std::string& name, int flags, unsigned mode) {
-  return Handle(::openat(folder.get(), name.c_str(), flags | O_CLOEXEC, mode));
+  Disk& disk = folder.disk();
+  return Handle(disk, disk.open(folder.get(), name.c_str(), flags | O_CLOEXEC, mode));
 }
 
 bool writeall(const Handle& file, std::string_view text) {
   while (!text.empty()) {
-    const ssize_t written = ::write(file.get(), text.data(), text.size());
+    const ssize_t written = file.disk().write(file.get(), text.data(), text.size());
     if (written < 0 && errno != EINTR)
       return false;
     text.remove_prefix(written < 0 ? 0 : static_cast<std::size_t>(written));
@@ -51,7 +51,7 @@ bool writeall(const Handle& file, std::string_view text) {
 std::optional<std::size_t> readall(const Handle& file, char* buffer, std::size_t size) {
   std::size_t done = 0;
   while (done < size) {
-    const ssize_t length = ::read(file.get(), buffer + done, size - done);
+    const ssize_t length = file.disk().read(file.get(), buffer + done, size - done);
     if (length == 0)
       break;
     if (length < 0 && errno != EINTR)
@@ -59,6 +59,14 @@ std::optional<std::size_t> readall(const Handle& file, char* buffer, std::size_t
     done += length < 0 ? 0 : static_cast<std::size_t>(length);
   }
   return done;
+}
+
+bool describe(const Handle& file, struct stat& status) {
+  return file.disk().status(file.get(), "", AT_EMPTY_PATH, status) == 0;
+}
+
+bool lookat(const Handle& folder, const std::string& name, struct stat& status) {
+  return folder.disk().status(folder.get(), name.c_str(), AT_SYMLINK_NOFOLLOW, status) == 0;
 }
 
 std::string systemreason() { return std::generic_category().message(errno); }

@@ -1,6 +1,7 @@
 // File descriptors that close themselves, and the few operations on them that every user needs.
 #pragma once
 
+#include "platform/prefix/disk.h"
 #include "platform/result.h"
 
 #include <cstddef>
@@ -12,9 +13,12 @@
 // An open file or folder, or none.
 class Handle {
 public:
-  explicit Handle(int opened = -1) : descriptor(opened) {}
-  Handle(Handle&& other) noexcept : descriptor(std::exchange(other.descriptor, -1)) {}
+  Handle() = default;
+  Handle(Disk& itsdisk, int opened) : owner(&itsdisk), descriptor(opened) {}
+  Handle(Handle&& other) noexcept
+      : owner(other.owner), descriptor(std::exchange(other.descriptor, -1)) {}
   Handle& operator=(Handle&& other) noexcept {
+    std::swap(owner, other.owner);
     std::swap(descriptor, other.descriptor);
     return *this;
   }
@@ -22,20 +26,19 @@ public:
 
   explicit operator bool() const { return descriptor >= 0; }
   int get() const { return descriptor; }
+  Disk& disk() const { return *owner; }  // that the file was opened on
 
   // Closes the file now; false, with errno set, when that fails.
   bool close();
 
-  // Gives the descriptor away: it is somebody else's to close.
-  int release() { return std::exchange(descriptor, -1); }
-
 private:
-  int descriptor;
+  Disk* owner = nullptr;
+  int descriptor = -1;
 };
 
 // Opens a POSIX path, which may be longer than the system takes in one piece. No handle, with errno
 // set, when that fails. `flags` are those of open(); the handle is closed in child processes.
-Handle openpath(const std::string& path, int flags, unsigned mode = 0);
+Handle openpath(Disk& disk, const std::string& path, int flags, unsigned mode = 0);
 
 // Opens a name in an open folder.
 Handle opennameat(const Handle& folder, const std::string& name, int flags, unsigned mode = 0);
@@ -46,6 +49,12 @@ bool writeall(const Handle& file, std::string_view text);
 // Reads up to `size` bytes, less only at the file's end: how many, nothing with errno set when that
 // fails.
 std::optional<std::size_t> readall(const Handle& file, char* buffer, std::size_t size);
+
+// Describes an open file; false, with errno set, when that fails.
+bool describe(const Handle& file, struct stat& status);
+
+// Describes a name in an open folder, a link as a link; false, with errno set, when that fails.
+bool lookat(const Handle& folder, const std::string& name, struct stat& status);
 
 // The system's own words for errno.
 std::string systemreason();

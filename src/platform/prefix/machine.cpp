@@ -38,7 +38,7 @@ std::string homefolder() {
 
 std::string findprefix(const Machine& machine) {
   if (const char* prefix = std::getenv("WINEPREFIX"); prefix && *prefix)
-    return fs::absolute(prefix).lexically_normal().string();
+    return (fs::path(machine.currentfolder) / prefix).lexically_normal().string();
   if (auto prefix = prefixabove(machine.currentfolder))
     return *prefix;
   if (auto prefix = prefixabove(machine.programfolder))

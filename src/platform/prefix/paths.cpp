@@ -64,11 +64,11 @@ bool holds(const std::string& root, const std::string& path) {
   return path.starts_with(base) && (path.size() == base.size() || path[base.size()] == '/');
 }
 
-bool existsat(const std::string& path) {
+bool existsat(Disk& disk, const std::string& path) {
   struct stat ignored;
-  if (::lstat(path.c_str(), &ignored) == 0)
+  if (disk.status(AT_FDCWD, path.c_str(), AT_SYMLINK_NOFOLLOW, ignored) == 0)
     return true;
-  return errno == ENAMETOOLONG && openpath(path, O_PATH | O_NOFOLLOW);
+  return errno == ENAMETOOLONG && openpath(disk, path, O_PATH | O_NOFOLLOW);
 }
 
 Failure missing(const std::string& path) {
@@ -83,8 +83,8 @@ Failure nothere(const std::string& path) {
 
 }  // namespace
 
-Paths::Paths(const Machine& machine)
-    : currentfolder(machine.currentfolder), roots(drivesof(machine.folder)) {}
+Paths::Paths(const Machine& machine, Disk& itsdisk)
+    : disk(itsdisk), currentfolder(machine.currentfolder), roots(drivesof(machine.folder)) {}
 
 // The POSIX path of the root that `path` starts from, which is the current drive's unless it names
 // one.
@@ -112,7 +112,7 @@ Result<Paths::Parsed> Paths::parse(const std::string& path) const {
     parsed.root = *root;
     rest.remove_prefix(hasdrive(path) ? 2 : 1);
   } else {
-    parsed.components = splitpath(currentfolder);
+    parsed.components = splitpath(currentfolder, "/");
   }
   auto names = resolve(std::move(parsed.components), rest, path);
   if (!names)
@@ -142,13 +142,13 @@ Result<Location> Paths::find(const std::string& path) const {
   const auto parsed = parse(path);
   if (!parsed)
     return parsed.failure();
-  if (Location exact = exactly(*parsed); exact.name.empty() || existsat(exact.path()))
+  if (Location exact = exactly(*parsed); exact.name.empty() || existsat(disk, exact.path()))
     return exact;
   Location found{parsed->root, ""};
   for (const std::string& component : parsed->components) {
     if (!found.name.empty())
       found.folder += "/" + found.name;
-    const Handle folder = openpath(found.folder + "/", O_PATH | O_DIRECTORY);
+    const Handle folder = openpath(disk, found.folder + "/", O_PATH | O_DIRECTORY);
     if (!folder)
       return nothere(path);
     const std::string spelled = findname(folder, component);

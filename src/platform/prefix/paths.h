@@ -1,6 +1,7 @@
 // Windows paths on a machine kept in a folder, and the POSIX paths that they stand for.
 #pragma once
 
+#include "platform/prefix/disk.h"
 #include "platform/prefix/machine.h"
 #include "platform/result.h"
 
@@ -20,7 +21,8 @@ struct Location {
 
 class Paths {
 public:
-  explicit Paths(const Machine& machine);
+  // `itsdisk` must outlive the object.
+  explicit Paths(const Machine& machine, Disk& itsdisk = systemdisk());
 
   // Where a Windows path leads if all its names are spelled as on the disk; the disk is not asked.
   // Fails when its drive is not there, and when Windows would not allow one of its names.
@@ -48,6 +50,7 @@ private:
   Result<Parsed> parse(const std::string& path) const;
   Result<std::string> driveroot(const std::string& path) const;
 
+  Disk& disk;
   std::string currentfolder;
   std::map<char, std::string> roots;  // POSIX path by upper-case letter, empty where not ready
 };

@@ -42,7 +42,7 @@ bool iskernels(const Handle& folder) {
 // kind. A link counts as what it leads to.
 std::optional<bool> isfolder(const Handle& folder, const char* name) {
   struct stat status;
-  if (::fstatat(folder.get(), name, &status, 0) != 0)
+  if (!folder || folder.disk().status(folder.get(), name, 0, status) != 0)
     return std::nullopt;
   if (S_ISDIR(status.st_mode))
     return true;
@@ -62,48 +62,41 @@ std::optional<Entry> entryof(const Handle& folder, const char* name, unsigned ch
   if (!kind || (!*kind && !matchespattern(name, pattern)))
     return std::nullopt;
   struct stat status;
-  const bool known = ::fstatat(folder.get(), name, &status, AT_SYMLINK_NOFOLLOW) == 0;
+  const bool known = lookat(folder, name, status);
   return Entry{name, *kind, !known || S_ISLNK(status.st_mode)};
 }
 
-// An open file or folder, and where it is.
-struct Opened {
-  Handle handle;
-  Location location;
-};
+}  // namespace
 
-// Opens what a path names. Most names are spelled as on the disk, so that is tried first. `action`
-// tells what the caller is about to do.
-Result<Opened> open(const Paths& paths, const std::string& path, int flags, const char* action) {
+Result<PrefixFiles::Opened> PrefixFiles::open(const std::string& path, int flags,
+                                              const char* action) const {
   if (auto exact = paths.exact(path))
-    if (Handle handle = openpath(exact->path(), flags))
+    if (Handle handle = openpath(disk, exact->path(), flags))
       return Opened{std::move(handle), *std::move(exact)};
   auto location = paths.find(path);
   if (!location)
     return location.failure();
-  Handle handle = openpath(location->path(), flags);
+  Handle handle = openpath(disk, location->path(), flags);
   if (!handle)
     return failure(path, action);
   return Opened{std::move(handle), *std::move(location)};
 }
 
-Result<Opened> openfolder(const Paths& paths, const std::string& folder) {
-  return open(paths, folder, O_RDONLY | O_DIRECTORY, "open the folder");
+Result<PrefixFiles::Opened> PrefixFiles::openfolder(const std::string& folder) const {
+  return open(folder, O_RDONLY | O_DIRECTORY, "open the folder");
 }
 
-Result<Done> writetext(const Paths& paths, const std::string& path, std::string_view text,
-                       int flags) {
+Result<Done> PrefixFiles::writetext(const std::string& path, std::string_view text,
+                                    int flags) const {
   const auto location = paths.find(path);
   if (!location)
     return location.failure();
   Handle file =
-      openpath(location->path(), O_WRONLY | O_CREAT | O_NOFOLLOW | O_NONBLOCK | flags, 0666);
+      openpath(disk, location->path(), O_WRONLY | O_CREAT | O_NOFOLLOW | O_NONBLOCK | flags, 0666);
   if (!file || !writeall(file, text) || !file.close())
     return failure(path, "write it");
   return Done{};
 }
-
-}  // namespace
 
 Result<std::string> PrefixFiles::lookup(const std::string& path, Match match) {
   const bool folders = match == Match::filesandfolders;
@@ -123,31 +116,39 @@ Result<std::string> PrefixFiles::lookup(const std::string& path, Match match) {
     return location.failure();
   if (!location || !location->exists || ishidden(location->name) || path.ends_with("\\."))
     return std::string();
-  const Handle folder = openpath(location->folder + "/", O_PATH | O_DIRECTORY);
+  errno = 0;
+  const Handle folder = openpath(disk, location->folder + "/", O_PATH | O_DIRECTORY);
   const auto kind = isfolder(folder, location->name.c_str());
+  if (!kind && errno != 0 && errno != ENOENT)
+    return failure(path, "find it");
   return kind && (folders || !*kind) ? location->name : std::string();
 }
 
 Result<std::vector<Entry>> PrefixFiles::list(const std::string& folder, std::string_view pattern) {
-  const auto opened = openfolder(paths, folder);
+  const auto opened = openfolder(folder);
   if (!opened)
     return opened.failure();
   const Handle& handle = opened->handle;
   if (iskernels(handle))
     return Failure{folder, "list the folder", "it is the system's own"};
   std::vector<Entry> entries;
+  std::vector<std::string> leftover;
   const bool complete = eachname(handle, [&](const char* name, unsigned char type) {
+    if (MapFolder::istemporary(name))
+      leftover.emplace_back(name);
     if (auto entry = entryof(handle, name, type, pattern))
       entries.push_back(*std::move(entry));
   });
   if (!complete)
     return failure(folder, "list the folder");
+  for (const std::string& name : leftover)
+    clearleftover(handle, name);
   sortentries(entries, lowercase);
   return entries;
 }
 
 Result<std::string> PrefixFiles::fullpath(const std::string& folder) {
-  const auto opened = openfolder(paths, folder);
+  const auto opened = openfolder(folder);
   if (!opened)
     return opened.failure();
   return paths.windowspath(opened->location.path(), folder[0]);
@@ -155,15 +156,17 @@ Result<std::string> PrefixFiles::fullpath(const std::string& folder) {
 
 Result<std::string> PrefixFiles::read(const std::string& path) {
   const Failure missing{path, "read it", "the file is missing", true};
-  const auto opened = open(paths, path, O_RDONLY | O_NONBLOCK, "read it");
+  const auto opened = open(path, O_RDONLY | O_NONBLOCK, "read it");
   if (!opened)
     return opened.failure().missing ? missing : opened.failure();
   struct stat status;
-  if (::fstat(opened->handle.get(), &status) != 0)
+  if (!describe(opened->handle, status))
     return failure(path, "read it");
   if (!S_ISREG(status.st_mode) || ishidden(opened->location.name) || path.ends_with("\\.") ||
       path.ends_with('\\'))
     return missing;
+  if (status.st_size > largestfile)
+    return Failure{path, "read it", "it is larger than 1 GiB"};
   std::string text(static_cast<std::size_t>(status.st_size), '\0');
   const auto length = readall(opened->handle, text.data(), text.size());
   if (!length)
@@ -173,20 +176,21 @@ Result<std::string> PrefixFiles::read(const std::string& path) {
 }
 
 Result<Done> PrefixFiles::write(const std::string& path, std::string_view text) {
-  return writetext(paths, path, text, O_TRUNC);
+  return writetext(path, text, O_TRUNC);
 }
 
 Result<Done> PrefixFiles::append(const std::string& path, std::string_view text) {
-  return writetext(paths, path, text, O_APPEND);
+  return writetext(path, text, O_APPEND);
 }
 
 Result<Done> PrefixFiles::replace(const Replacement& replacement) {
   const auto map = paths.find(replacement.map);
   if (!map)
     return map.failure();
-  const Handle folder = openpath(map->folder + "/", O_RDONLY | O_DIRECTORY);
+  const Handle folder = openpath(disk, map->folder + "/", O_RDONLY | O_DIRECTORY);
   if (!folder)
     return failure(replacement.map, "open its folder");
+  names.refresh(folder);
   PrefixMapFolder mapfolder(folder, names);
   auto done = Replacing(mapfolder, map->name, replacement).run();
   names.changed(folder);

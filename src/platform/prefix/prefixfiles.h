@@ -8,7 +8,9 @@
 
 class PrefixFiles : public Files {
 public:
-  explicit PrefixFiles(const Machine& machine) : paths(machine) {}
+  // `itsdisk` must outlive the object.
+  explicit PrefixFiles(const Machine& machine, Disk& itsdisk = systemdisk())
+      : disk(itsdisk), paths(machine, itsdisk) {}
 
   Result<std::string> lookup(const std::string& path, Match match) override;
   Result<std::vector<Entry>> list(const std::string& folder, std::string_view pattern) override;
@@ -19,6 +21,19 @@ public:
   Result<Done> replace(const Replacement& replacement) override;
 
 private:
+  // An open file or folder, and where it is.
+  struct Opened {
+    Handle handle;
+    Location location;
+  };
+
+  // Opens what a path names. Most names are spelled as on the disk, so that is tried first.
+  // `action` tells what the caller is about to do.
+  Result<Opened> open(const std::string& path, int flags, const char* action) const;
+  Result<Opened> openfolder(const std::string& folder) const;
+  Result<Done> writetext(const std::string& path, std::string_view text, int flags) const;
+
+  Disk& disk;
   Paths paths;
   FolderNames names;  // of the folder in which a map was last replaced
 };

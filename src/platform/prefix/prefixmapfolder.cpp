@@ -26,19 +26,25 @@ bool nohardlinks(int error) {
 // a file system knows no permissions is no reason to stop.
 void makelike(const Handle& file, const struct stat& like) {
   struct stat own;
-  if (::fstat(file.get(), &own) == 0 && (own.st_uid != like.st_uid || own.st_gid != like.st_gid))
+  if (describe(file, own) && (own.st_uid != like.st_uid || own.st_gid != like.st_gid))
     static_cast<void>(::fchown(file.get(), like.st_uid, like.st_gid) == 0);
   ::fchmod(file.get(), like.st_mode & 07777);
 }
 
-bool lookat(const Handle& folder, const std::string& name, struct stat& status) {
-  return ::fstatat(folder.get(), name.c_str(), &status, AT_SYMLINK_NOFOLLOW) == 0;
+// Whether a new file is this run's alone. A run that clears up may have taken it for a leftover
+// before it was locked, and has removed it or is about to.
+bool isours(const Handle& file) {
+  if (file.disk().lock(file.get()) != 0 && errno == EWOULDBLOCK)
+    return false;
+  struct stat status;
+  return describe(file, status) && status.st_nlink > 0;
 }
 
 // Renames to a name that must be free: EEXIST when it is not. False, with errno set, on failure.
 bool renametofree(const Handle& folder, const std::string& from, const std::string& to) {
+  Disk& disk = folder.disk();
   const int at = folder.get();
-  if (::renameat2(at, from.c_str(), at, to.c_str(), RENAME_NOREPLACE) == 0)
+  if (disk.rename(at, from.c_str(), to.c_str(), RENAME_NOREPLACE) == 0)
     return true;
   if (errno != EINVAL && errno != ENOSYS)
     return false;
@@ -48,12 +54,23 @@ bool renametofree(const Handle& folder, const std::string& from, const std::stri
     errno = EEXIST;
     return false;
   }
-  return ::renameat(at, from.c_str(), at, to.c_str()) == 0;
+  return disk.rename(at, from.c_str(), to.c_str(), 0) == 0;
 }
 
 }  // namespace
 
 std::string PrefixMapFolder::spelled(const std::string& name) { return names.find(folder, name); }
+
+// Where the file system has no locks, two runs at once are kept apart by `holds` alone.
+MapFolder::Answer<bool> PrefixMapFolder::lock(const std::string& name) {
+  Handle file = opennameat(folder, name, O_RDONLY | O_NOFOLLOW | O_NONBLOCK);
+  if (!file)
+    return lasterror();
+  if (folder.disk().lock(file.get()) != 0 && errno == EWOULDBLOCK)
+    return false;
+  locked.push_back(std::move(file));
+  return true;
+}
 
 MapFolder::Kind PrefixMapFolder::kindof(const std::string& name) {
   struct stat status;
@@ -67,7 +84,7 @@ MapFolder::Kind PrefixMapFolder::kindof(const std::string& name) {
 MapFolder::Answer<bool> PrefixMapFolder::holds(const std::string& name, std::string_view text) {
   const Handle file = opennameat(folder, name, O_RDONLY | O_NOFOLLOW | O_NONBLOCK);
   struct stat status;
-  if (!file || ::fstat(file.get(), &status) != 0)
+  if (!file || !describe(file, status))
     return lasterror();
   if (!S_ISREG(status.st_mode) || static_cast<std::size_t>(status.st_size) != text.size())
     return false;
@@ -85,7 +102,7 @@ MapFolder::Answer<bool> PrefixMapFolder::holds(const std::string& name, std::str
 
 MapFolder::Answer<Done> PrefixMapFolder::flush(const std::string& name) {
   const Handle file = opennameat(folder, name, O_RDONLY | O_NOFOLLOW | O_NONBLOCK);
-  if (!file || ::fsync(file.get()) != 0)
+  if (!file || folder.disk().flush(file.get()) != 0)
     return lasterror();
   return Done{};
 }
@@ -94,10 +111,12 @@ MapFolder::Answer<std::string> PrefixMapFolder::makefile(Handle& file) {
   for (int attempt = 0; attempt < attempts; ++attempt) {
     std::string free = temporaryname();
     file = opennameat(folder, free, O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW, 0600);
-    if (file)
-      return free;
-    if (errno != EEXIST)
+    if (!file && errno != EEXIST)
       break;
+    if (file && isours(file))
+      return free;
+    if (file)
+      remove(free);
   }
   return lasterror();
 }
@@ -111,23 +130,27 @@ MapFolder::Answer<std::string> PrefixMapFolder::writetemporary(std::string_view 
   auto made = makefile(file);
   if (!made)
     return made;
-  bool written = writeall(file, text);
-  if (written)
+  if (writeall(file, text)) {
     makelike(file, status);
-  written = written && ::fsync(file.get()) == 0 && file.close();
-  if (written)
-    return made;
+    // It stays open for its lock: what was flushed no failing close can take back.
+    if (folder.disk().flush(file.get()) == 0) {
+      locked.push_back(std::move(file));
+      return made;
+    }
+  }
   Reason reason = lasterror();
   remove(*made);
   return reason;
 }
 
-void PrefixMapFolder::remove(const std::string& name) { ::unlinkat(folder.get(), name.c_str(), 0); }
+void PrefixMapFolder::remove(const std::string& name) {
+  folder.disk().remove(folder.get(), name.c_str());
+}
 
 // A second name is unmoved by what becomes of the first.
 MapFolder::Answer<Done> PrefixMapFolder::rename(const std::string& from, const std::string& to,
                                                 const std::string&) {
-  if (::renameat(folder.get(), from.c_str(), folder.get(), to.c_str()) != 0)
+  if (folder.disk().rename(folder.get(), from.c_str(), to.c_str(), 0) != 0)
     return lasterror();
   names.added(to);
   return Done{};
@@ -145,9 +168,18 @@ MapFolder::Answer<bool> PrefixMapFolder::renamefree(const std::string& from,
 
 MapFolder::Answer<bool> PrefixMapFolder::link(const std::string& from, const std::string& to) {
   names.added(to);
-  if (::linkat(folder.get(), from.c_str(), folder.get(), to.c_str(), 0) == 0)
+  if (folder.disk().link(folder.get(), from.c_str(), to.c_str()) == 0)
     return true;
   if (nohardlinks(errno))
     return false;
   return lasterror();
+}
+
+void clearleftover(const Handle& folder, const std::string& name) {
+  const Handle file = opennameat(folder, name, O_RDONLY | O_NOFOLLOW | O_NONBLOCK);
+  struct stat status;
+  if (!file || !describe(file, status) || !S_ISREG(status.st_mode))
+    return;
+  if (folder.disk().lock(file.get()) == 0)
+    folder.disk().remove(folder.get(), name.c_str());
 }

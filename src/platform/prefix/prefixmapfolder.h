@@ -5,12 +5,15 @@
 #include "platform/prefix/folders.h"
 #include "platform/prefix/handle.h"
 
+#include <vector>
+
 class PrefixMapFolder : public MapFolder {
 public:
   // The folder is open; what is passed must outlive the object.
   PrefixMapFolder(const Handle& open, FolderNames& known) : folder(open), names(known) {}
 
   std::string spelled(const std::string& name) override;
+  Answer<bool> lock(const std::string& name) override;
   Kind kindof(const std::string& name) override;
   Answer<bool> holds(const std::string& name, std::string_view text) override;
   Answer<Done> flush(const std::string& name) override;
@@ -26,4 +29,11 @@ private:
 
   const Handle& folder;
   FolderNames& names;
+  std::vector<Handle> locked;  // against other runs, until the replacement is over
 };
+
+// Removes the temporary file `name` that a killed run left in an open folder. The rule: the name is
+// exactly one of `MapFolder::temporaryname`, it is an ordinary file and no link, and its lock can
+// be had: a run holds those of its files, and the system lets go of them when the run is killed.
+// Where the file system has no locks everything stays.
+void clearleftover(const Handle& folder, const std::string& name);

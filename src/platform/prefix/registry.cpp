@@ -25,7 +25,7 @@ namespace fs = std::filesystem;
 class Sibling {
 public:
   explicit Sibling(const fs::path& target)
-      : name(target.string() + ".XXXXXX"), handle(::mkostemp(name.data(), O_CLOEXEC)),
+      : name(target.string() + ".XXXXXX"), handle(systemdisk(), ::mkostemp(name.data(), O_CLOEXEC)),
         made(handle) {}
   ~Sibling() {
     if (made)
@@ -53,7 +53,7 @@ private:
 
 // The whole file; nothing when it cannot be read, or is no ordinary file.
 std::optional<std::string> readfile(const fs::path& file) {
-  const auto handle = openpath(file.string(), O_RDONLY | O_NONBLOCK);
+  const auto handle = openpath(systemdisk(), file.string(), O_RDONLY | O_NONBLOCK);
   struct stat status {};
   if (!handle || ::fstat(handle.get(), &status) != 0 || !S_ISREG(status.st_mode))
     return std::nullopt;
@@ -75,7 +75,7 @@ bool replacefile(const fs::path& file, std::string_view text) {
   Sibling sibling(target);
   if (!sibling.replace(target, text, exists ? status.st_mode & 07777 : 0644))
     return false;
-  const auto folder = openpath(target.parent_path().string(), O_RDONLY | O_DIRECTORY);
+  const auto folder = openpath(systemdisk(), target.parent_path().string(), O_RDONLY | O_DIRECTORY);
   if (folder)
     ::fsync(folder.get());  // some file systems refuse this; the file itself is safe
   return true;

@@ -1,15 +1,22 @@
 // The front end without a window: messages go to standard error, nobody presses a button.
 #include "ui/console/consolescreen.h"
 
-#include <iostream>
+#include "ui/loadform.h"
+#include "ui/standarderror.h"
 
-void ConsoleScreen::standarderror(const std::string& text) {
-  std::string_view rest = text;
-  for (auto end = rest.find("\r\n"); end != std::string_view::npos; end = rest.find("\r\n")) {
-    std::cerr << rest.substr(0, end) << '\n';
-    rest.remove_prefix(end + 2);
-  }
-  std::cerr << rest << '\n';
-}
+void ConsoleScreen::standarderror(const std::string& text) { writestandarderror(text); }
 
 void ConsoleScreen::end(int status) { throw ProgramEnd{status}; }
+
+int runconsole(Files& files, System& system) {
+  ConsoleScreen screen;
+  Form1 form(files, system, screen);
+  try {
+    loadform(form);
+    screen.standarderror("There is no window to wait in. To find and convert all maps, start the "
+                         "program with the argument /silent.");
+    return 1;
+  } catch (const ProgramEnd& end) {
+    return end.status;
+  }
+}

@@ -2,6 +2,8 @@
 #pragma once
 
 #include "form/screen.h"
+#include "platform/files.h"
+#include "platform/system.h"
 
 class ConsoleScreen : public Screen {
 public:
@@ -14,3 +16,6 @@ public:
   void processmessages() override {}
   [[noreturn]] void end(int status) override;
 };
+
+// Runs the program on a machine to its end; gives the exit status.
+int runconsole(Files& files, System& system);

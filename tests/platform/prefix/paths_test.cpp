@@ -58,6 +58,9 @@ TEST(Paths, NamesWithoutADriveStartAtTheCurrentFolder) {
   EXPECT_EQ(found(paths, "FILE.txt", machine.data), "file.txt");
   EXPECT_EQ(found(paths, "..\\data\\file.txt", machine.data), "file.txt");
   EXPECT_EQ(paths.find("\\")->path(), "/");
+  writefile(machine.data / "back\\slash" / "here.txt", "");
+  machine.machine.currentfolder += "/back\\slash";
+  EXPECT_TRUE(Paths(machine.machine).find("here.txt")->exists);
   machine.machine.currentfolder = machine.drivec.string();
   EXPECT_EQ(found(Paths(machine.machine), "\\users", machine.drivec), "users");
 }

@@ -1,0 +1,26 @@
+// The program on Windows itself: its machine, and a window of the system's own controls.
+#include "form/form1.h"
+#include "platform/windows/windowsfiles.h"
+#include "platform/windows/windowssystem.h"
+#include "ui/loadform.h"
+#include "ui/win32/win32screen.h"
+
+#include <new>
+
+int main() {
+  WindowsFiles files;
+  Win32Screen screen;
+  WindowsSystem system([&](const std::string& text) { screen.messagebox(text); });
+  Form1 form(files, system, screen);
+  if (!screen.open(form)) {
+    screen.standarderror("The window cannot be made.");
+    return 1;
+  }
+  try {
+    loadform(form);
+  } catch (const std::bad_alloc&) {
+    screen.standarderror("The memory is not enough. Every map is as it was or converted.");
+    return 1;
+  }
+  screen.run();
+}

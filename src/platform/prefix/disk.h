@@ -1,0 +1,40 @@
+// The calls that touch the disk, behind one seam: everything that `PrefixFiles` does goes through
+// it, so that tests can let any call fail, cut the power after it, or let another run in before it.
+#pragma once
+
+#include <cstddef>
+
+#include <sys/stat.h>
+#include <sys/types.h>
+
+// The system's own disk. Each call is the system's of the same kind: names are relative to an open
+// folder, or to the current one for AT_FDCWD; what fails gives -1 and sets errno.
+class Disk {
+public:
+  virtual ~Disk() = default;
+
+  virtual int open(int folder, const char* name, int flags, unsigned mode);
+  virtual int close(int file);
+  virtual ssize_t read(int file, char* into, std::size_t size);
+  virtual ssize_t write(int file, const char* from, std::size_t size);
+
+  // Waits until the content of a file, or the names in a folder, are on the disk.
+  virtual int flush(int file);
+
+  // Locks a file against other runs until it is closed; EWOULDBLOCK when one has locked it.
+  virtual int lock(int file);
+
+  // Describes a name in a folder, or with AT_EMPTY_PATH and an empty name an open file.
+  virtual int status(int folder, const char* name, int flags, struct stat& status);
+
+  // The next entries of an open folder as the system packs them (dirent64), in bytes; 0 at its end.
+  virtual ssize_t names(int folder, char* into, std::size_t size);
+
+  // `flags` are those of renameat2().
+  virtual int rename(int folder, const char* from, const char* to, unsigned flags);
+  virtual int link(int folder, const char* from, const char* to);
+  virtual int remove(int folder, const char* name);
+};
+
+// The disk of everybody who needs no other.
+Disk& systemdisk();

@@ -1,0 +1,61 @@
+// Windows handles that close themselves, and the few operations on files that every user needs.
+#pragma once
+
+#include "platform/result.h"
+
+#include <cstddef>
+#include <functional>
+#include <initializer_list>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <utility>
+
+#include <windows.h>
+
+// An open file or folder, or none.
+class Handle {
+public:
+  explicit Handle(HANDLE opened = INVALID_HANDLE_VALUE) : handle(opened) {}
+  Handle(Handle&& other) noexcept : handle(std::exchange(other.handle, INVALID_HANDLE_VALUE)) {}
+  Handle& operator=(Handle&& other) noexcept {
+    std::swap(handle, other.handle);
+    return *this;
+  }
+  ~Handle() { static_cast<void>(close()); }
+
+  explicit operator bool() const { return handle != INVALID_HANDLE_VALUE; }
+  HANDLE get() const { return handle; }
+
+  // Closes the file now; false when that fails.
+  bool close();
+
+private:
+  HANDLE handle;
+};
+
+// The errors of a file that another program holds, and, for an entry that is to give way, also what
+// Windows answers while somebody has it open.
+inline constexpr std::initializer_list<DWORD> held = {ERROR_SHARING_VIOLATION,
+                                                      ERROR_LOCK_VIOLATION};
+inline constexpr std::initializer_list<DWORD> heldordenied = {
+    ERROR_SHARING_VIOLATION, ERROR_LOCK_VIOLATION, ERROR_ACCESS_DENIED, ERROR_USER_MAPPED_FILE};
+
+// Makes an attempt, and while it fails with one of `errors` makes it again: virus scanners and
+// indexers hold a file for a moment. The waits double and last under two seconds in all.
+bool retrying(std::initializer_list<DWORD> errors, const std::function<bool()>& attempt);
+
+// Opens a file as CreateFileW does, shared with everybody. No handle on failure.
+Handle openfile(const std::wstring& path, DWORD access, DWORD creation, DWORD flags);
+
+// What a handle leads to: nothing on failure.
+std::optional<BY_HANDLE_FILE_INFORMATION> informationof(const Handle& file);
+
+// Writes all of `text`; false on failure.
+bool writeall(const Handle& file, std::string_view text);
+
+// Reads up to `size` bytes, less only at the file's end: how many, nothing on failure.
+std::optional<std::size_t> readall(const Handle& file, char* buffer, std::size_t size);
+
+// The system's own words for the last error.
+std::string systemreason();

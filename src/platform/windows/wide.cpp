@@ -1,0 +1,39 @@
+// Texts at the edge to Windows: from and to UTF-8.
+#include "platform/windows/wide.h"
+
+#include <windows.h>
+
+namespace {
+
+std::wstring decode(UINT codepage, std::string_view text) {
+  const int size = static_cast<int>(text.size());
+  const int length = MultiByteToWideChar(codepage, 0, text.data(), size, nullptr, 0);
+  std::wstring wide(static_cast<std::size_t>(length), L'\0');
+  MultiByteToWideChar(codepage, 0, text.data(), size, wide.data(), length);
+  return wide;
+}
+
+std::string encode(UINT codepage, DWORD flags, std::wstring_view text, BOOL* lacking) {
+  const int size = static_cast<int>(text.size());
+  const int length =
+      WideCharToMultiByte(codepage, flags, text.data(), size, nullptr, 0, nullptr, nullptr);
+  std::string bytes(static_cast<std::size_t>(length), '\0');
+  WideCharToMultiByte(codepage, flags, text.data(), size, bytes.data(), length, nullptr, lacking);
+  return bytes;
+}
+
+}  // namespace
+
+std::wstring widen(std::string_view text) { return decode(CP_UTF8, text); }
+
+std::string narrow(std::wstring_view text) { return encode(CP_UTF8, 0, text, nullptr); }
+
+std::string fromcodepage(std::string_view text) { return narrow(decode(CP_ACP, text)); }
+
+std::optional<std::string> tocodepage(std::string_view text) {
+  if (GetACP() == CP_UTF8)
+    return std::string(text);  // which lacks none
+  BOOL lacking = FALSE;
+  std::string bytes = encode(CP_ACP, WC_NO_BEST_FIT_CHARS, widen(text), &lacking);
+  return lacking ? std::nullopt : std::optional(std::move(bytes));
+}

@@ -1,0 +1,181 @@
+// The files of Windows itself.
+#include "platform/windows/windowsfiles.h"
+
+#include "platform/names.h"
+#include "platform/replacing.h"
+#include "platform/windows/findfile.h"
+#include "platform/windows/handle.h"
+#include "platform/windows/lettercase.h"
+#include "platform/windows/paths.h"
+#include "platform/windows/wide.h"
+#include "platform/windows/windowsmapfolder.h"
+
+#include <algorithm>
+#include <optional>
+
+namespace {
+
+Failure failure(const std::string& path, const char* action) {
+  const DWORD error = GetLastError();
+  const bool missing = error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND;
+  return {path, action, systemreason(), missing};
+}
+
+// What a path leads to, links followed; nothing when that is not there.
+std::optional<BY_HANDLE_FILE_INFORMATION> follow(const std::wstring& path) {
+  const Handle file =
+      openfile(path, FILE_READ_ATTRIBUTES, OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS);
+  return file ? informationof(file) : std::nullopt;
+}
+
+bool isfolder(DWORD attributes) { return attributes & FILE_ATTRIBUTE_DIRECTORY; }
+
+// An entry as the program lists it, `path` being its own; nothing when it does not belong in a
+// list.
+std::optional<Entry> entryof(const WIN32_FIND_DATAW& found, const std::wstring& path) {
+  constexpr DWORD leftout = FILE_ATTRIBUTE_HIDDEN | FILE_ATTRIBUTE_SYSTEM | FILE_ATTRIBUTE_DEVICE;
+  if (found.dwFileAttributes & leftout)
+    return std::nullopt;
+  Entry entry{narrow(found.cFileName), isfolder(found.dwFileAttributes), islink(found)};
+  if (!entry.link)
+    return entry;
+  const auto target = follow(path);
+  if (!target)
+    return std::nullopt;
+  entry.folder = isfolder(target->dwFileAttributes);
+  return entry;
+}
+
+// Opens a folder so that it can be listed.
+Result<Location> findfolder(const std::string& folder) {
+  auto location = locate(folder);
+  if (!location)
+    return location;
+  const Handle open =
+      openfile(location->wide(), FILE_LIST_DIRECTORY, OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS);
+  const auto information = open ? informationof(open) : std::nullopt;
+  if (!information)
+    return failure(folder, "open the folder");
+  if (!isfolder(information->dwFileAttributes))
+    return Failure{folder, "open the folder", "it is not a folder"};
+  return location;
+}
+
+// Opens a text file to write at its beginning or end, never through a link.
+Result<Done> writetext(const std::string& path, std::string_view text, bool atend) {
+  const auto location = locate(path);
+  if (!location)
+    return location.failure();
+  Handle file = openfile(location->wide(), atend ? FILE_APPEND_DATA : GENERIC_WRITE, OPEN_ALWAYS,
+                         FILE_ATTRIBUTE_NORMAL | FILE_FLAG_OPEN_REPARSE_POINT);
+  if (!file)
+    return failure(path, "write it");
+  const auto found = findfile(location->wide());
+  if (found && islink(*found))
+    return Failure{path, "write it", "it is a link"};
+  if ((!atend && !SetEndOfFile(file.get())) || !writeall(file, text) || !file.close())
+    return failure(path, "write it");
+  return Done{};
+}
+
+}  // namespace
+
+Result<std::string> WindowsFiles::lookup(const std::string& path, Match match) {
+  const bool folders = match == Match::filesandfolders;
+  const bool own = path.ends_with("\\.");  // the "." among a folder's entries
+  if (folders && (own || path.ends_with('\\')))
+    return fullpath(path) ? std::string(".") : std::string();
+  if (path.ends_with('\\')) {
+    const auto entries = list(path, "*");
+    if (!entries)
+      return std::string();
+    const auto file = std::find_if(entries->begin(), entries->end(),
+                                   [](const Entry& entry) { return !entry.folder; });
+    return file == entries->end() ? std::string() : file->name;
+  }
+  const auto location = locate(path);
+  if (!location)
+    return location.failure();
+  const auto found = own || location->names.empty() ? std::nullopt : findfile(location->wide());
+  const auto entry = found ? entryof(*found, location->wide()) : std::nullopt;
+  return entry && (folders || !entry->folder) ? entry->name : std::string();
+}
+
+Result<std::vector<Entry>> WindowsFiles::list(const std::string& folder, std::string_view pattern) {
+  const auto location = locate(folder);
+  if (!location)
+    return location.failure();
+  const std::wstring path = location->wide();
+  const std::wstring start = path.ends_with(L'\\') ? path : path + L"\\";
+  std::vector<Entry> entries;
+  const bool complete = eachentry(path, [&](const WIN32_FIND_DATAW& found) {
+    auto entry = entryof(found, start + found.cFileName);
+    if (entry && (entry->folder || matchespattern(entry->name, pattern)))
+      entries.push_back(*std::move(entry));
+  });
+  if (!complete)
+    return failure(folder, "list the folder");
+  sortentries(entries, lowercase);
+  return entries;
+}
+
+Result<std::string> WindowsFiles::fullpath(const std::string& folder) {
+  auto location = findfolder(folder);
+  if (!location)
+    return location.failure();
+  Location spelled{location->root, {}};
+  for (const std::string& name : location->names) {
+    spelled.names.push_back(name);
+    // A name on the way that we may pass but not look up stays as it was written.
+    if (const auto found = findfile(spelled.wide()))
+      spelled.names.back() = narrow(found->cFileName);
+  }
+  return spelled.text();
+}
+
+Result<std::string> WindowsFiles::read(const std::string& path) {
+  const auto name = lookup(path, Match::files);
+  if (!name)
+    return name.failure();
+  if (name->empty())
+    return Failure{path, "read it", "the file is missing", true};
+  const auto location = locate(path);
+  if (!location)
+    return location.failure();
+  const Handle file = openfile(location->wide(), GENERIC_READ, OPEN_EXISTING, 0);
+  LARGE_INTEGER size;
+  if (!file)
+    return failure(path, "read it");
+  if (GetFileType(file.get()) != FILE_TYPE_DISK)
+    return Failure{path, "read it", "it is not an ordinary file"};
+  if (!GetFileSizeEx(file.get(), &size))
+    return failure(path, "read it");
+  if (size.QuadPart > largestfile)
+    return Failure{path, "read it", "it is larger than 1 GiB"};
+  std::string text(static_cast<std::size_t>(size.QuadPart), '\0');
+  const auto length = readall(file, text.data(), text.size());
+  if (!length)
+    return failure(path, "read it");
+  text.resize(*length);
+  return text;
+}
+
+Result<Done> WindowsFiles::write(const std::string& path, std::string_view text) {
+  return writetext(path, text, false);
+}
+
+Result<Done> WindowsFiles::append(const std::string& path, std::string_view text) {
+  return writetext(path, text, true);
+}
+
+Result<Done> WindowsFiles::replace(const Replacement& replacement) {
+  auto location = locate(replacement.map);
+  if (!location)
+    return location.failure();
+  const auto map = findfile(location->wide());
+  if (!map)
+    return failure(replacement.map, "convert it");
+  location->names.pop_back();
+  WindowsMapFolder folder(location->wide());
+  return Replacing(folder, narrow(map->cFileName), replacement).run();
+}

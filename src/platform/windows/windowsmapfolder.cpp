@@ -1,0 +1,180 @@
+// The steps of a replacement, on Windows itself.
+#include "platform/windows/windowsmapfolder.h"
+
+#include "platform/windows/findfile.h"
+#include "platform/windows/wide.h"
+
+namespace {
+
+constexpr int attempts = 100;  // to find a free name
+
+// What a map's result takes over from it.
+constexpr DWORD permissions =
+    FILE_ATTRIBUTE_READONLY | FILE_ATTRIBUTE_ARCHIVE | FILE_ATTRIBUTE_NOT_CONTENT_INDEXED;
+
+MapFolder::Reason lasterror() { return {systemreason()}; }
+
+bool setattributes(const std::wstring& path, DWORD attributes) {
+  return SetFileAttributesW(path.c_str(), attributes ? attributes : FILE_ATTRIBUTE_NORMAL);
+}
+
+bool isreadonly(DWORD attributes) {
+  return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_READONLY);
+}
+
+// Takes an entry's read-only attribute away for as long as it lives: Windows replaces and opens to
+// write no entry that has it.
+class Writable {
+public:
+  explicit Writable(std::wstring entry)
+      : path(std::move(entry)), attributes(GetFileAttributesW(path.c_str())) {
+    if (isreadonly(attributes))
+      setattributes(path, attributes & ~DWORD{FILE_ATTRIBUTE_READONLY});
+  }
+  Writable(const Writable&) = delete;
+  Writable& operator=(const Writable&) = delete;
+  ~Writable() {
+    if (isreadonly(attributes))
+      setattributes(path, attributes);
+  }
+
+  // The entry is gone: there is nothing to give back.
+  void forget() { attributes = INVALID_FILE_ATTRIBUTES; }
+
+private:
+  const std::wstring path;
+  DWORD attributes;
+};
+
+bool movefile(const std::wstring& from, const std::wstring& to, DWORD flags) {
+  return retrying(heldordenied, [&] {
+    return MoveFileExW(from.c_str(), to.c_str(), flags | MOVEFILE_WRITE_THROUGH) != 0;
+  });
+}
+
+bool istaken(DWORD error) { return error == ERROR_ALREADY_EXISTS || error == ERROR_FILE_EXISTS; }
+
+}  // namespace
+
+WindowsMapFolder::WindowsMapFolder(std::wstring path)
+    : folder(path.ends_with(L'\\') ? std::move(path) : path + L"\\") {}
+
+std::wstring WindowsMapFolder::pathof(const std::string& name) const {
+  return folder + widen(name);
+}
+
+std::string WindowsMapFolder::spelled(const std::string& name) {
+  const auto found = findfile(pathof(name));
+  return found ? narrow(found->cFileName) : "";
+}
+
+MapFolder::Kind WindowsMapFolder::kindof(const std::string& name) {
+  const auto found = findfile(pathof(name));
+  if (!found)
+    return Kind::nothing;
+  if (found->dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY)
+    return Kind::folder;
+  return islink(*found) ? Kind::other : Kind::file;
+}
+
+MapFolder::Answer<bool> WindowsMapFolder::holds(const std::string& name, std::string_view text) {
+  if (kindof(name) == Kind::other)
+    return false;
+  const Handle file = openfile(pathof(name), GENERIC_READ, OPEN_EXISTING, 0);
+  if (!file)
+    return lasterror();
+  char buffer[1 << 16];
+  while (true) {
+    const auto length = readall(file, buffer, sizeof buffer);
+    if (!length)
+      return lasterror();
+    if (!text.starts_with(std::string_view(buffer, *length)))
+      return false;
+    text.remove_prefix(*length);
+    if (*length < sizeof buffer)
+      return text.empty();
+  }
+}
+
+MapFolder::Answer<Done> WindowsMapFolder::flush(const std::string& name) {
+  const Writable writable(pathof(name));
+  const Handle file = openfile(pathof(name), GENERIC_WRITE, OPEN_EXISTING, 0);
+  if (!file || !FlushFileBuffers(file.get()))
+    return lasterror();
+  return Done{};
+}
+
+MapFolder::Answer<std::string> WindowsMapFolder::makefile(Handle& file) {
+  for (int attempt = 0; attempt < attempts; ++attempt) {
+    std::string free = temporaryname();
+    file = openfile(pathof(free), GENERIC_WRITE, CREATE_NEW, FILE_ATTRIBUTE_HIDDEN);
+    if (file)
+      return free;
+    if (!istaken(GetLastError()))
+      break;
+  }
+  return lasterror();
+}
+
+MapFolder::Answer<std::string> WindowsMapFolder::writetemporary(std::string_view text,
+                                                                const std::string& like) {
+  const DWORD attributes = GetFileAttributesW(pathof(like).c_str());
+  if (attributes == INVALID_FILE_ATTRIBUTES)
+    return lasterror();
+  Handle file;
+  auto made = makefile(file);
+  if (!made)
+    return made;
+  if (writeall(file, text) && FlushFileBuffers(file.get()) && file.close() &&
+      setattributes(pathof(*made), (attributes & permissions) | FILE_ATTRIBUTE_HIDDEN))
+    return made;
+  Reason reason = lasterror();
+  static_cast<void>(file.close());
+  remove(*made);
+  return reason;
+}
+
+void WindowsMapFolder::remove(const std::string& name) {
+  Writable writable(pathof(name));
+  if (retrying(heldordenied, [&] { return DeleteFileW(pathof(name).c_str()) != 0; }))
+    writable.forget();
+}
+
+void WindowsMapFolder::show(const std::string& name) {
+  if (istemporary(name))
+    setattributes(pathof(name), GetFileAttributesW(pathof(name).c_str()) & permissions);
+}
+
+// Two names of one file share their attributes, so that what is taken from the one is given back to
+// the other.
+MapFolder::Answer<Done> WindowsMapFolder::rename(const std::string& from, const std::string& to,
+                                                 const std::string& kept) {
+  const DWORD keptattributes = kept.empty() ? 0 : GetFileAttributesW(pathof(kept).c_str());
+  Writable target(pathof(to));
+  show(from);
+  if (!movefile(pathof(from), pathof(to), MOVEFILE_REPLACE_EXISTING))
+    return lasterror();
+  target.forget();
+  if (isreadonly(keptattributes))
+    setattributes(pathof(kept), keptattributes);
+  return Done{};
+}
+
+MapFolder::Answer<bool> WindowsMapFolder::renamefree(const std::string& from,
+                                                     const std::string& to) {
+  show(from);
+  if (movefile(pathof(from), pathof(to), 0))
+    return true;
+  if (istaken(GetLastError()))
+    return false;
+  return lasterror();
+}
+
+// File systems without second names say so in many ways.
+MapFolder::Answer<bool> WindowsMapFolder::link(const std::string& from, const std::string& to) {
+  if (CreateHardLinkW(pathof(to).c_str(), pathof(from).c_str(), nullptr))
+    return true;
+  if (istaken(GetLastError()))
+    return lasterror();
+  return false;
+}

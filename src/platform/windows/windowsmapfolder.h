@@ -1,0 +1,31 @@
+// The steps of a replacement, on Windows itself.
+#pragma once
+
+#include "platform/mapfolder.h"
+#include "platform/windows/handle.h"
+
+class WindowsMapFolder : public MapFolder {
+public:
+  // The folder's path in its long form.
+  explicit WindowsMapFolder(std::wstring path);
+
+  std::string spelled(const std::string& name) override;
+  Kind kindof(const std::string& name) override;
+  Answer<bool> holds(const std::string& name, std::string_view text) override;
+  Answer<Done> flush(const std::string& name) override;
+  Answer<std::string> writetemporary(std::string_view text, const std::string& like) override;
+  void remove(const std::string& name) override;
+  Answer<Done> rename(const std::string& from, const std::string& to,
+                      const std::string& kept) override;
+  Answer<bool> renamefree(const std::string& from, const std::string& to) override;
+  Answer<bool> link(const std::string& from, const std::string& to) override;
+
+private:
+  std::wstring pathof(const std::string& name) const;
+  Answer<std::string> makefile(Handle& file);
+
+  // Takes a temporary file's hiding away, just before it takes its name.
+  void show(const std::string& name);
+
+  const std::wstring folder;  // ends in "\"
+};

@@ -1,0 +1,136 @@
+// The system of Windows itself.
+#include "platform/windows/windowssystem.h"
+
+#include "platform/windows/lettercase.h"
+#include "platform/windows/scriptshell.h"
+#include "platform/windows/wide.h"
+
+#include <array>
+#include <utility>
+
+#include <windows.h>
+
+#include <shlobj.h>
+
+namespace {
+
+constexpr char noscripthost[] =
+    "The Windows script host, through which the registry is read, is not available.\r\n"
+    "The program goes on as if no edition of the game were registered.";
+
+// The block of a file's version information; empty when there is none.
+std::string versioninformation(const std::string& path) {
+  const auto name = tocodepage(path);
+  DWORD unused = 0;
+  const DWORD size = name ? GetFileVersionInfoSizeA(name->c_str(), &unused) : 0;
+  std::string block(size, '\0');
+  if (size == 0 || !GetFileVersionInfoA(name->c_str(), 0, size, block.data()))
+    return "";
+  return block;
+}
+
+}  // namespace
+
+WindowsSystem::WindowsSystem(Tell itsnotice)
+    : com(std::make_unique<ComLibrary>()), notice(std::move(itsnotice)) {}
+
+WindowsSystem::~WindowsSystem() = default;
+
+std::optional<ScriptShell> WindowsSystem::shell() {
+  auto created = ScriptShell::create();
+  if (!created && notice)
+    std::exchange(notice, nullptr)(noscripthost);
+  return created;
+}
+
+std::optional<std::string> WindowsSystem::regread(const std::string& valuepath) {
+  const auto object = shell();
+  const auto value = object ? object->call(L"RegRead", {valuepath}) : std::nullopt;
+  return value ? value->text() : std::nullopt;
+}
+
+bool WindowsSystem::regwrite(const std::string& valuepath, const std::string& data,
+                             const std::string& type) {
+  const auto object = shell();
+  return object && object->call(L"RegWrite", {valuepath, data, type});
+}
+
+bool WindowsSystem::regdelete(const std::string& valuepath) {
+  const auto object = shell();
+  return object && object->call(L"RegDelete", {valuepath});
+}
+
+std::string WindowsSystem::environment(const std::string& name) {
+  const std::wstring wide = widen(name);
+  std::wstring value(GetEnvironmentVariableW(wide.c_str(), nullptr, 0), L'\0');
+  const auto size = static_cast<DWORD>(value.size());
+  value.resize(GetEnvironmentVariableW(wide.c_str(), value.data(), size));
+  return narrow(value);
+}
+
+std::optional<OsVersion> WindowsSystem::osversion() {
+  OSVERSIONINFOA version{};
+  version.dwOSVersionInfoSize = sizeof version;
+  if (GetVersionExA(&version) != 1)
+    return std::nullopt;
+  return OsVersion{version.dwPlatformId, version.dwMajorVersion, version.dwMinorVersion};
+}
+
+FolderPath WindowsSystem::folderpath(std::uint32_t csidl) {
+  std::array<char, MAX_PATH> path{};
+  const HRESULT status =
+      SHGetFolderPathA(nullptr, static_cast<int>(csidl), nullptr, SHGFP_TYPE_CURRENT, path.data());
+  return {static_cast<std::uint32_t>(status), fromcodepage(path.data())};
+}
+
+std::optional<ProductVersion> WindowsSystem::productversion(const std::string& path) {
+  const std::string block = versioninformation(path);
+  void* found = nullptr;
+  UINT length = 0;
+  if (block.empty() || !VerQueryValueA(block.data(), "\\", &found, &length))
+    return std::nullopt;
+  VS_FIXEDFILEINFO fixed;
+  if (length < sizeof fixed)
+    return std::nullopt;
+  RtlMoveMemory(&fixed, found, sizeof fixed);
+  return ProductVersion{fixed.dwProductVersionMS, fixed.dwProductVersionLS};
+}
+
+std::vector<std::string> WindowsSystem::drives() {
+  std::vector<std::string> letters;
+  const DWORD present = GetLogicalDrives();
+  for (char letter = 'A'; letter <= 'Z'; ++letter)
+    if (present >> (letter - 'A') & 1)
+      letters.push_back({letter, ':'});
+  return letters;
+}
+
+std::string WindowsSystem::appfolder() {
+  std::wstring path(MAX_PATH, L'\0');
+  DWORD length = 0;
+  while ((length = GetModuleFileNameW(nullptr, path.data(), static_cast<DWORD>(path.size()))) ==
+         path.size())
+    path.resize(path.size() * 2);
+  const std::string program = narrow({path.data(), length});
+  const std::string folder = program.substr(0, program.rfind('\\'));
+  return folder.ends_with(':') ? folder + "\\" : folder;
+}
+
+std::string WindowsSystem::argumenttext() { return afterprogram(narrow(GetCommandLineW())); }
+
+std::string WindowsSystem::lowercase(std::string_view text) { return ::lowercase(text); }
+
+std::string afterprogram(std::string_view commandline) {
+  bool quoted = false;
+  std::size_t end = 0;
+  for (; end < commandline.size(); ++end) {
+    const char c = commandline[end];
+    if (!quoted && (c == ' ' || c == '\t'))
+      break;
+    if (c == '"')
+      quoted = !quoted;
+  }
+  commandline.remove_prefix(end);
+  const auto start = commandline.find_first_not_of(" \t");
+  return std::string(start == std::string_view::npos ? "" : commandline.substr(start));
+}

@@ -1,0 +1,23 @@
+// Texts on their way between the form, which has UTF-8 and CR LF, and Qt.
+#pragma once
+
+#include <QString>
+#include <QTextDocument>
+
+#include <string>
+#include <string_view>
+
+inline QString qtext(std::string_view text) {
+  return QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()));
+}
+
+// The form's text of a text box that shows `shown`, whose lines end in LF.
+inline std::string formtext(QString shown) {
+  return shown.replace(u'\n', QStringLiteral("\r\n")).toStdString();
+}
+
+// A tool tip that shows `text` as it is: names are strangers' and hold no markup.
+inline QString plaintip(std::string_view text) {
+  const QString tip = qtext(text);
+  return Qt::mightBeRichText(tip) ? Qt::convertFromPlainText(tip) : tip;
+}

@@ -1,0 +1,234 @@
+// The widgets that mirror the form's controls, one for each row of the layout.
+#include "ui/qt/widgets.h"
+
+#include "ui/handlers.h"
+#include "ui/qt/textbox.h"
+#include "ui/qt/texts.h"
+
+#include <QComboBox>
+#include <QHeaderView>
+#include <QLabel>
+#include <QListView>
+#include <QPushButton>
+#include <QShortcut>
+#include <QStandardItemModel>
+#include <QStringListModel>
+#include <QStyle>
+#include <QTreeView>
+
+#include <algorithm>
+
+namespace {
+
+constexpr int pathrole = Qt::UserRole;
+constexpr QSize buttonframe(6, 2);  // what a button's frame takes of its pixels
+constexpr int indentation = 12;     // of a subfolder, in pixels
+
+Control& controlof(const ControlLayout& row, Form1& form) {
+  return **std::find_if(form.controls().begin(), form.controls().end(),
+                        [&](const Control* control) { return control->name() == row.name; });
+}
+
+std::function<void()> makebutton(const ControlLayout& row, Form1& form, QPushButton* button) {
+  Control& control = controlof(row, form);
+  button->setAutoDefault(true);  // Enter presses it as well
+  QObject::connect(button, &QPushButton::clicked, [&form, &control] { press(form, control); });
+  return [&row, &control, button] {
+    const QString caption = qtext(control.text());
+    button->setFont(fitted(fontof(row.font), caption, roomfor(row, *button)));
+    button->setText(caption);
+  };
+}
+
+Qt::Alignment alignment(Align align) {
+  if (align == Align::left)
+    return Qt::AlignLeft | Qt::AlignTop;
+  return (align == Align::right ? Qt::AlignRight : Qt::AlignHCenter) | Qt::AlignTop;
+}
+
+std::function<void()> makelabel(const ControlLayout& row, Form1& form, QLabel* label) {
+  const Control& control = controlof(row, form);
+  label->setTextFormat(Qt::PlainText);
+  label->setAlignment(alignment(row.align));
+  label->setWordWrap(!row.sizedtotext);
+  return [&row, &control, label] {
+    const QString caption = qtext(control.text());
+    label->setFont(fitted(fontof(row.font), caption, roomfor(row, *label)));
+    label->setText(caption);
+    if (row.sizedtotext)
+      label->adjustSize();
+  };
+}
+
+// Its text comes and goes by `add` and `tell`.
+std::function<void()> maketextbox(const ControlLayout& row, Form1& form, TextBox* box) {
+  box->tell(controlof(row, form));
+  return [] {};
+}
+
+std::function<void()> makedrivelist(Form1& form, QComboBox* list) {
+  const auto show = [&form, list] {
+    list->clear();
+    for (const std::string& drive : form.Drive1.drives())
+      list->addItem(qtext(drive));
+    list->setCurrentIndex(list->findText(qtext(form.Drive1.text())));
+  };
+  QObject::connect(list, &QComboBox::activated, [&form, list, show] {
+    selectdrive(form, list->currentText().toStdString());
+    show();  // the drive may not have been ready, or a search is running
+  });
+  return show;
+}
+
+// A model of names, each its own tool tip.
+class NameModel : public QStringListModel {
+public:
+  using QStringListModel::QStringListModel;
+
+  QVariant data(const QModelIndex& index, int role) const override {
+    const QVariant own =
+        QStringListModel::data(index, role == Qt::ToolTipRole ? Qt::DisplayRole : role);
+    return role == Qt::ToolTipRole ? plaintip(own.toString().toStdString()) : own;
+  }
+};
+
+std::function<void()> makefilelist(Form1& form, QListView* list) {
+  auto* names = new NameModel(list);
+  list->setModel(names);
+  list->setUniformItemSizes(true);
+  list->setEditTriggers(QAbstractItemView::NoEditTriggers);
+  return [&form, names] {
+    QStringList texts;
+    for (const std::string& name : form.File1.names())
+      texts.append(qtext(name));
+    names->setStringList(texts);
+  };
+}
+
+// A folder of the directory list; its tool tip is its path.
+class FolderItem : public QStandardItem {
+public:
+  FolderItem(const FolderRow& row, const QIcon& icon)
+      : QStandardItem(icon, qtext(row.name)), path(row.path) {}
+
+  QVariant data(int role) const override {
+    if (role == pathrole)
+      return qtext(path);
+    return role == Qt::ToolTipRole ? plaintip(path) : QStandardItem::data(role);
+  }
+
+private:
+  const std::string path;
+};
+
+// The folders as items, each below the one that holds it. Gives the list's own folder; nothing when
+// there is none.
+QStandardItem* fillfolders(const DirectoryList& folders, QStandardItemModel& model,
+                           const QStyle& style) {
+  const QIcon open = style.standardIcon(QStyle::SP_DirOpenIcon);
+  const QIcon closed = style.standardIcon(QStyle::SP_DirIcon);
+  const std::vector<FolderRow> rows = folders.rows();
+  const std::size_t chain = rows.size() - folders.subfolders().size();
+  QStandardItem* own = nullptr;
+  for (std::size_t i = 0; i < chain; ++i) {
+    auto* item = new FolderItem(rows[i], open);
+    (own ? *own : *model.invisibleRootItem()).appendRow(item);
+    own = item;
+  }
+  QList<QStandardItem*> below;
+  for (std::size_t i = chain; i < rows.size(); ++i)
+    below.append(new FolderItem(rows[i], closed));
+  if (own)
+    own->appendRows(below);
+  return own;
+}
+
+// A tree whose branches are always open, and bare.
+class FolderTree : public QTreeView {
+public:
+  using QTreeView::QTreeView;
+
+protected:
+  void drawBranches(QPainter*, const QRect&, const QModelIndex&) const override {}
+};
+
+void setuptree(QTreeView* tree) {
+  tree->setHeaderHidden(true);
+  tree->setRootIsDecorated(false);
+  tree->setItemsExpandable(false);
+  tree->setExpandsOnDoubleClick(false);
+  tree->setUniformRowHeights(true);
+  tree->setIndentation(indentation);
+  tree->setEditTriggers(QAbstractItemView::NoEditTriggers);
+  tree->header()->setStretchLastSection(false);
+  tree->header()->setSectionResizeMode(QHeaderView::ResizeToContents);
+}
+
+std::function<void()> makedirectorylist(Form1& form, QTreeView* tree) {
+  auto* model = new QStandardItemModel(tree);
+  tree->setModel(model);
+  setuptree(tree);
+  const auto open = [&form, tree] {
+    const QString path = tree->currentIndex().data(pathrole).toString();
+    if (!path.isEmpty())
+      openfolder(form, path.toStdString());
+  };
+  QObject::connect(tree, &QTreeView::doubleClicked, open);
+  for (const Qt::Key key : {Qt::Key_Return, Qt::Key_Enter})
+    QObject::connect(new QShortcut(key, tree, nullptr, nullptr, Qt::WidgetShortcut),
+                     &QShortcut::activated, open);
+  return [&form, tree, model] {
+    model->clear();
+    const QStandardItem* own = fillfolders(form.Dir1, *model, *tree->style());
+    tree->expandAll();
+    if (!own)
+      return;
+    tree->setCurrentIndex(own->index());
+    tree->scrollTo(own->index(), QAbstractItemView::PositionAtCenter);
+  };
+}
+
+template <class Widget, class Make>
+Mirror mirror(const ControlLayout& row, QWidget* window, const Make& make) {
+  auto* widget = new Widget(window);
+  widget->setObjectName(row.name);
+  widget->setFont(fontof(row.font));
+  if (*row.holds)
+    widget->setAccessibleName(row.holds);
+  return {&row, widget, make(widget)};
+}
+
+}  // namespace
+
+int pixels(int twips, const QWidget& widget) {
+  return qRound(twips * widget.logicalDpiX() / double(twipsperinch));
+}
+
+Room roomfor(const ControlLayout& row, const QWidget& widget) {
+  if (row.sizedtotext)
+    return {{pixels(roomof(row), widget), QWIDGETSIZE_MAX}};
+  const QSize size(pixels(row.width, widget), pixels(row.height, widget));
+  if (row.kind == Kind::button)
+    return {size - buttonframe};
+  return {size, true};
+}
+
+Mirror makemirror(const ControlLayout& row, Form1& form, QWidget* window) {
+  switch (row.kind) {
+  case Kind::drivelist:
+    return mirror<QComboBox>(row, window, [&](auto* list) { return makedrivelist(form, list); });
+  case Kind::filelist:
+    return mirror<QListView>(row, window, [&](auto* list) { return makefilelist(form, list); });
+  case Kind::directorylist:
+    return mirror<FolderTree>(row, window,
+                              [&](auto* tree) { return makedirectorylist(form, tree); });
+  case Kind::button:
+    return mirror<QPushButton>(row, window,
+                               [&](auto* button) { return makebutton(row, form, button); });
+  case Kind::textbox:
+    return mirror<TextBox>(row, window, [&](auto* box) { return maketextbox(row, form, box); });
+  case Kind::label:
+    break;
+  }
+  return mirror<QLabel>(row, window, [&](auto* label) { return makelabel(row, form, label); });
+}

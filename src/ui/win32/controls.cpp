@@ -1,0 +1,181 @@
+// The system's own controls, which mirror those of the form.
+#include "ui/win32/controls.h"
+
+#include "platform/windows/wide.h"
+#include "ui/handlers.h"
+
+#include <algorithm>
+
+#include <commctrl.h>
+
+namespace {
+
+// A window class of the system, and the styles of the control.
+struct Style {
+  const wchar_t* type;
+  DWORD style;
+  DWORD extended;
+};
+
+// Each control is a group of its own, so that the arrow keys stay in it.
+constexpr DWORD child = WS_CHILD | WS_CLIPSIBLINGS | WS_GROUP;
+constexpr DWORD list = child | WS_TABSTOP | WS_VSCROLL;
+
+DWORD alignment(const ControlLayout& row) {
+  if (row.sizedtotext)
+    return SS_LEFTNOWORDWRAP;
+  return row.align == Align::left ? SS_LEFT : row.align == Align::right ? SS_RIGHT : SS_CENTER;
+}
+
+Style styleof(const ControlLayout& row) {
+  switch (row.kind) {
+  case Kind::drivelist:
+    return {L"COMBOBOX", list | CBS_DROPDOWNLIST, 0};
+  case Kind::filelist:
+  case Kind::directorylist:
+    return {L"LISTBOX", list | WS_HSCROLL | LBS_NOTIFY | LBS_NOINTEGRALHEIGHT, WS_EX_CLIENTEDGE};
+  case Kind::button:
+    return {L"BUTTON", child | WS_TABSTOP | BS_PUSHBUTTON, 0};
+  case Kind::textbox:
+    return {L"EDIT", list | ES_MULTILINE | ES_AUTOVSCROLL | ES_WANTRETURN, WS_EX_CLIENTEDGE};
+  case Kind::label:
+    break;
+  }
+  return {L"STATIC", child | SS_NOPREFIX | alignment(row), 0};
+}
+
+std::wstring textof(HWND window) {
+  std::wstring text(static_cast<std::size_t>(GetWindowTextLengthW(window)), L'\0');
+  GetWindowTextW(window, text.data(), static_cast<int>(text.size()) + 1);
+  return text;
+}
+
+// A box with several lines would take Tab for itself, and close the window at Escape.
+LRESULT CALLBACK boxprocedure(HWND box, UINT message, WPARAM word, LPARAM detail, UINT_PTR,
+                              DWORD_PTR) {
+  constexpr WPARAM controla = 1;
+  if (message == WM_GETDLGCODE) {
+    const auto* key = reinterpret_cast<const MSG*>(detail);
+    const LRESULT wanted = DefSubclassProc(box, message, word, 0) & ~LRESULT{DLGC_WANTALLKEYS};
+    return key && key->wParam == VK_RETURN ? wanted | DLGC_WANTMESSAGE : wanted;
+  }
+  if (message == WM_CHAR && word == controla)
+    return SendMessageW(box, EM_SETSEL, 0, -1);
+  return DefSubclassProc(box, message, word, detail);
+}
+
+void fillrows(const Mirror& mirror, const std::vector<std::wstring>& rows) {
+  constexpr int margin = 8;
+  const HWND window = mirror.window;
+  SendMessageW(window, WM_SETREDRAW, FALSE, 0);
+  SendMessageW(window, LB_RESETCONTENT, 0, 0);
+  for (const std::wstring& row : rows)
+    SendMessageW(window, LB_ADDSTRING, 0, reinterpret_cast<LPARAM>(row.c_str()));
+  int width = 0;
+  for (const std::wstring& row : rows)
+    width = std::max(width, textwidth(window, mirror.font.get(), row));
+  SendMessageW(window, LB_SETHORIZONTALEXTENT, static_cast<WPARAM>(width + margin), 0);
+  SendMessageW(window, WM_SETREDRAW, TRUE, 0);
+  InvalidateRect(window, nullptr, TRUE);
+}
+
+void showfiles(const Mirror& mirror, const FileList& files) {
+  std::vector<std::wstring> rows;
+  for (const std::string& name : files.names())
+    rows.push_back(widen(name));
+  fillrows(mirror, rows);
+}
+
+// The folders that lead to the list's own, each further in, and below it the subfolders.
+void showfolders(const Mirror& mirror, const DirectoryList& folders) {
+  constexpr std::size_t indentation = 3;  // in blanks
+  std::vector<std::wstring> rows;
+  for (const FolderRow& row : folders.rows())
+    rows.push_back(std::wstring(row.depth * indentation, L' ') + widen(row.name));
+  fillrows(mirror, rows);
+  SendMessageW(mirror.window, LB_SETCURSEL, rows.size() - folders.subfolders().size() - 1, 0);
+}
+
+// The drives are filled in once: the list may be open while another one is selected.
+void showdrives(HWND window, const DriveList& drives) {
+  const std::vector<std::string>& all = drives.drives();
+  if (SendMessageW(window, CB_GETCOUNT, 0, 0) == 0)
+    for (const std::string& drive : all)
+      SendMessageW(window, CB_ADDSTRING, 0, reinterpret_cast<LPARAM>(widen(drive).c_str()));
+  const auto selected = std::find(all.begin(), all.end(), drives.text());
+  SendMessageW(window, CB_SETCURSEL, static_cast<WPARAM>(selected - all.begin()), 0);
+}
+
+void selectedindrives(HWND window, Form1& form) {
+  const auto index = static_cast<std::size_t>(SendMessageW(window, CB_GETCURSEL, 0, 0));
+  if (index < form.Drive1.drives().size())
+    selectdrive(form, std::string(form.Drive1.drives()[index]));
+  showdrives(window, form.Drive1);  // the drive may not have been ready, or a search is running
+}
+
+void openselected(HWND window, Form1& form) {
+  const auto index = static_cast<std::size_t>(SendMessageW(window, LB_GETCURSEL, 0, 0));
+  const std::vector<FolderRow> rows = form.Dir1.rows();
+  if (index < rows.size())
+    openfolder(form, rows[index].path);
+}
+
+}  // namespace
+
+int textwidth(HWND window, HFONT font, const std::wstring& text) {
+  const HDC context = GetDC(window);
+  const HGDIOBJ before = SelectObject(context, font);
+  SIZE size{};
+  GetTextExtentPoint32W(context, text.c_str(), static_cast<int>(text.size()), &size);
+  SelectObject(context, before);
+  ReleaseDC(window, context);
+  return size.cx;
+}
+
+HWND makecontrol(const ControlLayout& row, HWND parent, int identifier) {
+  const Style style = styleof(row);
+  const HWND window =
+      CreateWindowExW(style.extended, style.type, L"", style.style, 0, 0, 0, 0, parent,
+                      reinterpret_cast<HMENU>(static_cast<INT_PTR>(identifier)), nullptr, nullptr);
+  if (window && row.kind == Kind::textbox) {
+    SendMessageW(window, EM_SETLIMITTEXT, 0, 0);  // 0: as much as memory holds
+    SetWindowSubclass(window, boxprocedure, 0, 0);
+  }
+  return window;
+}
+
+void showcontrol(const Mirror& mirror, const Form1& form) {
+  if (mirror.row->kind == Kind::drivelist)
+    return showdrives(mirror.window, form.Drive1);
+  if (mirror.row->kind == Kind::directorylist)
+    return showfolders(mirror, form.Dir1);
+  if (mirror.row->kind == Kind::filelist)
+    return showfiles(mirror, form.File1);
+  const std::wstring text = widen(mirror.control->text());
+  if (textof(mirror.window) != text)
+    SetWindowTextW(mirror.window, text.c_str());
+}
+
+void appendtext(HWND box, std::string_view text) {
+  const int end = GetWindowTextLengthW(box);
+  SendMessageW(box, EM_SETSEL, static_cast<WPARAM>(end), end);
+  SendMessageW(box, EM_REPLACESEL, FALSE, reinterpret_cast<LPARAM>(widen(text).c_str()));
+}
+
+void notified(const Mirror& mirror, Form1& form, WORD code) {
+  if (mirror.row->kind == Kind::button && code == BN_CLICKED)
+    press(form, *mirror.control);
+  if (mirror.row->kind == Kind::drivelist && code == CBN_SELCHANGE)
+    selectedindrives(mirror.window, form);
+  if (mirror.row->kind == Kind::directorylist && code == LBN_DBLCLK)
+    openselected(mirror.window, form);
+  if (mirror.row->kind == Kind::textbox && code == EN_CHANGE)
+    mirror.control->typed(narrow(textof(mirror.window)));
+}
+
+void entered(const Mirror& mirror, Form1& form) {
+  if (mirror.row->kind == Kind::button)
+    press(form, *mirror.control);
+  if (mirror.row->kind == Kind::directorylist)
+    openselected(mirror.window, form);
+}

@@ -1,0 +1,36 @@
+// The system's own controls, which mirror those of the form.
+#pragma once
+
+#include "form/form1.h"
+#include "ui/layout.h"
+#include "ui/win32/font.h"
+
+#include <string>
+#include <string_view>
+
+#include <windows.h>
+
+struct Mirror {
+  const ControlLayout* row;
+  Control* control;
+  HWND window;
+  FontHandle font;
+};
+
+// The pixels that a line of text takes in a window.
+int textwidth(HWND window, HFONT font, const std::wstring& text);
+
+// Makes the control of a row in `parent`, which owns it. Null on failure.
+HWND makecontrol(const ControlLayout& row, HWND parent, int identifier);
+
+// Shows the control's text or rows.
+void showcontrol(const Mirror& mirror, const Form1& form);
+
+// Adds to the end of a text box, after what the user has typed into it.
+void appendtext(HWND box, std::string_view text);
+
+// What the user did with a control: `code` is that of its notification.
+void notified(const Mirror& mirror, Form1& form, WORD code);
+
+// The user presses Enter in a control: a button is pressed, a folder opened.
+void entered(const Mirror& mirror, Form1& form);

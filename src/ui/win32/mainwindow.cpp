@@ -1,0 +1,275 @@
+// The form in a window of the system: a control for each row of the layout, at its place.
+#include "ui/win32/mainwindow.h"
+
+#include "platform/windows/wide.h"
+#include "ui/layout.h"
+#include "ui/win32/dpi.h"
+
+#include <algorithm>
+
+#include <commctrl.h>
+
+namespace {
+
+constexpr WORD icon = 1;  // the program's, among its resources
+
+HINSTANCE program() { return GetModuleHandleW(nullptr); }
+
+void registerclass(WNDPROC procedure) {
+  WNDCLASSEXW windows{};
+  windows.cbSize = sizeof windows;
+  windows.lpfnWndProc = procedure;
+  windows.hInstance = program();
+  windows.hIcon = LoadIconW(program(), MAKEINTRESOURCEW(icon));
+  windows.hCursor = LoadCursorW(nullptr, MAKEINTRESOURCEW(32512));  // IDC_ARROW
+  windows.hbrBackground = GetSysColorBrush(COLOR_BTNFACE);
+  windows.lpszClassName = windowclass;
+  RegisterClassExW(&windows);
+}
+
+Control& controlof(const ControlLayout& row, Form1& form) {
+  return **std::find_if(form.controls().begin(), form.controls().end(),
+                        [&](const Control* control) { return control->name() == row.name; });
+}
+
+SIZE designsize(UINT dpi) { return {pixels(windowwidth, dpi), pixels(windowheight, dpi)}; }
+
+TOOLINFOW toolof(const Mirror& mirror, std::wstring& text) {
+  TOOLINFOW tool{};
+  tool.cbSize = sizeof tool;
+  tool.uFlags = TTF_IDISHWND | TTF_SUBCLASS;
+  tool.hwnd = GetParent(mirror.window);
+  tool.uId = reinterpret_cast<UINT_PTR>(mirror.window);
+  tool.lpszText = text.data();
+  return tool;
+}
+
+// Room for what a drop-down list drops, in rows' heights.
+constexpr int droppedrows = 12;
+
+}  // namespace
+
+MainWindow::MainWindow(Form1& itsform) : form(itsform) {
+  registerclass(procedure);
+  CreateWindowExW(WS_EX_CONTROLPARENT, windowclass, L"", WS_OVERLAPPEDWINDOW | WS_CLIPCHILDREN,
+                  CW_USEDEFAULT, CW_USEDEFAULT, 0, 0, nullptr, nullptr, program(), this);
+  if (!window)
+    return;
+  dpi = dpiof(window);
+  makecontrols();
+  maketooltips();
+  makefonts();
+  resize();
+}
+
+void MainWindow::makecontrols() {
+  int identifier = firstcontrol;
+  for (const ControlLayout& row : layout()) {
+    const HWND made = makecontrol(row, window, identifier++);
+    mirrors.push_back({&row, &controlof(row, form), made, nullptr});
+  }
+}
+
+void MainWindow::maketooltips() {
+  tooltips = CreateWindowExW(WS_EX_TOPMOST, TOOLTIPS_CLASSW, nullptr,
+                             WS_POPUP | TTS_ALWAYSTIP | TTS_NOPREFIX, 0, 0, 0, 0, window, nullptr,
+                             program(), nullptr);
+  std::wstring none;
+  for (const Mirror& mirror : mirrors) {
+    const TOOLINFOW tool = toolof(mirror, none);
+    SendMessageW(tooltips, TTM_ADDTOOLW, 0, reinterpret_cast<LPARAM>(&tool));
+  }
+}
+
+void MainWindow::settooltip(const Mirror& mirror) {
+  std::wstring text = widen(mirror.control->tooltip());
+  const TOOLINFOW tool = toolof(mirror, text);
+  SendMessageW(tooltips, TTM_UPDATETIPTEXTW, 0, reinterpret_cast<LPARAM>(&tool));
+}
+
+void MainWindow::makefonts() {
+  for (Mirror& mirror : mirrors)
+    setfont(mirror, makefont(mirror.row->font, dpi));
+}
+
+void MainWindow::setfont(Mirror& mirror, FontHandle font) {
+  SendMessageW(mirror.window, WM_SETFONT, reinterpret_cast<WPARAM>(font.get()), TRUE);
+  mirror.font = std::move(font);
+}
+
+// A label that is as wide as its caption gets a smaller font where it would meet its neighbour.
+void MainWindow::fitfont(Mirror& mirror) {
+  constexpr double step = 0.25;  // points
+  constexpr double least = 5;
+  const std::wstring caption = widen(mirror.control->text());
+  Font font = mirror.row->font;
+  FontHandle fitting = makefont(font, dpi);
+  while (font.points > least &&
+         textwidth(mirror.window, fitting.get(), caption) > pixels(roomof(*mirror.row), dpi)) {
+    font.points -= step;
+    fitting = makefont(font, dpi);
+  }
+  setfont(mirror, std::move(fitting));
+}
+
+void MainWindow::resize() {
+  const SIZE size = framedsize(window, designsize(dpi));
+  SetWindowPos(window, nullptr, 0, 0, size.cx, size.cy, SWP_NOMOVE | SWP_NOZORDER | SWP_NOACTIVATE);
+}
+
+SIZE MainWindow::clientsize() const {
+  RECT client;
+  GetClientRect(window, &client);
+  return {client.right, client.bottom};
+}
+
+void MainWindow::place() {
+  for (const Mirror& mirror : mirrors)
+    placecontrol(mirror, clientsize());
+}
+
+void MainWindow::placecontrol(const Mirror& mirror, SIZE client) const {
+  const auto twips = [&](LONG length) {
+    return MulDiv(static_cast<int>(length), twipsperinch, static_cast<int>(dpi));
+  };
+  const Place at = placeof(*mirror.row, twips(client.cx), twips(client.cy));
+  const int left = pixels(at.left, dpi);
+  const int top = pixels(at.top, dpi);
+  int width = pixels(at.left + at.width, dpi) - left;
+  int height = pixels(at.top + at.height, dpi) - top;
+  if (mirror.row->kind == Kind::drivelist)
+    height *= droppedrows;
+  if (mirror.row->sizedtotext)
+    width = textwidth(mirror.window, mirror.font.get(), widen(mirror.control->text()));
+  SetWindowPos(mirror.window, nullptr, left, top, width, height,
+               SWP_NOZORDER | SWP_NOACTIVATE | SWP_NOCOPYBITS);
+}
+
+void MainWindow::limitsize(MINMAXINFO& limits) const {
+  const SIZE least = framedsize(window, designsize(dpi));
+  limits.ptMinTrackSize = {least.cx, least.cy};
+}
+
+void MainWindow::changedpi(const RECT& suggested) {
+  dpi = dpiof(window);
+  makefonts();
+  for (Mirror& mirror : mirrors)
+    if (mirror.row->sizedtotext)
+      fitfont(mirror);
+  SetWindowPos(window, nullptr, suggested.left, suggested.top, suggested.right - suggested.left,
+               suggested.bottom - suggested.top, SWP_NOZORDER | SWP_NOACTIVATE);
+  place();
+}
+
+void MainWindow::show() {
+  focused = mirrors.front().window;
+  ShowWindow(window, SW_SHOWDEFAULT);
+  UpdateWindow(window);
+}
+
+const Mirror* MainWindow::mirrorof(HWND control) const {
+  const auto found = std::find_if(mirrors.begin(), mirrors.end(),
+                                  [&](const Mirror& mirror) { return mirror.window == control; });
+  return found == mirrors.end() ? nullptr : &*found;
+}
+
+Mirror& MainWindow::mirrorof(const Control& control) {
+  return *std::find_if(mirrors.begin(), mirrors.end(),
+                       [&](const Mirror& mirror) { return mirror.control == &control; });
+}
+
+void MainWindow::refresh(const Control& control) {
+  Mirror& mirror = mirrorof(control);
+  const bool appears =
+      control.visible() && !(GetWindowLongPtrW(mirror.window, GWL_STYLE) & WS_VISIBLE);
+  own = true;
+  showcontrol(mirror, form);
+  own = false;
+  settooltip(mirror);
+  if (mirror.row->sizedtotext) {
+    fitfont(mirror);
+    placecontrol(mirror, clientsize());
+    // What it covered before, neighbours included.
+    RedrawWindow(window, nullptr, nullptr, RDW_INVALIDATE | RDW_ERASE | RDW_ALLCHILDREN);
+  }
+  EnableWindow(mirror.window, control.enabled());
+  ShowWindow(mirror.window, control.visible() ? SW_SHOWNA : SW_HIDE);
+  // The work of a silent run may follow, which does not yield.
+  if (appears)
+    UpdateWindow(mirror.window);
+}
+
+void MainWindow::append(const Control& control, std::string_view text) {
+  own = true;
+  appendtext(mirrorof(control).window, text);
+  own = false;
+}
+
+void MainWindow::dispatch(MSG& message) const {
+  if (IsDialogMessageW(window, &message))
+    return;
+  TranslateMessage(&message);
+  DispatchMessageW(&message);
+}
+
+// The dialog keys give Enter the identifier of a dialog's OK button.
+void MainWindow::command(WORD identifier, WORD code) {
+  const Mirror* mirror = mirrorof(identifier == IDOK ? GetFocus() : GetDlgItem(window, identifier));
+  if (!mirror || own)
+    return;
+  if (identifier == IDOK)
+    entered(*mirror, form);
+  else
+    notified(*mirror, form, code);
+  leavedisabled(mirror->window);
+}
+
+// A button that has disabled itself has lost the keyboard: the next control takes it.
+void MainWindow::leavedisabled(HWND control) {
+  if (IsWindowEnabled(control) || (GetFocus() && GetFocus() != control))
+    return;
+  focused = GetNextDlgTabItem(window, control, FALSE);
+  keepfocus(GetActiveWindow() == window);
+}
+
+void MainWindow::keepfocus(bool active) {
+  if (!active && IsChild(window, GetFocus()))
+    focused = GetFocus();
+  if (active && focused)
+    SetFocus(focused);
+}
+
+LRESULT CALLBACK MainWindow::procedure(HWND window, UINT message, WPARAM word, LPARAM detail) {
+  if (message == WM_NCCREATE) {
+    auto* created =
+        static_cast<MainWindow*>(reinterpret_cast<CREATESTRUCTW*>(detail)->lpCreateParams);
+    created->window = window;
+    SetWindowLongPtrW(window, GWLP_USERDATA, reinterpret_cast<LONG_PTR>(created));
+  }
+  auto* self = reinterpret_cast<MainWindow*>(GetWindowLongPtrW(window, GWLP_USERDATA));
+  return self ? self->handle(message, word, detail) : DefWindowProcW(window, message, word, detail);
+}
+
+LRESULT MainWindow::handle(UINT message, WPARAM word, LPARAM detail) {
+  switch (message) {
+  case WM_COMMAND:
+    command(LOWORD(word), HIWORD(word));
+    return 0;
+  case WM_SIZE:
+    place();
+    return 0;
+  case WM_GETMINMAXINFO:
+    limitsize(*reinterpret_cast<MINMAXINFO*>(detail));
+    return 0;
+  case 0x02E0:  // WM_DPICHANGED
+    changedpi(*reinterpret_cast<const RECT*>(detail));
+    return 0;
+  case WM_ACTIVATE:
+    keepfocus(LOWORD(word) != WA_INACTIVE);
+    return 0;
+  case WM_CLOSE:
+    endprogram(form);
+  default:
+    return DefWindowProcW(window, message, word, detail);
+  }
+}

@@ -1,0 +1,65 @@
+// The front end with a window of the system's own controls.
+#include "ui/win32/win32screen.h"
+
+#include "platform/windows/handle.h"
+#include "platform/windows/wide.h"
+
+namespace {
+
+// Where messages go: what the program was started with, else the console that it was started from.
+Handle erroroutput() {
+  const HANDLE given = GetStdHandle(STD_ERROR_HANDLE);
+  HANDLE own = INVALID_HANDLE_VALUE;
+  if (given && given != INVALID_HANDLE_VALUE &&
+      DuplicateHandle(GetCurrentProcess(), given, GetCurrentProcess(), &own, 0, FALSE,
+                      DUPLICATE_SAME_ACCESS))
+    return Handle(own);
+  AttachConsole(ATTACH_PARENT_PROCESS);
+  return openfile(L"CONOUT$", GENERIC_WRITE, OPEN_EXISTING, 0);
+}
+
+}  // namespace
+
+bool Win32Screen::open(Form1& form) {
+  window = std::make_unique<MainWindow>(form);
+  return window->handle() != nullptr;
+}
+
+void Win32Screen::run() {
+  MSG message;
+  while (GetMessageW(&message, nullptr, 0, 0) > 0)
+    window->dispatch(message);
+  Win32Screen::end(static_cast<int>(message.wParam));
+}
+
+void Win32Screen::show() {
+  window->show();
+  processmessages();
+}
+
+void Win32Screen::showcaption(const std::string& caption) {
+  SetWindowTextW(window->handle(), widen(caption).c_str());
+}
+
+void Win32Screen::messagebox(const std::string& text) {
+  MessageBoxW(window ? window->handle() : nullptr, widen(text).c_str(), widen(programtitle).c_str(),
+              MB_OK);
+}
+
+void Win32Screen::standarderror(const std::string& text) {
+  const Handle output = erroroutput();
+  const std::wstring line = widen(text + "\r\n");
+  DWORD mode = 0;
+  if (GetConsoleMode(output.get(), &mode))
+    WriteConsoleW(output.get(), line.data(), static_cast<DWORD>(line.size()), &mode, nullptr);
+  else if (output)
+    static_cast<void>(writeall(output, narrow(line)));
+}
+
+void Win32Screen::processmessages() {
+  MSG message;
+  while (PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE))
+    window->dispatch(message);
+}
+
+void Win32Screen::end(int status) { ExitProcess(static_cast<UINT>(status)); }

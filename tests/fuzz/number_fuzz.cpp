@@ -1,0 +1,16 @@
+// The numeric value of any text: a number, whose text has the same value again.
+#include "form/text.h"
+
+#include <cmath>
+#include <cstdint>
+#include <cstdlib>
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  const double value = numericvalue({reinterpret_cast<const char*>(data), size});
+  if (std::isnan(value))
+    std::abort();
+  if (std::isfinite(value) && std::abs(value) < 1e15 && numericvalue(numbertext(value)) != value)
+    std::abort();
+  static_cast<void>(wholepart(value));
+  return 0;
+}

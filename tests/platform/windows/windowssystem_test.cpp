@@ -1,0 +1,144 @@
+// The system of Windows itself.
+#include "platform/windows/windowssystem.h"
+
+#include "tests/support/scratchfolder.h"
+#include "tools/executable.h"
+
+#include <gtest/gtest.h>
+
+#include <winreg.h>
+
+namespace {
+
+constexpr char key[] = R"(HKEY_CURRENT_USER\Software\Vora Map Updater Test\)";
+constexpr wchar_t subkey[] = L"Software\\Vora Map Updater Test";
+
+class WindowsSystemTest : public testing::Test {
+protected:
+  ~WindowsSystemTest() override { RegDeleteTreeW(HKEY_CURRENT_USER, subkey); }
+
+  template <class Value> void put(const wchar_t* name, DWORD type, const Value& value) {
+    RegSetKeyValueW(HKEY_CURRENT_USER, subkey, name, type, &value, sizeof value);
+  }
+
+  std::string read(const std::string& name) {
+    return system.regread(key + name).value_or("nothing");
+  }
+
+  std::vector<std::string> notices;
+  WindowsSystem system{[this](const std::string& text) { notices.push_back(text); }};
+};
+
+}  // namespace
+
+TEST_F(WindowsSystemTest, ReadsTheRegistryAsTheScriptHostDoes) {
+  put(L"text", REG_SZ, L"C:\\Spiele\\Größe Ж");
+  put(L"number", REG_DWORD, DWORD{0xFFFFFFFE});
+  put(L"expand", REG_EXPAND_SZ, L"%VORATEST%\\x");
+  put(L"bytes", REG_BINARY, DWORD{7});
+  SetEnvironmentVariableW(L"VORATEST", L"value");
+  EXPECT_EQ(read("text"), "C:\\Spiele\\Größe Ж");
+  EXPECT_EQ(read("number"), "4294967294");
+  EXPECT_EQ(read("expand"), "value\\x");
+  EXPECT_EQ(read("bytes"), "nothing");
+  EXPECT_EQ(read("missing"), "nothing");
+  EXPECT_FALSE(system.regread("no such root\\x"));
+  EXPECT_TRUE(notices.empty());
+}
+
+TEST_F(WindowsSystemTest, WritesTheRegistry) {
+  EXPECT_TRUE(system.regwrite(std::string(key) + "written", "C:\\Ж", "REG_SZ"));
+  EXPECT_EQ(read("written"), "C:\\Ж");
+  EXPECT_EQ(regaccess(system, "READ", std::string(key) + "written", "", ""), "C:\\Ж");
+}
+
+TEST_F(WindowsSystemTest, KnowsTheVersionThatTheNameTableHas) {
+  const auto version = system.osversion();
+  ASSERT_TRUE(version);
+  EXPECT_EQ(version->platform, 2u);
+  EXPECT_EQ(version->major, 6u);
+  EXPECT_LE(version->minor, 2u);
+}
+
+TEST_F(WindowsSystemTest, FindsTheUsersFolders) {
+  for (const std::uint32_t folder : {0x801Cu, 0x8005u}) {
+    const FolderPath answer = system.folderpath(folder);
+    EXPECT_EQ(answer.status, FolderPath::ok);
+    EXPECT_TRUE(GetFileAttributesW(widen(answer.path).c_str()) & FILE_ATTRIBUTE_DIRECTORY);
+  }
+  EXPECT_EQ(system.folderpath(0x7FFF).status, FolderPath::invalididentifier);
+}
+
+TEST_F(WindowsSystemTest, ReadsProductVersions) {
+  const ScratchFolder scratch;
+  for (const bool wide : {false, true}) {
+    scratch.add("game.exe", Executable{{1, 40000, 0, 65535}, {9, 9, 9, 9}, wide}.bytes());
+    const auto version = system.productversion(scratch / "game.exe");
+    ASSERT_TRUE(version) << wide;
+    EXPECT_EQ(version->high, 1u << 16 | 40000u);
+    EXPECT_EQ(version->low, 65535u);
+  }
+  Executable without;
+  without.versionresource = false;
+  scratch.add("without.exe", without.bytes());
+  scratch.add("text.exe", "no executable");
+  for (const char* name : {"without.exe", "text.exe", "missing.exe", "", "漢字.exe"})
+    EXPECT_FALSE(system.productversion(scratch / name)) << name;
+}
+
+TEST_F(WindowsSystemTest, KnowsItsSurroundings) {
+  SetEnvironmentVariableW(L"VORATEST", L"Ж value");
+  EXPECT_EQ(system.environment("voratest"), "Ж value");
+  SetEnvironmentVariableW(L"VORATEST", nullptr);
+  EXPECT_EQ(system.environment("voratest"), "");
+  EXPECT_EQ(system.lowercase("/SILENT ÄÖŽЖ 漢"), "/silent äöžж 漢");
+  const auto drives = system.drives();
+  EXPECT_NE(std::find(drives.begin(), drives.end(), "C:"), drives.end());
+  EXPECT_FALSE(system.appfolder().ends_with('\\'));
+}
+
+TEST(CommandLine, TheArgumentsBeginAfterTheProgramsName) {
+  const struct {
+    const char* line;
+    const char* arguments;
+  } cases[] = {
+      {"program", ""},
+      {"program  ", ""},
+      {"program /s", "/s"},
+      {R"("C:\Program Files\a.exe" /s)", "/s"},
+      {R"("C:\Program Files\a.exe")", ""},
+      {R"(C:\"Program Files"\a.exe   /s  -s )", "/s  -s "},
+      {R"(program "/s")", R"("/s")"},
+      {"program\t/s", "/s"},
+      {"\"unclosed /s", ""},
+      {"", ""},
+  };
+  for (const auto& c : cases)
+    EXPECT_EQ(afterprogram(c.line), c.arguments) << c.line;
+}
+
+TEST(Wide, TextsSurviveTheWayToWindowsAndBack) {
+  const std::string text = "a Ä Ж 漢 \xF0\x9F\x9A\x80";
+  EXPECT_EQ(narrow(widen(text)), text);
+  EXPECT_EQ(narrow(widen("")), "");
+  EXPECT_EQ(widen("\xFF"), L"\xFFFD");
+  EXPECT_EQ(fromcodepage(tocodepage("plain").value()), "plain");
+  EXPECT_TRUE(GetACP() == CP_UTF8 || !tocodepage("漢字 Ж ü"));
+}
+
+TEST(Paths, AreMadeAbsolute) {
+  const struct {
+    const char* path;
+    const wchar_t* wide;
+  } cases[] = {
+      {"c:\\a/b\\\\.\\c\\..\\d", L"\\\\?\\C:\\a\\b\\d"},
+      {"C:", L"\\\\?\\C:\\"},
+      {"\\\\server\\share\\x\\", L"\\\\?\\UNC\\server\\share\\x"},
+      {"\\\\?\\UNC\\server\\share\\x", L"\\\\?\\UNC\\server\\share\\x"},
+      {"\\\\?\\C:\\x", L"\\\\?\\C:\\x"},
+      {"C:\\..\\..\\x", L"\\\\?\\C:\\x"},
+  };
+  for (const auto& c : cases)
+    EXPECT_EQ((*locate(c.path)).wide(), c.wide) << c.path;
+  EXPECT_EQ((*locate("\\\\server\\share\\x")).text(), "\\\\server\\share\\x");
+}

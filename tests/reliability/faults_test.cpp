@@ -1,0 +1,212 @@
+// No map is lost when a call fails, when the power is cut, or when somebody else is at it,
+// whichever call of the run it happens at.
+#include "convert/conversion.h"
+#include "discover/search.h"
+
+#include "tests/support/disks.h"
+#include "tests/support/promise.h"
+
+#include <gtest/gtest.h>
+
+#include <cerrno>
+#include <cstring>
+#include <fstream>
+#include <iostream>
+
+#include <fcntl.h>
+#include <sys/file.h>
+#include <unistd.h>
+
+namespace fs = std::filesystem;
+
+namespace {
+
+// Thousands of runs on a real disk would take minutes.
+struct InMemory {
+  InMemory() {
+    if (fs::is_directory("/dev/shm"))
+      ::setenv("TMPDIR", "/dev/shm", 1);
+  }
+};
+
+// The edition's letter, and whether the file system knows hard links.
+class Faults : InMemory, public testing::TestWithParam<std::pair<const char*, bool>> {
+protected:
+  Faults() {
+    machine.writedata();
+    fs::create_directory(machine.drivec / "empty");
+    galaxies.edition = GetParam().first;
+    galaxies.fill(folder);
+    ::setenv("LC_ALL", "C", 1);
+  }
+
+  // Finds and converts all maps on such a disk; what the user is told.
+  std::string convert(Disk& disk) {
+    Program program(machine, "", disk);
+    program.form.edition = galaxies.edition;
+    program.form.pathlist[0] = "C:\\maps";
+    program.form.pathlist[1] = "C:\\empty";
+    program.run([&] {
+      findgalaxies(program.form);
+      fixgalaxies(program.form);
+    });
+    found = program.form.foundlist.size() - 1;
+    std::string told;
+    for (const std::string& message : program.screen.messages)
+      told += message + "\n";
+    return told;
+  }
+
+  void convertundisturbed() {
+    WatchedDisk disk([](int) { return 0; }, links);
+    convert(disk);
+  }
+
+  std::vector<std::string> notconverted(const Tree& left) const {
+    std::vector<std::string> names;
+    for (int i = 0; i < galaxies.count; ++i)
+      if (left.at(galaxies.name(i) + ".galaxy") == galaxies.old(i))
+        names.push_back(galaxies.name(i) + ".galaxy");
+    return names;
+  }
+
+  TestMachine machine;
+  Galaxies galaxies;
+  const bool links = GetParam().second;
+  const fs::path folder = machine.drivec / "maps";
+  std::size_t found = 0;
+};
+
+}  // namespace
+
+INSTANTIATE_TEST_SUITE_P(Editions, Faults,
+                         testing::Values(std::pair("v", true), std::pair("v", false),
+                                         std::pair("t", true), std::pair("t", false)));
+
+// Whatever fails, what is not converted is told with its name and the reason, and every other map
+// is converted. A folder that cannot be listed gives no maps, and a template's failure ends the
+// run.
+TEST_P(Faults, EveryCallFailsOnce) {
+  int injected = 0;
+  for (const int error : {EIO, ENOSPC, EACCES, WatchedDisk::half}) {
+    for (int fault = 1, calls = fault; fault <= calls; ++fault, ++injected) {
+      galaxies.fill(folder);
+      WatchedDisk disk([&](int call) { return call == fault ? error : 0; }, links);
+      const std::string told = convert(disk);
+      calls = disk.calls;
+      const Tree left = tree(folder);
+      SCOPED_TRACE(std::to_string(error) + " at " + std::to_string(fault) + ": " + told);
+      ASSERT_EQ(broken(galaxies, left), "");
+      const auto leftalone = notconverted(left);
+      const bool ended = found != 3 || told.find("struct") != told.npos;
+      ASSERT_LE(leftalone.size(), ended ? 3u : error == WatchedDisk::half ? 0u : 1u);
+      for (const std::string& name : leftalone) {
+        ASSERT_TRUE(ended || told.find(name) != told.npos) << name;
+        ASSERT_TRUE(ended || told.find(std::strerror(error)) != told.npos);
+      }
+      convertundisturbed();
+      ASSERT_EQ(unfinished(galaxies, tree(folder)), "");
+    }
+  }
+  std::cout << "injected failures: " << injected << "\n";
+}
+
+// A disk that is full or broken from some moment on.
+TEST_P(Faults, EveryCallFailsFromThenOn) {
+  int injected = 0;
+  for (const int error : {EIO, ENOSPC}) {
+    for (int fault = 1, calls = fault; fault <= calls; ++fault, ++injected) {
+      galaxies.fill(folder);
+      WatchedDisk disk([&](int call) { return call >= fault ? error : 0; }, links);
+      convert(disk);
+      calls = disk.calls;
+      SCOPED_TRACE(fault);
+      ASSERT_EQ(broken(galaxies, tree(folder)), "");
+      convertundisturbed();
+      ASSERT_EQ(unfinished(galaxies, tree(folder)), "");
+    }
+  }
+  std::cout << "injected failures: " << injected << "\n";
+}
+
+TEST_P(Faults, ThePowerIsCutAfterEveryChange) {
+  ModelDisk disk(folder, links);
+  convert(disk);
+  ASSERT_EQ(unfinished(galaxies, disk.cuts.back()), "");
+  for (const Tree& left : disk.cuts) {
+    ASSERT_EQ(broken(galaxies, left), "");
+    fs::remove_all(folder);
+    for (const auto& [name, content] : left)
+      writefile(folder / name, content);
+    convertundisturbed();
+    ASSERT_EQ(unfinished(galaxies, tree(folder)), "");
+  }
+  std::cout << "power cuts: " << disk.cuts.size() << "\n";
+}
+
+// The other run may clear up what it takes for a leftover, and may replace every map.
+TEST_P(Faults, AnotherRunComesInBeforeEveryCall) {
+  for (int moment = 1, calls = moment; moment <= calls; ++moment) {
+    galaxies.fill(folder);
+    WatchedDisk disk(
+        [&](int call) {
+          if (call == moment)
+            convertundisturbed();
+          return 0;
+        },
+        links);
+    convert(disk);
+    calls = disk.calls;
+    SCOPED_TRACE(moment);
+    ASSERT_EQ(unfinished(galaxies, tree(folder)), "");
+  }
+}
+
+// What somebody saves while a map is converted is in the map or in its backup afterwards.
+TEST_P(Faults, AMapGrowsBeforeEveryCall) {
+  const std::string grown = galaxies.old(0) + "more\r\n";
+  for (int moment = 1, calls = moment; moment <= calls; ++moment) {
+    galaxies.fill(folder);
+    WatchedDisk disk(
+        [&](int call) {
+          if (call == moment)
+            std::ofstream(folder / "map0.galaxy", std::ios::app) << "more\r\n";
+          return 0;
+        },
+        links);
+    convert(disk);
+    calls = disk.calls;
+    SCOPED_TRACE(moment);
+    const Tree left = tree(folder);
+    const std::string own = left.at("map0.galaxy");
+    const bool kept = own.ends_with("more\r\n") ||
+                      (left.contains("map0.galold") && left.at("map0.galold") == grown);
+    ASSERT_TRUE(kept || !links) << own;
+    ASSERT_TRUE(own == grown || own.starts_with(galaxies.converted(0))) << own;
+  }
+}
+
+TEST_P(Faults, ClearsWhatAKilledRunLeftAndNothingElse) {
+  const struct {
+    std::string name;
+    bool stays;
+  } files[] = {
+      {".vora-map-updater-17.tmp", false}, {".vora-map-updater-0.tmp", false},
+      {".vora-map-updater-.tmp", true},    {".vora-map-updater-1x.tmp", true},
+      {".vora-map-updater-1.tmp2", true},  {"vora-map-updater-1.tmp", true},
+      {".vora-map-updater-99.tmp", true},  // another run's, see below
+  };
+  for (const auto& file : files)
+    writefile(folder / file.name, "x");
+  fs::create_directory(folder / ".vora-map-updater-2.tmp");
+  fs::create_symlink("map0.galaxy", folder / ".vora-map-updater-3.tmp");
+  const Handle alive(systemdisk(),
+                     ::open((folder / ".vora-map-updater-99.tmp").c_str(), O_RDONLY | O_CLOEXEC));
+  ASSERT_EQ(::flock(alive.get(), LOCK_EX), 0);
+  convertundisturbed();
+  for (const auto& file : files)
+    EXPECT_EQ(fs::exists(folder / file.name), file.stays) << file.name;
+  EXPECT_TRUE(fs::is_directory(folder / ".vora-map-updater-2.tmp"));
+  EXPECT_TRUE(fs::is_symlink(folder / ".vora-map-updater-3.tmp"));
+  EXPECT_EQ(broken(galaxies, tree(folder)), "");
+}

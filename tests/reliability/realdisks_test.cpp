@@ -1,0 +1,129 @@
+// Real trouble with real disks, and the places where the program must not write.
+#include "tests/support/process.h"
+#include "tests/support/promise.h"
+
+#include <gtest/gtest.h>
+
+#include <grp.h>
+#include <sched.h>
+#include <sys/mount.h>
+#include <unistd.h>
+
+namespace fs = std::filesystem;
+
+namespace {
+
+constexpr uid_t nobody = 65534;
+
+void becomenobody() {
+  if (::setgroups(0, nullptr) != 0 || ::setresgid(nobody, nobody, nobody) != 0 ||
+      ::setresuid(nobody, nobody, nobody) != 0)
+    ::_exit(126);
+}
+
+class RealDisks : public testing::Test {
+protected:
+  RealDisks() {
+    machine.writedata();
+    machine.install("vora", {1, 2, 3, 4});
+    fs::create_directories(folder);
+  }
+
+  TestMachine machine;
+  const fs::path folder = machine.userfolder;
+};
+
+// A file system of the test's own, that goes with it.
+bool mountsmall(const fs::path& folder, const char* size) {
+  return ::unshare(CLONE_NEWNS) == 0 &&
+         ::mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0 &&
+         ::mount("none", folder.c_str(), "tmpfs", 0, size) == 0;
+}
+
+}  // namespace
+
+TEST_F(RealDisks, WhatAUserMayNotDoIsToldAndTheRestIsConverted) {
+  if (::geteuid() != 0)
+    GTEST_SKIP() << "only root can become another user";
+  fs::permissions(machine.prefix.parent_path(), fs::perms(0755));
+  const std::string longname = std::string(248, 'x') + ".galaxy";
+  const struct {
+    std::string file;
+    bool ours;  // the folder and the map are the user's
+    mode_t mode;
+    const char* reason;  // none: it is converted
+  } cases[] = {
+      {"readonly/a.galaxy", false, 0644, "Permission denied"},
+      {"unreadable/b.galaxy", false, 0600, "Permission denied"},
+      {"longname/" + longname, true, 0644, "File name too long"},
+      {"taken/c.galaxy", true, 0644, "a folder has the name c.galold"},
+      {"fine/d.galaxy", true, 0640, nullptr},
+  };
+  for (const auto& c : cases) {
+    writefile(folder / c.file, oldmap);
+    ASSERT_EQ(::chmod((folder / c.file).c_str(), c.mode), 0);
+    const uid_t owner = c.ours ? nobody : 0;
+    for (const fs::path& path : {(folder / c.file).parent_path(), folder / c.file})
+      ASSERT_EQ(::chown(path.c_str(), owner, owner), 0);
+  }
+  // Nobody may link to a file that is somebody else's: its backup must be a copy.
+  writefile(folder / "nolinks/e.galaxy", oldmap);
+  ASSERT_EQ(::chown((folder / "nolinks").c_str(), nobody, nobody), 0);
+  writefile(folder / "longname" / (std::string(248, 'x') + ".galold"), "older");
+  fs::create_directory(folder / "taken/c.galold");
+  const auto ended = runsilently(machine, becomenobody);
+  EXPECT_EQ(ended.status, 1);
+  for (const auto& c : cases) {
+    const std::string name = fs::path(c.file).filename().string();
+    EXPECT_EQ(readfile(folder / c.file), c.reason ? oldmap : convertedmap) << name;
+    const auto told = ended.said.find(name);
+    EXPECT_EQ(told != ended.said.npos, c.reason != nullptr) << ended.said;
+    EXPECT_NE(ended.said.find(c.reason ? c.reason : ""), ended.said.npos) << ended.said;
+  }
+  EXPECT_EQ(tree(folder / "nolinks"), (Tree{{"e.galaxy", convertedmap}, {"e.galold", oldmap}}));
+  EXPECT_EQ(tree(folder / "longname").size(), 2u);
+}
+
+TEST_F(RealDisks, AFullDiskLosesNothingAndIsFinishedLater) {
+  if (::geteuid() != 0 || !mountsmall(folder, "size=320k"))
+    GTEST_SKIP() << "a file system of its own cannot be mounted here";
+  const fs::path maps = folder / "maps";
+  const Galaxies galaxies{"v", 40};
+  galaxies.fill(maps);
+  const auto ended = runsilently(machine);
+  EXPECT_EQ(ended.status, 1);
+  EXPECT_NE(ended.said.find("No space left on device"), ended.said.npos) << ended.said;
+  EXPECT_EQ(broken(galaxies, tree(maps)), "");
+  ASSERT_EQ(::mount("none", folder.c_str(), "tmpfs", MS_REMOUNT, "size=4m"), 0);
+  EXPECT_EQ(runsilently(machine).said, "");
+  EXPECT_EQ(unfinished(galaxies, tree(maps)), "");
+  EXPECT_EQ(::umount(folder.c_str()), 0);
+}
+
+// Neither a map's content nor what lies beside it leads the program out of the map's folder.
+TEST_F(RealDisks, NothingIsWrittenElsewhere) {
+  const fs::path elsewhere = machine.drivec / "elsewhere";
+  writefile(elsewhere / "victim", oldmap);
+  writefile(elsewhere / "outside.galaxy", oldmap);
+  writefile(machine.drivec / "a.txt", "x");
+  for (const std::string version : {" 3", "..", "\\a", "/a", "C:", "*?", "\x01\x02", " "}) {
+    fs::remove_all(folder);
+    std::string map = oldmap;
+    map.replace(map.find(" 3"), 2, version);
+    writefile(folder / "maps/a.galaxy", map + "..\\..\\a.txt\r\n");
+    writefile(folder / "maps/..x.galaxy", map);
+    for (const char* name :
+         {"a.galold", "a.galfix", "a.galtst", ".vora-map-updater-5.tmp", "b.galaxy"})
+      fs::create_symlink(elsewhere / "victim", folder / "maps" / name);
+    fs::create_directory_symlink(elsewhere, folder / "maps/linked");
+    const Tree before = tree(machine.drivec);
+    runsilently(machine);
+    Tree after = tree(machine.drivec);
+    for (const auto& [name, content] : before)
+      EXPECT_TRUE(name.find("maps/") != name.npos || after[name] == content) << name << version;
+    for (const auto& [name, content] : after)
+      EXPECT_TRUE(before.contains(name) || name.find("maps/") != name.npos) << name;
+    EXPECT_TRUE(fs::is_symlink(folder / "maps/b.galaxy"));
+    EXPECT_TRUE(fs::is_symlink(folder / "maps/.vora-map-updater-5.tmp"));
+  }
+}

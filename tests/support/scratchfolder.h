@@ -1,0 +1,72 @@
+// A folder of a test's own on Windows, and what tests do with files by the system's own means.
+#pragma once
+
+#include "platform/windows/findfile.h"
+#include "platform/windows/paths.h"
+#include "platform/windows/wide.h"
+
+#include <filesystem>
+#include <fstream>
+#include <map>
+#include <sstream>
+#include <string>
+
+#include <windows.h>
+
+// The path that the system takes for one of the program's, however long it is.
+inline std::filesystem::path systempath(const std::string& path) { return (*locate(path)).wide(); }
+
+// Removes a folder with all that is in it, whatever its attributes and depth.
+inline void removefolder(const std::wstring& folder) {
+  eachentry(folder, [&](const WIN32_FIND_DATAW& entry) {
+    const std::wstring path = folder + L"\\" + entry.cFileName;
+    SetFileAttributesW(path.c_str(), FILE_ATTRIBUTE_NORMAL);
+    if (entry.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY)
+      removefolder(path);
+    else
+      DeleteFileW(path.c_str());
+  });
+  RemoveDirectoryW(folder.c_str());
+}
+
+class ScratchFolder {
+public:
+  ScratchFolder() {
+    wchar_t folder[MAX_PATH];
+    GetTempPathW(MAX_PATH, folder);
+    path = narrow(folder) + "vora-test-" + std::to_string(GetCurrentProcessId());
+    std::filesystem::create_directories(systempath(path));
+  }
+  ScratchFolder(const ScratchFolder&) = delete;
+  ScratchFolder& operator=(const ScratchFolder&) = delete;
+  ~ScratchFolder() { removefolder(systempath(path).wstring()); }
+
+  std::string operator/(const std::string& name) const { return path + "\\" + name; }
+
+  // Makes a file, and the folders on the way.
+  void add(const std::string& name, std::string_view text, DWORD attributes = 0) const {
+    const auto file = systempath(*this / name);
+    std::filesystem::create_directories(file.parent_path());
+    std::ofstream(file, std::ios::binary) << text;
+    if (attributes)
+      SetFileAttributesW(file.c_str(), attributes);
+  }
+
+  DWORD attributesof(const std::string& name) const {
+    return GetFileAttributesW(systempath(*this / name).c_str());
+  }
+
+  // The names of the folder's files, each with its content.
+  std::map<std::string, std::string> tree() const {
+    std::map<std::string, std::string> found;
+    for (const auto& entry : std::filesystem::directory_iterator(systempath(path))) {
+      std::ostringstream text;
+      if (entry.is_regular_file())
+        text << std::ifstream(entry.path(), std::ios::binary).rdbuf();
+      found[narrow(entry.path().filename().wstring())] = text.str();
+    }
+    return found;
+  }
+
+  std::string path;  // without "\" at its end
+};

@@ -1,0 +1,74 @@
+#!/usr/bin/env bash
+# Uses the program's window as a user would, with a mouse on a display of its own; and starts the
+# program where there is no display, or none that answers.
+# window.sh <build folder>
+set -euo pipefail
+build=$(cd "$1" && pwd)
+cd "$(dirname "$0")/../../.."
+source scripts/display.sh
+
+scratch=$(mktemp -d)
+program=
+cleanup() {
+  [ -z "$program" ] || kill "$program" 2>/dev/null || true
+  stopdisplay
+  rm -rf "$scratch"
+}
+trap cleanup EXIT
+
+fail() {
+  printf 'FAILED %s\n' "$*"
+  exit 1
+}
+
+machine() {
+  rm -rf "$scratch/machine"
+  cp -r sample/base "$scratch/machine"
+  "$build/makeexe" "$scratch/machine/drive_c/Program Files (x86)/Vorakai/Vorakai.exe" \
+    "$(sed -n 1p data/targetvoraver.txt | tr -d '\r')"
+}
+
+# Starts the program on a fresh machine, as the process `program`; what it loads goes to `said`.
+start() {
+  machine
+  (cd data && LD_DEBUG=files WINEPREFIX=$scratch/machine exec "$build/vora-map-updater" "$@") \
+    2> "$scratch/said" &
+  program=$!
+}
+
+ended() { # ended <what>: the program ends by itself, with the exit status 0
+  waitfor eval '! kill -0 '"$program" || fail "$1: it does not end"
+  wait "$program" || fail "$1: exit status $?"
+  program=
+}
+
+maps() { (cd "$1" && find drive_c -type f -iname '*.gal*' -exec cksum {} + | sort -k 3); }
+converted() { [ "$(maps tests/expected/base)" = "$(maps "$scratch/machine")" ]; }
+fix() {
+  clickon Command2
+  converted
+}
+
+ldd "$build/vora-map-updater" | grep -i qt && fail 'the program itself needs Qt'
+
+startdisplay
+start
+waitfor xdotool search --onlyvisible --name 'map updater' || fail 'no window appears'
+xdotool windowmove "$(xdotool search --onlyvisible --name 'map updater')" 0 0
+clickon Command1
+waitfor fix || fail 'the maps are not converted'
+clickon Command3
+ended 'the exit button'
+
+start /silent
+ended 'a silent run in a window'
+converted || fail 'a silent run in a window does not convert the maps'
+stopdisplay
+
+for display in '' ':987'; do
+  DISPLAY=$display start /s
+  ended "a silent run on the display '$display'"
+  converted || fail "no conversion on the display '$display'"
+  grep -q 'libQt' "$scratch/said" && [ -z "$display" ] && fail 'Qt is loaded without a display'
+done
+echo 'the window passed'
