@@ -1,8 +1,8 @@
 // Times the program's parts one by one.
+#include "bench/scratch.h"
 #include "convert/passes.h"
 #include "convert/templates.h"
 #include "discover/search.h"
-#include "platform/prefix/machine.h"
 #include "platform/prefix/prefixfiles.h"
 #include "platform/prefix/prefixsystem.h"
 #include "ui/console/consolescreen.h"
@@ -10,7 +10,6 @@
 
 #include <benchmark/benchmark.h>
 
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <random>
@@ -78,27 +77,6 @@ void rewriting(benchmark::State& state) {
     benchmark::DoNotOptimize(firstpass(old, current, lines));
   state.SetItemsProcessed(state.iterations() * static_cast<std::int64_t>(lines.size()));
 }
-
-// A machine in a throw-away folder, whose registry has about 2 MB of other programs' keys.
-class Scratch {
-public:
-  Scratch() {
-    std::string name = "/tmp/vora-bench-XXXXXX";
-    machine.folder = ::mkdtemp(name.data());
-    machine.currentfolder = machine.programfolder = machine.folder;
-    fs::create_directories(machine.folder + "/drive_c/maps");
-    std::ofstream registry(machine.folder + "/system.reg");
-    registry << "WINE REGISTRY Version 2\n";
-    for (int i = 0; i < 20000; ++i)
-      registry << "\n[Software\\\\Classes\\\\CLSID\\\\{" << i << "}] 1\n@=\"class " << i
-               << "\"\n\"Threading\"=\"Both\"\n\"Version\"=\"1.0\"\n\"Icon\"=dword:00000001\n";
-  }
-  ~Scratch() { fs::remove_all(machine.folder); }
-  Scratch(const Scratch&) = delete;
-  Scratch& operator=(const Scratch&) = delete;
-
-  Machine machine;
-};
 
 void readingregistry(benchmark::State& state) {
   const Scratch scratch;

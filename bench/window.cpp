@@ -1,0 +1,87 @@
+// Times the window: its start, and its boxes and lists as the names in them grow.
+#include "bench/scratch.h"
+#include "platform/prefix/prefixfiles.h"
+#include "platform/prefix/prefixsystem.h"
+#include "ui/loadform.h"
+#include "ui/qt/qtscreen.h"
+
+#include <benchmark/benchmark.h>
+
+#include <QApplication>
+
+namespace {
+
+// A machine in whose folders so many maps and subfolders seem to be.
+struct CrowdedFiles : PrefixFiles {
+  using PrefixFiles::PrefixFiles;
+
+  Result<std::vector<Entry>> list(const std::string&, std::string_view) override {
+    std::vector<Entry> entries;
+    for (int i = 0; i < 2 * crowd; ++i)
+      entries.push_back({"The name of map " + std::to_string(i), i < crowd, false});
+    return entries;
+  }
+
+  int crowd = 0;
+};
+
+struct Window {
+  Window() { screen.open(form); }
+
+  Scratch scratch;
+  CrowdedFiles files{scratch.machine};
+  PrefixSystem system{scratch.machine, ""};
+  QtScreen screen;
+  Form1 form{files, system, screen};
+};
+
+// From nothing to the window that waits for its user.
+void openingwindow(benchmark::State& state) {
+  const Scratch scratch;
+  for (auto _ : state) {
+    PrefixFiles files(scratch.machine);
+    PrefixSystem system(scratch.machine, "");
+    QtScreen screen;
+    Form1 form(files, system, screen);
+    screen.open(form);
+    loadform(form);
+  }
+}
+
+void fillingbox(benchmark::State& state) {
+  Window window;
+  loadform(window.form);
+  for (auto _ : state) {
+    window.form.Text1.settext("");
+    for (int i = 0; i < state.range(0); ++i)
+      window.form.Text1.append("The name of a map.galaxy\r\n");
+    window.screen.processmessages();
+  }
+  state.SetItemsProcessed(state.iterations() * state.range(0));
+}
+
+void fillinglists(benchmark::State& state) {
+  Window window;
+  loadform(window.form);
+  window.files.crowd = static_cast<int>(state.range(0));
+  bool other = false;
+  for (auto _ : state) {
+    other = !other;
+    benchmark::DoNotOptimize(window.form.Dir1.setpath(other ? "C:\\maps" : "C:\\"));
+    window.screen.processmessages();
+  }
+  state.SetItemsProcessed(state.iterations() * state.range(0) * 2);
+}
+
+}  // namespace
+
+BENCHMARK(openingwindow)->Unit(benchmark::kMillisecond);
+BENCHMARK(fillingbox)->RangeMultiplier(10)->Range(10, 100000)->Unit(benchmark::kMillisecond);
+BENCHMARK(fillinglists)->RangeMultiplier(10)->Range(10, 100000)->Unit(benchmark::kMillisecond);
+
+int main(int argc, char** argv) {
+  qputenv("QT_QPA_PLATFORM", "offscreen");
+  QApplication application(argc, argv);
+  benchmark::Initialize(&argc, argv);
+  benchmark::RunSpecifiedBenchmarks();
+}
