@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """Times the whole program against what a user would do instead, in turn, and prints the medians.
 
-    compare.py convert|script|search WORKFOLDER --build BUILDFOLDER [--rounds N]
+    compare.py convert|script|growth|search WORKFOLDER --build BUILDFOLDER [--rounds N]
 
 WORKFOLDER holds a machine (`machine`) and its data files (`data`), as `scripts/bench` makes them.
 """
@@ -42,7 +42,7 @@ def digest(tree):
 
 
 def run(command, folder, environment):
-    """Wall-clock time, processor time in seconds and the largest memory in bytes of one run."""
+    """Wall-clock and processor time of one run, in seconds."""
     with open(os.devnull, "wb") as sink:
         begin = time.perf_counter()
         child = subprocess.Popen(command, cwd=folder, env=environment, stdout=sink)
@@ -51,7 +51,7 @@ def run(command, folder, environment):
     child.returncode = os.waitstatus_to_exitcode(status)
     if child.returncode != 0:
         sys.exit(f"{command[0]} failed with {child.returncode}")
-    return wall, usage.ru_utime + usage.ru_stime, usage.ru_maxrss * 1024
+    return wall, usage.ru_utime + usage.ru_stime
 
 
 def makesedscript(data, path):
@@ -83,13 +83,12 @@ class Contest:
 
     def tell(self):
         first = next(iter(self.contenders))
-        print(f"{'':12} {'wall s':>8} {'cpu s':>8} {'MB':>6} {first + '/it: wall':>14} {'cpu':>6}")
+        print(f"{'':12} {'wall s':>8} {'cpu s':>8} {first + '/it: wall':>16} {'cpu':>6}")
         for name in self.contenders:
-            wall, cpu, memory = (self.median(name, which) for which in range(3))
+            wall, cpu = (self.median(name, which) for which in range(2))
             ratios = [self.median(first, which) / max(self.median(name, which), 1e-9)
                       for which in range(2)]
-            print(f"{name:12} {wall:8.3f} {cpu:8.3f} {memory / 2**20:6.1f} "
-                  f"{ratios[0]:14.2f} {ratios[1]:6.2f}")
+            print(f"{name:12} {wall:8.3f} {cpu:8.3f} {ratios[0]:16.3f} {ratios[1]:6.3f}")
 
 
 def checkresults(contenders, environment, tree):
@@ -139,6 +138,16 @@ def script(folder, build, environment, rounds):
     contest.tell()
 
 
+def growth(folder, build, environment, rounds):
+    tree, data = (os.path.join(folder, name) for name in (USER, "data"))
+    program = {"program": ([os.path.join(build, "vora-map-updater"), "/silent"], data)}
+    contest = Contest(program, environment, lambda: restore(tree))
+    contest.play(rounds)
+    count = sum(1 for _ in each(tree, ".galaxy"))
+    wall, cpu = (contest.median("program", which) / count * 1e6 for which in range(2))
+    print(f"{count:7} maps: {wall:6.1f} us a map, {cpu:6.1f} us of them on the processor")
+
+
 def search(folder, build, environment, rounds):
     tree = os.path.join(folder, USER)
     find = ["find", tree, "-iname", "*.galaxy"]
@@ -155,15 +164,15 @@ def search(folder, build, environment, rounds):
 
 def main():
     parser = argparse.ArgumentParser(description="time the program against its peers")
-    parser.add_argument("what", choices=["convert", "script", "search"])
+    parser.add_argument("what", choices=["convert", "script", "growth", "search"])
     parser.add_argument("folder")
     parser.add_argument("--build", required=True, help="folder of the programs")
     parser.add_argument("--rounds", type=int, default=5)
     options = parser.parse_args()
     folder, build = os.path.abspath(options.folder), os.path.abspath(options.build)
     environment = dict(os.environ, WINEPREFIX=os.path.join(folder, "machine"))
-    contest = {"convert": convert, "script": script, "search": search}[options.what]
-    contest(folder, build, environment, options.rounds)
+    contest = {"convert": convert, "script": script, "growth": growth, "search": search}
+    contest[options.what](folder, build, environment, options.rounds)
 
 
 if __name__ == "__main__":

@@ -75,6 +75,7 @@ def main():
     parser.add_argument("--lines", type=int, default=2000, help="of a map")
     parser.add_argument("--sections", type=int, default=60, help="of a template")
     parser.add_argument("--known", type=int, default=400, help="recognition lines of a template")
+    parser.add_argument("--others", type=int, default=0, help="files of another kind per map")
     options = parser.parse_args()
     chance = random.Random(1)
     share = [options.known // options.sections + (i < options.known % options.sections)
@@ -86,8 +87,10 @@ def main():
         os.makedirs(os.path.join(options.tree, f"Region {i % 20}", f"Folder {i}"), exist_ok=True)
     for number in range(options.maps):
         i = number % options.folders
-        path = os.path.join(options.tree, f"Region {i % 20}", f"Folder {i}", f"Map {number}.galaxy")
-        write(path, makemap(pieces, options.lines, number, chance))
+        path = os.path.join(options.tree, f"Region {i % 20}", f"Folder {i}", f"Map {number}.")
+        write(path + "galaxy", makemap(pieces, options.lines, number, chance))
+        for other in range(options.others):
+            write(f"{path}{other}.txt", [])
 
 
 if __name__ == "__main__":

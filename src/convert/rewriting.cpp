@@ -6,6 +6,8 @@
 
 namespace {
 
+constexpr std::string_view lineend = "\r\n";
+
 std::string_view lastcharacters(std::string_view line, std::size_t count) {
   return line.substr(line.size() - std::min(count, line.size()));
 }
@@ -27,7 +29,7 @@ void writeoutput(std::string& out, const OutputLine& line, std::string_view firs
     out += lastcharacters(aligned, 2);
   if (line.marker == Marker::rest)
     out += from(first, line.text.size() - 1);
-  writeline(out, "");
+  out += lineend;
 }
 
 // What keeps the templates from writing section `s`; nothing when they can.
@@ -56,7 +58,7 @@ std::optional<TemplateError> findfault(const OldTemplate& oldtemplate,
 
 void writeline(std::string& out, std::string_view line) {
   out += line;
-  out += "\r\n";
+  out += lineend;
 }
 
 Result<long long, TemplateError> rewritesection(const OldTemplate& oldtemplate,
