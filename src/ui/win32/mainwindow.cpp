@@ -150,8 +150,8 @@ void MainWindow::limitsize(MINMAXINFO& limits) const {
   limits.ptMinTrackSize = {least.cx, least.cy};
 }
 
-void MainWindow::changedpi(const RECT& suggested) {
-  dpi = dpiof(window);
+void MainWindow::changedpi(UINT newdpi, const RECT& suggested) {
+  dpi = newdpi;
   makefonts();
   for (Mirror& mirror : mirrors)
     if (mirror.row->sizedtotext)
@@ -262,7 +262,7 @@ LRESULT MainWindow::handle(UINT message, WPARAM word, LPARAM detail) {
     limitsize(*reinterpret_cast<MINMAXINFO*>(detail));
     return 0;
   case 0x02E0:  // WM_DPICHANGED
-    changedpi(*reinterpret_cast<const RECT*>(detail));
+    changedpi(LOWORD(word), *reinterpret_cast<const RECT*>(detail));
     return 0;
   case WM_ACTIVATE:
     keepfocus(LOWORD(word) != WA_INACTIVE);

@@ -49,7 +49,7 @@ private:
   SIZE clientsize() const;
   void placecontrol(const Mirror& mirror, SIZE client) const;
   void limitsize(MINMAXINFO& limits) const;
-  void changedpi(const RECT& suggested);
+  void changedpi(UINT newdpi, const RECT& suggested);
   void command(WORD identifier, WORD code);
   void keepfocus(bool active);
   void leavedisabled(HWND control);
