@@ -88,6 +88,10 @@ void press(Form1& form, const Control& button) {
   }
 }
 
+Control& focusafter(Form1& form, const Control& pressed) {
+  return &pressed == &form.Command1 ? form.Command2 : form.Command1;
+}
+
 void openfolder(Form1& form, const std::string& path) {
   if (!form.searching)
     showfolder(form, path);

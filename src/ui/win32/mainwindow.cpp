@@ -2,6 +2,7 @@
 #include "ui/win32/mainwindow.h"
 
 #include "platform/windows/wide.h"
+#include "ui/handlers.h"
 #include "ui/layout.h"
 #include "ui/win32/dpi.h"
 
@@ -221,14 +222,14 @@ void MainWindow::command(WORD identifier, WORD code) {
     entered(*mirror, form);
   else
     notified(*mirror, form, code);
-  leavedisabled(mirror->window);
+  leavedisabled(*mirror);
 }
 
-// A button that has disabled itself has lost the keyboard: the next control takes it.
-void MainWindow::leavedisabled(HWND control) {
-  if (IsWindowEnabled(control) || (GetFocus() && GetFocus() != control))
+// A button that has disabled itself has lost the keyboard.
+void MainWindow::leavedisabled(const Mirror& mirror) {
+  if (IsWindowEnabled(mirror.window) || (GetFocus() && GetFocus() != mirror.window))
     return;
-  focused = GetNextDlgTabItem(window, control, FALSE);
+  focused = mirrorof(focusafter(form, *mirror.control)).window;
   keepfocus(GetActiveWindow() == window);
 }
 

@@ -52,7 +52,7 @@ private:
   void changedpi(UINT newdpi, const RECT& suggested);
   void command(WORD identifier, WORD code);
   void keepfocus(bool active);
-  void leavedisabled(HWND control);
+  void leavedisabled(const Mirror& mirror);
   const Mirror* mirrorof(HWND control) const;
   Mirror& mirrorof(const Control& control);
 

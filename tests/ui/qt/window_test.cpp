@@ -200,10 +200,12 @@ TEST_F(TheWindow, TabGoesThroughTheTable) {
     QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
   }
   EXPECT_EQ(QApplication::focusWidget()->objectName().toStdString(), "Drive1");
-  QTest::keyClick(&window.widget("Command1"), Qt::Key_Return);
+  window.widget("Command1").setFocus();
+  QTest::keyClick(QApplication::focusWidget(), Qt::Key_Return);
   EXPECT_EQ(window.caption("Label8"), "1");
-  QTest::keyClick(&window.widget("Command2"), Qt::Key_Space);
+  QTest::keyClick(QApplication::focusWidget(), Qt::Key_Space);
   EXPECT_EQ(window.caption("Label8"), "2");
+  EXPECT_EQ(QApplication::focusWidget()->objectName().toStdString(), "Command1");
 }
 
 TEST_F(TheWindow, GoesThroughItsStates) {
