@@ -37,6 +37,10 @@ target_compile_definitions(test-window PRIVATE
 
 # What changes the machine itself runs on one that Wine made, never on a developer's own.
 if(NOT CMAKE_CROSSCOMPILING)
+  testsof(platform platform/osversion_test.cpp)
+  testsof(form form/linearray_test.cpp form/text_test.cpp)
+  testsof(convert
+    convert/matching_test.cpp convert/passes_test.cpp convert/rewriting_test.cpp)
   return()
 endif()
 

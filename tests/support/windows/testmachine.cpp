@@ -54,7 +54,7 @@ struct Changes {
   MovedFolder local{L"Local AppData", std::string(user) + "\\AppData\\Local"};
   MovedFolder documents{L"Personal", std::string(user) + "\\Documents"};
   std::set<fs::path> before{fs::directory_iterator("C:\\"), {}};
-  std::optional<OsVersion> version;  // when a test sets one
+  OsVersion version{};
 };
 std::unique_ptr<Changes> changes;
 
@@ -62,9 +62,7 @@ class MachineSystem : public WindowsSystem {
 public:
   MachineSystem(std::string itsfolder, std::string itsarguments)
       : WindowsSystem(nullptr), folder(std::move(itsfolder)), arguments(std::move(itsarguments)) {}
-  std::optional<OsVersion> osversion() override {
-    return changes->version ? changes->version : WindowsSystem::osversion();
-  }
+  std::optional<OsVersion> osversion() override { return changes->version; }
   std::string appfolder() override { return folder; }
   std::string argumenttext() override { return arguments; }
 
@@ -72,7 +70,7 @@ private:
   const std::string folder, arguments;
 };
 
-// What tests leave on drive C: and in the registry is removed: never from a player's Windows.
+// The tests' leavings on drive C: and in the registry are removed: never on somebody's own Windows.
 void needwine() {
   if (!GetProcAddress(GetModuleHandleW(L"ntdll"), "wine_get_version"))
     throw std::runtime_error("these tests change the machine: run them under Wine");
@@ -90,6 +88,7 @@ TestMachine::TestMachine() {
   data = root / "data";
   program = root / "program";
   makefolders();
+  setversion("6.3");
   for (const wchar_t* name :
        {L"PROCESSOR_ARCHITECTURE", L"PROCESSOR_IDENTIFIER", L"NUMBER_OF_PROCESSORS"})
     SetEnvironmentVariableW(name, nullptr);
@@ -116,7 +115,7 @@ void TestMachine::setregistry(const std::string& key, const std::string& name,
 
 void TestMachine::setversion(const std::string& version) {
   const auto part = [&](std::size_t at) { return static_cast<std::uint32_t>(version[at] - '0'); };
-  changes->version = OsVersion{2, part(0), std::min(part(2), 2u)};
+  changes->version = {2, part(0), std::min(part(2), 2u)};  // held at 6.2, as by Windows
 }
 
 std::unique_ptr<Files> TestMachine::files() const {
