@@ -5,6 +5,9 @@ export WINEDEBUG=-all WINEDLLOVERRIDES='mscoree,mshtml=,winemenubuilder.exe=d'
 export LC_ALL=C.UTF-8  # names of files are UTF-8 on both sides
 wine=/usr/lib/wine/wine64
 
+# The tests change the machine, and refuse any that is not theirs.
+export VORA_THROWAWAY_MACHINE=1
+
 # startwine <folder>: makes a fresh machine there, with a home of its own.
 startwine() {
   rm -rf "$1"

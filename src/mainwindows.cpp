@@ -5,8 +5,6 @@
 #include "ui/loadform.h"
 #include "ui/win32/win32screen.h"
 
-#include <new>
-
 int main() {
   WindowsFiles files;
   Win32Screen screen;
@@ -16,11 +14,6 @@ int main() {
     screen.standarderror("The window cannot be made.");
     return 1;
   }
-  try {
-    loadform(form);
-  } catch (const std::bad_alloc&) {
-    screen.standarderror("The memory is not enough. Every map is as it was or converted.");
-    return 1;
-  }
+  loadform(form);
   screen.run();
 }

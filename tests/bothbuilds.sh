@@ -24,6 +24,7 @@ check() { # check <what> <expected> <found>
 }
 
 key='HKLM\SOFTWARE\Wow6432Node\Orbwright\Paxhollow'
+: "${VORA_THROWAWAY_MACHINE:?this changes the machine: run it by scripts/test-windows}"
 register() { # register <edition> <folder>
   "$wine" reg delete "$key" /f > /dev/null 2>&1 || true
   "$wine" reg add "$key\\$1" /v Path /d "C:\\Program Files (x86)\\$2" /f > /dev/null

@@ -3,7 +3,7 @@
 # package.sh <build folder>
 set -euo pipefail
 build=$(cd "$1" && pwd)
-cd "$(dirname "$0")/.."
+source "$(dirname "$0")/../scripts/common.sh"
 scratch=$(mktemp -d)
 trap 'rm -rf "$scratch"' EXIT
 
@@ -24,16 +24,17 @@ man --warnings "$installed/share/man/man1/vora-map-updater.1" 2>&1 > /dev/null |
 folder=$(sed -n 's/^Path=//p' "$desktop")
 [ -f "$folder/targetvoraver.txt" ] || fail "there are no data files in $folder"
 diff -r data "$folder"
-cp -r sample/base "$scratch/machine"
-"$build/makeexe" "$scratch/machine/drive_c/Program Files (x86)/Vorakai/Vorakai.exe" \
-  "$(sed -n 1p data/targetvoraver.txt | tr -d '\r')"
+makesample base "$scratch/sample" "$build"
 chmod -R a-w "$folder"
-said=$(cd "$folder" && QT_QPA_PLATFORM=offscreen LD_DEBUG=files WINEPREFIX=$scratch/machine \
+said=$(cd "$folder" && QT_QPA_PLATFORM=offscreen LD_DEBUG=files WINEPREFIX=$scratch/sample/machine \
   "$installed/bin/vora-map-updater" /silent 2>&1)
 chmod -R u+w "$folder"
 grep -q 'calling init:.*vora-map-updater-window.so' <<< "$said" || fail 'the window is not loaded'
-[ "$(find "$scratch/machine" -name '*.galold' | wc -l)" = \
-  "$(find tests/expected/base -name '*.galold' | wc -l)" ] || fail 'the maps are not converted'
+allconverted() {
+  [ "$(find "$scratch/sample/machine" -name '*.galold' | wc -l)" = \
+    "$(find tests/expected/base -name '*.galold' | wc -l)" ] || fail "the maps are not converted: $1"
+}
+allconverted 'installed'
 
 (cd "$build" && cpack -B "$scratch/package" > /dev/null)
 package=$(echo "$scratch"/package/*.deb)
@@ -47,4 +48,19 @@ done
 dpkg-deb -x "$package" "$scratch/unpacked"
 grep -qx 'Path=/usr/share/vora-map-updater' \
   "$scratch/unpacked/usr/share/applications/vora-map-updater.desktop" || fail 'the package starts in another folder'
+makesample base "$scratch/sample" "$build"
+(cd "$scratch/sample/data" && env -u DISPLAY -u WAYLAND_DISPLAY WINEPREFIX="$PWD/../machine" \
+  "$scratch/unpacked/usr/bin/vora-map-updater" /silent)
+allconverted 'unpacked'
+
+if [ "$(id -u)" = 0 ]; then
+  root=$scratch/root
+  mkdir -p "$root/var/lib/dpkg/info" "$root/var/lib/dpkg/updates"
+  touch "$root/var/lib/dpkg/status"
+  manage() { dpkg --root="$root" --force-depends "$@" > /dev/null 2>&1; }
+  manage --install "$package" || fail 'the package does not install'
+  [ -x "$root/usr/bin/vora-map-updater" ] || fail 'the installed package lacks the program'
+  manage --purge vora-map-updater || fail 'the package does not go'
+  [ -z "$(find "$root/usr" -type f 2> /dev/null)" ] || fail 'the removed package leaves files'
+fi
 echo 'the package passed'

@@ -21,6 +21,11 @@ void endwithmessage(Form1& form, const std::string& text) {
   endprogram(form);
 }
 
+void endoutofmemory(Form1& form) {
+  telltrouble(form, "The memory is not enough. Every map is as it was or converted.");
+  endprogram(form);
+}
+
 void telltrouble(Form1& form, const std::string& text) {
   form.trouble = true;
   if (form.silentmode)

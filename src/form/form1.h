@@ -114,6 +114,9 @@ inline constexpr char expansionletter[] = "t";
 // Shows a message box, then ends the program: something fatal was found.
 [[noreturn]] void endwithmessage(Form1& form, const std::string& text);
 
+// The same where the memory is not enough: nothing is lost by it.
+[[noreturn]] void endoutofmemory(Form1& form);
+
 // Tells of trouble: in a message box, in a silent run on standard error.
 void telltrouble(Form1& form, const std::string& text);
 

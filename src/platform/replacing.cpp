@@ -164,6 +164,10 @@ Result<Done> Replacing::moveaside(const std::string& name) {
 // A second name for the map; a copy where the file system knows no second names.
 Result<Done> Replacing::makebackup(const std::string& name) {
   const std::string action = "make its backup " + name;
+  // Whoever saved the map last may not have flushed it.
+  const auto flushed = folder.flush(mapname);
+  if (!flushed)
+    return failure(action, flushed.failure());
   const auto linked = folder.link(mapname, name);
   if (!linked)
     return failure(action, linked.failure());

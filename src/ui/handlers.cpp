@@ -6,6 +6,8 @@
 #include "discover/search.h"
 
 #include <algorithm>
+#include <iterator>
+#include <new>
 
 namespace {
 
@@ -77,9 +79,17 @@ constexpr Handler handlers[] = {
 void press(Form1& form, const Control& button) {
   if (!button.enabled() || (form.searching && &button != &form.Command3))
     return;
-  for (const Handler& handler : handlers)
-    if (&(form.*handler.button) == &button)
-      handler.click(form);
+  const auto handler = std::find_if(std::begin(handlers), std::end(handlers),
+                                    [&](const Handler& h) { return &(form.*h.button) == &button; });
+  try {
+    handler->click(form);
+  } catch (const std::bad_alloc&) {
+    endoutofmemory(form);
+  }
+}
+
+Control& focusafter(Form1& form, const Control& pressed) {
+  return &pressed == &form.Command1 ? form.Command2 : form.Command1;
 }
 
 void openfolder(Form1& form, const std::string& path) {

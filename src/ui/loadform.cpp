@@ -5,6 +5,8 @@
 #include "ui/handlers.h"
 #include "ui/layout.h"
 
+#include <new>
+
 namespace {
 
 void showcurrentfolder(Form1& form) {
@@ -19,5 +21,9 @@ void loadform(Form1& form) {
   applylayout(form);
   connectlists(form);
   showcurrentfolder(form);
-  startup(form);
+  try {
+    startup(form);
+  } catch (const std::bad_alloc&) {
+    endoutofmemory(form);
+  }
 }

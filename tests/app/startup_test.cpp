@@ -184,6 +184,8 @@ TEST(Startup, RegisteredFoldersMustExistAndBeLongEnough) {
   EXPECT_FALSE(program.form.basefound);
   EXPECT_FALSE(program.form.expansionfound);
 
+  if (machine.prefix.empty())
+    GTEST_SKIP() << "the rest is of a Windows of 32 bits, which this one is not";
   fs::remove(machine.drivec / "Program Files (x86)");
   Program narrow(machine);
   narrow.run([&] { loadform(narrow.form); });
@@ -192,8 +194,13 @@ TEST(Startup, RegisteredFoldersMustExistAndBeLongEnough) {
 }
 
 TEST(Startup, WritesTheDiagnosticFileInDebugMode) {
-  const auto start = [](TestMachine& machine) {
+  std::string own;  // the program's folder
+  const auto start = [&own](const std::vector<std::string>& editions) {
+    TestMachine machine;
+    own = zpath(machine.program) + "\\";
     machine.writedata();
+    for (const std::string& edition : editions)
+      install(machine, edition);
     setdebug(machine);
     writefile(machine.program / "first", "");
     writefile(machine.userfolder / "maps.txt", "");
@@ -204,27 +211,21 @@ TEST(Startup, WritesTheDiagnosticFileInDebugMode) {
   const std::string head =
       "Win7+ x64?, 64 bit ?True\r\n type cores ID\r\n\r\nC:\\users\\me\\AppData\\Local\r\n";
 
-  TestMachine base;
-  install(base, "vora");
-  const std::string own = zpath(base.program) + "\\";
-  EXPECT_EQ(start(base), head + "pathlist(1)C:\\Games\\vora\\\r\npathlist(0)" + userspace +
-                             "\r\nhome C:\\users\\me\\AppData\\Local\r\nApp_Path()" + own +
-                             "\r\n\r\nDir(pathlist(1))Vorakai.exe\r\nDir(pathlist(0))maps.txt\r\n"
-                             "Dir(App_Path())first\r\nC:\\Games\\vora\\\r\nvoraversion1.2.3.4\r\n");
+  const std::string base = start({"vora"});
+  EXPECT_EQ(base, head + "pathlist(1)C:\\Games\\vora\\\r\npathlist(0)" + userspace +
+                      "\r\nhome C:\\users\\me\\AppData\\Local\r\nApp_Path()" + own +
+                      "\r\n\r\nDir(pathlist(1))Vorakai.exe\r\nDir(pathlist(0))maps.txt\r\n"
+                      "Dir(App_Path())first\r\nC:\\Games\\vora\\\r\nvoraversion1.2.3.4\r\n");
 
-  TestMachine expansion;
-  install(expansion, "voratarnfall");
-  EXPECT_EQ(start(expansion),
+  const std::string expansion = start({"voratarnfall"});
+  EXPECT_EQ(expansion,
             head + "pathlist(1)\r\npathlist(0)\r\nhome C:\\users\\me\\Documents\r\nApp_Path()" +
-                zpath(expansion.program) +
-                "\\\r\n\r\nDir(pathlist(1))\r\nDir(pathlist(0))\r\nDir(App_Path())first\r\n"
+                own +
+                "\r\n\r\nDir(pathlist(1))\r\nDir(pathlist(0))\r\nDir(App_Path())first\r\n"
                 "C:\\Games\\voratarnfall\\\r\n\r\nC:\\Games\\voratarnfall\\\r\n"
                 "voraversion5.6.7.8\r\n");
 
-  TestMachine both;
-  install(both, "vora");
-  install(both, "voratarnfall");
-  EXPECT_EQ(start(both), head + "\r\nvoraversion\r\n");
+  EXPECT_EQ(start({"vora", "voratarnfall"}), head + "\r\nvoraversion\r\n");
 }
 
 TEST(Startup, ChecksTheReleaseOfTheInstalledGame) {
@@ -296,20 +297,23 @@ TEST(Startup, ASilentRunFindsAndConvertsAndEnds) {
   EXPECT_TRUE(program.screen.messages.empty() && program.screen.errors.empty());
 }
 
-TEST(Startup, GoesOnWithoutFoldersAndFilesThatItCannotHave) {
+TEST(Startup, GoesOnWithoutAMachine) {
   TestMachine machine;
+  if (machine.prefix.empty())
+    GTEST_SKIP() << "Windows is there";
   fs::remove_all(machine.prefix);
-  Program nothing(machine);
-  EXPECT_EQ(nothing.run([&] { loadform(nothing.form); }), Program::goeson);
-  EXPECT_EQ(nothing.form.Label15.text(), "");
-  EXPECT_EQ(nothing.form.Label16.text(), " 32 bit");
-  EXPECT_EQ(nothing.form.pathlist[0], "\\Kettlewick Games\\Vorakai\\");
-  EXPECT_FALSE(fs::exists(machine.prefix));
-
-  TestMachine locked;
-  setdebug(locked);
-  fs::create_symlink(locked.program / "elsewhere", locked.data / "info.txt");
-  Program program(locked);
+  Program program(machine);
   EXPECT_EQ(program.run([&] { loadform(program.form); }), Program::goeson);
-  EXPECT_FALSE(fs::exists(locked.program / "elsewhere"));
+  EXPECT_EQ(program.form.Label15.text(), "");
+  EXPECT_EQ(program.form.Label16.text(), " 32 bit");
+  EXPECT_EQ(program.form.pathlist[0], "\\Kettlewick Games\\Vorakai\\");
+  EXPECT_FALSE(fs::exists(machine.prefix));
+}
+
+TEST(Startup, GoesOnWithoutADiagnosticFile) {
+  TestMachine machine;
+  setdebug(machine);
+  fs::create_directory(machine.data / "info.txt");
+  Program program(machine);
+  EXPECT_EQ(program.run([&] { loadform(program.form); }), Program::goeson);
 }

@@ -63,7 +63,7 @@ TEST_F(Search, SearchesBothRootsEvenWhenTheyAreTheSame) {
 TEST_F(Search, AnEmptyRootIsTheCurrentDrivesWhole) {
   add("a.galaxy");
   add("sub/b.galaxy");
-  machine.machine.currentfolder = (machine.drivec / "users").string();
+  machine.data = machine.drivec / "users";
   Program oncdrive(machine);
   oncdrive.form.pathlist = {"", "C:\\sub"};
   findgalaxies(oncdrive.form);
@@ -72,6 +72,8 @@ TEST_F(Search, AnEmptyRootIsTheCurrentDrivesWhole) {
 }
 
 TEST_F(Search, PassesOverLinksHiddenNamesAndWhatWindowsCannotName) {
+  if (machine.prefix.empty())
+    GTEST_SKIP() << "a program of Windows makes no such entries";
   add("r/a.galaxy");
   add("r/.hidden/b.galaxy");
   add("r/.galaxy");
@@ -105,6 +107,8 @@ TEST_F(Search, LeavesTheListsAtTheParentOfTheLastRoot) {
 }
 
 TEST_F(Search, EndsInTreesOfAnyDepth) {
+  if (machine.prefix.empty())
+    GTEST_SKIP() << "Wine reaches no path that is longer than its host takes in one piece";
   fs::path folder = machine.drivec / "deep";
   fs::create_directory(folder);
   // Longer than any path that the system takes in one piece.

@@ -1,12 +1,10 @@
 // How a map gives way to its converted self.
-#include "platform/prefix/prefixfiles.h"
-
 #include "tests/support/testmachine.h"
 
 #include <gtest/gtest.h>
 
-#include <sys/stat.h>
-#include <unistd.h>
+#include <chrono>
+#include <thread>
 
 namespace fs = std::filesystem;
 
@@ -23,12 +21,12 @@ protected:
     if (withfix)
       put.push_back({"C:\\m\\a.galfix", "fix"});
     put.push_back({"C:\\m\\a.galaxy", "new"});
-    return files.replace({"C:\\m\\a.galaxy", was, put, "C:\\m\\a.galold"});
+    return files->replace({"C:\\m\\a.galaxy", was, put, "C:\\m\\a.galold"});
   }
 
   TestMachine machine;
   const fs::path maps = machine.drivec / "m";
-  PrefixFiles files{machine.machine};
+  const std::unique_ptr<Files> files = machine.files();
 };
 
 }  // namespace
@@ -38,29 +36,16 @@ TEST_F(Replace, LeavesTheBackupAndNothingElse) {
   EXPECT_EQ(tree(maps), (Tree{{"a.galaxy", "new"}, {"a.galold", "old"}, {"a.galfix", "fix"}}));
 }
 
-TEST_F(Replace, KeepsPermissionsAndOwner) {
-  ::chmod((maps / "a.galaxy").c_str(), 0440);
-  const bool root = ::geteuid() == 0;
-  ASSERT_TRUE(!root || ::chown((maps / "a.galaxy").c_str(), 1234, 1234) == 0);
-  EXPECT_TRUE(bool(replace("old", true)));
-  for (const char* name : {"a.galaxy", "a.galold", "a.galfix"}) {
-    struct stat status;
-    ASSERT_EQ(::stat((maps / name).c_str(), &status), 0);
-    EXPECT_EQ(status.st_mode & 07777, 0440u) << name;
-    EXPECT_TRUE(!root || status.st_uid == 1234u) << name;
-  }
-}
-
 TEST_F(Replace, NumbersTheBackupsThatAreInItsWay) {
   writefile(maps / "A.GALOLD", "first");
   writefile(maps / "a.galold2", "second");
-  fs::create_symlink("elsewhere", maps / "a.galold3");
+  writefile(maps / "a.galold3", "third");
   EXPECT_TRUE(bool(replace()));
   EXPECT_EQ(tree(maps), (Tree{{"a.galaxy", "new"},
                               {"a.galold", "old"},
                               {"A.GALOLD4", "first"},
                               {"a.galold2", "second"},
-                              {"a.galold3", "-> elsewhere"}}));
+                              {"a.galold3", "third"}}));
 }
 
 TEST_F(Replace, ABackupWithTheSameContentStays) {
@@ -76,28 +61,12 @@ TEST_F(Replace, ABackupWithTheSameContentStays) {
   EXPECT_EQ(tree(maps), (Tree{{"a.galaxy", "new"}, {"a.galold", "old"}}));
 }
 
-TEST_F(Replace, LinksAreNeverFollowed) {
-  writefile(machine.drivec / "elsewhere", "untouched");
-  fs::create_symlink("../elsewhere", maps / "a.galold");
-  fs::create_symlink("../elsewhere", maps / "a.galfix");
-  EXPECT_TRUE(bool(replace("old", true)));
-  EXPECT_EQ(tree(maps), (Tree{{"a.galaxy", "new"},
-                              {"a.galold", "old"},
-                              {"a.galfix", "fix"},
-                              {"a.galold2", "-> ../elsewhere"}}));
-  EXPECT_EQ(readfile(machine.drivec / "elsewhere"), "untouched");
-}
-
 TEST_F(Replace, LeavesAloneWhatIsNotTheMapThatWasRead) {
   const Tree before = tree(maps);
   EXPECT_EQ(replace("other").failure().reason, "it has changed since it was read");
   EXPECT_EQ(replace("ol").failure().reason, "it has changed since it was read");
   EXPECT_EQ(tree(maps), before);
 
-  fs::rename(maps / "a.galaxy", maps / "b.galaxy");
-  fs::create_symlink("b.galaxy", maps / "a.galaxy");
-  EXPECT_FALSE(bool(replace()));
-  EXPECT_EQ(readfile(maps / "b.galaxy"), "old");
   fs::remove(maps / "a.galaxy");
   EXPECT_FALSE(bool(replace()));
   fs::remove_all(maps);
@@ -126,7 +95,7 @@ TEST_F(Replace, SeesEachFolderAsItIs) {
   fs::create_directory(other / "B.GALOLD");
   const auto put = [&](const std::string& name) {
     const std::string path = "C:\\other\\" + name;
-    return files.replace({path + "axy", "old", {{path + "axy", "new"}}, path + "old"});
+    return files->replace({path + "axy", "old", {{path + "axy", "new"}}, path + "old"});
   };
   EXPECT_TRUE(bool(put("a.gal")));
   EXPECT_FALSE(bool(put("b.gal")));
@@ -137,8 +106,10 @@ TEST_F(Replace, SeesEachFolderAsItIs) {
 TEST_F(Replace, SeesBackupsThatOthersMakeMeanwhile) {
   EXPECT_TRUE(bool(replace()));
   writefile(maps / "a.galaxy", "old2");
-  fs::rename(maps / "a.galold", maps / "A.GALOLD");
-  ::usleep(20000);  // time stamps are no finer than the kernel's clock ticks
+  fs::remove(maps / "a.galold");
+  writefile(maps / "A.GALOLD", "old");
+  // Time stamps are no finer than the clock ticks of the system.
+  std::this_thread::sleep_for(std::chrono::milliseconds(20));
   writefile(maps / "touch", "");
   EXPECT_TRUE(bool(replace("old2")));
   EXPECT_EQ(tree(maps),

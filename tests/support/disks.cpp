@@ -20,9 +20,18 @@ ino_t inodeof(int file) {
 bool WatchedDisk::fails() {
   const int error = before(++calls);
   halved = error == half;
-  if (error > 0)
+  if (error > 0) {
     errno = error;
+    ++disturbed;
+  }
   return error > 0;
+}
+
+std::size_t WatchedDisk::part(std::size_t size) {
+  if (!halved)
+    return size;
+  ++disturbed;
+  return (size + 1) / 2;
 }
 
 int WatchedDisk::open(int folder, const char* name, int flags, unsigned mode) {
@@ -39,11 +48,11 @@ int WatchedDisk::close(int file) {
 }
 
 ssize_t WatchedDisk::read(int file, char* into, std::size_t size) {
-  return fails() ? -1 : Disk::read(file, into, halved ? (size + 1) / 2 : size);
+  return fails() ? -1 : Disk::read(file, into, part(size));
 }
 
 ssize_t WatchedDisk::write(int file, const char* from, std::size_t size) {
-  return fails() ? -1 : Disk::write(file, from, halved ? (size + 1) / 2 : size);
+  return fails() ? -1 : Disk::write(file, from, part(size));
 }
 
 int WatchedDisk::flush(int) { return fails() ? -1 : 0; }

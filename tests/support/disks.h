@@ -35,9 +35,11 @@ public:
   int remove(int folder, const char* name) override;
 
   int calls = 0;
+  int disturbed = 0;  // of them: failed, or done by half
 
 private:
   bool fails();
+  std::size_t part(std::size_t size);  // of what is to be read or written
 
   Before before;
   bool links;

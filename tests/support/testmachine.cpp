@@ -1,10 +1,6 @@
-// A small Windows machine in a throw-away folder, and the program on it.
+// What the tests' machines have in common, and the program on one.
 #include "tests/support/testmachine.h"
 
-#include "platform/prefix/registrytext.h"
-
-#include <algorithm>
-#include <cstdlib>
 #include <fstream>
 #include <sstream>
 
@@ -15,53 +11,12 @@ const char convertedmap[] =
     "MAP\r\nversion 4\r\nship Foo\r\nsize 7\r\nextra 0\r\nname Bar\r\nend\r\n";
 const char fixedmap[] = "MAP\r\nversion 4\r\nship  Foo\r\nsize 7\r\nextra 1\r\nname Bar\r\nend\r\n";
 
-namespace {
-
-constexpr char nt[] = "Software\\Microsoft\\Windows NT\\CurrentVersion";
-constexpr char session[] = "System\\CurrentControlSet\\Control\\Session Manager\\Environment";
-constexpr char shell[] = "Software\\Microsoft\\Windows\\CurrentVersion\\Explorer\\Shell Folders";
-
-void addvalue(const fs::path& hive, const std::string& key, const std::string& name,
-              const std::string& text) {
-  const std::string before = fs::exists(hive) ? readfile(hive) : "";
-  writefile(hive, withvalue(before, key, name, {RegistryValue::Type::text, text}));
-}
-
-}  // namespace
-
-TestMachine::TestMachine() {
-  std::string pattern = (fs::temp_directory_path() / "vora-test-XXXXXX").string();
-  const fs::path root = mkdtemp(pattern.data());
-  prefix = root / "prefix";
-  drivec = prefix / "drive_c";
-  data = root / "data";
-  program = root / "program";
+void TestMachine::makefolders() {
   const fs::path user = drivec / "users" / "me";
   userfolder = user / "AppData/Local/Kettlewick Games/Vorakai";
   expansionfolder = user / "Documents/My Games/Kettlewick Games/Vorakai Tarnfall";
-  for (const fs::path& folder :
-       {drivec / "Program Files (x86)", user / "AppData/Local", user / "Documents", data, program})
+  for (const fs::path& folder : {user / "AppData/Local", user / "Documents", data, program})
     fs::create_directories(folder);
-  machine = {prefix.string(), data.string(), program.string()};
-  setversion("6.3");
-  setregistry(nt, "SystemRoot", "C:\\windows");
-  setregistry(session, "windir", "C:\\windows");
-  addvalue(prefix / "user.reg", shell, "Local AppData", "C:\\users\\me\\AppData\\Local");
-  addvalue(prefix / "user.reg", shell, "Personal", "C:\\users\\me\\Documents");
-}
-
-TestMachine::~TestMachine() {
-  std::error_code ignored;
-  fs::remove_all(prefix.parent_path(), ignored);
-}
-
-void TestMachine::setregistry(const std::string& key, const std::string& name,
-                              const std::string& text) {
-  addvalue(prefix / "system.reg", key, name, text);
-}
-
-void TestMachine::setversion(const std::string& version) {
-  setregistry(nt, "CurrentVersion", version);
 }
 
 void TestMachine::install(const std::string& edition, const VersionParts& release) {
@@ -86,12 +41,6 @@ void TestMachine::writedata() {
             "own.galaxy\r\n\xC3\xA9toile.galaxy\r\na.galaxy \r\n");
 }
 
-std::string zpath(const fs::path& path) {
-  std::string text = "Z:" + path.string();
-  std::replace(text.begin(), text.end(), '/', '\\');
-  return text;
-}
-
 void writefile(const fs::path& path, std::string_view text) {
   fs::create_directories(path.parent_path());
   std::ofstream(path, std::ios::binary) << text;
@@ -106,7 +55,7 @@ std::string readfile(const fs::path& path) {
 std::map<std::string, std::string> tree(const fs::path& folder) {
   std::map<std::string, std::string> found;
   for (const auto& entry : fs::recursive_directory_iterator(folder)) {
-    const std::string name = entry.path().lexically_relative(folder).string();
+    const std::string name = entry.path().lexically_relative(folder).generic_string();
     if (entry.is_symlink())
       found[name] = "-> " + fs::read_symlink(entry.path()).string();
     else if (entry.is_regular_file())
@@ -115,9 +64,11 @@ std::map<std::string, std::string> tree(const fs::path& folder) {
   return found;
 }
 
-Program::Program(const TestMachine& machine, const std::string& arguments, Disk& disk)
-    : files(machine.machine, disk), system(machine.machine, arguments),
-      form(files, system, screen) {}
+Program::Program(const TestMachine& machine, const std::string& arguments)
+    : Program(machine.files(), machine.system(arguments)) {}
+
+Program::Program(std::unique_ptr<Files> itsfiles, std::unique_ptr<System> itssystem)
+    : ownfiles(std::move(itsfiles)), ownsystem(std::move(itssystem)) {}
 
 int Program::run(const std::function<void()>& action) {
   try {

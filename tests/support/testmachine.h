@@ -1,20 +1,22 @@
-// A small Windows machine in a throw-away folder, and the program on it.
+// A small Windows machine to be thrown away, and the program on it: a machine in a folder, or on
+// Windows the one that the tests run on, under Wine.
 #pragma once
 
 #include "form/form1.h"
-#include "platform/prefix/machine.h"
-#include "platform/prefix/prefixfiles.h"
-#include "platform/prefix/prefixsystem.h"
+#include "platform/files.h"
+#include "platform/system.h"
 #include "tests/support/recordingscreen.h"
 #include "tools/executable.h"
 
 #include <filesystem>
 #include <map>
+#include <memory>
 #include <string>
 #include <string_view>
 
 // A 64-bit Windows newer than 7, with a user and without the game. The program's folder and the
-// current one, where the data files are, lie outside its drive C:, on drive Z:.
+// current one, where the data files are, lie outside its drive C:, on drive Z:. A test has one at a
+// time.
 class TestMachine {
 public:
   TestMachine();
@@ -22,8 +24,9 @@ public:
   TestMachine(const TestMachine&) = delete;
   TestMachine& operator=(const TestMachine&) = delete;
 
-  Machine machine;
-  std::filesystem::path prefix, drivec, data, program;
+  std::filesystem::path prefix;  // the folder that holds the machine; empty on Windows
+  std::filesystem::path drivec, program;
+  std::filesystem::path data;             // the current folder of the programs made from now on
   std::filesystem::path userfolder;       // the base edition's user space
   std::filesystem::path expansionfolder;  // the expansion's
 
@@ -35,9 +38,16 @@ public:
   // its executable there.
   void install(const std::string& edition, const VersionParts& release);
 
+  // What a program on the machine works with; `arguments` is its command line.
+  std::unique_ptr<Files> files() const;
+  std::unique_ptr<System> system(const std::string& arguments) const;
+
   // A small set of data files for format version 4, with templates for version 3 and the
   // expansion's fix pass; the target releases are 1.2.3.4 and 5.6.7.8.
   void writedata();
+
+private:
+  void makefolders();
 };
 
 // The maps that `writedata` is for, and what becomes of them.
@@ -45,7 +55,7 @@ extern const char oldmap[];        // of version 3
 extern const char convertedmap[];  // by the first pass
 extern const char fixedmap[];      // by the expansion's fix pass after it
 
-// The Windows path of a POSIX path on drive Z:.
+// The Windows path of a path on drive Z:.
 std::string zpath(const std::filesystem::path& path);
 
 void writefile(const std::filesystem::path& path, std::string_view text);
@@ -58,13 +68,14 @@ std::map<std::string, std::string> tree(const std::filesystem::path& folder);
 // The program on a machine.
 struct Program {
   // `disk` must outlive the object.
-  explicit Program(const TestMachine& machine, const std::string& arguments = "",
-                   Disk& disk = systemdisk());
+  explicit Program(const TestMachine& machine, const std::string& arguments = "");
+  Program(std::unique_ptr<Files> itsfiles, std::unique_ptr<System> itssystem);
 
-  PrefixFiles files;
-  PrefixSystem system;
+  const std::unique_ptr<Files> ownfiles;
+  const std::unique_ptr<System> ownsystem;
+  Files& files = *ownfiles;
   RecordingScreen screen;
-  Form1 form;
+  Form1 form{files, *ownsystem, screen};
 
   // Runs `action`. The exit status when it ended the program, -1 when it returned.
   static constexpr int goeson = -1;

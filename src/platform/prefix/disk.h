@@ -1,5 +1,6 @@
-// The calls that touch the disk, behind one seam: everything that `PrefixFiles` does goes through
-// it, so that tests can let any call fail, cut the power after it, or let another run in before it.
+// The calls that touch the disk, behind one seam: what `PrefixFiles` does with names and contents
+// goes through it, so that tests can let any call fail, cut the power after it, or let another run
+// in before it.
 #pragma once
 
 #include <cstddef>

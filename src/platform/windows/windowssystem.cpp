@@ -32,7 +32,10 @@ std::string versioninformation(const std::string& path) {
 }  // namespace
 
 WindowsSystem::WindowsSystem(Tell itsnotice)
-    : com(std::make_unique<ComLibrary>()), notice(std::move(itsnotice)) {}
+    : com(std::make_unique<ComLibrary>()), notice(std::move(itsnotice)) {
+  // A drive without a disk is told by the program, not by a box of the system's own.
+  SetErrorMode(SEM_FAILCRITICALERRORS | SEM_NOOPENFILEERRORBOX);
+}
 
 WindowsSystem::~WindowsSystem() = default;
 

@@ -39,5 +39,6 @@ void showmessage(QWidget* parent, const QString& text) {
   column->addWidget(textbox(text));
   column->addWidget(buttons);
   buttons->button(QDialogButtonBox::Ok)->setFocus();
+  dialog.resize(dialog.minimumSizeHint());
   dialog.exec();
 }

@@ -10,6 +10,7 @@
 #include <QLabel>
 #include <QListView>
 #include <QPushButton>
+#include <QScrollBar>
 #include <QShortcut>
 #include <QStandardItemModel>
 #include <QStringListModel>
@@ -32,7 +33,14 @@ Control& controlof(const ControlLayout& row, Form1& form) {
 std::function<void()> makebutton(const ControlLayout& row, Form1& form, QPushButton* button) {
   Control& control = controlof(row, form);
   button->setAutoDefault(true);  // Enter presses it as well
-  QObject::connect(button, &QPushButton::clicked, [&form, &control] { press(form, control); });
+  QObject::connect(button, &QPushButton::clicked, [&form, &control, button] {
+    press(form, control);
+    if (control.enabled())
+      return;
+    const QString next = QString::fromStdString(focusafter(form, control).name());
+    if (auto* widget = button->window()->findChild<QWidget*>(next))
+      widget->setFocus();
+  });
   return [&row, &control, button] {
     const QString caption = qtext(control.text());
     button->setFont(fitted(fontof(row.font), caption, roomfor(row, *button)));
@@ -113,7 +121,7 @@ public:
 
   QVariant data(int role) const override {
     if (role == pathrole)
-      return qtext(path);
+      return QByteArray::fromStdString(path);  // names may hold bytes that are no text
     return role == Qt::ToolTipRole ? plaintip(path) : QStandardItem::data(role);
   }
 
@@ -169,9 +177,9 @@ std::function<void()> makedirectorylist(Form1& form, QTreeView* tree) {
   tree->setModel(model);
   setuptree(tree);
   const auto open = [&form, tree] {
-    const QString path = tree->currentIndex().data(pathrole).toString();
-    if (!path.isEmpty())
-      openfolder(form, path.toStdString());
+    const std::string path = tree->currentIndex().data(pathrole).toByteArray().toStdString();
+    if (!path.empty())
+      openfolder(form, path);
   };
   QObject::connect(tree, &QTreeView::doubleClicked, open);
   for (const Qt::Key key : {Qt::Key_Return, Qt::Key_Enter})
@@ -185,6 +193,10 @@ std::function<void()> makedirectorylist(Form1& form, QTreeView* tree) {
       return;
     tree->setCurrentIndex(own->index());
     tree->scrollTo(own->index(), QAbstractItemView::PositionAtCenter);
+    // Across, from the left unless the folder is too deep to be seen from there.
+    QScrollBar* const across = tree->horizontalScrollBar();
+    across->setValue(0);
+    across->setValue(tree->visualRect(own->index()).left() - tree->viewport()->width() / 2);
   };
 }
 

@@ -18,6 +18,8 @@ FontHandle makefont(const Font& font, UINT dpi) {
   wanted.lfWeight = font.bold ? FW_BOLD : FW_NORMAL;
   wanted.lfItalic = font.italic;
   wanted.lfCharSet = DEFAULT_CHARSET;
+  // Not the bitmap font of that name, which has the letters of one code page in a few sizes.
+  wanted.lfOutPrecision = OUT_TT_ONLY_PRECIS;
   widen(font.name).copy(wanted.lfFaceName, LF_FACESIZE - 1);
   return FontHandle(CreateFontIndirectW(&wanted));
 }

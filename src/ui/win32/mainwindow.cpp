@@ -2,6 +2,7 @@
 #include "ui/win32/mainwindow.h"
 
 #include "platform/windows/wide.h"
+#include "ui/handlers.h"
 #include "ui/layout.h"
 #include "ui/win32/dpi.h"
 
@@ -150,8 +151,8 @@ void MainWindow::limitsize(MINMAXINFO& limits) const {
   limits.ptMinTrackSize = {least.cx, least.cy};
 }
 
-void MainWindow::changedpi(const RECT& suggested) {
-  dpi = dpiof(window);
+void MainWindow::changedpi(UINT newdpi, const RECT& suggested) {
+  dpi = newdpi;
   makefonts();
   for (Mirror& mirror : mirrors)
     if (mirror.row->sizedtotext)
@@ -221,14 +222,14 @@ void MainWindow::command(WORD identifier, WORD code) {
     entered(*mirror, form);
   else
     notified(*mirror, form, code);
-  leavedisabled(mirror->window);
+  leavedisabled(*mirror);
 }
 
-// A button that has disabled itself has lost the keyboard: the next control takes it.
-void MainWindow::leavedisabled(HWND control) {
-  if (IsWindowEnabled(control) || (GetFocus() && GetFocus() != control))
+// A button that has disabled itself has lost the keyboard.
+void MainWindow::leavedisabled(const Mirror& mirror) {
+  if (IsWindowEnabled(mirror.window) || (GetFocus() && GetFocus() != mirror.window))
     return;
-  focused = GetNextDlgTabItem(window, control, FALSE);
+  focused = mirrorof(focusafter(form, *mirror.control)).window;
   keepfocus(GetActiveWindow() == window);
 }
 
@@ -262,7 +263,7 @@ LRESULT MainWindow::handle(UINT message, WPARAM word, LPARAM detail) {
     limitsize(*reinterpret_cast<MINMAXINFO*>(detail));
     return 0;
   case 0x02E0:  // WM_DPICHANGED
-    changedpi(*reinterpret_cast<const RECT*>(detail));
+    changedpi(LOWORD(word), *reinterpret_cast<const RECT*>(detail));
     return 0;
   case WM_ACTIVATE:
     keepfocus(LOWORD(word) != WA_INACTIVE);

@@ -49,10 +49,10 @@ private:
   SIZE clientsize() const;
   void placecontrol(const Mirror& mirror, SIZE client) const;
   void limitsize(MINMAXINFO& limits) const;
-  void changedpi(const RECT& suggested);
+  void changedpi(UINT newdpi, const RECT& suggested);
   void command(WORD identifier, WORD code);
   void keepfocus(bool active);
-  void leavedisabled(HWND control);
+  void leavedisabled(const Mirror& mirror);
   const Mirror* mirrorof(HWND control) const;
   Mirror& mirrorof(const Control& control);
 

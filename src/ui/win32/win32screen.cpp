@@ -15,7 +15,7 @@ Handle erroroutput() {
                       DUPLICATE_SAME_ACCESS))
     return Handle(own);
   AttachConsole(ATTACH_PARENT_PROCESS);
-  return openfile(L"CONOUT$", GENERIC_WRITE, OPEN_EXISTING, 0);
+  return openfile(L"CONOUT$", GENERIC_READ | GENERIC_WRITE, OPEN_EXISTING, 0);
 }
 
 }  // namespace

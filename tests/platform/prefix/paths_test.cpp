@@ -1,7 +1,7 @@
 // Windows paths and what they stand for.
 #include "platform/prefix/paths.h"
 
-#include "tests/support/testmachine.h"
+#include "tests/support/prefix/machineof.h"
 
 #include <gtest/gtest.h>
 
@@ -25,7 +25,7 @@ TEST(Paths, FindsNamesIgnoringLetterCase) {
   for (const char* name : {"Maps/a.galaxy", "Maps/A.galaxy", "maps2/x", "\xC3\x89t\xC3\xA9/y"})
     writefile(machine.drivec / name, "");
   fs::create_symlink("Maps", machine.drivec / "Link");
-  const Paths paths(machine.machine);
+  const Paths paths(machineof(machine));
   const std::string missing = "? there is no such file or folder";
   const std::string rejected = "? Windows does not allow such a name";
   const std::pair<std::string, std::string> cases[] = {
@@ -54,15 +54,15 @@ TEST(Paths, FindsNamesIgnoringLetterCase) {
 TEST(Paths, NamesWithoutADriveStartAtTheCurrentFolder) {
   TestMachine machine;
   writefile(machine.data / "file.txt", "");
-  const Paths paths(machine.machine);
+  const Paths paths(machineof(machine));
   EXPECT_EQ(found(paths, "FILE.txt", machine.data), "file.txt");
   EXPECT_EQ(found(paths, "..\\data\\file.txt", machine.data), "file.txt");
   EXPECT_EQ(paths.find("\\")->path(), "/");
   writefile(machine.data / "back\\slash" / "here.txt", "");
-  machine.machine.currentfolder += "/back\\slash";
-  EXPECT_TRUE(Paths(machine.machine).find("here.txt")->exists);
-  machine.machine.currentfolder = machine.drivec.string();
-  EXPECT_EQ(found(Paths(machine.machine), "\\users", machine.drivec), "users");
+  machine.data += "/back\\slash";
+  EXPECT_TRUE(Paths(machineof(machine)).find("here.txt")->exists);
+  machine.data = machine.drivec;
+  EXPECT_EQ(found(Paths(machineof(machine)), "\\users", machine.drivec), "users");
 }
 
 TEST(Paths, DrivesAreTheLinksOfDosdevices) {
@@ -77,7 +77,7 @@ TEST(Paths, DrivesAreTheLinksOfDosdevices) {
   fs::create_symlink("/nowhere", devices / "G:");
   fs::create_symlink("../other", devices / "h::");
   writefile(machine.prefix / "other/file", "");
-  const Paths paths(machine.machine);
+  const Paths paths(machineof(machine));
   EXPECT_EQ(paths.drives(), (std::vector<std::string>{"C:", "D:", "E:", "F:", "G:"}));
   EXPECT_EQ(found(paths, "C:\\file", machine.prefix / "other"), "file");
   EXPECT_EQ(found(paths, "F:\\", machine.prefix), "? the drive is not ready");

@@ -1,7 +1,7 @@
 // Looking up, listing, reading and writing files of a machine in a folder.
 #include "platform/prefix/prefixfiles.h"
 
-#include "tests/support/testmachine.h"
+#include "tests/support/prefix/machineof.h"
 
 #include <gtest/gtest.h>
 
@@ -49,7 +49,7 @@ TEST(PrefixFiles, LooksUpWhatAPathMatches) {
       {"Q:\\", "", ""},
       {"", "", ""},
   };
-  PrefixFiles files(machine.machine);
+  PrefixFiles files(machineof(machine));
   for (const auto& c : cases) {
     EXPECT_EQ(*files.lookup(c.path, Match::files), c.file) << c.path;
     EXPECT_EQ(*files.lookup(c.path, Match::filesandfolders), c.entry) << c.path;
@@ -68,7 +68,7 @@ TEST(PrefixFiles, ListsInOrderOfLoweredNames) {
   fs::create_symlink("b.galaxy", folder / "flink.galaxy");
   fs::create_symlink("gone", folder / "gone.galaxy");
   ASSERT_EQ(::mkfifo((folder / "fifo.galaxy").c_str(), 0600), 0);
-  PrefixFiles files(machine.machine);
+  PrefixFiles files(machineof(machine));
   EXPECT_EQ(names(*files.list("C:\\l", "*.galaxy")),
             "_.galaxy A.galaxy a.galaxy b.galaxy C.GALAXY flink.galaxy@ slink/@ sub/ "
             "Sub2.galaxy/ \xC3\xA8.galaxy \xC3\x89.galaxy ");
@@ -82,7 +82,7 @@ TEST(PrefixFiles, FullPathsAreSpelledAsOnTheDisk) {
   TestMachine machine;
   fs::create_directories(machine.drivec / "Games/Vorakai");
   fs::create_symlink("Games", machine.drivec / "Play");
-  PrefixFiles files(machine.machine);
+  PrefixFiles files(machineof(machine));
   EXPECT_EQ(*files.fullpath("c:\\games\\\\VORAKAI\\"), "C:\\Games\\Vorakai");
   EXPECT_EQ(*files.fullpath("C:\\play\\Vorakai"), "C:\\Play\\Vorakai");
   EXPECT_EQ(*files.fullpath("c:\\"), "C:\\");
@@ -93,7 +93,7 @@ TEST(PrefixFiles, FullPathsAreSpelledAsOnTheDisk) {
 
 TEST(PrefixFiles, WritesTextFilesInPlaceButNeverThroughALink) {
   TestMachine machine;
-  PrefixFiles files(machine.machine);
+  PrefixFiles files(machineof(machine));
   EXPECT_TRUE(bool(files.append("info.txt", "a")));
   EXPECT_TRUE(bool(files.append("INFO.TXT", "b")));
   EXPECT_EQ(readfile(machine.data / "info.txt"), "ab");

@@ -1,7 +1,7 @@
 // What a machine in a folder tells of itself.
 #include "platform/prefix/prefixsystem.h"
 
-#include "tests/support/testmachine.h"
+#include "tests/support/prefix/machineof.h"
 
 #include <gtest/gtest.h>
 
@@ -17,7 +17,7 @@ TEST(PrefixSystem, TheVersionIsHeldAtSixTwo) {
   TestMachine machine;
   for (const auto& c : cases) {
     machine.setversion(c.text);
-    PrefixSystem system(machine.machine, "");
+    PrefixSystem system(machineof(machine), "");
     const auto version = system.osversion();
     ASSERT_TRUE(version);
     EXPECT_EQ(version->platform, 2u);
@@ -26,7 +26,7 @@ TEST(PrefixSystem, TheVersionIsHeldAtSixTwo) {
   }
   for (const char* text : {"", "6", "6.", ".1", "x.1", "99999999999.1"}) {
     machine.setversion(text);
-    EXPECT_FALSE(PrefixSystem(machine.machine, "").osversion()) << text;
+    EXPECT_FALSE(PrefixSystem(machineof(machine), "").osversion()) << text;
   }
 }
 
@@ -39,7 +39,7 @@ TEST(PrefixSystem, VariablesComeFromTheProcessThenTheRegistry) {
       "[System\\\\CurrentControlSet\\\\Control\\\\Session Manager\\\\Environment]\n"
       "\"windir\"=str(2):\"%SystemRoot%\"\n\"Sum\"=\"%windir%;%Sum%;100%;%Unset%x\"\n"
       "\"VORA_TEST\"=\"registry\"\n\"COUNT\"=dword:00000004\n");
-  PrefixSystem system(machine.machine, "");
+  PrefixSystem system(machineof(machine), "");
   EXPECT_EQ(system.environment("windir"), "C:\\win");
   EXPECT_EQ(system.environment("WINDIR"), "C:\\win");
   EXPECT_EQ(system.environment("Sum"), "%SystemRoot%;%windir%;%Sum%;100%;%Unset%x;100%;%Unset%x");
@@ -54,7 +54,7 @@ TEST(PrefixSystem, SpecialFoldersAreMadeWhenMissing) {
   constexpr std::uint32_t create = 0x8000, local = 28, personal = 5;
   TestMachine machine;
   fs::remove_all(machine.drivec / "users");
-  PrefixSystem system(machine.machine, "");
+  PrefixSystem system(machineof(machine), "");
   EXPECT_EQ(system.folderpath(local).status, FolderPath::doesnotexist);
   const FolderPath made = system.folderpath(local | create);
   EXPECT_EQ(made.status, FolderPath::ok);
@@ -65,7 +65,7 @@ TEST(PrefixSystem, SpecialFoldersAreMadeWhenMissing) {
   writefile(machine.drivec / "users/me/Documents", "a file");
   EXPECT_EQ(system.folderpath(personal | create).status, FolderPath::doesnotexist);
   fs::remove(machine.prefix / "user.reg");
-  EXPECT_EQ(PrefixSystem(machine.machine, "").folderpath(local | create).status,
+  EXPECT_EQ(PrefixSystem(machineof(machine), "").folderpath(local | create).status,
             FolderPath::failed);
 }
 
@@ -73,7 +73,7 @@ TEST(PrefixSystem, ReadsReleasesOfExecutables) {
   TestMachine machine;
   machine.install("vora", {1, 2, 3, 4});
   writefile(machine.drivec / "empty.exe", "");
-  PrefixSystem system(machine.machine, "");
+  PrefixSystem system(machineof(machine), "");
   EXPECT_EQ(system.productversion("c:\\games\\VORA\\vorakai.exe")->high, 0x00010002u);
   for (const char* path : {"C:\\Games\\vora", "C:\\Games\\none.exe", "C:\\empty.exe", ""})
     EXPECT_FALSE(system.productversion(path)) << path;

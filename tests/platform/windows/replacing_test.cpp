@@ -114,16 +114,3 @@ TEST_F(Replace, LeavesAloneAMapThatIsHeldForLong) {
   EXPECT_LT(waited, milliseconds(2000));
   EXPECT_EQ(scratch.tree(), (Tree{{"a.galaxy", "old"}}));
 }
-
-TEST_F(Replace, LeavesNothingHalfDone) {
-  scratch.add("a.GALOLD\\x", "a folder");
-  const Tree before = scratch.tree();
-  EXPECT_FALSE(bool(replace()));
-  EXPECT_EQ(scratch.tree(), before);
-  EXPECT_EQ(files.replace({scratch / "a.galaxy", "other", {{scratch / "a.galaxy", "new"}}, ""})
-                .failure()
-                .reason,
-            "it has changed since it was read");
-  EXPECT_EQ(scratch.tree(), before);
-  EXPECT_FALSE(bool(files.replace({scratch / "b.galaxy", "", {{scratch / "b.galaxy", "x"}}, ""})));
-}

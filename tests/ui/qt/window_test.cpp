@@ -1,5 +1,7 @@
 // The window itself: its layout, its states, and what a user does with mouse and keyboard.
-#include "tests/support/testmachine.h"
+#include "platform/prefix/prefixfiles.h"
+#include "platform/prefix/prefixsystem.h"
+#include "tests/support/prefix/machineof.h"
 #include "ui/loadform.h"
 #include "ui/qt/fonts.h"
 #include "ui/qt/qtscreen.h"
@@ -45,7 +47,8 @@ struct CrowdedFiles : PrefixFiles {
 // The program in its window, on a machine.
 struct WindowProgram {
   explicit WindowProgram(const TestMachine& machine, const std::string& arguments = "")
-      : files(machine.machine), system(machine.machine, arguments), form(files, system, screen) {
+      : files(machineof(machine)), system(machineof(machine), arguments),
+        form(files, system, screen) {
     screen.open(form);
   }
 
@@ -200,10 +203,12 @@ TEST_F(TheWindow, TabGoesThroughTheTable) {
     QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
   }
   EXPECT_EQ(QApplication::focusWidget()->objectName().toStdString(), "Drive1");
-  QTest::keyClick(&window.widget("Command1"), Qt::Key_Return);
+  window.widget("Command1").setFocus();
+  QTest::keyClick(QApplication::focusWidget(), Qt::Key_Return);
   EXPECT_EQ(window.caption("Label8"), "1");
-  QTest::keyClick(&window.widget("Command2"), Qt::Key_Space);
+  QTest::keyClick(QApplication::focusWidget(), Qt::Key_Space);
   EXPECT_EQ(window.caption("Label8"), "2");
+  EXPECT_EQ(QApplication::focusWidget()->objectName().toStdString(), "Command1");
 }
 
 TEST_F(TheWindow, GoesThroughItsStates) {

@@ -9,7 +9,9 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdlib>
 #include <functional>
+#include <stdexcept>
 
 namespace fs = std::filesystem;
 
@@ -58,6 +60,8 @@ std::string messageof(HWND box) {
 class ProgramWindow : public testing::Test {
 protected:
   ProgramWindow() {
+    if (!std::getenv("VORA_THROWAWAY_MACHINE"))
+      throw std::runtime_error("these tests change the machine: run them by scripts/test-windows");
     wchar_t local[MAX_PATH];
     GetEnvironmentVariableW(L"LOCALAPPDATA", local, MAX_PATH);
     user = fs::path(local) / maps;
@@ -216,8 +220,7 @@ TEST_F(ProgramWindow, FindsAndFixesWithTheKeyboard) {
   for (const char* name : {"Amber Reach.galaxy", "Amber Reach.galold"})
     EXPECT_EQ(read(user / name), read(expected / name)) << name;
 
-  key(VK_TAB);
-  EXPECT_TRUE(waitfor([&] { return focus() == control("Command4"); }));
+  EXPECT_TRUE(waitfor([&] { return focus() == control("Command1"); }));
   send("Command3", BM_CLICK);
   EXPECT_EQ(exitcode(), 0u);
 }

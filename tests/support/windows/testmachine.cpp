@@ -1,0 +1,131 @@
+// The Windows machine that Wine makes for the tests, as they need it: its real drive, registry and
+// folders, with the program's folder, its arguments and the version of Windows as a test says.
+#include "tests/support/testmachine.h"
+
+#include "platform/windows/windowsfiles.h"
+#include "platform/windows/windowssystem.h"
+#include "tests/support/scratchfolder.h"
+
+#include <cstdlib>
+#include <set>
+#include <stdexcept>
+
+#include <winreg.h>
+
+namespace fs = std::filesystem;
+
+namespace {
+
+constexpr char user[] = "C:\\users\\me";
+
+// A folder of the user's, elsewhere for as long as the object lives.
+class MovedFolder {
+public:
+  MovedFolder(const wchar_t* itsname, const std::string& folder) : name(itsname) {
+    DWORD size = sizeof before;
+    known = RegGetValueW(HKEY_CURRENT_USER, key, name, RRF_RT_ANY | RRF_NOEXPAND, nullptr, before,
+                         &size) == ERROR_SUCCESS;
+    set(REG_SZ, widen(folder));
+  }
+  MovedFolder(const MovedFolder&) = delete;
+  MovedFolder& operator=(const MovedFolder&) = delete;
+  ~MovedFolder() {
+    if (known)
+      set(REG_EXPAND_SZ, before);
+    else
+      RegDeleteKeyValueW(HKEY_CURRENT_USER, key, name);
+  }
+
+private:
+  static constexpr wchar_t key[] =
+      L"Software\\Microsoft\\Windows\\CurrentVersion\\Explorer\\User Shell Folders";
+
+  void set(DWORD type, const std::wstring& text) const {
+    const auto size = static_cast<DWORD>((text.size() + 1) * sizeof(wchar_t));
+    RegSetKeyValueW(HKEY_CURRENT_USER, key, name, type, text.c_str(), size);
+  }
+
+  const wchar_t* name;
+  wchar_t before[MAX_PATH] = {};
+  bool known;
+};
+
+// The machine is the process's own: there is one at a time.
+struct Changes {
+  MovedFolder local{L"Local AppData", std::string(user) + "\\AppData\\Local"};
+  MovedFolder documents{L"Personal", std::string(user) + "\\Documents"};
+  std::set<fs::path> before{fs::directory_iterator("C:\\"), {}};
+  OsVersion version{};
+};
+std::unique_ptr<Changes> changes;
+
+class MachineSystem : public WindowsSystem {
+public:
+  MachineSystem(std::string itsfolder, std::string itsarguments)
+      : WindowsSystem(nullptr), folder(std::move(itsfolder)), arguments(std::move(itsarguments)) {}
+  std::optional<OsVersion> osversion() override { return changes->version; }
+  std::string appfolder() override { return folder; }
+  std::string argumenttext() override { return arguments; }
+
+private:
+  const std::string folder, arguments;
+};
+
+// The tests' leavings on drive C: and in the registry are removed: never on somebody's own Windows.
+void needthrowaway() {
+  if (!std::getenv("VORA_THROWAWAY_MACHINE"))
+    throw std::runtime_error("these tests change the machine: run them by scripts/test-windows");
+}
+
+}  // namespace
+
+TestMachine::TestMachine() {
+  needthrowaway();
+  if (changes)
+    throw std::logic_error("there is another machine already");
+  changes = std::make_unique<Changes>();
+  drivec = "C:\\";
+  const fs::path root = "Z:\\tmp\\vora-test-" + std::to_string(GetCurrentProcessId());
+  data = root / "data";
+  program = root / "program";
+  makefolders();
+  setversion("6.3");
+  for (const wchar_t* name :
+       {L"PROCESSOR_ARCHITECTURE", L"PROCESSOR_IDENTIFIER", L"NUMBER_OF_PROCESSORS"})
+    SetEnvironmentVariableW(name, nullptr);
+}
+
+TestMachine::~TestMachine() {
+  SetCurrentDirectoryW(L"C:\\");
+  removefolder(program.parent_path().wstring());
+  removefolder(widen(user));
+  for (const auto& entry : fs::directory_iterator("C:\\"))
+    if (!changes->before.contains(entry.path()) && !DeleteFileW(entry.path().c_str()))
+      removefolder(entry.path().wstring());
+  for (const wchar_t* key : {L"Software\\Orbwright", L"Software\\Wow6432Node\\Orbwright"})
+    RegDeleteTreeW(HKEY_LOCAL_MACHINE, key);
+  changes.reset();
+}
+
+void TestMachine::setregistry(const std::string& key, const std::string& name,
+                              const std::string& text) {
+  const std::wstring wide = widen(text);
+  RegSetKeyValueW(HKEY_LOCAL_MACHINE, widen(key).c_str(), widen(name).c_str(), REG_SZ, wide.c_str(),
+                  static_cast<DWORD>((wide.size() + 1) * sizeof(wchar_t)));
+}
+
+void TestMachine::setversion(const std::string& version) {
+  const auto part = [&](std::size_t at) { return static_cast<std::uint32_t>(version[at] - '0'); };
+  changes->version = {2, part(0), std::min(part(2), 2u)};  // held at 6.2, as by Windows
+}
+
+std::unique_ptr<Files> TestMachine::files() const {
+  SetCurrentDirectoryW(data.c_str());
+  return std::make_unique<WindowsFiles>();
+}
+
+std::unique_ptr<System> TestMachine::system(const std::string& arguments) const {
+  return std::make_unique<MachineSystem>(program.string(), arguments);
+}
+
+std::string zpath(const fs::path& path) { return path.string(); }
