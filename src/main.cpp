@@ -6,10 +6,20 @@
 #include "ui/qt/loadwindow.h"
 #include "ui/standarderror.h"
 
+#include <malloc.h>
+
 #include <new>
 #include <string>
 
 namespace {
+
+// Keeps the memory that one map needed for the next: to give it back to the system and to take it
+// again costs more than to convert the map.
+void keepmemory() {
+  constexpr int largestkept = 4 << 20;  // of a text, in bytes
+  mallopt(M_MMAP_THRESHOLD, largestkept);
+  mallopt(M_TRIM_THRESHOLD, 2 * largestkept);
+}
 
 // The arguments joined by single spaces.
 std::string argumenttext(int argc, char** argv) {
@@ -22,6 +32,7 @@ std::string argumenttext(int argc, char** argv) {
 }  // namespace
 
 int main(int argc, char** argv) {
+  keepmemory();
   const Machine machine = findmachine();
   PrefixFiles files(machine);
   PrefixSystem system(machine, argumenttext(argc, argv));

@@ -164,18 +164,8 @@ std::size_t nextheader(std::string_view text, std::size_t from) {
   return std::min(at, text.size());
 }
 
-// The next key at or after `from`.
-std::optional<Section> nextsection(std::string_view text, std::size_t from) {
-  const auto begin = nextheader(text, from);
-  if (begin == text.size())
-    return std::nullopt;
-  return Section{begin, lineend(text, begin), nextheader(text, begin + 1)};
-}
-
 // Whether a key's header, without its "[", names the key or (for a subtree) one below it.
 bool names(std::string_view header, const std::string& loweredkey, Depth depth) {
-  if (differs(header, loweredkey))
-    return false;
   const auto close = findclosing(header, 0, ']');
   if (close == npos)
     return false;
@@ -187,10 +177,13 @@ bool names(std::string_view header, const std::string& loweredkey, Depth depth) 
 template <class Use>
 void eachsection(std::string_view text, std::string_view key, Depth depth, Use use) {
   const auto lowered = lowercase(key);
-  for (auto section = nextsection(text, 0); section; section = nextsection(text, section->end)) {
-    const auto header = text.substr(section->begin + 1, section->body - section->begin - 1);
-    if (names(header, lowered, depth))
-      use(*section);
+  for (std::size_t begin = nextheader(text, 0), end = begin; begin < text.size(); begin = end) {
+    end = nextheader(text, begin + 1);
+    if (differs(text.substr(begin + 1), lowered))
+      continue;
+    const Section section{begin, lineend(text, begin), end};
+    if (names(text.substr(begin + 1, section.body - begin - 1), lowered, depth))
+      use(section);
   }
 }
 
