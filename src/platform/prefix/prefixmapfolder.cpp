@@ -87,17 +87,11 @@ MapFolder::Answer<bool> PrefixMapFolder::holds(const std::string& name, std::str
     return lasterror();
   if (!S_ISREG(status.st_mode))
     return false;
-  char buffer[1 << 16];
-  while (true) {
-    const auto length = readall(file, buffer, sizeof buffer);
-    if (!length)
-      return lasterror();
-    if (!text.starts_with(std::string_view(buffer, *length)))
-      return false;
-    text.remove_prefix(*length);
-    if (*length < sizeof buffer)
-      return text.empty();
-  }
+  const auto same =
+      reads([&](char* into, std::size_t size) { return readall(file, into, size); }, text);
+  if (!same)
+    return lasterror();
+  return *same;
 }
 
 MapFolder::Answer<Done> PrefixMapFolder::flush(const std::string& name) {
