@@ -4,11 +4,9 @@
 #include "platform/prefix/prefixsystem.h"
 #include "ui/console/consolescreen.h"
 #include "ui/qt/loadwindow.h"
-#include "ui/standarderror.h"
 
 #include <malloc.h>
 
-#include <new>
 #include <string>
 
 namespace {
@@ -36,12 +34,7 @@ int main(int argc, char** argv) {
   const Machine machine = findmachine();
   PrefixFiles files(machine);
   PrefixSystem system(machine, argumenttext(argc, argv));
-  try {
-    if (RunWindow* runwindow = loadwindow(machine.programfolder))
-      return runwindow(files, system, argv);
-    return runconsole(files, system);
-  } catch (const std::bad_alloc&) {
-    writestandarderror("The memory is not enough. Every map is as it was or converted.");
-    return 1;
-  }
+  if (RunWindow* runwindow = loadwindow(machine.programfolder))
+    return runwindow(files, system, argv);
+  return runconsole(files, system);
 }

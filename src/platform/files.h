@@ -73,4 +73,9 @@ public:
   // of a companion, when the map is not what it `was`, and when another run is at it. On failure
   // the map is as it was, and of the files only those before the one that failed are in place.
   virtual Result<Done> replace(const Replacement& replacement) = 0;
+
+protected:
+  // The name of the first file that `list` gives of a folder, empty when there is none: what a
+  // lookup of a path that ends in "\" answers among files alone.
+  std::string firstlisted(const std::string& folder);
 };

@@ -21,3 +21,17 @@ bool MapFolder::istemporary(std::string_view name) {
   const auto number = name.substr(prefix.size(), name.size() - prefix.size() - suffix.size());
   return !number.empty() && number.find_first_not_of("0123456789") == number.npos;
 }
+
+std::optional<bool> MapFolder::reads(const Read& read, std::string_view text) {
+  char buffer[1 << 16];
+  while (true) {
+    const auto length = read(buffer, sizeof buffer);
+    if (!length)
+      return std::nullopt;
+    if (!text.starts_with(std::string_view(buffer, *length)))
+      return false;
+    text.remove_prefix(*length);
+    if (*length < sizeof buffer)
+      return text.empty();
+  }
+}

@@ -3,6 +3,9 @@
 
 #include "platform/result.h"
 
+#include <cstddef>
+#include <functional>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -55,4 +58,11 @@ public:
 
   // Gives a file a second name, which must be free; false when the file system knows no such thing.
   virtual Answer<bool> link(const std::string& from, const std::string& to) = 0;
+
+protected:
+  // Reads up to so many bytes, less only at a file's end; nothing when that fails.
+  using Read = std::function<std::optional<std::size_t>(char* into, std::size_t size)>;
+
+  // Whether what `read` gives is just `text`; nothing when reading fails.
+  static std::optional<bool> reads(const Read& read, std::string_view text);
 };

@@ -57,8 +57,8 @@ Result<Done> Replacing::lockmap() {
   return Done{};
 }
 
-// The map must hold what was converted. It is looked at as late as can
-// be: what somebody else saves while the result is written must not be lost.
+// The map must hold what was converted. It is looked at as late as can be: what somebody else saves
+// while the result is written must not be lost.
 Result<Done> Replacing::checkmap() {
   const auto same = folder.holds(mapname, replacement.was);
   if (!same)

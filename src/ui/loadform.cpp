@@ -18,10 +18,10 @@ void showcurrentfolder(Form1& form) {
 }  // namespace
 
 void loadform(Form1& form) {
-  applylayout(form);
-  connectlists(form);
-  showcurrentfolder(form);
   try {
+    applylayout(form);
+    connectlists(form);
+    showcurrentfolder(form);
     startup(form);
   } catch (const std::bad_alloc&) {
     endoutofmemory(form);

@@ -29,7 +29,10 @@ void setdebug(const TestMachine& machine) {
 }  // namespace
 
 TEST(Startup, SelectsTheEditionThatIsInstalledAlone) {
-  // "P" stands for the program's own folder, "U" for the user space folder.
+  // "P" stands for the program's own folder, "U" and "T" for the user space folders.
+  const std::string vora = "C:\\Games\\vora\\";
+  const std::string zendrel = "C:\\Games\\vorazendrel\\";
+  const std::string tarnfall = "C:\\Games\\voratarnfall\\";
   const struct {
     std::vector<std::string> installed;
     const char* windows;
@@ -42,90 +45,22 @@ TEST(Startup, SelectsTheEditionThatIsInstalledAlone) {
     bool command6, command7;
     const char* release;
   } cases[] = {
-      {{"vora"},
-       "6.3",
-       true,
-       false,
-       "v",
-       "C:\\Games\\vora\\",
-       "C:\\Games\\vora\\",
-       "U",
-       true,
-       false,
-       "1.2.3.4"},
-      {{"vora"}, "6.3", false, false, "v", "C:\\Games\\vora\\", "P", "U", true, false, "1.2.3.4"},
-      {{"vora"}, "6.1", true, false, "v", "C:\\Games\\vora\\", "U", "U", true, false, "1.2.3.4"},
-      {{"vora"}, "6.0", true, false, "v", "C:\\Games\\vora\\", "U", "U", true, false, "1.2.3.4"},
-      {{"vora"}, "6.1", false, false, "v", "C:\\Games\\vora\\", "P", "U", true, false, "1.2.3.4"},
-      {{"vora"},
-       "5.1",
-       true,
-       true,
-       "v",
-       "C:\\Games\\vora\\",
-       "C:\\Games\\vora\\",
-       "U",
-       true,
-       false,
-       "1.2.3.4"},
-      {{"vorazendrel"},
-       "6.3",
-       true,
-       false,
-       "v",
-       "C:\\Games\\vorazendrel\\",
-       "C:\\Games\\vorazendrel\\",
-       "U",
-       true,
-       false,
-       "1.2.3.4"},
-      {{"vora", "vorazendrel"},
-       "6.3",
-       true,
-       false,
-       "v",
-       "C:\\Games\\vorazendrel\\",
-       "C:\\Games\\vorazendrel\\",
-       "U",
-       true,
-       false,
-       "1.2.3.4"},
-      {{"voratarnfall"},
-       "6.3",
-       true,
-       false,
-       "t",
-       "C:\\Games\\voratarnfall\\",
-       "P",
-       expansionspace,
-       false,
-       true,
-       "5.6.7.8"},
-      {{"voratarnfall"},
-       "6.1",
-       true,
-       false,
-       "t",
-       "C:\\Games\\voratarnfall\\",
-       "P",
-       expansionspace,
-       false,
-       true,
-       "5.6.7.8"},
-      {{"voratarnfall"},
-       "6.3",
-       true,
-       true,
-       "t",
-       "C:\\Games\\voratarnfall\\",
-       "",
-       "",
-       false,
-       true,
-       "5.6.7.8"},
-      {{"vora", "voratarnfall"}, "6.3", true, false, "", "", "", "", true, true, ""},
-      {{"vora", "voratarnfall"}, "6.3", true, true, "", "", "", "", true, true, ""},
-      {{}, "6.3", true, true, "v", "", "", "U", false, false, ""},
+      // clang-format off
+      {{"vora"},                 "6.3", true,  false, "v", vora,     vora,    "U", true,  false, "1.2.3.4"},
+      {{"vora"},                 "6.3", false, false, "v", vora,     "P",     "U", true,  false, "1.2.3.4"},
+      {{"vora"},                 "6.1", true,  false, "v", vora,     "U",     "U", true,  false, "1.2.3.4"},
+      {{"vora"},                 "6.0", true,  false, "v", vora,     "U",     "U", true,  false, "1.2.3.4"},
+      {{"vora"},                 "6.1", false, false, "v", vora,     "P",     "U", true,  false, "1.2.3.4"},
+      {{"vora"},                 "5.1", true,  true,  "v", vora,     vora,    "U", true,  false, "1.2.3.4"},
+      {{"vorazendrel"},          "6.3", true,  false, "v", zendrel,  zendrel, "U", true,  false, "1.2.3.4"},
+      {{"vora", "vorazendrel"},  "6.3", true,  false, "v", zendrel,  zendrel, "U", true,  false, "1.2.3.4"},
+      {{"voratarnfall"},         "6.3", true,  false, "t", tarnfall, "P",     "T", false, true,  "5.6.7.8"},
+      {{"voratarnfall"},         "6.1", true,  false, "t", tarnfall, "P",     "T", false, true,  "5.6.7.8"},
+      {{"voratarnfall"},         "6.3", true,  true,  "t", tarnfall, "",      "",  false, true,  "5.6.7.8"},
+      {{"vora", "voratarnfall"}, "6.3", true,  false, "",  "",       "",      "",  true,  true,  ""},
+      {{"vora", "voratarnfall"}, "6.3", true,  true,  "",  "",       "",      "",  true,  true,  ""},
+      {{},                       "6.3", true,  true,  "v", "",       "",      "U", false, false, ""},
+      // clang-format on
   };
   for (const auto& c : cases) {
     TestMachine machine;
@@ -140,7 +75,10 @@ TEST(Startup, SelectsTheEditionThatIsInstalledAlone) {
     Program program(machine);
     Form1& form = program.form;
     const auto place = [&](const std::string& text) {
-      return text == "P" ? zpath(machine.program) + "\\" : text == "U" ? userspace : text;
+      const std::map<std::string, std::string> places = {
+          {"P", zpath(machine.program) + "\\"}, {"U", userspace}, {"T", expansionspace}};
+      const auto known = places.find(text);
+      return known == places.end() ? text : known->second;
     };
     applylayout(form);
     form.Command6.setvisible(false);

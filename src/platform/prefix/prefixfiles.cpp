@@ -103,14 +103,8 @@ Result<std::string> PrefixFiles::lookup(const std::string& path, Match match) {
   const bool inside = path.ends_with('\\');
   if (folders && (inside || path.ends_with("\\.")))
     return fullpath(path) ? std::string(".") : std::string();
-  if (inside) {
-    const auto entries = list(path, "*");
-    if (!entries)
-      return std::string();
-    const auto file = std::find_if(entries->begin(), entries->end(),
-                                   [](const Entry& entry) { return !entry.folder; });
-    return file == entries->end() ? std::string() : file->name;
-  }
+  if (inside)
+    return firstlisted(path);
   const auto location = paths.find(path);
   if (!location && !location.failure().missing)
     return location.failure();

@@ -88,16 +88,11 @@ MapFolder::Answer<bool> PrefixMapFolder::holds(const std::string& name, std::str
     return lasterror();
   if (!S_ISREG(status.st_mode) || static_cast<std::size_t>(status.st_size) != text.size())
     return false;
-  char buffer[1 << 16];
-  while (!text.empty()) {
-    const auto length = readall(file, buffer, std::min(sizeof buffer, text.size()));
-    if (!length)
-      return lasterror();
-    if (*length == 0 || !text.starts_with(std::string_view(buffer, *length)))
-      return false;
-    text.remove_prefix(*length);
-  }
-  return true;
+  const auto same =
+      reads([&](char* into, std::size_t size) { return readall(file, into, size); }, text);
+  if (!same)
+    return lasterror();
+  return *same;
 }
 
 MapFolder::Answer<Done> PrefixMapFolder::flush(const std::string& name) {

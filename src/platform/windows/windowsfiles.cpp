@@ -10,7 +10,6 @@
 #include "platform/windows/wide.h"
 #include "platform/windows/windowsmapfolder.h"
 
-#include <algorithm>
 #include <optional>
 
 namespace {
@@ -85,14 +84,8 @@ Result<std::string> WindowsFiles::lookup(const std::string& path, Match match) {
   const bool own = path.ends_with("\\.");  // the "." among a folder's entries
   if (folders && (own || path.ends_with('\\')))
     return fullpath(path) ? std::string(".") : std::string();
-  if (path.ends_with('\\')) {
-    const auto entries = list(path, "*");
-    if (!entries)
-      return std::string();
-    const auto file = std::find_if(entries->begin(), entries->end(),
-                                   [](const Entry& entry) { return !entry.folder; });
-    return file == entries->end() ? std::string() : file->name;
-  }
+  if (path.ends_with('\\'))
+    return firstlisted(path);
   const auto location = locate(path);
   if (!location)
     return location.failure();

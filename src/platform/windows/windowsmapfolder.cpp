@@ -83,17 +83,11 @@ MapFolder::Answer<bool> WindowsMapFolder::holds(const std::string& name, std::st
   const Handle file = openfile(pathof(name), GENERIC_READ, OPEN_EXISTING, 0);
   if (!file)
     return lasterror();
-  char buffer[1 << 16];
-  while (true) {
-    const auto length = readall(file, buffer, sizeof buffer);
-    if (!length)
-      return lasterror();
-    if (!text.starts_with(std::string_view(buffer, *length)))
-      return false;
-    text.remove_prefix(*length);
-    if (*length < sizeof buffer)
-      return text.empty();
-  }
+  const auto same =
+      reads([&](char* into, std::size_t size) { return readall(file, into, size); }, text);
+  if (!same)
+    return lasterror();
+  return *same;
 }
 
 MapFolder::Answer<Done> WindowsMapFolder::flush(const std::string& name) {

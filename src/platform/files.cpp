@@ -1,0 +1,13 @@
+// What the machines share of their files.
+#include "platform/files.h"
+
+#include <algorithm>
+
+std::string Files::firstlisted(const std::string& folder) {
+  const auto entries = list(folder, "*");
+  if (!entries)
+    return "";
+  const auto file = std::find_if(entries->begin(), entries->end(),
+                                 [](const Entry& entry) { return !entry.folder; });
+  return file == entries->end() ? "" : file->name;
+}
