@@ -113,7 +113,7 @@ void searching(benchmark::State& state) {
   ConsoleScreen screen;
   for (auto _ : state) {
     Form1 form(files, system, screen);
-    std::vector<std::string> found{""};
+    FoundList found;
     findfiles(form, "*.galaxy", "C:\\maps", found);
     benchmark::DoNotOptimize(found);
   }

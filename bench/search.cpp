@@ -18,7 +18,7 @@ int main(int argc, char** argv) {
   ConsoleScreen screen;
   Form1 form(files, system, screen);
   const std::string root = std::filesystem::canonical(argv[1]).string();
-  std::vector<std::string> found{""};
+  FoundList found;
   findfiles(form, "*.galaxy", Paths(machine).windowspath(root), found);
   std::printf("%zu\n", found.size() - 1);
 }

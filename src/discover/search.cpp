@@ -30,16 +30,13 @@ Folder readfolder(Form1& form, std::string path, const std::string& pattern) {
   return folder;
 }
 
-void addfiles(const Folder& folder, std::vector<std::string>& list) {
-  for (const std::string& name : folder.files) {
-    list.back() = folder.path + "\\" + name;
-    list.emplace_back();
-  }
+void addfiles(const Folder& folder, FoundList& list) {
+  for (const std::string& name : folder.files)
+    list.add(folder.path, name);
 }
 
 // Walks a tree depth first. It keeps its own stack: how deep a tree is, is up to strangers.
-void walk(Form1& form, const std::string& pattern, const std::string& top,
-          std::vector<std::string>& list) {
+void walk(Form1& form, const std::string& pattern, const std::string& top, FoundList& list) {
   std::vector<Folder> open;
   open.push_back(readfolder(form, top, pattern));
   while (!open.empty()) {
@@ -62,8 +59,7 @@ std::string parentfolder(const std::string& folder) {
 
 }  // namespace
 
-void findfiles(Form1& form, const std::string& pattern, const std::string& root,
-               std::vector<std::string>& list) {
+void findfiles(Form1& form, const std::string& pattern, const std::string& root, FoundList& list) {
   const auto top = form.files.fullpath(root.ends_with('\\') ? root : root + "\\");
   if (!top)
     return;
@@ -75,7 +71,7 @@ void findfiles(Form1& form, const std::string& pattern, const std::string& root,
 void findgalaxies(Form1& form) {
   form.searching = true;
   form.filepattern = "*.galaxy";
-  form.foundlist = {""};
+  form.foundlist.clear();
   for (const std::string& root : form.pathlist) {
     form.rootpath = root;
     findfiles(form, form.filepattern, root, form.foundlist);

@@ -4,15 +4,13 @@
 #include "form/form1.h"
 
 #include <string>
-#include <vector>
 
 // Fills `foundlist` with the maps below both roots, lists their names in `Text1` and shows their
 // number, less one, in `Label6`.
 void findgalaxies(Form1& form);
 
-// Adds the files below `root` whose names match `pattern` to `list`, whose last element is and
-// stays empty: for each folder first what lies below its subfolders, then its own files. Hidden
-// names are left out and links are not followed; a folder that cannot be listed adds nothing. The
-// directory list ends up at the root's parent folder.
-void findfiles(Form1& form, const std::string& pattern, const std::string& root,
-               std::vector<std::string>& list);
+// Adds the files below `root` whose names match `pattern` to `list`: for each folder first what
+// lies below its subfolders, then its own files. Hidden names are left out and links are not
+// followed; a folder that cannot be listed adds nothing. The directory list ends up at the root's
+// parent folder.
+void findfiles(Form1& form, const std::string& pattern, const std::string& root, FoundList& list);

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "form/control.h"
+#include "form/foundlist.h"
 #include "form/linearray.h"
 #include "form/screen.h"
 #include "platform/files.h"
@@ -97,9 +98,9 @@ public:
   std::string rootpath;                 // the root being searched, or the chosen drive's
   std::string dirpath;                  // the folder that the directory list was last moved to
   std::string filepattern;
-  std::vector<std::string> foundlist;  // full paths of the maps found, then one empty element
-  LineArray originalmaps;              // names of the game's own maps
-  bool searching = false;              // handlers other than the exit button's wait meanwhile
+  FoundList foundlist;     // full paths of the maps found, then one empty element
+  LineArray originalmaps;  // names of the game's own maps
+  bool searching = false;  // handlers other than the exit button's wait meanwhile
 
   bool trouble = false;  // something went wrong that the exit status must tell
 };

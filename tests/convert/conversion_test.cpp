@@ -19,7 +19,6 @@ protected:
     machine.writedata();
     fs::create_directory(maps);
     program.form.edition = "v";
-    program.form.foundlist = {""};
     program.form.Label8.settext("1");
   }
 
@@ -29,8 +28,7 @@ protected:
   }
 
   void found(const std::string& name) {
-    program.form.foundlist.back() = "C:\\maps\\" + name;
-    program.form.foundlist.emplace_back();
+    program.form.foundlist.add("C:\\maps", name);
   }
 
   int fix() {
@@ -62,7 +60,7 @@ TEST_F(Conversion, LeavesTheCompanionsOfEachModeBesideAMap) {
   };
   for (const auto& c : cases) {
     fs::remove_all(maps);
-    program.form.foundlist = {""};
+    program.form.foundlist.clear();
     program.form.edition = c.edition;
     program.form.debugmode = c.debugmode;
     add("a.galaxy", oldmap);
@@ -115,7 +113,7 @@ TEST_F(Conversion, TakesTheVersionFromTheEndOfTheSecondLine) {
                {"x", "voldstructx.txt"}};
   fs::remove(machine.data / "voldstruct3.txt");
   for (const auto& c : cases) {
-    program.form.foundlist = {""};
+    program.form.foundlist.clear();
     add("a.galaxy", "MAP\r\n" + std::string(c.secondline) + "\r\nend\r\n");
     program.screen.messages.clear();
     EXPECT_EQ(fix(), 1);
@@ -196,7 +194,7 @@ TEST_F(Conversion, ATemplateErrorEndsTheProgramAndLosesNothing) {
   };
   for (const auto& c : cases) {
     fs::remove_all(maps);
-    program.form.foundlist = {""};
+    program.form.foundlist.clear();
     program.form.edition = c.edition;
     program.form.debugmode = c.debugmode;
     program.screen.messages.clear();

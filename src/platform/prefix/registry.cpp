@@ -51,18 +51,18 @@ private:
   bool made;  // and still there under its own name
 };
 
-// The whole file; nothing when it cannot be read, or is no ordinary file.
-std::optional<std::string> readfile(const fs::path& file) {
+// Nothing when the file cannot be read, or is no ordinary file.
+std::optional<Pages> readfile(const fs::path& file) {
   const auto handle = openpath(systemdisk(), file.string(), O_RDONLY | O_NONBLOCK);
   struct stat status {};
-  if (!handle || ::fstat(handle.get(), &status) != 0 || !S_ISREG(status.st_mode))
+  if (!handle || !describe(handle, status) || !S_ISREG(status.st_mode))
     return std::nullopt;
-  std::string text(static_cast<std::size_t>(status.st_size), '\0');
-  const auto length = readall(handle, text.data(), text.size());
+  Pages pages(static_cast<std::size_t>(status.st_size));
+  const auto length = readall(handle, pages.data(), pages.size());
   if (!length)
     return std::nullopt;
-  text.resize(*length);
-  return text;
+  pages.shrink(*length);
+  return pages;
 }
 
 // Puts `text` in the file's place in one step; a link stays and its target is replaced.
@@ -138,27 +138,33 @@ std::optional<RegistryValue> makevalue(const std::string& data, const std::strin
 
 }  // namespace
 
-const std::string& Registry::Hive::current() {
-  if (!text)
-    text = readfile(file).value_or("");
-  return *text;
+const std::string& Registry::Hive::sections(const std::string& key) {
+  const auto known = keys.find(lowercase(key));
+  if (known != keys.end())
+    return known->second;
+  if (!text) {
+    auto read = readfile(file);
+    text = read ? *std::move(read) : Pages(0);
+  }
+  return keys[lowercase(key)] = onlykey(text->view(), key);
 }
 
 bool Registry::Hive::change(const Edit& edit) {
   std::error_code ignored;
   const bool missing = fs::symlink_status(file, ignored).type() == fs::file_type::not_found;
-  const auto old = missing ? std::string() : readfile(file);
+  const auto old = missing ? Pages(0) : readfile(file);
   if (!old)
     return false;
-  auto changed = edit(*old);
+  const auto changed = edit(old->view());
   if (!changed || !replacefile(file, *changed))
     return false;
-  text = std::move(changed);
+  text.reset();
+  keys.clear();
   return true;
 }
 
 Registry::Registry(const fs::path& machine)
-    : localmachine{machine / "system.reg", {}}, currentuser{machine / "user.reg", {}} {}
+    : localmachine{machine / "system.reg", {}, {}}, currentuser{machine / "user.reg", {}, {}} {}
 
 Registry::Hive* Registry::findhive(const std::string& root) {
   const auto lowered = lowercase(root);
@@ -174,7 +180,7 @@ std::optional<RegistryValue> Registry::read(const std::string& valuepath) {
   Hive* const hive = path ? findhive(path->root) : nullptr;
   if (!hive)
     return std::nullopt;
-  return findvalue(hive->current(), path->key, path->name);
+  return findvalue(hive->sections(path->key), path->key, path->name);
 }
 
 bool Registry::write(const std::string& valuepath, const std::string& data,
@@ -184,7 +190,7 @@ bool Registry::write(const std::string& valuepath, const std::string& data,
   Hive* const hive = path ? findhive(path->root) : nullptr;
   if (!hive || !value)
     return false;
-  return hive->change([&](const std::string& text) {
+  return hive->change([&](std::string_view text) {
     return std::optional(withvalue(text, path->key, path->name, *value));
   });
 }
@@ -194,7 +200,7 @@ bool Registry::remove(const std::string& valuepath) {
   Hive* const hive = path ? findhive(path->root) : nullptr;
   if (!hive || (path->key.empty() && path->name.empty()))
     return false;
-  return hive->change([&](const std::string& text) {
+  return hive->change([&](std::string_view text) {
     auto changed = path->name.empty() ? withoutkey(text, path->key)
                                       : withoutvalue(text, path->key, path->name);
     return changed == text ? std::nullopt : std::optional(std::move(changed));

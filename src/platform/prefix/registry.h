@@ -3,12 +3,15 @@
 // writes it over these files when it ends.
 #pragma once
 
+#include "platform/prefix/pages.h"
 #include "platform/prefix/registrytext.h"
 
 #include <filesystem>
 #include <functional>
+#include <map>
 #include <optional>
 #include <string>
+#include <string_view>
 
 // A value path is the root key, the key path and the value's name, joined by "\"; one that ends in
 // "\" names the key itself, that is its default value. The roots are HKEY_LOCAL_MACHINE or HKLM
@@ -18,7 +21,8 @@ public:
   // `machine` is the folder that holds system.reg and user.reg. Nothing is read yet.
   explicit Registry(const std::filesystem::path& machine);
 
-  // The value, or nothing where there is none. Each file is read once, at its first use; one that
+  // The value, or nothing where there is none. Each file is read once, at its first use and
+  // after a change; one that
   // is missing or cannot be read counts as empty. %NAME% in an expandable text is left as it is.
   std::optional<RegistryValue> read(const std::string& valuepath);
 
@@ -38,12 +42,13 @@ private:
   // One of the two files.
   struct Hive {
     // Makes a new text of the file's; nothing where there is nothing to change.
-    using Edit = std::function<std::optional<std::string>(const std::string& text)>;
+    using Edit = std::function<std::optional<std::string>(std::string_view text)>;
 
     std::filesystem::path file;
-    std::optional<std::string> text;  // nothing until the first use
+    std::optional<Pages> text;                // nothing until the first use after a change
+    std::map<std::string, std::string> keys;  // what it has of each key that was asked for
 
-    const std::string& current();
+    const std::string& sections(const std::string& key);
     // Edits the file as it stands now; false where nothing was changed.
     bool change(const Edit& edit);
   };

@@ -462,6 +462,14 @@ std::optional<RegistryValue> findvalue(std::string_view registry, std::string_vi
   return last;
 }
 
+std::string onlykey(std::string_view registry, std::string_view key) {
+  std::string sections;
+  eachsection(registry, key, Depth::key, [&](const Section& section) {
+    sections += registry.substr(section.begin, section.end - section.begin);
+  });
+  return sections;
+}
+
 std::string withvalue(std::string_view registry, std::string_view key, std::string_view name,
                       const RegistryValue& value) {
   if (value.type == RegistryValue::Type::other)

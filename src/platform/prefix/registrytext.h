@@ -26,6 +26,9 @@ struct RegistryValue {
 std::optional<RegistryValue> findvalue(std::string_view registry, std::string_view key,
                                        std::string_view name);
 
+// What the text has of the key, as a text of its own: shorter to look through for its values.
+std::string onlykey(std::string_view registry, std::string_view key);
+
 // The text with the value set: in place of the line that gave it, else at the end of its key, else
 // in a new key at the end of the text. An empty text gets the first line that Wine asks for. A new
 // key carries no time of change; Wine gives it the time at which it reads the file. A value of type

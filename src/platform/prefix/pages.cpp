@@ -1,0 +1,18 @@
+// Memory for a large text.
+#include "platform/prefix/pages.h"
+
+#include <new>
+
+#include <sys/mman.h>
+
+Pages::Pages(std::size_t size) : memory(nullptr, {size}), length(size) {
+  if (size == 0)
+    return;
+  void* const mapped = ::mmap(nullptr, size, PROT_READ | PROT_WRITE,
+                              MAP_PRIVATE | MAP_ANONYMOUS | MAP_POPULATE, -1, 0);
+  if (mapped == MAP_FAILED)
+    throw std::bad_alloc();
+  memory.reset(static_cast<char*>(mapped));
+}
+
+void Pages::Unmap::operator()(char* mapped) const { ::munmap(mapped, size); }
