@@ -73,9 +73,7 @@ const Kind* load(Files& files, std::map<std::string, Kind>& loaded, std::string 
 OldTemplate indexold(std::string filename, Result<std::string> text) {
   OldTemplate file;
   fill(file, std::move(filename), std::move(text));
-  for (std::size_t i = 0; i < file.lines.size(); ++i)
-    file.index.add(file.lines[i], i);
-  file.index.finish();
+  file.index = PrefixIndex(std::vector(file.lines.begin(), file.lines.end()));
   return file;
 }
 

@@ -48,12 +48,9 @@ TEST(Matching, AgreesWithThePlainDefinition) {
   for (int round = 0; round < 2000; ++round) {
     const int letters = 1 + static_cast<int>(random() % 5);
     std::vector<std::string> lines(random() % 30);
-    PrefixIndex index;
     for (std::string& line : lines)
       line = text(6, letters);
-    for (std::size_t i = 0; i < lines.size(); ++i)
-      index.add(lines[i], i);
-    index.finish();
+    const PrefixIndex index(std::vector<std::string_view>(lines.begin(), lines.end()));
     for (int i = 0; i < 30; ++i) {
       const std::string line = text(9, letters);
       std::size_t expected = 0;
