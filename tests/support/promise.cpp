@@ -35,8 +35,8 @@ void Galaxies::fill(const fs::path& folder) const {
   fs::create_directories(folder);
   for (int i = 0; i < count; ++i) {
     writefile(folder / (name(i) + ".galaxy"), old(i));
-    if (i % 3 == 1)
-      writefile(folder / (name(i) + ".GALold"), backup(i));
+    if (!backup(i).empty())
+      writefile(folder / (name(i) + (edition == "v" ? ".galold" : ".GALold")), backup(i));
     if (hasequalbackup(i))
       writefile(folder / (name(i) + ".galold"), old(i));
   }

@@ -9,7 +9,8 @@
 using Tree = std::map<std::string, std::string>;
 
 // The maps of a folder, each of another content, and what stood beside them: map `i` has no backup,
-// an older one of other content in another letter case, or one that holds just what it holds.
+// an older one of other content (the expansion's in another letter case), or one that holds just
+// what it holds.
 struct Galaxies {
   std::string edition = "v";
   int count = 3;
