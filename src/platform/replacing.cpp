@@ -119,8 +119,8 @@ Result<Done> Replacing::prepare() {
   return Done{};
 }
 
-// The last look at the map stands behind all that is slow: what is saved while a backup is compared,
-// copied or flushed is found out.
+// The last look at the map stands behind all that is slow: what is saved while a backup is
+// compared, copied or flushed is found out.
 Result<Done> Replacing::commit() {
   const bool replacesmap = !replacement.backup.empty();
   for (std::size_t i = 0; i + replacesmap < prepared.size(); ++i)

@@ -137,8 +137,8 @@ TEST_P(Faults, EveryCallFailsFromThenOn) {
   std::cout << "injected failures: " << injected << "\n";
 }
 
-// Who saved the maps last has not flushed them, nor their copies. A map that keeps its name has what
-// its flushing would have saved; one that has lost it must be whole under its backup name.
+// Who saved the maps last has not flushed them, nor their copies. A map that keeps its name has
+// what its flushing would have saved; one that has lost it must be whole under its backup name.
 TEST_P(Faults, ThePowerIsCutAfterEveryChange) {
   ModelDisk disk(folder, unknown, [&](const std::string& name) {
     return readfile(folder / name) != galaxies.backup(1);
@@ -178,9 +178,9 @@ TEST_P(Faults, AnotherRunComesInBeforeEveryCall) {
   }
 }
 
-// What somebody saves while a map is converted is in the map or in its backup afterwards. Only where
-// the map's file does not become the backup, there are calls left behind the last look at the map:
-// the closing of it, and giving its successor the permissions and the name.
+// What somebody saves while a map is converted is in the map or in its backup afterwards. Only
+// where the map's file does not become the backup, there are calls left behind the last look at the
+// map: the closing of it, and giving its successor the permissions and the name.
 TEST_P(Faults, AMapIsSavedBeforeEveryCall) {
   constexpr int callsbehindthelook = 3;
   const int calls = convertundisturbed();

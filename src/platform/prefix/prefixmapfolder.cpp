@@ -147,8 +147,8 @@ void PrefixMapFolder::remove(const std::string& name) {
 }
 
 // A temporary file gets its permissions just before it takes its name: until then its owner can
-// open it, and so clear up what a killed run has left. That a file system knows no permissions is no
-// reason to stop.
+// open it, and so clear up what a killed run has left. That a file system knows no permissions is
+// no reason to stop.
 bool PrefixMapFolder::permit(const std::string& name) {
   const auto file = std::find_if(written.begin(), written.end(),
                                  [&](const Written& other) { return other.name == name; });
