@@ -34,16 +34,17 @@ public:
   // How `name` is spelled in the folder, where letter case may differ; empty when it is free.
   virtual std::string spelled(const std::string& name) = 0;
 
-  virtual Kind kindof(const std::string& name) = 0;
+  // `nothing` alone says that there is none: a look that fails is a failure.
+  virtual Answer<Kind> kindof(const std::string& name) = 0;
 
   // Whether an ordinary file holds just `text`.
   virtual Answer<bool> holds(const std::string& name, std::string_view text) = 0;
 
-  // Sees to it that a file's content is on the disk.
+  // Sees to it that a file's content is on the disk, and the names that it has.
   virtual Answer<Done> flush(const std::string& name) = 0;
 
-  // Makes a hidden file of a name that no search finds, with the permissions of the file `like`,
-  // writes the whole text and flushes it to the disk. Gives its name.
+  // Makes a hidden file of a name that no search finds, writes the whole text and flushes it to the
+  // disk. Gives its name. Once it is given another name it has the permissions of the file `like`.
   virtual Answer<std::string> writetemporary(std::string_view text, const std::string& like) = 0;
 
   virtual void remove(const std::string& name) = 0;

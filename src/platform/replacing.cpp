@@ -33,6 +33,13 @@ Failure Replacing::failure(const std::string& action, const MapFolder::Reason& r
   return {replacement.map, action, reason.words};
 }
 
+Result<MapFolder::Kind> Replacing::kindof(const std::string& name) const {
+  const auto kind = folder.kindof(name);
+  if (!kind)
+    return failure("look at " + name, kind.failure());
+  return *kind;
+}
+
 Result<Done> Replacing::run() {
   if (auto locked = lockmap(); !locked)
     return locked;
@@ -46,8 +53,10 @@ Result<Done> Replacing::run() {
 }
 
 Result<Done> Replacing::lockmap() {
-  const auto kind = folder.kindof(mapname);
-  if (kind == MapFolder::Kind::folder || kind == MapFolder::Kind::other)
+  const auto kind = kindof(mapname);
+  if (!kind)
+    return kind.failure();
+  if (*kind == MapFolder::Kind::folder || *kind == MapFolder::Kind::other)
     return Failure{replacement.map, "convert it", "it is not an ordinary file any more"};
   const auto locked = folder.lock(mapname);
   if (!locked)
@@ -73,7 +82,12 @@ Result<Done> Replacing::checkmap() {
 Result<std::string> Replacing::spelled(const std::string& path) {
   const std::string name = nameof(path);
   std::string found = folder.spelled(name);
-  if (!found.empty() && folder.kindof(found) == MapFolder::Kind::folder)
+  if (found.empty())
+    return found;
+  const auto kind = kindof(found);
+  if (!kind)
+    return kind.failure();
+  if (*kind == MapFolder::Kind::folder)
     return Failure{replacement.map, "convert it", "a folder has the name " + name};
   return found;
 }
@@ -105,50 +119,83 @@ Result<Done> Replacing::prepare() {
   return Done{};
 }
 
+// The last look at the map stands behind all that is slow: what is saved while a backup is
+// compared, copied or flushed is found out.
 Result<Done> Replacing::commit() {
-  for (std::size_t i = 0; i < prepared.size(); ++i) {
-    const bool ismap = !replacement.backup.empty() && i + 1 == prepared.size();
-    if (ismap)
-      if (auto kept = keepbackup(); !kept)
-        return kept;
-    const auto taken = prepared[i].take(names[i], ismap ? backupname : "");
-    if (!taken)
-      return failure("write " + names[i], taken.failure());
-  }
+  const bool replacesmap = !replacement.backup.empty();
+  for (std::size_t i = 0; i + replacesmap < prepared.size(); ++i)
+    if (auto taken = take(i, ""); !taken)
+      return taken;
+  if (!replacesmap)
+    return Done{};
+  if (auto kept = keepbackup(); !kept)
+    return kept;
+  if (auto checked = checkmap(); !checked)
+    return checked;
+  return take(prepared.size() - 1, backupname);
+}
+
+Result<Done> Replacing::take(std::size_t i, const std::string& kept) {
+  const auto taken = prepared[i].take(names[i], kept);
+  if (!taken)
+    return failure("write " + names[i], taken.failure());
   return Done{};
 }
 
-// Sees to it that the map has its backup name too.
+// Sees to it that the map has its backup name too, and that this is on the disk before the map's
+// own name goes to its successor: flushing a file flushes its names as well.
 Result<Done> Replacing::keepbackup() {
-  if (!backupname.empty()) {
-    const auto isbackup = holdsmap(backupname);
-    if (!isbackup)
-      return isbackup.failure();
-    if (*isbackup)
-      return Done{};
-    if (auto moved = moveaside(backupname); !moved)
-      return moved;
-  }
-  backupname = nameof(replacement.backup);
-  return makebackup(backupname);
+  const auto isbackup = holdsmap(backupname);
+  if (!isbackup)
+    return isbackup.failure();
+  if (!*isbackup)
+    if (auto made = makebackup(); !made)
+      return made;
+  return flush(backupname);
 }
 
-// Whether a backup holds just what the map holds, flushed to the disk.
+// Whether there is a backup that holds just what the map holds.
 Result<bool> Replacing::holdsmap(const std::string& name) {
-  if (folder.kindof(name) != MapFolder::Kind::file)
+  if (name.empty())
+    return false;
+  const auto kind = kindof(name);
+  if (!kind)
+    return kind.failure();
+  if (*kind != MapFolder::Kind::file)
     return false;
   const auto same = folder.holds(name, replacement.was);
   if (!same)
     return failure("read " + name, same.failure());
-  if (!*same)
-    return false;
-  const auto flushed = folder.flush(name);
-  if (!flushed)
-    return failure("flush " + name, flushed.failure());
-  return true;
+  return *same;
+}
+
+// A second name for the map; a copy where the file system knows no second names.
+Result<Done> Replacing::makebackup() {
+  if (!backupname.empty())
+    if (auto moved = moveaside(backupname); !moved)
+      return moved;
+  backupname = nameof(replacement.backup);
+  const std::string action = "make its backup " + backupname;
+  const auto linked = folder.link(mapname, backupname);
+  if (!linked)
+    return failure(action, linked.failure());
+  if (*linked)
+    return Done{};
+  auto written = folder.writetemporary(replacement.was, mapname);
+  if (!written)
+    return failure(action, written.failure());
+  const auto taken = Temporary(folder, *std::move(written)).takefree(backupname);
+  if (!taken)
+    return failure(action, taken.failure());
+  if (!*taken)
+    return Failure{replacement.map, action, "the name is taken"};
+  return Done{};
 }
 
 Result<Done> Replacing::moveaside(const std::string& name) {
+  const auto kind = kindof(name);
+  if (!kind)
+    return kind.failure();
   for (int number = firstnumber;; ++number) {
     const std::string free = name + std::to_string(number);
     if (!folder.spelled(free).empty())
@@ -157,29 +204,13 @@ Result<Done> Replacing::moveaside(const std::string& name) {
     if (!moved)
       return failure("move " + name + " aside", moved.failure());
     if (*moved)
-      return Done{};
+      return *kind == MapFolder::Kind::file ? flush(free) : Done{};
   }
 }
 
-// A second name for the map; a copy where the file system knows no second names.
-Result<Done> Replacing::makebackup(const std::string& name) {
-  const std::string action = "make its backup " + name;
-  // Whoever saved the map last may not have flushed it.
-  const auto flushed = folder.flush(mapname);
+Result<Done> Replacing::flush(const std::string& name) {
+  const auto flushed = folder.flush(name);
   if (!flushed)
-    return failure(action, flushed.failure());
-  const auto linked = folder.link(mapname, name);
-  if (!linked)
-    return failure(action, linked.failure());
-  if (*linked)
-    return Done{};
-  auto written = folder.writetemporary(replacement.was, mapname);
-  if (!written)
-    return failure(action, written.failure());
-  const auto taken = Temporary(folder, *std::move(written)).takefree(name);
-  if (!taken)
-    return failure(action, taken.failure());
-  if (!*taken)
-    return Failure{replacement.map, action, "the name is taken"};
+    return failure("flush " + name, flushed.failure());
   return Done{};
 }

@@ -42,10 +42,13 @@ private:
   Result<Done> checkcompanions();
   Result<Done> prepare();
   Result<Done> commit();
+  Result<Done> take(std::size_t i, const std::string& kept);
   Result<Done> keepbackup();
   Result<bool> holdsmap(const std::string& name);
+  Result<Done> makebackup();
   Result<Done> moveaside(const std::string& name);
-  Result<Done> makebackup(const std::string& name);
+  Result<Done> flush(const std::string& name);
+  Result<MapFolder::Kind> kindof(const std::string& name) const;
   Result<std::string> spelled(const std::string& path);
   Failure failure(const std::string& action, const MapFolder::Reason& reason) const;
 

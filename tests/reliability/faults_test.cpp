@@ -31,8 +31,8 @@ struct InMemory {
   }
 };
 
-// The edition's letter, and whether the file system knows hard links.
-class Faults : InMemory, public testing::TestWithParam<std::pair<const char*, bool>> {
+// The edition's letter, and what the file system does not know.
+class Faults : InMemory, public testing::TestWithParam<std::pair<const char*, Unknown>> {
 protected:
   Faults() {
     machine.writedata();
@@ -61,7 +61,7 @@ protected:
 
   // How many calls it takes.
   int convertundisturbed() {
-    WatchedDisk disk([](int) { return 0; }, links);
+    WatchedDisk disk([](int) { return 0; }, unknown);
     convert(disk);
     return disk.calls;
   }
@@ -76,7 +76,7 @@ protected:
 
   TestMachine machine;
   Galaxies galaxies;
-  const bool links = GetParam().second;
+  const Unknown unknown = GetParam().second;
   const fs::path folder = machine.drivec / "maps";
   std::size_t found = 0;
 };
@@ -84,8 +84,10 @@ protected:
 }  // namespace
 
 INSTANTIATE_TEST_SUITE_P(Editions, Faults,
-                         testing::Values(std::pair("v", true), std::pair("v", false),
-                                         std::pair("t", true), std::pair("t", false)));
+                         testing::Values(std::pair("v", Unknown{}), std::pair("v", Unknown{EPERM}),
+                                         std::pair("v", Unknown{0, EINVAL}),
+                                         std::pair("t", Unknown{}),
+                                         std::pair("t", Unknown{EOPNOTSUPP, ENOSYS})));
 
 // Whatever fails, what is not converted is told with its name and the reason, and every other map
 // is converted. A folder that cannot be listed gives no maps, and a template's failure ends the
@@ -96,7 +98,7 @@ TEST_P(Faults, EveryCallFailsOnce) {
   for (const int error : {EIO, ENOSPC, EACCES, WatchedDisk::half}) {
     for (int fault = 1; fault <= calls; ++fault) {
       galaxies.fill(folder);
-      WatchedDisk disk([&](int call) { return call == fault ? error : 0; }, links);
+      WatchedDisk disk([&](int call) { return call == fault ? error : 0; }, unknown);
       const std::string told = convert(disk);
       injected += disk.disturbed;
       const Tree left = tree(folder);
@@ -107,10 +109,7 @@ TEST_P(Faults, EveryCallFailsOnce) {
       ASSERT_LE(leftalone.size(), ended ? 3u : error == WatchedDisk::half ? 0u : 1u);
       for (const std::string& name : leftalone) {
         ASSERT_TRUE(ended || told.find(name) != told.npos) << name;
-        // A backup that could not be looked at shows when its name is to be taken.
-        ASSERT_TRUE(ended || told.find(std::strerror(error)) != told.npos ||
-                    told.find(std::strerror(EEXIST)) != told.npos ||
-                    told.find("the name is taken") != told.npos);
+        ASSERT_TRUE(ended || told.find(std::strerror(error)) != told.npos);
       }
       convertundisturbed();
       ASSERT_EQ(unfinished(galaxies, tree(folder)), "");
@@ -126,7 +125,7 @@ TEST_P(Faults, EveryCallFailsFromThenOn) {
   for (const int error : {EIO, ENOSPC}) {
     for (int fault = 1; fault <= calls; ++fault) {
       galaxies.fill(folder);
-      WatchedDisk disk([&](int call) { return call >= fault ? error : 0; }, links);
+      WatchedDisk disk([&](int call) { return call >= fault ? error : 0; }, unknown);
       convert(disk);
       injected += disk.disturbed > 0;
       SCOPED_TRACE(fault);
@@ -138,11 +137,19 @@ TEST_P(Faults, EveryCallFailsFromThenOn) {
   std::cout << "injected failures: " << injected << "\n";
 }
 
+// Who saved the maps last has not flushed them, nor their copies. A map that keeps its name has
+// what its flushing would have saved; one that has lost it must be whole under its backup name.
 TEST_P(Faults, ThePowerIsCutAfterEveryChange) {
-  ModelDisk disk(folder, links);
+  ModelDisk disk(folder, unknown, [&](const std::string& name) {
+    return readfile(folder / name) != galaxies.backup(1);
+  });
   convert(disk);
-  ASSERT_EQ(unfinished(galaxies, disk.cuts.back()), "");
-  for (const Tree& left : disk.cuts) {
+  ASSERT_EQ(unfinished(galaxies, tree(folder)), "");
+  ASSERT_TRUE(disk.cuts.contains(tree(folder)));
+  for (Tree left : disk.cuts) {
+    for (int i = 0; i < galaxies.count; ++i)
+      if (left.at(galaxies.name(i) + ".galaxy") == ModelDisk::unflushed)
+        left.at(galaxies.name(i) + ".galaxy") = galaxies.old(i);
     ASSERT_EQ(broken(galaxies, left), "");
     fs::remove_all(folder);
     for (const auto& [name, content] : left)
@@ -164,34 +171,74 @@ TEST_P(Faults, AnotherRunComesInBeforeEveryCall) {
             convertundisturbed();
           return 0;
         },
-        links);
+        unknown);
     convert(disk);
     SCOPED_TRACE(moment);
     ASSERT_EQ(unfinished(galaxies, tree(folder)), "");
   }
 }
 
-// What somebody saves while a map is converted is in the map or in its backup afterwards.
-TEST_P(Faults, AMapGrowsBeforeEveryCall) {
-  const std::string grown = galaxies.old(0) + "more\r\n";
+// What somebody saves while a map is converted is in the map or in its backup afterwards. Only
+// where the map's file does not become the backup, there are calls left behind the last look at the
+// map: the closing of it, and giving its successor the permissions and the name.
+TEST_P(Faults, AMapIsSavedBeforeEveryCall) {
+  constexpr int callsbehindthelook = 3;
   const int calls = convertundisturbed();
-  for (int moment = 1; moment <= calls; ++moment) {
-    galaxies.fill(folder);
-    WatchedDisk disk(
-        [&](int call) {
-          if (call == moment)
-            std::ofstream(folder / "map0.galaxy", std::ios::app) << "more\r\n";
-          return 0;
-        },
-        links);
-    convert(disk);
-    SCOPED_TRACE(moment);
-    const Tree left = tree(folder);
-    const std::string own = left.at("map0.galaxy");
-    const bool kept = own.ends_with("more\r\n") ||
-                      (left.contains("map0.galold") && left.at("map0.galold") == grown);
-    ASSERT_TRUE(kept || !links) << own;
-    ASSERT_TRUE(own == grown || own.starts_with(galaxies.converted(0))) << own;
+  for (int i = 0; i < 2 * galaxies.count; ++i) {
+    const int number = i / 2;
+    const bool inplace = i % 2 == 0;
+    const fs::path map = folder / (galaxies.name(number) + ".galaxy");
+    const std::string saved = galaxies.old(number) + "more\r\n";
+    int lost = 0;
+    for (int moment = 1; moment <= calls; ++moment) {
+      galaxies.fill(folder);
+      WatchedDisk disk(
+          [&](int call) {
+            if (call == moment && inplace) {
+              std::ofstream(map, std::ios::app) << "more\r\n";
+            } else if (call == moment) {
+              writefile(machine.drivec / "saved", saved);
+              fs::rename(machine.drivec / "saved", map);
+            }
+            return 0;
+          },
+          unknown);
+      convert(disk);
+      SCOPED_TRACE(moment);
+      const Tree left = tree(folder);
+      const std::string own = left.at(map.filename());
+      ASSERT_TRUE(own == saved || own.starts_with(galaxies.converted(number))) << own;
+      lost += !own.ends_with("more\r\n") && !hasbackup(left, galaxies.name(number), saved);
+    }
+    const bool hascopy = unknown.link != 0 || galaxies.hasequalbackup(number);
+    EXPECT_LE(lost, inplace && !hascopy ? 0 : callsbehindthelook) << number << inplace;
+  }
+}
+
+// Nobody's file is overwritten that has got one of the backups' names in between. Where the file
+// system knows no renaming that replaces nothing, one call is left behind the look at the name.
+TEST_P(Faults, ABackupsNameIsTakenBeforeEveryCall) {
+  const int calls = convertundisturbed();
+  for (const char* name : {"map0.galold", "map1.galold2", "map1.GALold2"}) {
+    int lost = 0;
+    for (int moment = 1; moment <= calls; ++moment) {
+      galaxies.fill(folder);
+      bool taken = false;
+      WatchedDisk disk(
+          [&](int call) {
+            taken |= call == moment && !fs::exists(folder / name);
+            if (call == moment && taken)
+              writefile(folder / name, "theirs");
+            return 0;
+          },
+          unknown);
+      convert(disk);
+      SCOPED_TRACE(moment);
+      const Tree left = tree(folder);
+      ASSERT_EQ(broken(galaxies, left), "");
+      lost += taken && !hasbackup(left, std::string(name).substr(0, 4), "theirs");
+    }
+    EXPECT_LE(lost, unknown.renamefree ? 1 : 0) << name;
   }
 }
 

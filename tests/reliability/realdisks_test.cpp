@@ -100,30 +100,92 @@ TEST_F(RealDisks, AFullDiskLosesNothingAndIsFinishedLater) {
   EXPECT_EQ(::umount(folder.c_str()), 0);
 }
 
-// Neither a map's content nor what lies beside it leads the program out of the map's folder.
-TEST_F(RealDisks, NothingIsWrittenElsewhere) {
-  const fs::path elsewhere = machine.drivec / "elsewhere";
-  writefile(elsewhere / "victim", oldmap);
-  writefile(elsewhere / "outside.galaxy", oldmap);
-  writefile(machine.drivec / "a.txt", "x");
-  for (const std::string version : {" 3", "..", "\\a", "/a", "C:", "*?", "\x01\x02", " "}) {
+struct Mode {
+  const char* edition;
+  bool debug;
+};
+
+class Elsewhere : public testing::TestWithParam<Mode> {
+protected:
+  // In debug mode the expansion searches the whole drive of the current folder, so this must not be
+  // the one that holds everything.
+  Elsewhere() {
+    machine.data = machine.drivec / "data";
+    machine.writedata();
+    if (mode.debug)
+      writefile(machine.data / "targetvoraver.txt", "\r\n\r\n\r\n\r\n\r\n\r\ndebug\r\n");
+    machine.install(isbase ? "vora" : "voratarnfall",
+                    isbase ? VersionParts{1, 2, 3, 4} : VersionParts{5, 6, 7, 8});
+    writefile(elsewhere / "victim", oldmap);
+    writefile(elsewhere / "outside.galaxy", oldmap);
+    fs::create_symlink(elsewhere / "victim", machine.data / "info.txt");
+  }
+
+  // Two maps of such a version, with links to elsewhere wherever the program may want to write.
+  void makemaps(const std::string& version) {
     fs::remove_all(folder);
-    std::string map = oldmap;
+    map = std::string(oldmap) + "..\\..\\outside.galaxy\r\n";
     map.replace(map.find(" 3"), 2, version);
-    writefile(folder / "maps/a.galaxy", map + "..\\..\\a.txt\r\n");
-    writefile(folder / "maps/..x.galaxy", map);
-    for (const char* name :
-         {"a.galold", "a.galfix", "a.galtst", ".vora-map-updater-5.tmp", "b.galaxy"})
-      fs::create_symlink(elsewhere / "victim", folder / "maps" / name);
-    fs::create_directory_symlink(elsewhere, folder / "maps/linked");
-    const Tree before = tree(machine.drivec);
-    runsilently(machine);
-    Tree after = tree(machine.drivec);
-    for (const auto& [name, content] : before)
-      EXPECT_TRUE(name.find("maps/") != name.npos || after[name] == content) << name << version;
-    for (const auto& [name, content] : after)
-      EXPECT_TRUE(before.contains(name) || name.find("maps/") != name.npos) << name;
-    EXPECT_TRUE(fs::is_symlink(folder / "maps/b.galaxy"));
-    EXPECT_TRUE(fs::is_symlink(folder / "maps/.vora-map-updater-5.tmp"));
+    for (const char* name : {"a", "x.."}) {
+      writefile(folder / (std::string(name) + ".galaxy"), map);
+      for (const char* ending : {".galold", ".galfix", ".galtst"})
+        fs::create_symlink(elsewhere / "victim", folder / (std::string(name) + ending));
+    }
+    fs::create_symlink(elsewhere / "victim", folder / ".vora-map-updater-5.tmp");
+    fs::create_symlink(elsewhere / "outside.galaxy", folder / "b.galaxy");
+    fs::create_directory_symlink(elsewhere, folder / "linked");
+  }
+
+  // What becomes of them. Where the version has no templates, the first map ends the run; it gets
+  // its backup all the same, but for debug mode.
+  Tree made(Tree left, bool converts) const {
+    const std::string rest = map.substr(std::string(oldmap).size());
+    // In debug mode the fix pass takes the map itself, in which it recognises nothing.
+    const std::string result = isbase ? convertedmap + rest : mode.debug ? map : fixedmap + rest;
+    for (const std::string name : {"a", "x.."}) {
+      if (mode.debug && converts)
+        left[name + ".galtst"] = result;
+      if (mode.debug || (name != "a" && !converts))
+        continue;
+      left[name + ".galold2"] = std::exchange(left[name + ".galold"], map);
+      if (converts)
+        left[name + ".galaxy"] = result;
+      if (converts && !isbase)
+        left[name + ".galfix"] = convertedmap + rest;
+    }
+    return left;
+  }
+
+  const Mode mode = GetParam();
+  const bool isbase = mode.edition == std::string("v");
+  TestMachine machine;
+  const fs::path folder = (isbase ? machine.userfolder : machine.expansionfolder) / "maps";
+  const fs::path elsewhere = machine.prefix.parent_path() / "elsewhere";
+  std::string map;
+};
+
+INSTANTIATE_TEST_SUITE_P(Modes, Elsewhere,
+                         testing::Values(Mode{"v", false}, Mode{"v", true}, Mode{"t", false},
+                                         Mode{"t", true}));
+
+// Neither a map's content nor what lies beside it leads the program out of the map's folder.
+TEST_P(Elsewhere, IsNothingWritten) {
+  const Tree before = tree(elsewhere);
+  for (const std::string version : {" 3", "..", "\\a", "/a", "C:", "*?", "\x01\x02", " "}) {
+    SCOPED_TRACE(version);
+    makemaps(version);
+    const Tree machinebefore = tree(machine.drivec);
+    const Tree expected = made(tree(folder), version == " 3");
+    const auto ended = runsilently(machine);
+
+    EXPECT_EQ(tree(elsewhere), before);
+    Tree machineafter = tree(machine.drivec);
+    std::erase_if(machineafter,
+                  [&](const auto& file) { return file.first.find("/maps/") != std::string::npos; });
+    for (const auto& [name, content] : machineafter)
+      EXPECT_TRUE(machinebefore.contains(name) && machinebefore.at(name) == content) << name;
+
+    EXPECT_EQ(ended.status, version == " 3" ? 0 : 1) << ended.said;
+    EXPECT_EQ(tree(folder), expected) << ended.said;
   }
 }

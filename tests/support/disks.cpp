@@ -9,10 +9,20 @@ namespace fs = std::filesystem;
 
 namespace {
 
-ino_t inodeof(int file) {
+using Tree = std::map<std::string, std::string>;
+
+ino_t inodeof(int folder, const char* name) {
   struct stat status {};
-  ::fstat(file, &status);
+  ::fstatat(folder, name, &status, AT_EMPTY_PATH | AT_SYMLINK_NOFOLLOW);
   return status.st_ino;
+}
+
+ino_t inodeof(int file) { return inodeof(file, ""); }
+
+bool refuses(int error) {
+  if (error)
+    errno = error;
+  return error != 0;
 }
 
 }  // namespace
@@ -59,6 +69,8 @@ int WatchedDisk::flush(int) { return fails() ? -1 : 0; }
 
 int WatchedDisk::lock(int file) { return fails() ? -1 : Disk::lock(file); }
 
+int WatchedDisk::permit(int file, mode_t mode) { return fails() ? -1 : Disk::permit(file, mode); }
+
 int WatchedDisk::status(int folder, const char* name, int flags, struct stat& status) {
   return fails() ? -1 : Disk::status(folder, name, flags, status);
 }
@@ -68,75 +80,97 @@ ssize_t WatchedDisk::names(int folder, char* into, std::size_t size) {
 }
 
 int WatchedDisk::rename(int folder, const char* from, const char* to, unsigned flags) {
-  return fails() ? -1 : Disk::rename(folder, from, to, flags);
+  if (fails() || refuses(flags ? unknown.renamefree : 0))
+    return -1;
+  return Disk::rename(folder, from, to, flags);
 }
 
 int WatchedDisk::link(int folder, const char* from, const char* to) {
-  if (fails())
-    return -1;
-  errno = EPERM;
-  return links ? Disk::link(folder, from, to) : -1;
+  return fails() || refuses(unknown.link) ? -1 : Disk::link(folder, from, to);
 }
 
 int WatchedDisk::remove(int folder, const char* name) {
   return fails() ? -1 : Disk::remove(folder, name);
 }
 
-// What is there before the run has long been flushed.
-ModelDisk::ModelDisk(const fs::path& folder, bool knowslinks) : links(knowslinks) {
+ModelDisk::ModelDisk(const fs::path& folder, Unknown itsunknown,
+                     const std::function<bool(const std::string&)>& isunflushed)
+    : unknown(itsunknown) {
   for (const auto& [name, content] : tree(folder)) {
     struct stat status {};
     ::stat((folder / name).c_str(), &status);
-    names[name] = status.st_ino;
-    contents[status.st_ino] = content;
+    before[name] = status.st_ino;
+    contents[status.st_ino] = isunflushed(name) ? unflushed : content;
   }
 }
 
-void ModelDisk::changed() {
-  cuts.emplace_back();
+void ModelDisk::addcut(const std::function<bool(std::size_t)>& isleft) {
+  Names names = before;
+  for (std::size_t i = 0; i < changes.size(); ++i) {
+    if (!isleft(i))
+      continue;
+    names.erase(changes[i].gone);
+    if (!changes[i].made.empty())
+      names[changes[i].made] = changes[i].inode;
+  }
+  Tree left;
   for (const auto& [name, inode] : names)
-    cuts.back()[name] = contents.contains(inode) ? contents[inode] : "";
+    left[name] = contents.at(inode);
+  cuts.insert(std::move(left));
+}
+
+void ModelDisk::addcuts() {
+  addcut([](std::size_t) { return true; });
+  for (std::size_t lone = 0; lone < changes.size(); ++lone) {
+    if (changes[lone].flushed)
+      continue;
+    addcut([&](std::size_t i) { return i != lone; });
+    addcut([&](std::size_t i) { return i == lone || changes[i].flushed; });
+  }
+}
+
+void ModelDisk::changed(Change change) {
+  changes.push_back(std::move(change));
+  addcuts();
 }
 
 int ModelDisk::open(int folder, const char* name, int flags, unsigned mode) {
   const int file = Disk::open(folder, name, flags, mode);
   if (file < 0 || !(flags & O_CREAT))
     return file;
-  names[name] = inodeof(file);
-  contents.erase(names[name]);
-  changed();
+  contents[inodeof(file)] = unflushed;
+  changed({"", name, inodeof(file), false});
   return file;
 }
 
 int ModelDisk::flush(int file) {
-  contents[inodeof(file)] = readfile("/proc/self/fd/" + std::to_string(file));
-  changed();
+  const ino_t inode = inodeof(file);
+  contents[inode] = readfile("/proc/self/fd/" + std::to_string(file));
+  for (Change& change : changes)
+    change.flushed |= change.inode == inode;
+  addcuts();
   return 0;
 }
 
 int ModelDisk::rename(int folder, const char* from, const char* to, unsigned flags) {
-  const int done = Disk::rename(folder, from, to, flags);
-  if (done != 0)
-    return done;
-  names[to] = names[from];
-  names.erase(from);
-  changed();
-  return done;
+  const ino_t inode = inodeof(folder, from);
+  if (refuses(flags ? unknown.renamefree : 0) || Disk::rename(folder, from, to, flags) != 0)
+    return -1;
+  changed({from, to, inode, false});
+  return 0;
 }
 
 int ModelDisk::link(int folder, const char* from, const char* to) {
-  errno = EPERM;
-  const int done = links ? Disk::link(folder, from, to) : -1;
-  if (done != 0)
-    return done;
-  names[to] = names[from];
-  changed();
-  return done;
+  if (refuses(unknown.link) || Disk::link(folder, from, to) != 0)
+    return -1;
+  changed({"", to, inodeof(folder, from), false});
+  return 0;
 }
 
 int ModelDisk::remove(int folder, const char* name) {
-  const int done = Disk::remove(folder, name);
-  if (done == 0 && names.erase(name) > 0)
-    changed();
-  return done;
+  const ino_t inode = inodeof(folder, name);
+  if (Disk::remove(folder, name) != 0)
+    return -1;
+  changed({name, "", inode, false});
+  return 0;
 }

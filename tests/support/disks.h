@@ -6,8 +6,15 @@
 
 #include <functional>
 #include <map>
+#include <set>
 #include <string>
 #include <vector>
+
+// What a file system answers to that it does not know: an error, or 0 when it does.
+struct Unknown {
+  int link = 0;        // a second name for a file
+  int renamefree = 0;  // a renaming that replaces nothing
+};
 
 // A disk on which something happens before one of the calls. It flushes nothing: no test that stays
 // in one process needs that.
@@ -19,8 +26,8 @@ public:
   static constexpr int half = -1;
 
   explicit WatchedDisk(
-      Before whattodo = [](int) { return 0; }, bool knowslinks = true)
-      : before(std::move(whattodo)), links(knowslinks) {}
+      Before whattodo = [](int) { return 0; }, Unknown itsunknown = {})
+      : before(std::move(whattodo)), unknown(itsunknown) {}
 
   int open(int folder, const char* name, int flags, unsigned mode) override;
   int close(int file) override;
@@ -28,6 +35,7 @@ public:
   ssize_t write(int file, const char* from, std::size_t size) override;
   int flush(int file) override;
   int lock(int file) override;
+  int permit(int file, mode_t mode) override;
   int status(int folder, const char* name, int flags, struct stat& status) override;
   ssize_t names(int folder, char* into, std::size_t size) override;
   int rename(int folder, const char* from, const char* to, unsigned flags) override;
@@ -42,15 +50,18 @@ private:
   std::size_t part(std::size_t size);  // of what is to be read or written
 
   Before before;
-  bool links;
+  const Unknown unknown;
   bool halved = false;  // the call in hand
 };
 
-// A disk that knows what a power cut would leave of one folder: changes of names are kept in their
-// order, the content of a file only as it was flushed last.
+// A disk that knows what a power cut can leave of one folder: the content of a file only as it was
+// flushed last, its names surely only as they were then. Of the changes of names since, each may be
+// left alone, or be missing while all others are there.
 class ModelDisk : public Disk {
 public:
-  ModelDisk(const std::filesystem::path& folder, bool knowslinks);
+  // The folder's files have long been flushed, except for those whose content `isunflushed`.
+  ModelDisk(const std::filesystem::path& folder, Unknown itsunknown,
+            const std::function<bool(const std::string& name)>& isunflushed);
 
   int open(int folder, const char* name, int flags, unsigned mode) override;
   int flush(int file) override;
@@ -58,13 +69,26 @@ public:
   int link(int folder, const char* from, const char* to) override;
   int remove(int folder, const char* name) override;
 
-  // What is left after a cut behind each of the changes; a file never flushed is empty.
-  std::vector<std::map<std::string, std::string>> cuts;
+  // What may be left after a cut behind each of the calls. `unflushed` stands for the content of a
+  // file that was not flushed since it was made.
+  std::set<std::map<std::string, std::string>> cuts;
+  static constexpr char unflushed[] = "not flushed";
 
 private:
-  void changed();
+  using Names = std::map<std::string, ino_t>;
 
-  bool links;
-  std::map<std::string, ino_t> names;
+  struct Change {
+    std::string gone, made;  // names, either may be empty
+    ino_t inode;
+    bool flushed;
+  };
+
+  void changed(Change change);
+  void addcuts();
+  void addcut(const std::function<bool(std::size_t change)>& isleft);
+
+  const Unknown unknown;
+  Names before;  // the first change
+  std::vector<Change> changes;
   std::map<ino_t, std::string> contents;
 };

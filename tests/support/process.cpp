@@ -43,7 +43,8 @@ Process::Ended Process::wait() {
   int status = 0;
   struct rusage usage {};
   ::wait4(process, &status, 0, &usage);
-  return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, usage.ru_maxrss, readfile(output)};
+  return {WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status), usage.ru_maxrss,
+          readfile(output)};
 }
 
 Process::Ended runsilently(const TestMachine& machine, const std::function<void()>& before) {

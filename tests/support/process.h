@@ -11,7 +11,7 @@
 class Process {
 public:
   struct Ended {
-    int status;      // the exit status, -1 when the process was killed
+    int status;      // the exit status, or minus the signal that ended the process
     long kilobytes;  // of memory at most
     std::string said;
   };

@@ -15,12 +15,6 @@ std::string numbered(std::string text, int i) {
   return text.insert(at + 3, std::to_string(i));
 }
 
-bool hasbackup(const Tree& left, const std::string& name, const std::string& content) {
-  return std::any_of(left.begin(), left.end(), [&](const auto& file) {
-    return lowercase(file.first).starts_with(name + ".galold") && file.second == content;
-  });
-}
-
 std::string contentof(const Tree& left, const std::string& name) {
   const auto found = left.find(name);
   return found == left.end() ? "none" : found->second;
@@ -41,11 +35,17 @@ void Galaxies::fill(const fs::path& folder) const {
   fs::create_directories(folder);
   for (int i = 0; i < count; ++i) {
     writefile(folder / (name(i) + ".galaxy"), old(i));
-    if (i % 3 == 1)
-      writefile(folder / (name(i) + ".GALold"), backup(i));
-    if (i % 3 == 2)
+    if (!backup(i).empty())
+      writefile(folder / (name(i) + (edition == "v" ? ".galold" : ".GALold")), backup(i));
+    if (hasequalbackup(i))
       writefile(folder / (name(i) + ".galold"), old(i));
   }
+}
+
+bool hasbackup(const Tree& left, const std::string& name, const std::string& content) {
+  return std::any_of(left.begin(), left.end(), [&](const auto& file) {
+    return lowercase(file.first).starts_with(name + ".galold") && file.second == content;
+  });
 }
 
 std::string broken(const Galaxies& galaxies, const Tree& left) {

@@ -24,6 +24,8 @@ int Disk::flush(int file) { return ::fsync(file); }
 
 int Disk::lock(int file) { return ::flock(file, LOCK_EX | LOCK_NB); }
 
+int Disk::permit(int file, mode_t mode) { return ::fchmod(file, mode); }
+
 int Disk::status(int folder, const char* name, int flags, struct stat& status) {
   return ::fstatat(folder, name, &status, flags);
 }

@@ -19,11 +19,14 @@ public:
   virtual ssize_t read(int file, char* into, std::size_t size);
   virtual ssize_t write(int file, const char* from, std::size_t size);
 
-  // Waits until the content of a file, or the names in a folder, are on the disk.
+  // Waits until the content of a file is on the disk.
   virtual int flush(int file);
 
   // Locks a file against other runs until it is closed; EWOULDBLOCK when one has locked it.
   virtual int lock(int file);
+
+  // Sets a file's permissions.
+  virtual int permit(int file, mode_t mode);
 
   // Describes a name in a folder, or with AT_EMPTY_PATH and an empty name an open file.
   virtual int status(int folder, const char* name, int flags, struct stat& status);

@@ -22,13 +22,18 @@ bool nohardlinks(int error) {
   return error == EPERM || error == EOPNOTSUPP || error == ENOSYS || error == EMLINK;
 }
 
-// Gives the file the permissions and owner of another one. Only root may give files away, and that
-// a file system knows no permissions is no reason to stop.
-void makelike(const Handle& file, const struct stat& like) {
+// Gives the file the owner of another one. Only root may give files away.
+void giveaway(const Handle& file, const struct stat& like) {
   struct stat own;
   if (describe(file, own) && (own.st_uid != like.st_uid || own.st_gid != like.st_gid))
     static_cast<void>(::fchown(file.get(), like.st_uid, like.st_gid) == 0);
-  ::fchmod(file.get(), like.st_mode & 07777);
+}
+
+// Whether both describe one file to which nobody has written in between.
+bool isunchanged(const struct stat& before, const struct stat& now) {
+  return before.st_dev == now.st_dev && before.st_ino == now.st_ino &&
+         before.st_size == now.st_size && before.st_mtim.tv_sec == now.st_mtim.tv_sec &&
+         before.st_mtim.tv_nsec == now.st_mtim.tv_nsec;
 }
 
 // Whether a new file is this run's alone. A run that clears up may have taken it for a leftover
@@ -63,19 +68,19 @@ std::string PrefixMapFolder::spelled(const std::string& name) { return names.fin
 
 // Where the file system has no locks, two runs at once are kept apart by `holds` alone.
 MapFolder::Answer<bool> PrefixMapFolder::lock(const std::string& name) {
-  Handle file = opennameat(folder, name, O_RDONLY | O_NOFOLLOW | O_NONBLOCK);
-  if (!file)
+  map = opennameat(folder, name, O_RDONLY | O_NOFOLLOW | O_NONBLOCK);
+  if (!map)
     return lasterror();
-  if (folder.disk().lock(file.get()) != 0 && errno == EWOULDBLOCK)
-    return false;
-  locked.push_back(std::move(file));
-  return true;
+  return folder.disk().lock(map.get()) == 0 || errno != EWOULDBLOCK;
 }
 
-MapFolder::Kind PrefixMapFolder::kindof(const std::string& name) {
+MapFolder::Answer<MapFolder::Kind> PrefixMapFolder::kindof(const std::string& name) {
   struct stat status;
-  if (!lookat(folder, name, status))
-    return Kind::nothing;
+  if (!lookat(folder, name, status)) {
+    if (errno == ENOENT)
+      return Kind::nothing;
+    return lasterror();
+  }
   if (S_ISDIR(status.st_mode))
     return Kind::folder;
   return S_ISREG(status.st_mode) ? Kind::file : Kind::other;
@@ -90,9 +95,10 @@ MapFolder::Answer<bool> PrefixMapFolder::holds(const std::string& name, std::str
     return false;
   const auto same =
       reads([&](char* into, std::size_t size) { return readall(file, into, size); }, text);
-  if (!same)
+  struct stat now;
+  if (!same || !lookat(folder, name, now))
     return lasterror();
-  return *same;
+  return *same && isunchanged(status, now);
 }
 
 MapFolder::Answer<Done> PrefixMapFolder::flush(const std::string& name) {
@@ -125,13 +131,11 @@ MapFolder::Answer<std::string> PrefixMapFolder::writetemporary(std::string_view 
   auto made = makefile(file);
   if (!made)
     return made;
-  if (writeall(file, text)) {
-    makelike(file, status);
-    // It stays open for its lock: what was flushed no failing close can take back.
-    if (folder.disk().flush(file.get()) == 0) {
-      locked.push_back(std::move(file));
-      return made;
-    }
+  giveaway(file, status);
+  // It stays open for its lock: what was flushed no failing close can take back.
+  if (writeall(file, text) && folder.disk().flush(file.get()) == 0) {
+    written.push_back({*made, std::move(file), status.st_mode & 07777});
+    return made;
   }
   Reason reason = lasterror();
   remove(*made);
@@ -142,10 +146,20 @@ void PrefixMapFolder::remove(const std::string& name) {
   folder.disk().remove(folder.get(), name.c_str());
 }
 
+// A temporary file gets its permissions just before it takes its name: until then its owner can
+// open it, and so clear up what a killed run has left. That a file system knows no permissions is
+// no reason to stop.
+bool PrefixMapFolder::permit(const std::string& name) {
+  const auto file = std::find_if(written.begin(), written.end(),
+                                 [&](const Written& other) { return other.name == name; });
+  return file == written.end() || folder.disk().permit(file->file.get(), file->mode) == 0 ||
+         errno == EPERM || errno == EOPNOTSUPP;
+}
+
 // A second name is unmoved by what becomes of the first.
 MapFolder::Answer<Done> PrefixMapFolder::rename(const std::string& from, const std::string& to,
                                                 const std::string&) {
-  if (folder.disk().rename(folder.get(), from.c_str(), to.c_str(), 0) != 0)
+  if (!permit(from) || folder.disk().rename(folder.get(), from.c_str(), to.c_str(), 0) != 0)
     return lasterror();
   names.added(to);
   return Done{};
@@ -154,7 +168,7 @@ MapFolder::Answer<Done> PrefixMapFolder::rename(const std::string& from, const s
 MapFolder::Answer<bool> PrefixMapFolder::renamefree(const std::string& from,
                                                     const std::string& to) {
   names.added(to);
-  if (renametofree(folder, from, to))
+  if (permit(from) && renametofree(folder, from, to))
     return true;
   if (errno == EEXIST)
     return false;

@@ -14,7 +14,7 @@ public:
 
   std::string spelled(const std::string& name) override;
   Answer<bool> lock(const std::string& name) override;
-  Kind kindof(const std::string& name) override;
+  Answer<Kind> kindof(const std::string& name) override;
   Answer<bool> holds(const std::string& name, std::string_view text) override;
   Answer<Done> flush(const std::string& name) override;
   Answer<std::string> writetemporary(std::string_view text, const std::string& like) override;
@@ -25,11 +25,22 @@ public:
   Answer<bool> link(const std::string& from, const std::string& to) override;
 
 private:
+  // A temporary file, and the permissions that it is to have.
+  struct Written {
+    std::string name;
+    Handle file;
+    mode_t mode;
+  };
+
   Answer<std::string> makefile(Handle& file);
+  bool permit(const std::string& name);
 
   const Handle& folder;
   FolderNames& names;
-  std::vector<Handle> locked;  // against other runs, until the replacement is over
+
+  // Both are locked against other runs, until the replacement is over.
+  Handle map;
+  std::vector<Written> written;
 };
 
 // Removes the temporary file `name` that a killed run left in an open folder. The rule: the name is

@@ -68,17 +68,22 @@ std::string WindowsMapFolder::spelled(const std::string& name) {
   return found ? narrow(found->cFileName) : "";
 }
 
-MapFolder::Kind WindowsMapFolder::kindof(const std::string& name) {
+MapFolder::Answer<MapFolder::Kind> WindowsMapFolder::kindof(const std::string& name) {
   const auto found = findfile(pathof(name));
-  if (!found)
+  if (!found && GetLastError() == ERROR_FILE_NOT_FOUND)
     return Kind::nothing;
+  if (!found)
+    return lasterror();
   if (found->dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY)
     return Kind::folder;
   return islink(*found) ? Kind::other : Kind::file;
 }
 
 MapFolder::Answer<bool> WindowsMapFolder::holds(const std::string& name, std::string_view text) {
-  if (kindof(name) == Kind::other)
+  const auto kind = kindof(name);
+  if (!kind)
+    return kind.failure();
+  if (*kind == Kind::other)
     return false;
   const Handle file = openfile(pathof(name), GENERIC_READ, OPEN_EXISTING, 0);
   if (!file)

@@ -10,7 +10,7 @@ public:
   explicit WindowsMapFolder(std::wstring path);
 
   std::string spelled(const std::string& name) override;
-  Kind kindof(const std::string& name) override;
+  Answer<Kind> kindof(const std::string& name) override;
   Answer<bool> holds(const std::string& name, std::string_view text) override;
   Answer<Done> flush(const std::string& name) override;
   Answer<std::string> writetemporary(std::string_view text, const std::string& like) override;
