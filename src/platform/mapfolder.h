@@ -40,6 +40,12 @@ public:
   // Whether an ordinary file holds just `text`.
   virtual Answer<bool> holds(const std::string& name, std::string_view text) = 0;
 
+  // The same of a file that held the text when `holds` looked at it last. A machine whose time
+  // stamps can tell need not read it again.
+  virtual Answer<bool> stillholds(const std::string& name, std::string_view text) {
+    return holds(name, text);
+  }
+
   // Sees to it that a file's content is on the disk, and the names that it has.
   virtual Answer<Done> flush(const std::string& name) = 0;
 

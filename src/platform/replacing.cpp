@@ -47,7 +47,7 @@ Result<Done> Replacing::run() {
     return free;
   if (auto ready = prepare(); !ready)
     return ready;
-  if (auto checked = checkmap(); !checked)
+  if (auto checked = checkmap(folder.holds(mapname, replacement.was)); !checked)
     return checked;
   return commit();
 }
@@ -68,8 +68,7 @@ Result<Done> Replacing::lockmap() {
 
 // The map must hold what was converted. It is looked at as late as can be: what somebody else saves
 // while the result is written must not be lost.
-Result<Done> Replacing::checkmap() {
-  const auto same = folder.holds(mapname, replacement.was);
+Result<Done> Replacing::checkmap(const MapFolder::Answer<bool>& same) const {
   if (!same)
     return failure("convert it", same.failure());
   if (!*same)
@@ -130,7 +129,7 @@ Result<Done> Replacing::commit() {
     return Done{};
   if (auto kept = keepbackup(); !kept)
     return kept;
-  if (auto checked = checkmap(); !checked)
+  if (auto checked = checkmap(folder.stillholds(mapname, replacement.was)); !checked)
     return checked;
   return take(prepared.size() - 1, backupname);
 }

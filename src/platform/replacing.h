@@ -38,7 +38,7 @@ private:
   };
 
   Result<Done> lockmap();
-  Result<Done> checkmap();
+  Result<Done> checkmap(const MapFolder::Answer<bool>& same) const;
   Result<Done> checkcompanions();
   Result<Done> prepare();
   Result<Done> commit();

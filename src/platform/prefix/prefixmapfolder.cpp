@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstdio>
+#include <ctime>
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -34,6 +35,13 @@ bool isunchanged(const struct stat& before, const struct stat& now) {
   return before.st_dev == now.st_dev && before.st_ino == now.st_ino &&
          before.st_size == now.st_size && before.st_mtim.tv_sec == now.st_mtim.tv_sec &&
          before.st_mtim.tv_nsec == now.st_mtim.tv_nsec;
+}
+
+// Whether whoever writes to the file from now on gives it another time stamp: those of some file
+// systems tell two seconds apart.
+bool issettled(const struct stat& status) {
+  constexpr std::time_t coarsest = 2;
+  return status.st_mtim.tv_sec + coarsest < std::time(nullptr);
 }
 
 // Whether a new file is this run's alone. A run that clears up may have taken it for a leftover
@@ -98,7 +106,17 @@ MapFolder::Answer<bool> PrefixMapFolder::holds(const std::string& name, std::str
   struct stat now;
   if (!same || !lookat(folder, name, now))
     return lasterror();
-  return *same && isunchanged(status, now);
+  const bool unchanged = *same && isunchanged(status, now);
+  settled = unchanged && issettled(now) ? std::optional(now) : std::nullopt;
+  return unchanged;
+}
+
+MapFolder::Answer<bool> PrefixMapFolder::stillholds(const std::string& name,
+                                                    std::string_view text) {
+  struct stat now;
+  if (settled && lookat(folder, name, now) && isunchanged(*settled, now))
+    return true;
+  return holds(name, text);
 }
 
 MapFolder::Answer<Done> PrefixMapFolder::flush(const std::string& name) {
