@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """Times the whole program against what a user would do instead, in turn, and prints the medians.
 
-    compare.py convert|script|growth|search WORKFOLDER --build BUILDFOLDER [--rounds N]
+    compare.py convert|script|growth|search|start WORKFOLDER --build BUILDFOLDER [--rounds N]
 
 WORKFOLDER holds a machine (`machine`) and its data files (`data`), as `scripts/bench` makes them.
 """
@@ -41,17 +41,17 @@ def digest(tree):
     return result.hexdigest()
 
 
-def run(command, folder, environment):
-    """Wall-clock and processor time of one run, in seconds."""
+def run(command, folder, environment, statuses=(0,)):
+    """Wall-clock and processor time of one run, in seconds, and its memory, in bytes."""
     with open(os.devnull, "wb") as sink:
         begin = time.perf_counter()
-        child = subprocess.Popen(command, cwd=folder, env=environment, stdout=sink)
+        child = subprocess.Popen(command, cwd=folder, env=environment, stdout=sink, stderr=sink)
         _, status, usage = os.wait4(child.pid, 0)
         wall = time.perf_counter() - begin
     child.returncode = os.waitstatus_to_exitcode(status)
-    if child.returncode != 0:
+    if child.returncode not in statuses:
         sys.exit(f"{command[0]} failed with {child.returncode}")
-    return wall, usage.ru_utime + usage.ru_stime
+    return wall, usage.ru_utime + usage.ru_stime, usage.ru_maxrss * 1024
 
 
 def makesedscript(data, path):
@@ -65,9 +65,10 @@ def makesedscript(data, path):
 class Contest:
     """Contenders that have their turns; `restore` puts the tree back after each."""
 
-    def __init__(self, contenders, environment, restored=lambda: None):
+    def __init__(self, contenders, environment, restored=lambda: None, statuses=(0,)):
         self.contenders = contenders
         self.environment = environment
+        self.statuses = statuses
         self.restored = restored
         self.results = {name: [] for name in contenders}
 
@@ -75,7 +76,7 @@ class Contest:
         for _ in range(rounds):
             for name, (command, folder) in self.contenders.items():
                 os.sync()
-                self.results[name].append(run(command, folder, self.environment))
+                self.results[name].append(run(command, folder, self.environment, self.statuses))
                 self.restored()
 
     def median(self, name, which):
@@ -88,7 +89,7 @@ class Contest:
             wall, cpu = (self.median(name, which) for which in range(2))
             ratios = [self.median(first, which) / max(self.median(name, which), 1e-9)
                       for which in range(2)]
-            print(f"{name:12} {wall:8.3f} {cpu:8.3f} {ratios[0]:16.3f} {ratios[1]:6.3f}")
+            print(f"{name:12} {wall:8.4f} {cpu:8.4f} {ratios[0]:16.3f} {ratios[1]:6.3f}")
 
 
 def checkresults(contenders, environment, tree):
@@ -143,9 +144,11 @@ def growth(folder, build, environment, rounds):
     program = {"program": ([os.path.join(build, "vora-map-updater"), "/silent"], data)}
     contest = Contest(program, environment, lambda: restore(tree))
     contest.play(rounds)
-    count = sum(1 for _ in each(tree, ".galaxy"))
-    wall, cpu = (contest.median("program", which) / count * 1e6 for which in range(2))
-    print(f"{count:7} maps: {wall:6.1f} us a map, {cpu:6.1f} us of them on the processor")
+    sizes = [os.path.getsize(path) for path in each(tree, ".galaxy")]
+    wall, cpu = (contest.median("program", which) / len(sizes) * 1e6 for which in range(2))
+    memory = contest.median("program", 2) / 2**20
+    print(f"{len(sizes):7} maps: {wall:6.1f} us a map, {cpu:6.1f} us of them on the processor; "
+          f"{memory:.1f} MB, the largest map {max(sizes) / 2**20:.1f} MB")
 
 
 def search(folder, build, environment, rounds):
@@ -162,16 +165,37 @@ def search(folder, build, environment, rounds):
     contest.tell()
 
 
+def start(folder, build, environment, rounds):
+    """From nothing to the form that would wait for its user, if there were a window."""
+    with open(os.path.join(folder, "machine/system.reg"), "a", encoding="utf-8") as registry:
+        for i in range(20000):
+            registry.write(f"\n[Software\\\\Classes\\\\CLSID\\\\{{{i}}}] 1\n@=\"class {i}\"\n"
+                           '"Threading"="Both"\n"Version"="1.0"\n"Icon"=dword:00000001\n')
+        print(f"registry text of {registry.tell() / 1e6:.1f} MB")
+    data = os.path.join(folder, "data")
+    contenders = {
+        "program": ([os.path.join(build, "vora-map-updater")], data),
+        "true": (["true"], data),
+    }
+    environment = {name: environment[name] for name in environment
+                   if name not in ("DISPLAY", "WAYLAND_DISPLAY")}
+    # Without a window to wait in the program ends with 1.
+    contest = Contest(contenders, environment, statuses=(0, 1))
+    contest.play(8 * rounds)
+    contest.tell()
+
+
 def main():
     parser = argparse.ArgumentParser(description="time the program against its peers")
-    parser.add_argument("what", choices=["convert", "script", "growth", "search"])
+    parser.add_argument("what", choices=["convert", "script", "growth", "search", "start"])
     parser.add_argument("folder")
     parser.add_argument("--build", required=True, help="folder of the programs")
     parser.add_argument("--rounds", type=int, default=5)
     options = parser.parse_args()
     folder, build = os.path.abspath(options.folder), os.path.abspath(options.build)
     environment = dict(os.environ, WINEPREFIX=os.path.join(folder, "machine"))
-    contest = {"convert": convert, "script": script, "growth": growth, "search": search}
+    contest = {"convert": convert, "script": script, "growth": growth, "search": search,
+               "start": start}
     contest[options.what](folder, build, environment, options.rounds)
 
 
