@@ -24,14 +24,6 @@ namespace fs = std::filesystem;
 
 namespace {
 
-// Thousands of runs on a real disk would take minutes.
-struct InMemory {
-  InMemory() {
-    if (fs::is_directory("/dev/shm"))
-      ::setenv("TMPDIR", "/dev/shm", 1);
-  }
-};
-
 // The edition's letter, and what the file system does not know.
 class Faults : InMemory, public testing::TestWithParam<std::pair<const char*, Unknown>> {
 protected:
@@ -246,6 +238,22 @@ TEST_P(Faults, ABackupsNameIsTakenBeforeEveryCall) {
     }
     EXPECT_LE(lost, unknown.renamefree ? 1 : 0) << name;
   }
+}
+
+// What is done once for a run or a folder may only make the larger one cheaper.
+TEST_P(Faults, FourTimesAsManyMapsAreFourTimesTheWork) {
+  const auto work = [&](int count) {
+    galaxies.count = count;
+    galaxies.fill(folder);
+    WatchedDisk disk([](int) { return 0; }, unknown);
+    convert(disk);
+    EXPECT_EQ(unfinished(galaxies, tree(folder)), "");
+    return std::pair(disk.calls, disk.bytes);
+  };
+  const auto [calls, bytes] = work(60);
+  const auto [morecalls, morebytes] = work(240);
+  EXPECT_LE(morecalls, 4 * calls);
+  EXPECT_LE(2 * morebytes, 9 * bytes);  // their numbers are longer
 }
 
 TEST_P(Faults, ClearsWhatAKilledRunLeftAndNothingElse) {

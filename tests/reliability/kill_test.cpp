@@ -1,7 +1,9 @@
-// No map is lost when the program is killed, or runs twice at the same time. VORA_KILLS sets how
-// many times it is killed for each edition, VORA_SEED repeats a run of this test.
+// No map is lost when the program is killed, when it runs twice at the same time, or when the power
+// is cut. VORA_KILLS sets how many times it is killed for each edition, VORA_CUTS how often the
+// power is cut for each edition and file system, VORA_SEED repeats a run of this test.
 #include "tests/support/process.h"
 #include "tests/support/promise.h"
+#include "tests/support/realdisk.h"
 
 #include <gtest/gtest.h>
 
@@ -32,6 +34,11 @@ protected:
     machine.install(base ? "vora" : "voratarnfall",
                     base ? VersionParts{1, 2, 3, 4} : VersionParts{5, 6, 7, 8});
     folder = base ? machine.userfolder : machine.expansionfolder;
+    measure();
+  }
+
+  // Looks at a few runs that nobody disturbs.
+  void measure() {
     Clock::duration times[5];
     for (auto& time : times) {
       galaxies.fill(folder);
@@ -100,6 +107,39 @@ TEST_P(Killed, AtAnyMoment) {
   }
   std::cout << "kills: " << kills << ", with some maps converted and some not: " << midway << "\n";
   EXPECT_GT(midway, 0);
+}
+
+TEST_P(Killed, OrThePowerIsCutOnARealDisk) {
+  SCOPED_TRACE("VORA_SEED=" + std::to_string(seed));
+  int disks = 0;
+  for (const char* kind : {"ext4", "xfs"}) {
+    const RealDisk disk(kind, folder.parent_path());
+    if (!disk)
+      continue;
+    ++disks;
+    measure();
+    const int cuts = setting("VORA_CUTS", 20);
+    int midway = 0;
+    for (int done = 0; done < cuts; ++done) {
+      galaxies.fill(folder);
+      disk.flush();
+      Process process(machine);
+      std::this_thread::sleep_for(anymoment());
+      ASSERT_TRUE(disk.cutpower());
+      process.kill();
+      process.wait();
+      ASSERT_TRUE(disk.restart());
+      const Tree left = tree(folder);
+      ASSERT_EQ(broken(galaxies, left), "") << kind;
+      midway += ismidway(left);
+      ASSERT_NO_FATAL_FAILURE(finish());
+    }
+    std::cout << "power cuts, " << kind << ": " << cuts
+              << ", with some maps converted and some not: " << midway << "\n";
+    EXPECT_GT(midway, 0) << kind;
+  }
+  if (disks == 0)
+    GTEST_SKIP() << "no file system of its own can be made and mounted here";
 }
 
 // Each leaves the maps alone that the other is converting; now and then one is killed.

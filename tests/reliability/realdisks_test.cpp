@@ -1,12 +1,16 @@
 // Real trouble with real disks, and the places where the program must not write.
 #include "tests/support/process.h"
 #include "tests/support/promise.h"
+#include "tests/support/realdisk.h"
 
 #include <gtest/gtest.h>
+
+#include <iostream>
 
 #include <grp.h>
 #include <sched.h>
 #include <sys/mount.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace fs = std::filesystem;
@@ -66,7 +70,7 @@ TEST_F(RealDisks, WhatAUserMayNotDoIsToldAndTheRestIsConverted) {
     for (const fs::path& path : {(folder / c.file).parent_path(), folder / c.file})
       ASSERT_EQ(::chown(path.c_str(), owner, owner), 0);
   }
-  // Nobody may link to a file that is somebody else's: its backup must be a copy.
+  // Where nobody may link to a file that is somebody else's, its backup must be a copy.
   writefile(folder / "nolinks/e.galaxy", oldmap);
   ASSERT_EQ(::chown((folder / "nolinks").c_str(), nobody, nobody), 0);
   writefile(folder / "longname" / (std::string(248, 'x') + ".galold"), "older");
@@ -81,6 +85,12 @@ TEST_F(RealDisks, WhatAUserMayNotDoIsToldAndTheRestIsConverted) {
     EXPECT_NE(ended.said.find(c.reason ? c.reason : ""), ended.said.npos) << ended.said;
   }
   EXPECT_EQ(tree(folder / "nolinks"), (Tree{{"e.galaxy", convertedmap}, {"e.galold", oldmap}}));
+  struct stat backup {};
+  EXPECT_EQ(::stat((folder / "nolinks/e.galold").c_str(), &backup), 0);
+  if (readfile("/proc/sys/fs/protected_hardlinks") == "1\n")
+    EXPECT_EQ(backup.st_uid, nobody) << "it is no copy";
+  else
+    std::cout << "no copy was needed: anybody may link to anybody's files here\n";
   EXPECT_EQ(tree(folder / "longname").size(), 2u);
 }
 
@@ -98,6 +108,20 @@ TEST_F(RealDisks, AFullDiskLosesNothingAndIsFinishedLater) {
   EXPECT_EQ(runsilently(machine).said, "");
   EXPECT_EQ(unfinished(galaxies, tree(maps)), "");
   EXPECT_EQ(::umount(folder.c_str()), 0);
+}
+
+TEST_F(RealDisks, BackupsAreCopiedWhereThereAreNoHardLinks) {
+  for (const char* kind : {"vfat", "exfat"}) {
+    const RealDisk disk(kind, folder);
+    if (!disk)
+      continue;
+    const Galaxies galaxies{"v", 40};
+    galaxies.fill(folder / "maps");
+    EXPECT_EQ(runsilently(machine).said, "");
+    EXPECT_EQ(unfinished(galaxies, tree(folder / "maps")), "");
+    return;
+  }
+  GTEST_SKIP() << "no file system without hard links can be made and mounted here";
 }
 
 struct Mode {

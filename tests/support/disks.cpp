@@ -1,6 +1,7 @@
 // Disks for tests, below the program's files.
 #include "tests/support/disks.h"
 
+#include <algorithm>
 #include <cerrno>
 
 #include <fcntl.h>
@@ -37,6 +38,11 @@ bool WatchedDisk::fails() {
   return error > 0;
 }
 
+ssize_t WatchedDisk::counted(ssize_t done) {
+  bytes += std::max<ssize_t>(done, 0);
+  return done;
+}
+
 std::size_t WatchedDisk::part(std::size_t size) {
   if (!halved)
     return size;
@@ -58,11 +64,11 @@ int WatchedDisk::close(int file) {
 }
 
 ssize_t WatchedDisk::read(int file, char* into, std::size_t size) {
-  return fails() ? -1 : Disk::read(file, into, part(size));
+  return fails() ? -1 : counted(Disk::read(file, into, part(size)));
 }
 
 ssize_t WatchedDisk::write(int file, const char* from, std::size_t size) {
-  return fails() ? -1 : Disk::write(file, from, part(size));
+  return fails() ? -1 : counted(Disk::write(file, from, part(size)));
 }
 
 int WatchedDisk::flush(int) { return fails() ? -1 : 0; }
@@ -76,7 +82,7 @@ int WatchedDisk::status(int folder, const char* name, int flags, struct stat& st
 }
 
 ssize_t WatchedDisk::names(int folder, char* into, std::size_t size) {
-  return fails() ? -1 : Disk::names(folder, into, size);
+  return fails() ? -1 : counted(Disk::names(folder, into, size));
 }
 
 int WatchedDisk::rename(int folder, const char* from, const char* to, unsigned flags) {

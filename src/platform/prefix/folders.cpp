@@ -3,13 +3,13 @@
 
 #include "platform/prefix/lettercase.h"
 
+#include <algorithm>
+
 #include <dirent.h>
 #include <fcntl.h>
 #include <sys/stat.h>
 
 namespace {
-
-std::size_t hash(std::string_view name) { return std::hash<std::string>()(lowercase(name)); }
 
 // The name that differs from `name` in letter case alone; the first in byte order of several.
 std::string findfolded(const Handle& folder, const std::string& name) {
@@ -51,6 +51,14 @@ std::string findname(const Handle& folder, const std::string& name) {
   return hasname(folder, name) ? name : findfolded(folder, name);
 }
 
+std::size_t FolderNames::Folded::operator()(const std::string& name) const {
+  return std::hash<std::string>()(lowercase(name));
+}
+
+bool FolderNames::Folded::operator()(const std::string& one, const std::string& other) const {
+  return lowercase(one) == lowercase(other);
+}
+
 FolderNames::Stamp FolderNames::stampof(const Handle& folder) {
   struct stat status;
   if (!describe(folder, status))
@@ -63,10 +71,9 @@ void FolderNames::refresh(const Handle& folder) {
   if (stamp == now)
     return;
   stamp = now;
-  hashes.clear();
-  const bool complete =
-      eachname(opennameat(folder, ".", O_RDONLY | O_DIRECTORY),
-               [&](const char* name, unsigned char) { hashes.insert(hash(name)); });
+  spellings.clear();
+  const bool complete = eachname(opennameat(folder, ".", O_RDONLY | O_DIRECTORY),
+                                 [&](const char* name, unsigned char) { spellings.insert(name); });
   if (!complete)
     stamp = {};  // to be read again for the next question
 }
@@ -74,10 +81,19 @@ void FolderNames::refresh(const Handle& folder) {
 std::string FolderNames::find(const Handle& folder, const std::string& name) const {
   if (hasname(folder, name))
     return name;
-  return hashes.contains(hash(name)) ? findfolded(folder, name) : "";
+  const auto [begin, end] = spellings.equal_range(name);
+  std::string found;
+  for (auto other = begin; other != end; ++other)
+    if ((found.empty() || *other < found) && hasname(folder, *other))
+      found = *other;
+  return found;
 }
 
-void FolderNames::added(const std::string& name) { hashes.insert(hash(name)); }
+void FolderNames::added(const std::string& name) {
+  const auto [begin, end] = spellings.equal_range(name);
+  if (std::find(begin, end, name) == end)
+    spellings.insert(name);
+}
 
 void FolderNames::changed(const Handle& folder) {
   if (stamp != Stamp{})

@@ -18,8 +18,7 @@ bool eachname(const Handle& folder, const Visit& visit);
 // differs in letter case alone, else the empty text.
 std::string findname(const Handle& folder, const std::string& name);
 
-// Remembers which names one folder holds, so that many questions about it cost one reading. Only
-// hashes of the lowered names are kept: what may be there is looked up on the disk.
+// Remembers which names one folder holds, so that many questions about it cost one reading.
 class FolderNames {
 public:
   // Reads the folder, unless nothing has changed since it was last read. Call it before the rest.
@@ -40,8 +39,14 @@ private:
     bool operator==(const Stamp&) const = default;
   };
 
+  // What makes names that differ in letter case alone equal.
+  struct Folded {
+    std::size_t operator()(const std::string& name) const;
+    bool operator()(const std::string& one, const std::string& other) const;
+  };
+
   static Stamp stampof(const Handle& folder);
 
   Stamp stamp;
-  std::unordered_set<std::size_t> hashes;
+  std::unordered_multiset<std::string, Folded, Folded> spellings;
 };

@@ -204,14 +204,12 @@ std::optional<std::size_t> finddata(std::string_view line, const std::string& lo
   return std::min(line.find_first_not_of(" \t", equals + 1), line.size());
 }
 
-// The end of the lines of a value whose last one so far is [begin, end): only hexadecimal data
-// goes on behind a backslash.
+// Hexadecimal data goes on behind a backslash.
+bool goeson(std::string_view line) { return line.ends_with("\\\n") || line.ends_with("\\\r\n"); }
+
+// The end of the lines of a value whose last one so far is [begin, end).
 std::size_t lastlineend(std::string_view text, std::size_t begin, std::size_t end) {
-  const auto goeson = [&] {
-    const auto line = text.substr(begin, end - begin);
-    return line.ends_with("\\\n") || line.ends_with("\\\r\n");
-  };
-  while (end < text.size() && goeson()) {
+  while (end < text.size() && goeson(text.substr(begin, end - begin))) {
     begin = end;
     end = lineend(text, begin);
   }
@@ -330,11 +328,16 @@ RegistryValue bytesvalue(std::string bytes, RegistryValue::Type type) {
   return {.type = type, .number = number};
 }
 
+// Whether the text may end in the middle of these numbers or bytes.
+bool iscutoff(std::string_view data) { return !data.ends_with('\n') || goeson(data); }
+
 std::optional<RegistryValue> readvalue(std::string_view data) {
   if (data.starts_with('"'))
     return quotedvalue(data, RegistryValue::Type::text);
   if (const auto type = taketag(data, "str", 1))
     return quotedvalue(data, typefor(*type));
+  if (iscutoff(data))
+    return std::nullopt;
   if (data.starts_with("dword:"))
     return numbervalue(data.substr(6));
   const auto type = taketag(data, "hex", 3);
