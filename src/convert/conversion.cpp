@@ -2,11 +2,10 @@
 #include "convert/conversion.h"
 
 #include "convert/linereader.h"
+#include "convert/matching.h"
 #include "convert/passes.h"
 #include "convert/templates.h"
 #include "form/text.h"
-
-#include <unordered_set>
 
 namespace {
 
@@ -38,15 +37,12 @@ private:
 
   Form1& form;
   Templates templates;
-  std::unordered_set<std::string> originals;  // lower-cased names of the game's own maps
   double formatver = 0;
   long converted = 0;
   std::vector<std::string> leftalone;
 };
 
 Run::Run(Form1& itsform) : form(itsform), templates(form.files, form.edition) {
-  for (const std::string_view name : form.originalmaps)
-    originals.insert(form.system.lowercase(name));
   const auto version = templates.initnew();
   if (version)
     formatver = *version;
@@ -57,7 +53,10 @@ Run::Run(Form1& itsform) : form(itsform), templates(form.files, form.edition) {
 }
 
 bool Run::isoriginal(const std::string& path) const {
-  return originals.contains(form.system.lowercase(filename(path)));
+  for (std::size_t i = 0; i < form.originalmaps.size(); ++i)
+    if (samefilename(form.system, path, form.originalmaps[i]))
+      return true;
+  return false;
 }
 
 void Run::take(const std::string& path) {

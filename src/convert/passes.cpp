@@ -40,6 +40,8 @@ struct Pass {
         rewritesection(oldtemplate, newtemplate, sectionof(oldtemplate, t), galaxylines, k, out);
     if (!count)
       return count.failure();
+    if (out.size() > Files::largestfile)
+      return TemplateError{newtemplate.filename, "it makes the map larger than 1 GiB", ""};
     if (*count < 1) {
       carryover();
       return std::nullopt;

@@ -73,15 +73,18 @@ const Kind* load(Files& files, std::map<std::string, Kind>& loaded, std::string 
 OldTemplate indexold(std::string filename, Result<std::string> text) {
   OldTemplate file;
   fill(file, std::move(filename), std::move(text));
-  file.index = PrefixIndex(std::vector(file.lines.begin(), file.lines.end()));
+  std::vector<std::string_view> texts;
+  for (std::size_t i = 0; i < file.lines.size(); ++i)
+    texts.push_back(file.lines[i]);
+  file.index = PrefixIndex(texts);
   return file;
 }
 
 NewTemplate indexnew(std::string filename, Result<std::string> text) {
   NewTemplate file;
   fill(file, std::move(filename), std::move(text));
-  for (const std::string_view line : file.lines)
-    file.output.push_back(outputline(line));
+  for (std::size_t i = 0; i < file.lines.size(); ++i)
+    file.output.push_back(outputline(file.lines[i]));
   return file;
 }
 

@@ -17,8 +17,9 @@ namespace {
 
 std::string withcrlf(const std::string& lines) {
   std::string text;
-  for (const std::string_view line : linesof(lines))
-    writeline(text, line);
+  const LineArray array = linesof(lines);
+  for (std::size_t i = 0; i < array.size(); ++i)
+    writeline(text, array[i]);
   return text;
 }
 

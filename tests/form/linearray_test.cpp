@@ -23,7 +23,10 @@ TEST(LineArray, SplitsAtCrLfAlone) {
   };
   for (const auto& c : cases) {
     const LineArray array = LineArray::split(c.text);
-    EXPECT_EQ(Lines(array.begin(), array.end()), c.lines) << c.text;
+    Lines lines;
+    for (std::size_t i = 0; i < array.size(); ++i)
+      lines.emplace_back(array[i]);
+    EXPECT_EQ(lines, c.lines) << c.text;
     EXPECT_EQ(array.text(), c.text);
   }
 }

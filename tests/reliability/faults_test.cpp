@@ -24,6 +24,14 @@ namespace fs = std::filesystem;
 
 namespace {
 
+// The last line of a map that somebody saves: no longer than it was, so that the size tells
+// nothing.
+constexpr std::string_view newend = "END\r\n";
+
+std::string withnewend(const std::string& map) {
+  return map.substr(0, map.size() - newend.size()) + std::string(newend);
+}
+
 // The edition's letter, and what the file system does not know.
 class Faults : InMemory, public testing::TestWithParam<std::pair<const char*, Unknown>> {
 protected:
@@ -182,7 +190,7 @@ TEST_P(Faults, AMapIsSavedBeforeEveryCall) {
     const bool inplace = i % 2 == 0;
     const bool old = i / 2 % 2 == 0;  // enough for its time stamp to tell
     const fs::path map = folder / (galaxies.name(number) + ".galaxy");
-    const std::string saved = galaxies.old(number) + "more\r\n";
+    const std::string saved = withnewend(galaxies.old(number));
     int lost = 0;
     for (int moment = 1; moment <= calls; ++moment) {
       galaxies.fill(folder);
@@ -191,7 +199,7 @@ TEST_P(Faults, AMapIsSavedBeforeEveryCall) {
       WatchedDisk disk(
           [&](int call) {
             if (call == moment && inplace) {
-              std::ofstream(map, std::ios::app) << "more\r\n";
+              std::fstream(map).seekp(-5, std::ios::end) << newend;
             } else if (call == moment) {
               writefile(machine.drivec / "saved", saved);
               fs::rename(machine.drivec / "saved", map);
@@ -205,8 +213,8 @@ TEST_P(Faults, AMapIsSavedBeforeEveryCall) {
       SCOPED_TRACE(moment);
       const Tree left = tree(folder);
       const std::string own = left.at(map.filename());
-      ASSERT_TRUE(own == saved || own.starts_with(galaxies.converted(number))) << own;
-      lost += !own.ends_with("more\r\n") && !hasbackup(left, galaxies.name(number), saved);
+      ASSERT_TRUE(own == saved || withnewend(own) == withnewend(galaxies.converted(number))) << own;
+      lost += !own.ends_with(newend) && !hasbackup(left, galaxies.name(number), saved);
     }
     const bool hascopy = unknown.link != 0 || galaxies.hasequalbackup(number);
     EXPECT_LE(lost, inplace && !hascopy ? 0 : callsbehindthelook) << number << inplace << old;

@@ -41,7 +41,7 @@ bool isunchanged(const struct stat& before, const struct stat& now) {
 // systems tell two seconds apart.
 bool issettled(const struct stat& status) {
   constexpr std::time_t coarsest = 2;
-  return status.st_mtim.tv_sec + coarsest < std::time(nullptr);
+  return status.st_mtim.tv_sec < std::time(nullptr) - coarsest;
 }
 
 // Whether a new file is this run's alone. A run that clears up may have taken it for a leftover
