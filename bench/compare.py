@@ -42,7 +42,7 @@ def digest(tree):
 
 
 def run(command, folder, environment, statuses=(0,)):
-    """Wall-clock and processor time of one run, in seconds, and its memory, in bytes."""
+    """Wall-clock and processor time of one run, in seconds."""
     with open(os.devnull, "wb") as sink:
         begin = time.perf_counter()
         child = subprocess.Popen(command, cwd=folder, env=environment, stdout=sink, stderr=sink)
@@ -51,7 +51,14 @@ def run(command, folder, environment, statuses=(0,)):
     child.returncode = os.waitstatus_to_exitcode(status)
     if child.returncode not in statuses:
         sys.exit(f"{command[0]} failed with {child.returncode}")
-    return wall, usage.ru_utime + usage.ru_stime, usage.ru_maxrss * 1024
+    return wall, usage.ru_utime + usage.ru_stime
+
+
+def output(command, folder, environment):
+    """What an unmeasured run prints, its errors behind it."""
+    result = subprocess.run(command, cwd=folder, env=environment, stdout=subprocess.PIPE,
+                            stderr=subprocess.STDOUT, text=True, check=False)
+    return result.stdout
 
 
 def makesedscript(data, path):
@@ -62,8 +69,20 @@ def makesedscript(data, path):
         script.writelines(f"s/^{line}/{line}x/\n" for line in lines if "$" not in line)
 
 
+def converted(command, folder, environment, tree):
+    """Has the program convert the tree, sees that it did, and puts the tree back. The memory that
+    it needed, in bytes: a child of this script would be said to need what the script does, hence
+    `time`, which is small."""
+    count = sum(1 for _ in each(tree, ".galaxy"))
+    said = output(["/usr/bin/time", "-f", "%M", *command], folder, environment)
+    if sum(1 for _ in each(tree, ".galold")) != count:
+        sys.exit("not every map was converted: " + said)
+    restore(tree)
+    return int(said.split()[-1]) * 1024
+
+
 class Contest:
-    """Contenders that have their turns; `restore` puts the tree back after each."""
+    """Contenders that have their turns; `restored` puts the tree back after each."""
 
     def __init__(self, contenders, environment, restored=lambda: None, statuses=(0,)):
         self.contenders = contenders
@@ -116,6 +135,7 @@ def convert(folder, build, environment, rounds):
         restore(tree)
         shutil.rmtree(copy, ignore_errors=True)
 
+    converted(*contenders["program"], environment, tree)
     contest = Contest(contenders, environment, restored)
     contest.play(rounds)
     contest.tell()
@@ -142,11 +162,11 @@ def script(folder, build, environment, rounds):
 def growth(folder, build, environment, rounds):
     tree, data = (os.path.join(folder, name) for name in (USER, "data"))
     program = {"program": ([os.path.join(build, "vora-map-updater"), "/silent"], data)}
+    memory = converted(*program["program"], environment, tree) / 2**20
     contest = Contest(program, environment, lambda: restore(tree))
     contest.play(rounds)
     sizes = [os.path.getsize(path) for path in each(tree, ".galaxy")]
     wall, cpu = (contest.median("program", which) / len(sizes) * 1e6 for which in range(2))
-    memory = contest.median("program", 2) / 2**20
     print(f"{len(sizes):7} maps: {wall:6.1f} us a map, {cpu:6.1f} us of them on the processor; "
           f"{memory:.1f} MB, the largest map {max(sizes) / 2**20:.1f} MB")
 
@@ -160,6 +180,10 @@ def search(folder, build, environment, rounds):
         "find": (find, folder),
         "fd": (fd, folder),
     }
+    counts = {int(output(contenders["search"][0], folder, environment))}
+    counts |= {output(command, folder, environment).count("\n") for command in (find, fd)}
+    if len(counts) != 1:
+        sys.exit(f"the searches do not find the same: {counts}")
     contest = Contest(contenders, environment)
     contest.play(rounds)
     contest.tell()
@@ -180,6 +204,8 @@ def start(folder, build, environment, rounds):
     environment = {name: environment[name] for name in environment
                    if name not in ("DISPLAY", "WAYLAND_DISPLAY")}
     # Without a window to wait in the program ends with 1.
+    if not output(*contenders["program"], environment).startswith("There is no window"):
+        sys.exit("the program does not come to its end")
     contest = Contest(contenders, environment, statuses=(0, 1))
     contest.play(8 * rounds)
     contest.tell()

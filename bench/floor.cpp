@@ -1,5 +1,6 @@
 // The least that a conversion can cost: each map below a folder is read and replaced by itself,
 // with the care that the program takes, and nothing is looked at in between.
+#include "platform/prefix/memory.h"
 #include "platform/prefix/prefixfiles.h"
 
 #include <cstdio>
@@ -23,6 +24,7 @@ int main(int argc, char** argv) {
     std::fputs("usage: floor FOLDER\n", stderr);
     return 2;
   }
+  keepmemory();
   const Machine machine = findmachine();
   PrefixFiles files(machine);
   const Paths paths(machine);

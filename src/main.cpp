@@ -1,23 +1,14 @@
 // Chooses the machine and the front end: the window where there is a display, else the console.
 #include "platform/prefix/machine.h"
+#include "platform/prefix/memory.h"
 #include "platform/prefix/prefixfiles.h"
 #include "platform/prefix/prefixsystem.h"
 #include "ui/console/consolescreen.h"
 #include "ui/qt/loadwindow.h"
 
-#include <malloc.h>
-
 #include <string>
 
 namespace {
-
-// Keeps the memory that one map needed for the next: to give it back to the system and to take it
-// again costs more than to convert the map.
-void keepmemory() {
-  constexpr int largestkept = 4 << 20;  // of a text, in bytes
-  mallopt(M_MMAP_THRESHOLD, largestkept);
-  mallopt(M_TRIM_THRESHOLD, 2 * largestkept);
-}
 
 // The arguments joined by single spaces.
 std::string argumenttext(int argc, char** argv) {

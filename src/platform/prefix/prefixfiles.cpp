@@ -151,8 +151,10 @@ Result<std::string> PrefixFiles::fullpath(const std::string& folder) {
 Result<std::string> PrefixFiles::read(const std::string& path) {
   const Failure missing{path, "read it", "the file is missing", true};
   const auto opened = open(path, O_RDONLY | O_NONBLOCK, "read it");
-  if (!opened)
-    return opened.failure().missing ? missing : opened.failure();
+  if (!opened) {
+    const auto name = lookup(path, Match::files);
+    return name && name->empty() ? missing : opened.failure();
+  }
   struct stat status;
   if (!describe(opened->handle, status))
     return failure(path, "read it");

@@ -51,11 +51,14 @@ private:
   bool made;  // and still there under its own name
 };
 
-// Nothing when the file cannot be read, or is no ordinary file.
+constexpr off_t largestfile = 1LL << 30;  // a hundred times a large registry
+
+// Nothing when the file cannot be read, is no ordinary file or larger than `largestfile`.
 std::optional<Pages> readfile(const fs::path& file) {
   const auto handle = openpath(systemdisk(), file.string(), O_RDONLY | O_NONBLOCK);
   struct stat status {};
-  if (!handle || !describe(handle, status) || !S_ISREG(status.st_mode))
+  if (!handle || !describe(handle, status) || !S_ISREG(status.st_mode) ||
+      status.st_size > largestfile)
     return std::nullopt;
   Pages pages(static_cast<std::size_t>(status.st_size));
   const auto length = readall(handle, pages.data(), pages.size());

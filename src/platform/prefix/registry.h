@@ -3,7 +3,7 @@
 // writes it over these files when it ends.
 #pragma once
 
-#include "platform/prefix/pages.h"
+#include "platform/prefix/memory.h"
 #include "platform/prefix/registrytext.h"
 
 #include <filesystem>
@@ -21,9 +21,9 @@ public:
   // `machine` is the folder that holds system.reg and user.reg. Nothing is read yet.
   explicit Registry(const std::filesystem::path& machine);
 
-  // The value, or nothing where there is none. Each file is read once, at its first use and
-  // after a change; one that
-  // is missing or cannot be read counts as empty. %NAME% in an expandable text is left as it is.
+  // The value, or nothing where there is none. Each file is read once, at its first use, and once
+  // more after a change; one that is missing, cannot be read or has more than 1 GiB counts as
+  // empty. %NAME% in an expandable text is left as it is.
   std::optional<RegistryValue> read(const std::string& valuepath);
 
   // Sets a value, making its key where that is missing. `type` is REG_SZ, REG_EXPAND_SZ, REG_DWORD

@@ -1,9 +1,16 @@
-// Memory for a large text.
-#include "platform/prefix/pages.h"
+// Memory for large texts: taking it from the system page by page costs more than working on it.
+#include "platform/prefix/memory.h"
 
 #include <new>
 
+#include <malloc.h>
 #include <sys/mman.h>
+
+void keepmemory() {
+  constexpr int largestkept = 4 << 20;  // of a text, in bytes
+  mallopt(M_MMAP_THRESHOLD, largestkept);
+  mallopt(M_TRIM_THRESHOLD, 2 * largestkept);
+}
 
 Pages::Pages(std::size_t size) : memory(nullptr, {size}), length(size) {
   if (size == 0)
