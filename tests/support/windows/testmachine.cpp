@@ -3,6 +3,7 @@
 #include "tests/support/testmachine.h"
 
 #include "platform/windows/windowsfiles.h"
+#include "platform/windows/windowsmapfolder.h"
 #include "platform/windows/windowssystem.h"
 #include "tests/support/scratchfolder.h"
 
@@ -126,6 +127,10 @@ std::unique_ptr<Files> TestMachine::files() const {
 
 std::unique_ptr<System> TestMachine::system(const std::string& arguments) const {
   return std::make_unique<MachineSystem>(program.string(), arguments);
+}
+
+std::unique_ptr<MapFolder> TestMachine::mapfolder(const fs::path& folder) const {
+  return std::make_unique<WindowsMapFolder>(folder.wstring());
 }
 
 std::string zpath(const fs::path& path) { return path.string(); }
