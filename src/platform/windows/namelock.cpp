@@ -14,14 +14,10 @@ namespace {
 std::wstring finalpath(const std::wstring& folder) {
   const Handle open =
       openfile(folder, FILE_READ_ATTRIBUTES, OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS);
-  const auto ask = [&](wchar_t* path, DWORD size) {
-    return GetFinalPathNameByHandleW(open.get(), path, size, VOLUME_NAME_DOS);
-  };
-  std::wstring path(open ? ask(nullptr, 0) : 0, L'\0');
-  if (path.empty())
-    return folder;
-  path.resize(ask(path.data(), static_cast<DWORD>(path.size())));
-  return path;
+  const std::wstring path = systemtext([&](wchar_t* text, DWORD size) {
+    return GetFinalPathNameByHandleW(open.get(), text, size, VOLUME_NAME_DOS);
+  });
+  return path.empty() ? folder : path;
 }
 
 // FNV-1a: a mutex's name holds no path, which has separators and may be longer.
