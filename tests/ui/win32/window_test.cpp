@@ -56,6 +56,30 @@ std::string messageof(HWND box) {
   return text;
 }
 
+// A machine on which "WScript.Shell" is nobody's name for as long as the object lives.
+class WithoutScriptHost {
+public:
+  WithoutScriptHost() {
+    DWORD size = sizeof before;
+    EXPECT_EQ(RegGetValueW(HKEY_LOCAL_MACHINE, key, nullptr, RRF_RT_REG_SZ, nullptr, before, &size),
+              ERROR_SUCCESS);
+    set(L"{00000000-0000-0000-0000-000000000001}");
+  }
+  WithoutScriptHost(const WithoutScriptHost&) = delete;
+  WithoutScriptHost& operator=(const WithoutScriptHost&) = delete;
+  ~WithoutScriptHost() { set(before); }
+
+private:
+  static constexpr wchar_t key[] = L"SOFTWARE\\Classes\\WScript.Shell\\CLSID";
+
+  static void set(const std::wstring& identifier) {
+    const auto size = static_cast<DWORD>((identifier.size() + 1) * sizeof(wchar_t));
+    RegSetKeyValueW(HKEY_LOCAL_MACHINE, key, nullptr, REG_SZ, identifier.c_str(), size);
+  }
+
+  wchar_t before[64] = {};
+};
+
 // The base game with the maps of the sample, and the program in a folder with its data files.
 class ProgramWindow : public testing::Test {
 protected:
@@ -97,11 +121,17 @@ protected:
     std::ofstream(fs::path(game) / "Vorakai.exe", std::ios::binary) << Executable{release}.bytes();
   }
 
+  // What it says on standard error goes to the file `said`.
   void start(const std::wstring& arguments = L"") {
     std::wstring line = L"\"" + fs::path(PROGRAM).wstring() + L"\"" + arguments;
+    SECURITY_ATTRIBUTES inherited{sizeof inherited, nullptr, TRUE};
+    const Handle output(CreateFileW(widen(data / "said").c_str(), GENERIC_WRITE, FILE_SHARE_READ,
+                                    &inherited, CREATE_ALWAYS, 0, nullptr));
     STARTUPINFOW startup{};
     startup.cb = sizeof startup;
-    ASSERT_TRUE(CreateProcessW(nullptr, line.data(), nullptr, nullptr, FALSE, 0, nullptr,
+    startup.dwFlags = STARTF_USESTDHANDLES;
+    startup.hStdError = output.get();
+    ASSERT_TRUE(CreateProcessW(nullptr, line.data(), nullptr, nullptr, TRUE, 0, nullptr,
                                widen(data.path).c_str(), &startup, &process));
   }
 
@@ -111,6 +141,19 @@ protected:
       window = FindWindowW(windowclass, nullptr);
       return window && IsWindowVisible(window) && !enabled("Command2");
     }));
+  }
+
+  // Waits for a message box and closes it; what it said.
+  std::string answer() const {
+    HWND box = nullptr;
+    if (!waitfor([&] {
+          box = FindWindowW(L"#32770", widen(programtitle).c_str());
+          return box && IsWindowVisible(box);
+        }))
+      return "no box";
+    const std::string said = messageof(box);
+    SendMessageW(GetDlgItem(box, IDOK), BM_CLICK, 0, 0);
+    return said;
   }
 
   DWORD exitcode() const {
@@ -294,14 +337,8 @@ TEST_F(ProgramWindow, SaysWhatIsWrongAndEnds) {
   for (const auto& c : cases) {
     setrelease(c.release);
     start(c.arguments);
-    HWND box = nullptr;
-    ASSERT_TRUE(waitfor([&] {
-      box = FindWindowW(L"#32770", widen(programtitle).c_str());
-      return box && IsWindowVisible(box);
-    }));
-    const std::string said = messageof(box);
+    const std::string said = answer();
     EXPECT_TRUE(said.starts_with(c.said)) << said;
-    SendMessageW(GetDlgItem(box, IDOK), BM_CLICK, 0, 0);
     EXPECT_EQ(exitcode(), 1u);
     EXPECT_FALSE(fs::exists(user / "Amber Reach.galold"));
   }
@@ -311,4 +348,18 @@ TEST_F(ProgramWindow, ASilentRunNeedsNobody) {
   start(L"   /Silent");
   EXPECT_EQ(exitcode(), 0u);
   EXPECT_TRUE(fs::exists(user / "Amber Reach.galold"));
+}
+
+// Nothing is registered then, so that the release does not match.
+TEST_F(ProgramWindow, TellsThatThereIsNoScriptHostByABoxOnlyWhereSomebodyIs) {
+  const WithoutScriptHost machine;
+  for (const bool silent : {false, true}) {
+    start(silent ? L" /s" : L"");
+    const std::string box = silent ? "" : answer();
+    EXPECT_EQ(box.starts_with("The Windows script host"), !silent) << box;
+    EXPECT_TRUE(answer().starts_with("found vora version ::"));
+    EXPECT_EQ(exitcode(), 1u);
+    const std::string told = read(systempath(data / "said"));
+    EXPECT_EQ(told.starts_with("The Windows script host"), silent) << told;
+  }
 }
