@@ -11,6 +11,7 @@
 
 #include <cstdlib>
 #include <functional>
+#include <random>
 #include <stdexcept>
 
 namespace fs = std::filesystem;
@@ -104,7 +105,7 @@ protected:
 
   ~ProgramWindow() override {
     if (process.hProcess) {
-      TerminateProcess(process.hProcess, 99);
+      kill();
       CloseHandle(process.hThread);
       CloseHandle(process.hProcess);
     }
@@ -154,6 +155,11 @@ protected:
     const std::string said = messageof(box);
     SendMessageW(GetDlgItem(box, IDOK), BM_CLICK, 0, 0);
     return said;
+  }
+
+  void kill() {
+    TerminateProcess(process.hProcess, 99);
+    WaitForSingleObject(process.hProcess, INFINITE);
   }
 
   DWORD exitcode() const {
@@ -363,4 +369,38 @@ TEST_F(ProgramWindow, TellsThatThereIsNoScriptHostByABoxOnlyWhereSomebodyIs) {
     const std::string told = read(systempath(data / "said"));
     EXPECT_EQ(told.starts_with("The Windows script host"), silent) << told;
   }
+}
+
+// At any moment of the conversion; the next run finishes it.
+TEST_F(ProgramWindow, AKilledRunLosesNoMap) {
+  const fs::path expected =
+      fs::path(PROJECT) / "tests/expected/base/drive_c/users/player/AppData/Local" / maps;
+  const std::string old = read(user / "Amber Reach.galaxy");
+  const std::string converted = read(expected / "Amber Reach.galaxy");
+  const fs::path folder = user / "many";
+  const auto name = [&](int i, const char* suffix) {
+    return folder / ("map" + std::to_string(i) + suffix);
+  };
+  constexpr int count = 20;
+  std::mt19937 random{GetTickCount()};
+  for (int round = 0; round < 6; ++round) {
+    removefolder(folder.wstring());
+    fs::create_directory(folder);
+    for (int i = 0; i < count; ++i)
+      std::ofstream(name(i, ".galaxy"), std::ios::binary) << old;
+    start(L" /s");
+    const fs::path first = name(std::uniform_int_distribution(0, count - 1)(random), ".galold");
+    for (int tries = 0; tries < 10000 && !fs::exists(first); ++tries)
+      Sleep(1);
+    kill();
+    for (int i = 0; i < count; ++i) {
+      const std::string left = read(name(i, ".galaxy"));
+      EXPECT_TRUE(left == old || (left == converted && read(name(i, ".galold")) == old)) << i;
+    }
+  }
+  start(L" /s");
+  EXPECT_EQ(exitcode(), 0u);
+  for (int i = 0; i < count; ++i)
+    EXPECT_EQ(read(name(i, ".galaxy")), converted) << i;
+  EXPECT_EQ(std::distance(fs::directory_iterator(folder), {}), 2 * count);
 }
