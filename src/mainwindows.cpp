@@ -1,4 +1,5 @@
 // The program on Windows itself: its machine, and a window of the system's own controls.
+#include "app/commandline.h"
 #include "form/form1.h"
 #include "platform/windows/windowsfiles.h"
 #include "platform/windows/windowssystem.h"
@@ -8,7 +9,13 @@
 int main() {
   WindowsFiles files;
   Win32Screen screen;
-  WindowsSystem system([&](const std::string& text) { screen.messagebox(text); });
+  // In a silent run nobody would answer a box.
+  WindowsSystem system([&](const std::string& text) {
+    if (willbesilent(system))
+      screen.standarderror(text);
+    else
+      screen.messagebox(text);
+  });
   Form1 form(files, system, screen);
   if (!screen.open(form)) {
     screen.standarderror("The window cannot be made.");

@@ -1,9 +1,9 @@
 # The program on Windows itself.
 layer(windows BELOW platform SOURCES
   platform/windows/findfile.cpp platform/windows/handle.cpp platform/windows/lettercase.cpp
-  platform/windows/paths.cpp platform/windows/scriptshell.cpp platform/windows/wide.cpp
-  platform/windows/windowsfiles.cpp platform/windows/windowsmapfolder.cpp
-  platform/windows/windowssystem.cpp)
+  platform/windows/namelock.cpp platform/windows/paths.cpp platform/windows/scriptshell.cpp
+  platform/windows/wide.cpp platform/windows/windowsfiles.cpp
+  platform/windows/windowsmapfolder.cpp platform/windows/windowssystem.cpp)
 target_link_libraries(windows PUBLIC ole32 oleaut32 shell32 uuid version)
 target_compile_definitions(windows PUBLIC UNICODE NOMINMAX WIN32_LEAN_AND_MEAN
   _WIN32_WINNT=0x0601 WINVER=0x0601)  # Windows 7

@@ -70,14 +70,24 @@ runon() { # runon <debug?> <maps and executable...> -- <command...>
   left=$(leftbehind)
 }
 
-compare() { # compare <what> <debug?> <maps and executable...>
-  local what=$1
-  shift
+plainly() { "$wine" "$scratch/program/vora-map-updater.exe" /silent; }
+
+# As a user types it who wants to keep what it says: a blank after the argument would be one more.
+fromprompt() {
+  local status=0
+  "$wine" cmd /c 'C:\both\program\vora-map-updater.exe 2> ..\told.txt /silent' || status=$?
+  cat ../told.txt
+  return $status
+}
+
+compare() { # compare <what> <how Windows starts it> <debug?> <maps and executable...>
+  local what=$1 start=$2
+  shift 2
   runon "$@" -- env -u DISPLAY "$scratch/program/vora-map-updater" /silent
   local linuxleft=$left linuxsaid=$said linuxstatus=$status
   local linuxinfo
   linuxinfo=$(cat "$scratch/data/info.txt" 2>/dev/null) || true
-  runon "$@" -- "$wine" "$scratch/program/vora-map-updater.exe" /silent
+  runon "$@" -- "$start"
   check "$what: exit status" "$linuxstatus" "$status"
   check "$what: what it says" "$linuxsaid" "$said"
   [ "$linuxleft" = "$left" ] && return
@@ -88,11 +98,12 @@ compare() { # compare <what> <debug?> <maps and executable...>
 }
 
 register vora Vorakai
-compare base no base Vorakai/Vorakai.exe 1
-compare "base, debug" yes base Vorakai/Vorakai.exe 1
+compare base plainly no base Vorakai/Vorakai.exe 1
+compare "base, from a prompt" fromprompt no base Vorakai/Vorakai.exe 1
+compare "base, debug" plainly yes base Vorakai/Vorakai.exe 1
 register voratarnfall 'Vorakai Tarnfall'
-compare expansion no expansion 'Vorakai Tarnfall/Vorakai Tarnfall.exe' 5
-compare "expansion, debug" yes expansion 'Vorakai Tarnfall/Vorakai Tarnfall.exe' 5
+compare expansion plainly no expansion 'Vorakai Tarnfall/Vorakai Tarnfall.exe' 5
+compare "expansion, debug" plainly yes expansion 'Vorakai Tarnfall/Vorakai Tarnfall.exe' 5
 
 [ $failed = 0 ] && echo "both builds agree"
 exit $failed

@@ -62,4 +62,4 @@ machinetestsof(convert
   convert/templates_test.cpp docs/templates_test.cpp)
 machinetestsof(discover discover/search_test.cpp)
 machinetestsof(app app/commandline_test.cpp app/edition_test.cpp app/startup_test.cpp)
-machinetestsof(ui ui/handlers_test.cpp)
+machinetestsof(ui ui/handlers_test.cpp ui/layout_test.cpp)

@@ -22,6 +22,11 @@ std::vector<std::string> pieces(const std::string& text) {
   return result;
 }
 
+bool asksforsilence(System& system, const std::string& piece) {
+  return std::find(std::begin(silentwords), std::end(silentwords), system.lowercase(piece)) !=
+         std::end(silentwords);
+}
+
 void switchsilent(Form1& form) {
   for (Control* command :
        {&form.Command1, &form.Command2, &form.Command3, &form.Command4, &form.Command5})
@@ -32,10 +37,16 @@ void switchsilent(Form1& form) {
 
 }  // namespace
 
+bool willbesilent(System& system) {
+  const std::vector<std::string> all = pieces(system.argumenttext());
+  return !all.empty() && std::all_of(all.begin(), all.end(), [&](const std::string& piece) {
+    return asksforsilence(system, piece);
+  });
+}
+
 void examinearguments(Form1& form) {
   for (const std::string& piece : pieces(form.system.argumenttext())) {
-    const std::string lowered = form.system.lowercase(piece);
-    if (std::find(std::begin(silentwords), std::end(silentwords), lowered) == std::end(silentwords))
+    if (!asksforsilence(form.system, piece))
       endwithmessage(form, "Invalid argument: " + piece);
     switchsilent(form);
   }

@@ -87,17 +87,31 @@ Place placeof(const ControlLayout& row, int clientwidth, int clientheight) {
   place.left += (row.column - 1) * share;
   place.width += share;
   if (row.kind == Kind::filelist || row.kind == Kind::textbox)
-    place.height += std::max(0, clientheight - windowheight);
+    place.height = std::max(0, place.height + clientheight - windowheight);
   return place;
 }
 
-int roomof(const ControlLayout& row) {
+int roomof(const ControlLayout& row, const Form1& form) {
   int right = windowwidth;
-  for (const ControlLayout& other : table)
-    if (other.visible && other.left > row.left && other.top < row.top + row.height &&
+  for (const Control* control : form.controls()) {
+    const ControlLayout& other = layoutof(*control);
+    if (control->visible() && other.left > row.left && other.top < row.top + row.height &&
         row.top < other.top + other.height)
       right = std::min(right, other.left);
+  }
   return right - row.left;
+}
+
+Lettering fitlettering(double points, const std::function<bool(const Lettering&)>& fits) {
+  constexpr Lettering easytoread = {6.5, 75};
+  constexpr Lettering smallest = {4, 60};
+  constexpr double step = 0.25;
+  for (const Lettering& least : {easytoread, smallest})
+    for (Lettering tried = {points}; tried.points >= least.points; tried.points -= step)
+      for (tried.stretch = 100; tried.stretch >= least.stretch; tried.stretch -= 5)
+        if (fits(tried))
+          return tried;
+  return smallest;
 }
 
 void applylayout(Form1& form) {

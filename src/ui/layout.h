@@ -3,6 +3,7 @@
 
 #include "form/form1.h"
 
+#include <functional>
 #include <span>
 
 // Positions and sizes are in twips: 1,440 to the inch, 15 to a pixel at 96 dots per inch.
@@ -44,11 +45,23 @@ struct Place {
 std::span<const ControlLayout> layout();
 
 // Where a control is while the client area has this size. The three columns share the width beyond
-// the design's; the file list and the text boxes take the height beyond it.
+// the design's; the file list and the text boxes take the height beyond it, and give what a small
+// screen lacks.
 Place placeof(const ControlLayout& row, int clientwidth, int clientheight);
 
-// How wide a label sized to its text can be, in twips, before it meets its right-hand neighbour.
-int roomof(const ControlLayout& row);
+// How wide a label sized to its text can be, in twips, before it meets the right-hand neighbour
+// that is visible on the form.
+int roomof(const ControlLayout& row, const Form1& form);
+
+// How a caption is lettered: in points, and the letters' width in hundredths of their own.
+struct Lettering {
+  double points;
+  int stretch = 100;
+};
+
+// The lettering in which a caption of so many points `fits`: narrower and smaller by as little as
+// will do, and easy to read if it can be. The smallest of all where none fits.
+Lettering fitlettering(double points, const std::function<bool(const Lettering&)>& fits);
 
 // Gives the form's controls and its window their initial state.
 void applylayout(Form1& form);

@@ -1,4 +1,6 @@
 // How a map gives way to its converted self.
+#include "platform/replacing.h"
+
 #include "tests/support/testmachine.h"
 
 #include <gtest/gtest.h>
@@ -12,16 +14,74 @@ using Tree = std::map<std::string, std::string>;
 
 namespace {
 
+// A folder in which one step fails, alone or with all that follow it, as if the run ended there.
+class FailingFolder : public MapFolder {
+public:
+  FailingFolder(std::unique_ptr<MapFolder> real, int itsfault, bool andtherest, bool knowslinks)
+      : folder(std::move(real)), fault(itsfault), lasting(andtherest), links(knowslinks) {}
+
+  bool failed = false;
+
+  std::string spelled(const std::string& name) override { return folder->spelled(name); }
+  Kind kindof(const std::string& name) override { return folder->kindof(name); }
+  Answer<bool> lock(const std::string& name) override {
+    return attempt([&] { return folder->lock(name); });
+  }
+  Answer<bool> holds(const std::string& name, std::string_view text) override {
+    return attempt([&] { return folder->holds(name, text); });
+  }
+  Answer<Done> flush(const std::string& name) override {
+    return attempt([&] { return folder->flush(name); });
+  }
+  Answer<std::string> writetemporary(std::string_view text, const std::string& like) override {
+    return attempt([&] { return folder->writetemporary(text, like); });
+  }
+  void remove(const std::string& name) override {
+    if (!fails())
+      folder->remove(name);
+  }
+  Answer<Done> rename(const std::string& from, const std::string& to,
+                      const std::string& kept) override {
+    return attempt([&] { return folder->rename(from, to, kept); });
+  }
+  Answer<bool> renamefree(const std::string& from, const std::string& to) override {
+    return attempt([&] { return folder->renamefree(from, to); });
+  }
+  Answer<bool> link(const std::string& from, const std::string& to) override {
+    return attempt([&] { return links ? folder->link(from, to) : Answer<bool>(false); });
+  }
+
+private:
+  bool fails() {
+    ++step;
+    const bool now = lasting ? step >= fault : step == fault;
+    failed = failed || now;
+    return now;
+  }
+  template <class Step> auto attempt(const Step& real) -> decltype(real()) {
+    return fails() ? decltype(real())(Reason{"it fails"}) : real();
+  }
+
+  const std::unique_ptr<MapFolder> folder;
+  const int fault;
+  const bool lasting, links;
+  int step = 0;
+};
+
 class Replace : public testing::Test {
 protected:
   Replace() { writefile(maps / "a.galaxy", "old"); }
 
-  Result<Done> replace(std::string_view was = "old", bool withfix = false) {
+  static Replacement wanted(std::string_view was, bool withfix) {
     std::vector<NewFile> put;
     if (withfix)
       put.push_back({"C:\\m\\a.galfix", "fix"});
     put.push_back({"C:\\m\\a.galaxy", "new"});
-    return files->replace({"C:\\m\\a.galaxy", was, put, "C:\\m\\a.galold"});
+    return {"C:\\m\\a.galaxy", was, put, "C:\\m\\a.galold"};
+  }
+
+  Result<Done> replace(std::string_view was = "old", bool withfix = false) {
+    return files->replace(wanted(was, withfix));
   }
 
   TestMachine machine;
@@ -114,4 +174,71 @@ TEST_F(Replace, SeesBackupsThatOthersMakeMeanwhile) {
   EXPECT_TRUE(bool(replace("old2")));
   EXPECT_EQ(tree(maps),
             (Tree{{"a.galaxy", "new"}, {"a.galold", "old2"}, {"A.GALOLD2", "old"}, {"touch", ""}}));
+}
+
+TEST_F(Replace, KeepsThePromiseWhicheverStepFails) {
+  const Tree before = {{"a.galaxy", "old"}, {"A.GALOLD", "first"}, {"b.galaxy", "other"}};
+  const Tree finished = {{"a.galaxy", "new"},
+                         {"a.galfix", "fix"},
+                         {"a.galold", "old"},
+                         {"A.GALOLD2", "first"},
+                         {"b.galaxy", "other"}};
+  const Replacement replacement = wanted("old", true);
+  const auto failsat = [&](int step, bool lasting, bool links) {
+    fs::remove_all(maps);
+    for (const auto& [name, text] : before)
+      writefile(maps / name, text);
+    FailingFolder folder(machine.mapfolder(maps), step, lasting, links);
+    const auto done = Replacing(folder, "a.galaxy", replacement).run();
+    EXPECT_EQ(bool(done), !folder.failed);
+    EXPECT_TRUE(bool(done) || done.failure().reason == "it fails");
+    return folder.failed;
+  };
+  for (const bool lasting : {false, true}) {
+    for (const bool links : {false, true}) {
+      int step = 1;
+      for (; failsat(step, lasting, links); ++step) {
+        SCOPED_TRACE(step);
+        Tree left = tree(maps);
+        EXPECT_EQ(left["a.galaxy"], "old");
+        EXPECT_EQ(left["b.galaxy"], "other");
+        EXPECT_TRUE(left["A.GALOLD"] == "first" || left["A.GALOLD2"] == "first");
+        for (const auto& [name, text] : left)
+          EXPECT_TRUE(lasting || !MapFolder::istemporary(name)) << name;
+        EXPECT_TRUE(bool(files->list("C:\\m", "*")));
+        EXPECT_TRUE(bool(replace("old", true)));
+        EXPECT_EQ(tree(maps), finished);
+      }
+      EXPECT_GT(step, 8);
+      EXPECT_EQ(tree(maps), finished);
+    }
+  }
+}
+
+TEST_F(Replace, TwoRunsKeepApart) {
+  auto other = machine.mapfolder(maps);
+  ASSERT_TRUE(*other->lock("a.galaxy"));
+  const Tree before = tree(maps);
+  EXPECT_EQ(replace().failure().reason, "another run is converting it");
+  EXPECT_EQ(tree(maps), before);
+  other.reset();
+  EXPECT_TRUE(bool(replace()));
+}
+
+TEST_F(Replace, ListingClearsWhatAKilledRunLeftAndNothingElse) {
+  const char* const strangers[] = {".vora-map-updater-.tmp", ".vora-map-updater-1x.tmp",
+                                   ".vora-map-updater-1.tmp2", "vora-map-updater-1.tmp"};
+  for (const char* name : strangers)
+    writefile(maps / name, "x");
+  fs::create_directory(maps / ".vora-map-updater-2.tmp");
+  auto living = machine.mapfolder(maps);
+  ASSERT_TRUE(bool(living->writetemporary("x", "a.galaxy")));
+  const Tree kept = tree(maps);
+  writefile(maps / ".vora-map-updater-17.tmp", "x");
+  EXPECT_TRUE(bool(files->list("C:\\m", "*")));
+  EXPECT_EQ(tree(maps), kept);
+  EXPECT_TRUE(fs::is_directory(maps / ".vora-map-updater-2.tmp"));
+  living.reset();
+  EXPECT_TRUE(bool(files->list("C:\\m", "*")));
+  EXPECT_EQ(tree(maps).size(), 1 + std::size(strangers));
 }

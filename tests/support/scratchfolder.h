@@ -16,15 +16,18 @@
 // The path that the system takes for one of the program's, however long it is.
 inline std::filesystem::path systempath(const std::string& path) { return (*locate(path)).wide(); }
 
-// Removes a folder with all that is in it, whatever its attributes and depth.
+// Removes a folder with all that is in it, whatever its attributes and depth; links alone, never
+// what they lead to.
 inline void removefolder(const std::wstring& folder) {
   eachentry(folder, [&](const WIN32_FIND_DATAW& entry) {
     const std::wstring path = folder + L"\\" + entry.cFileName;
     SetFileAttributesW(path.c_str(), FILE_ATTRIBUTE_NORMAL);
-    if (entry.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY)
-      removefolder(path);
-    else
+    if (!(entry.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY))
       DeleteFileW(path.c_str());
+    else if (islink(entry))
+      RemoveDirectoryW(path.c_str());
+    else
+      removefolder(path);
   });
   RemoveDirectoryW(folder.c_str());
 }

@@ -4,6 +4,7 @@
 
 #include "form/form1.h"
 #include "platform/files.h"
+#include "platform/mapfolder.h"
 #include "platform/system.h"
 #include "tests/support/recordingscreen.h"
 #include "tools/executable.h"
@@ -41,6 +42,9 @@ public:
   // What a program on the machine works with; `arguments` is its command line.
   std::unique_ptr<Files> files() const;
   std::unique_ptr<System> system(const std::string& arguments) const;
+
+  // The steps of a replacement in one of its folders.
+  std::unique_ptr<MapFolder> mapfolder(const std::filesystem::path& folder) const;
 
   // A small set of data files for format version 4, with templates for version 3 and the
   // expansion's fix pass; the target releases are 1.2.3.4 and 5.6.7.8.

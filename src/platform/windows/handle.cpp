@@ -7,8 +7,7 @@
 
 namespace {
 
-constexpr DWORD firstwait = 10;     // milliseconds
-constexpr DWORD longestwait = 640;  // 1,270 in all
+constexpr DWORD longestwait = 480;  // milliseconds; 945 in all
 
 DWORD piece(std::size_t size) {
   return static_cast<DWORD>(std::min<std::size_t>(size, 1 << 20));  // of one call
@@ -21,23 +20,28 @@ bool Handle::close() {
   return closing == INVALID_HANDLE_VALUE || CloseHandle(closing);
 }
 
-bool retrying(std::initializer_list<DWORD> errors, const std::function<bool()>& attempt) {
-  for (DWORD wait = firstwait;; wait *= 2) {
+bool Patience::retry(std::initializer_list<DWORD> errors, const std::function<bool()>& attempt) {
+  for (;; next *= 2) {
     if (attempt())
       return true;
     const DWORD error = GetLastError();
-    if (wait > longestwait || std::find(errors.begin(), errors.end(), error) == errors.end())
+    if (next > longestwait || std::find(errors.begin(), errors.end(), error) == errors.end())
       return false;
-    Sleep(wait);
+    wait(next);
   }
 }
 
 Handle openfile(const std::wstring& path, DWORD access, DWORD creation, DWORD flags) {
+  return Handle(CreateFileW(path.c_str(), access,
+                            FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
+                            creation, flags, nullptr));
+}
+
+Handle openheld(Patience& patience, const std::wstring& path, DWORD access, DWORD creation,
+                DWORD flags) {
   Handle file;
-  retrying(held, [&] {
-    file = Handle(CreateFileW(path.c_str(), access,
-                              FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
-                              creation, flags, nullptr));
+  patience.retry(held, [&] {
+    file = openfile(path, access, creation, flags);
     return bool(file);
   });
   return file;

@@ -16,7 +16,9 @@
 // An open file or folder, or none.
 class Handle {
 public:
-  explicit Handle(HANDLE opened = INVALID_HANDLE_VALUE) : handle(opened) {}
+  // Some calls answer null for none.
+  explicit Handle(HANDLE opened = INVALID_HANDLE_VALUE)
+      : handle(opened ? opened : INVALID_HANDLE_VALUE) {}
   Handle(Handle&& other) noexcept : handle(std::exchange(other.handle, INVALID_HANDLE_VALUE)) {}
   Handle& operator=(Handle&& other) noexcept {
     std::swap(handle, other.handle);
@@ -41,12 +43,29 @@ inline constexpr std::initializer_list<DWORD> held = {ERROR_SHARING_VIOLATION,
 inline constexpr std::initializer_list<DWORD> heldordenied = {
     ERROR_SHARING_VIOLATION, ERROR_LOCK_VIOLATION, ERROR_ACCESS_DENIED, ERROR_USER_MAPPED_FILE};
 
-// Makes an attempt, and while it fails with one of `errors` makes it again: virus scanners and
-// indexers hold a file for a moment. The waits double and last under two seconds in all.
-bool retrying(std::initializer_list<DWORD> errors, const std::function<bool()>& attempt);
+// Waits for files that another program holds for a moment, as virus scanners and indexers do. The
+// waits double and last under a second in all, however many files are waited for: a map is waited
+// for under two seconds, once to be read and once to be replaced.
+class Patience {
+public:
+  using Wait = std::function<void(DWORD milliseconds)>;
+
+  explicit Patience(Wait itswait = Sleep) : wait(std::move(itswait)) {}
+
+  // Makes an attempt, and makes it again while it fails with one of `errors`.
+  bool retry(std::initializer_list<DWORD> errors, const std::function<bool()>& attempt);
+
+private:
+  Wait wait;
+  DWORD next = 15;  // milliseconds
+};
 
 // Opens a file as CreateFileW does, shared with everybody. No handle on failure.
 Handle openfile(const std::wstring& path, DWORD access, DWORD creation, DWORD flags);
+
+// The same, waiting for a file that is held.
+Handle openheld(Patience& patience, const std::wstring& path, DWORD access, DWORD creation,
+                DWORD flags);
 
 // What a handle leads to: nothing on failure.
 std::optional<BY_HANDLE_FILE_INFORMATION> informationof(const Handle& file);

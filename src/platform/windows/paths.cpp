@@ -19,9 +19,8 @@ bool isseparator(char c) { return c == '\\' || c == '/'; }
 char upper(char c) { return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c; }
 
 std::string currentfolder() {
-  std::wstring folder(GetCurrentDirectoryW(0, nullptr), L'\0');
-  folder.resize(GetCurrentDirectoryW(static_cast<DWORD>(folder.size()), folder.data()));
-  return narrow(folder);
+  return narrow(
+      systemtext([](wchar_t* folder, DWORD size) { return GetCurrentDirectoryW(size, folder); }));
 }
 
 // `rest` with the names of a share's server and folder taken off.

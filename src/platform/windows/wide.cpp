@@ -37,3 +37,18 @@ std::optional<std::string> tocodepage(std::string_view text) {
   std::string bytes = encode(CP_ACP, WC_NO_BEST_FIT_CHARS, widen(text), &lacking);
   return lacking ? std::nullopt : std::optional(std::move(bytes));
 }
+
+std::optional<std::string> codepagepath(const std::string& path) {
+  if (auto name = tocodepage(path))
+    return name;
+  const std::wstring wide = widen(path);
+  const std::wstring name = systemtext(
+      [&](wchar_t* text, DWORD size) { return GetShortPathNameW(wide.c_str(), text, size); });
+  return name.empty() ? std::nullopt : tocodepage(narrow(name));
+}
+
+std::wstring systemtext(const AskText& ask) {
+  std::wstring text(ask(nullptr, 0), L'\0');
+  text.resize(ask(text.data(), static_cast<unsigned long>(text.size())));
+  return text;
+}

@@ -2,6 +2,7 @@
 // the code page of the facilities named with an A. They change here alone.
 #pragma once
 
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -15,3 +16,12 @@ std::string fromcodepage(std::string_view text);
 
 // A text in the code page; nothing when that lacks one of its characters.
 std::optional<std::string> tocodepage(std::string_view text);
+
+// A file's path in the code page, by the short names of its folders where that lacks one of their
+// characters; nothing when they have none.
+std::optional<std::string> codepagepath(const std::string& path);
+
+// What a call of the system gives that answers the length of a text, or else the size that it
+// needs; empty when it fails.
+using AskText = std::function<unsigned long(wchar_t* text, unsigned long size)>;
+std::wstring systemtext(const AskText& ask);

@@ -65,8 +65,9 @@ Result<Done> writetext(const std::string& path, std::string_view text, bool aten
   const auto location = locate(path);
   if (!location)
     return location.failure();
-  Handle file = openfile(location->wide(), atend ? FILE_APPEND_DATA : GENERIC_WRITE, OPEN_ALWAYS,
-                         FILE_ATTRIBUTE_NORMAL | FILE_FLAG_OPEN_REPARSE_POINT);
+  Patience patience;
+  Handle file = openheld(patience, location->wide(), atend ? FILE_APPEND_DATA : GENERIC_WRITE,
+                         OPEN_ALWAYS, FILE_ATTRIBUTE_NORMAL | FILE_FLAG_OPEN_REPARSE_POINT);
   if (!file)
     return failure(path, "write it");
   const auto found = findfile(location->wide());
@@ -101,13 +102,18 @@ Result<std::vector<Entry>> WindowsFiles::list(const std::string& folder, std::st
   const std::wstring path = location->wide();
   const std::wstring start = path.ends_with(L'\\') ? path : path + L"\\";
   std::vector<Entry> entries;
+  std::vector<std::wstring> leftover;
   const bool complete = eachentry(path, [&](const WIN32_FIND_DATAW& found) {
-    auto entry = entryof(found, start + found.cFileName);
-    if (entry && (entry->folder || matchespattern(entry->name, pattern)))
+    if (!isfolder(found.dwFileAttributes) && MapFolder::istemporary(narrow(found.cFileName)))
+      leftover.emplace_back(found.cFileName);
+    else if (auto entry = entryof(found, start + found.cFileName);
+             entry && (entry->folder || matchespattern(entry->name, pattern)))
       entries.push_back(*std::move(entry));
   });
   if (!complete)
     return failure(folder, "list the folder");
+  for (const std::wstring& name : leftover)
+    clearleftover(start, name);
   sortentries(entries, lowercase);
   return entries;
 }
@@ -135,7 +141,8 @@ Result<std::string> WindowsFiles::read(const std::string& path) {
   const auto location = locate(path);
   if (!location)
     return location.failure();
-  const Handle file = openfile(location->wide(), GENERIC_READ, OPEN_EXISTING, 0);
+  Patience patience;
+  const Handle file = openheld(patience, location->wide(), GENERIC_READ, OPEN_EXISTING, 0);
   LARGE_INTEGER size;
   if (!file)
     return failure(path, "read it");

@@ -2,6 +2,7 @@
 #include "platform/windows/windowsmapfolder.h"
 
 #include "platform/windows/findfile.h"
+#include "platform/windows/namelock.h"
 #include "platform/windows/wide.h"
 
 namespace {
@@ -46,18 +47,21 @@ private:
   DWORD attributes;
 };
 
-bool movefile(const std::wstring& from, const std::wstring& to, DWORD flags) {
-  return retrying(heldordenied, [&] {
-    return MoveFileExW(from.c_str(), to.c_str(), flags | MOVEFILE_WRITE_THROUGH) != 0;
-  });
+bool deletefile(const std::wstring& path) {
+  Writable writable(path);
+  const bool deleted = DeleteFileW(path.c_str());
+  if (deleted)
+    writable.forget();
+  return deleted;
 }
 
 bool istaken(DWORD error) { return error == ERROR_ALREADY_EXISTS || error == ERROR_FILE_EXISTS; }
 
 }  // namespace
 
-WindowsMapFolder::WindowsMapFolder(std::wstring path)
-    : folder(path.ends_with(L'\\') ? std::move(path) : path + L"\\") {}
+WindowsMapFolder::WindowsMapFolder(std::wstring path, Patience itspatience)
+    : folder(path.ends_with(L'\\') ? std::move(path) : path + L"\\"),
+      patience(std::move(itspatience)) {}
 
 std::wstring WindowsMapFolder::pathof(const std::string& name) const {
   return folder + widen(name);
@@ -66,6 +70,16 @@ std::wstring WindowsMapFolder::pathof(const std::string& name) const {
 std::string WindowsMapFolder::spelled(const std::string& name) {
   const auto found = findfile(pathof(name));
   return found ? narrow(found->cFileName) : "";
+}
+
+MapFolder::Answer<bool> WindowsMapFolder::lock(const std::string& name) {
+  Handle taken = lockname(folder, widen(name));
+  if (!taken && istaken(GetLastError()))
+    return false;
+  if (!taken)
+    return lasterror();
+  locked.push_back(std::move(taken));
+  return true;
 }
 
 MapFolder::Answer<MapFolder::Kind> WindowsMapFolder::kindof(const std::string& name) {
@@ -85,7 +99,7 @@ MapFolder::Answer<bool> WindowsMapFolder::holds(const std::string& name, std::st
     return kind.failure();
   if (*kind == Kind::other)
     return false;
-  const Handle file = openfile(pathof(name), GENERIC_READ, OPEN_EXISTING, 0);
+  const Handle file = openheld(patience, pathof(name), GENERIC_READ, OPEN_EXISTING, 0);
   if (!file)
     return lasterror();
   const auto same =
@@ -97,7 +111,7 @@ MapFolder::Answer<bool> WindowsMapFolder::holds(const std::string& name, std::st
 
 MapFolder::Answer<Done> WindowsMapFolder::flush(const std::string& name) {
   const Writable writable(pathof(name));
-  const Handle file = openfile(pathof(name), GENERIC_WRITE, OPEN_EXISTING, 0);
+  const Handle file = openheld(patience, pathof(name), GENERIC_WRITE, OPEN_EXISTING, 0);
   if (!file || !FlushFileBuffers(file.get()))
     return lasterror();
   return Done{};
@@ -106,10 +120,14 @@ MapFolder::Answer<Done> WindowsMapFolder::flush(const std::string& name) {
 MapFolder::Answer<std::string> WindowsMapFolder::makefile(Handle& file) {
   for (int attempt = 0; attempt < attempts; ++attempt) {
     std::string free = temporaryname();
-    file = openfile(pathof(free), GENERIC_WRITE, CREATE_NEW, FILE_ATTRIBUTE_HIDDEN);
+    const auto ours = lock(free);
+    if (!ours)
+      return ours.failure();
+    file =
+        *ours ? openfile(pathof(free), GENERIC_WRITE, CREATE_NEW, FILE_ATTRIBUTE_HIDDEN) : Handle();
     if (file)
       return free;
-    if (!istaken(GetLastError()))
+    if (*ours && !istaken(GetLastError()))
       break;
   }
   return lasterror();
@@ -134,9 +152,14 @@ MapFolder::Answer<std::string> WindowsMapFolder::writetemporary(std::string_view
 }
 
 void WindowsMapFolder::remove(const std::string& name) {
-  Writable writable(pathof(name));
-  if (retrying(heldordenied, [&] { return DeleteFileW(pathof(name).c_str()) != 0; }))
-    writable.forget();
+  patience.retry(heldordenied, [&] { return deletefile(pathof(name)); });
+}
+
+bool WindowsMapFolder::movefile(const std::string& from, const std::string& to, DWORD flags) {
+  return patience.retry(heldordenied, [&] {
+    return MoveFileExW(pathof(from).c_str(), pathof(to).c_str(), flags | MOVEFILE_WRITE_THROUGH) !=
+           0;
+  });
 }
 
 void WindowsMapFolder::show(const std::string& name) {
@@ -151,7 +174,7 @@ MapFolder::Answer<Done> WindowsMapFolder::rename(const std::string& from, const 
   const DWORD keptattributes = kept.empty() ? 0 : GetFileAttributesW(pathof(kept).c_str());
   Writable target(pathof(to));
   show(from);
-  if (!movefile(pathof(from), pathof(to), MOVEFILE_REPLACE_EXISTING))
+  if (!movefile(from, to, MOVEFILE_REPLACE_EXISTING))
     return lasterror();
   target.forget();
   if (isreadonly(keptattributes))
@@ -162,7 +185,7 @@ MapFolder::Answer<Done> WindowsMapFolder::rename(const std::string& from, const 
 MapFolder::Answer<bool> WindowsMapFolder::renamefree(const std::string& from,
                                                      const std::string& to) {
   show(from);
-  if (movefile(pathof(from), pathof(to), 0))
+  if (movefile(from, to, 0))
     return true;
   if (istaken(GetLastError()))
     return false;
@@ -176,4 +199,12 @@ MapFolder::Answer<bool> WindowsMapFolder::link(const std::string& from, const st
   if (istaken(GetLastError()))
     return lasterror();
   return false;
+}
+
+void clearleftover(const std::wstring& folder, const std::wstring& name) {
+  const std::wstring path = folder + name;
+  const Handle lock = lockname(folder, name);
+  const auto found = lock ? findfile(path) : std::nullopt;
+  if (found && !(found->dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) && !islink(*found))
+    deletefile(path);
 }

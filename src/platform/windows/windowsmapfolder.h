@@ -4,12 +4,15 @@
 #include "platform/mapfolder.h"
 #include "platform/windows/handle.h"
 
+#include <vector>
+
 class WindowsMapFolder : public MapFolder {
 public:
-  // The folder's path in its long form.
-  explicit WindowsMapFolder(std::wstring path);
+  // The folder's path in its long form. All steps together wait as long as `itspatience` lasts.
+  explicit WindowsMapFolder(std::wstring path, Patience itspatience = Patience());
 
   std::string spelled(const std::string& name) override;
+  Answer<bool> lock(const std::string& name) override;
   Answer<Kind> kindof(const std::string& name) override;
   Answer<bool> holds(const std::string& name, std::string_view text) override;
   Answer<Done> flush(const std::string& name) override;
@@ -27,5 +30,15 @@ private:
   // Takes a temporary file's hiding away, just before it takes its name.
   void show(const std::string& name);
 
+  bool movefile(const std::string& from, const std::string& to, DWORD flags);
+
   const std::wstring folder;  // ends in "\"
+  Patience patience;
+  std::vector<Handle> locked;  // against other runs, until the replacement is over
 };
+
+// Removes the temporary file `name` that a killed run left in a folder, whose path ends in "\". The
+// rule: the name is exactly one of `MapFolder::temporaryname`, it is an ordinary file and no link,
+// and its lock can be had: a run holds those of its files, and Windows lets go of them when the run
+// is killed.
+void clearleftover(const std::wstring& folder, const std::wstring& name);

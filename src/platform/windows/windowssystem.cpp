@@ -18,15 +18,23 @@ constexpr char noscripthost[] =
     "The Windows script host, through which the registry is read, is not available.\r\n"
     "The program goes on as if no edition of the game were registered.";
 
-// The block of a file's version information; empty when there is none.
-std::string versioninformation(const std::string& path) {
-  const auto name = tocodepage(path);
+// The block of the version information of a file by its wide name; empty when there is none.
+std::string wideinformation(const std::wstring& name) {
   DWORD unused = 0;
-  const DWORD size = name ? GetFileVersionInfoSizeA(name->c_str(), &unused) : 0;
+  const DWORD size = GetFileVersionInfoSizeW(name.c_str(), &unused);
   std::string block(size, '\0');
-  if (size == 0 || !GetFileVersionInfoA(name->c_str(), 0, size, block.data()))
-    return "";
-  return block;
+  return size && GetFileVersionInfoW(name.c_str(), 0, size, block.data()) ? block : "";
+}
+
+// The same, by the name that a file has in the code page, where it has one.
+std::string versioninformation(const std::string& path) {
+  const auto name = codepagepath(path);
+  if (!name)
+    return wideinformation(widen(path));
+  DWORD unused = 0;
+  const DWORD size = GetFileVersionInfoSizeA(name->c_str(), &unused);
+  std::string block(size, '\0');
+  return size && GetFileVersionInfoA(name->c_str(), 0, size, block.data()) ? block : "";
 }
 
 }  // namespace
@@ -65,10 +73,9 @@ bool WindowsSystem::regdelete(const std::string& valuepath) {
 
 std::string WindowsSystem::environment(const std::string& name) {
   const std::wstring wide = widen(name);
-  std::wstring value(GetEnvironmentVariableW(wide.c_str(), nullptr, 0), L'\0');
-  const auto size = static_cast<DWORD>(value.size());
-  value.resize(GetEnvironmentVariableW(wide.c_str(), value.data(), size));
-  return narrow(value);
+  return narrow(systemtext([&](wchar_t* value, DWORD size) {
+    return GetEnvironmentVariableW(wide.c_str(), value, size);
+  }));
 }
 
 std::optional<OsVersion> WindowsSystem::osversion() {
@@ -80,10 +87,18 @@ std::optional<OsVersion> WindowsSystem::osversion() {
 }
 
 FolderPath WindowsSystem::folderpath(std::uint32_t csidl) {
+  const int folder = static_cast<int>(csidl);
   std::array<char, MAX_PATH> path{};
   const HRESULT status =
-      SHGetFolderPathA(nullptr, static_cast<int>(csidl), nullptr, SHGFP_TYPE_CURRENT, path.data());
-  return {static_cast<std::uint32_t>(status), fromcodepage(path.data())};
+      SHGetFolderPathA(nullptr, folder, nullptr, SHGFP_TYPE_CURRENT, path.data());
+  FolderPath answer{static_cast<std::uint32_t>(status), fromcodepage(path.data())};
+  // The code page's answer has other characters for those that it lacks.
+  std::array<wchar_t, MAX_PATH> wide{};
+  if (answer.status == FolderPath::ok &&
+      SHGetFolderPathW(nullptr, folder, nullptr, SHGFP_TYPE_CURRENT, wide.data()) == S_OK &&
+      !tocodepage(narrow(wide.data())))
+    answer.path = narrow(wide.data());
+  return answer;
 }
 
 std::optional<ProductVersion> WindowsSystem::productversion(const std::string& path) {

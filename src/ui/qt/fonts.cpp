@@ -8,10 +8,6 @@
 
 namespace {
 
-constexpr int narroweststretch = 75;  // hundredths of a letter's own width
-constexpr double smallestpoints = 4;
-constexpr double steppoints = 0.25;
-
 // Each list goes from the font itself to the widest that will do.
 QStringList families(const char* name) {
   if (std::strcmp(name, "Arial Narrow") == 0)
@@ -39,13 +35,13 @@ bool fits(const QFont& font, const QString& text, const Room& room) {
 }
 
 QFont fitted(const QFont& font, const QString& text, const Room& room) {
-  QFont result = font;
-  for (int stretch = 95; !fits(result, text, room) && stretch >= narroweststretch; stretch -= 5)
-    result.setStretch(stretch);
-  if (fits(result, text, room))
+  const auto lettered = [&](const Lettering& lettering) {
+    QFont result = font;
+    result.setPointSizeF(lettering.points);
+    result.setStretch(lettering.stretch);
     return result;
-  result = font;
-  while (result.pointSizeF() > smallestpoints && !fits(result, text, room))
-    result.setPointSizeF(result.pointSizeF() - steppoints);
-  return result;
+  };
+  return lettered(fitlettering(font.pointSizeF(), [&](const Lettering& lettering) {
+    return fits(lettered(lettering), text, room);
+  }));
 }

@@ -19,6 +19,5 @@ struct Room {
 
 bool fits(const QFont& font, const QString& text, const Room& room);
 
-// `font`, made narrower, or where that is not enough smaller, until `text` fits, though never too
-// small to read.
+// `font` in the lettering in which `text` fits.
 QFont fitted(const QFont& font, const QString& text, const Room& room);

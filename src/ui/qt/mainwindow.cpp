@@ -52,9 +52,17 @@ void MainWindow::refresh(const Control& control) {
   mirror.widget->setToolTip(plaintip(control.tooltip()));
   const bool appears = control.visible() && mirror.widget->isHidden();
   mirror.widget->setVisible(control.visible());
-  // The work of a silent run may follow, which does not yield.
-  if (appears)
-    mirror.widget->repaint();
+  if (!appears || !isVisible())
+    return;
+  makeroom();
+  repaint();  // the work of a silent run may follow, which does not yield
+}
+
+// What appears takes room from the labels beside it.
+void MainWindow::makeroom() const {
+  for (const auto& [control, mirror] : mirrors)
+    if (mirror.row->sizedtotext)
+      mirror.show();
 }
 
 void MainWindow::append(const Control& control, std::string_view text) {

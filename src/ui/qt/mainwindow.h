@@ -26,6 +26,7 @@ protected:
   void resizeEvent(QResizeEvent* event) override;
 
 private:
+  void makeroom() const;
   void place();
 
   Form1& form;

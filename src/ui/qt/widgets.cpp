@@ -41,9 +41,9 @@ std::function<void()> makebutton(const ControlLayout& row, Form1& form, QPushBut
     if (auto* widget = button->window()->findChild<QWidget*>(next))
       widget->setFocus();
   });
-  return [&row, &control, button] {
+  return [&row, &form, &control, button] {
     const QString caption = qtext(control.text());
-    button->setFont(fitted(fontof(row.font), caption, roomfor(row, *button)));
+    button->setFont(fitted(fontof(row.font), caption, roomfor(row, form, *button)));
     button->setText(caption);
   };
 }
@@ -59,9 +59,9 @@ std::function<void()> makelabel(const ControlLayout& row, Form1& form, QLabel* l
   label->setTextFormat(Qt::PlainText);
   label->setAlignment(alignment(row.align));
   label->setWordWrap(!row.sizedtotext);
-  return [&row, &control, label] {
+  return [&row, &form, &control, label] {
     const QString caption = qtext(control.text());
-    label->setFont(fitted(fontof(row.font), caption, roomfor(row, *label)));
+    label->setFont(fitted(fontof(row.font), caption, roomfor(row, form, *label)));
     label->setText(caption);
     if (row.sizedtotext)
       label->adjustSize();
@@ -216,9 +216,9 @@ int pixels(int twips, const QWidget& widget) {
   return qRound(twips * widget.logicalDpiX() / double(twipsperinch));
 }
 
-Room roomfor(const ControlLayout& row, const QWidget& widget) {
+Room roomfor(const ControlLayout& row, const Form1& form, const QWidget& widget) {
   if (row.sizedtotext)
-    return {{pixels(roomof(row), widget), QWIDGETSIZE_MAX}};
+    return {{pixels(roomof(row, form), widget), QWIDGETSIZE_MAX}};
   const QSize size(pixels(row.width, widget), pixels(row.height, widget));
   if (row.kind == Kind::button)
     return {size - buttonframe};

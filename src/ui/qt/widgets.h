@@ -20,7 +20,7 @@ struct Mirror {
 Mirror makemirror(const ControlLayout& row, Form1& form, QWidget* window);
 
 // What the caption of a row's button or label may take.
-Room roomfor(const ControlLayout& row, const QWidget& widget);
+Room roomfor(const ControlLayout& row, const Form1& form, const QWidget& widget);
 
 // The pixels on a widget's screen of a length in twips.
 int pixels(int twips, const QWidget& widget);

@@ -73,7 +73,7 @@ void fillrows(const Mirror& mirror, const std::vector<std::wstring>& rows) {
     SendMessageW(window, LB_ADDSTRING, 0, reinterpret_cast<LPARAM>(row.c_str()));
   int width = 0;
   for (const std::wstring& row : rows)
-    width = std::max(width, textwidth(window, mirror.font.get(), row));
+    width = std::max(width, textwidth(mirror.font.get(), row));
   SendMessageW(window, LB_SETHORIZONTALEXTENT, static_cast<WPARAM>(width + margin), 0);
   SendMessageW(window, WM_SETREDRAW, TRUE, 0);
   InvalidateRect(window, nullptr, TRUE);
@@ -121,16 +121,6 @@ void openselected(HWND window, Form1& form) {
 }
 
 }  // namespace
-
-int textwidth(HWND window, HFONT font, const std::wstring& text) {
-  const HDC context = GetDC(window);
-  const HGDIOBJ before = SelectObject(context, font);
-  SIZE size{};
-  GetTextExtentPoint32W(context, text.c_str(), static_cast<int>(text.size()), &size);
-  SelectObject(context, before);
-  ReleaseDC(window, context);
-  return size.cx;
-}
 
 HWND makecontrol(const ControlLayout& row, HWND parent, int identifier) {
   const Style style = styleof(row);

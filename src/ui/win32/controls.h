@@ -14,11 +14,9 @@ struct Mirror {
   const ControlLayout* row;
   Control* control;
   HWND window;
-  FontHandle font;
+  FontHandle font;     // that of the layout
+  FontHandle fitting;  // one in which its caption fits, where that needs another
 };
-
-// The pixels that a line of text takes in a window.
-int textwidth(HWND window, HFONT font, const std::wstring& text);
 
 // Makes the control of a row in `parent`, which owns it. Null on failure.
 HWND makecontrol(const ControlLayout& row, HWND parent, int identifier);

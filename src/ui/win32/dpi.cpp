@@ -5,10 +5,24 @@
 
 namespace {
 
-// A function of user32.dll by its name; null where it is not known.
-template <class Function> Function userfunction(const char* name) {
-  const FARPROC found = GetProcAddress(GetModuleHandleW(L"user32.dll"), name);
+// A function of a library of the system by its name; null where it is not known. The library stays
+// loaded.
+template <class Function> Function functionof(const wchar_t* library, const char* name) {
+  const HMODULE loaded = LoadLibraryExW(library, nullptr, LOAD_LIBRARY_SEARCH_SYSTEM32);
+  const FARPROC found = loaded ? GetProcAddress(loaded, name) : nullptr;
   return reinterpret_cast<Function>(reinterpret_cast<void*>(found));
+}
+
+// That of the window's monitor as Windows 8.1 and the first 10 tell it; 0 where they are older.
+UINT monitordpi(HWND window) {
+  using Ask = HRESULT(WINAPI*)(HMONITOR, int, UINT*, UINT*);
+  static const auto ask = functionof<Ask>(L"shcore.dll", "GetDpiForMonitor");
+  constexpr int effective = 0;
+  UINT across = 0;
+  UINT down = 0;
+  if (ask)
+    ask(MonitorFromWindow(window, MONITOR_DEFAULTTONEAREST), effective, &across, &down);
+  return across;
 }
 
 // That of all monitors, on a system that does not tell them apart.
@@ -22,13 +36,16 @@ UINT systemdpi() {
 }  // namespace
 
 UINT dpiof(HWND window) {
-  static const auto ask = userfunction<UINT(WINAPI*)(HWND)>("GetDpiForWindow");
-  return ask ? ask(window) : systemdpi();
+  static const auto ask = functionof<UINT(WINAPI*)(HWND)>(L"user32.dll", "GetDpiForWindow");
+  if (ask)
+    return ask(window);
+  const UINT dpi = monitordpi(window);
+  return dpi ? dpi : systemdpi();
 }
 
 SIZE framedsize(HWND window, SIZE client) {
-  static const auto ask =
-      userfunction<BOOL(WINAPI*)(RECT*, DWORD, BOOL, DWORD, UINT)>("AdjustWindowRectExForDpi");
+  static const auto ask = functionof<BOOL(WINAPI*)(RECT*, DWORD, BOOL, DWORD, UINT)>(
+      L"user32.dll", "AdjustWindowRectExForDpi");
   const auto style = static_cast<DWORD>(GetWindowLongPtrW(window, GWL_STYLE));
   const auto extended = static_cast<DWORD>(GetWindowLongPtrW(window, GWL_EXSTYLE));
   RECT frame{0, 0, client.cx, client.cy};

@@ -1,4 +1,4 @@
-// A font of the layout, for a monitor.
+// A font of the layout, for a monitor, and captions that fit their room.
 #include "ui/win32/font.h"
 
 #include "platform/windows/wide.h"
@@ -9,12 +9,29 @@ namespace {
 
 constexpr double pointsperinch = 72;
 
-}  // namespace
+// The screen with a font, for measuring.
+class Measure {
+public:
+  explicit Measure(HFONT font) : context(GetDC(nullptr)), before(SelectObject(context, font)) {}
+  Measure(const Measure&) = delete;
+  Measure& operator=(const Measure&) = delete;
+  ~Measure() {
+    SelectObject(context, before);
+    ReleaseDC(nullptr, context);
+  }
 
-FontHandle makefont(const Font& font, UINT dpi) {
+  operator HDC() const { return context; }
+
+private:
+  const HDC context;
+  const HGDIOBJ before;
+};
+
+FontHandle makefont(const Font& font, UINT dpi, LONG width) {
   LOGFONTW wanted{};
   // A negative height is that of the letters, without the space between lines.
   wanted.lfHeight = -static_cast<LONG>(std::lround(font.points * dpi / pointsperinch));
+  wanted.lfWidth = width;
   wanted.lfWeight = font.bold ? FW_BOLD : FW_NORMAL;
   wanted.lfItalic = font.italic;
   wanted.lfCharSet = DEFAULT_CHARSET;
@@ -22,4 +39,42 @@ FontHandle makefont(const Font& font, UINT dpi) {
   wanted.lfOutPrecision = OUT_TT_ONLY_PRECIS;
   widen(font.name).copy(wanted.lfFaceName, LF_FACESIZE - 1);
   return FontHandle(CreateFontIndirectW(&wanted));
+}
+
+}  // namespace
+
+FontHandle makefont(const Font& font, UINT dpi, int stretch) {
+  FontHandle own = makefont(font, dpi, LONG{0});
+  TEXTMETRICW metrics{};
+  if (stretch == 100 || !GetTextMetricsW(Measure(own.get()), &metrics))
+    return own;
+  return makefont(font, dpi, std::lround(metrics.tmAveCharWidth * stretch / 100.0));
+}
+
+bool fits(HFONT font, const std::wstring& text, const Room& room) {
+  RECT needed{0, 0, room.width, 0};
+  DrawTextW(Measure(font), text.c_str(), static_cast<int>(text.size()), &needed,
+            DT_CALCRECT | DT_NOPREFIX | (room.wraps ? DT_WORDBREAK : DT_SINGLELINE));
+  return needed.right <= room.width && (!room.wraps || needed.bottom <= room.height);
+}
+
+FontHandle makefitting(const Font& font, UINT dpi, const std::wstring& text, const Room& room) {
+  FontHandle made;
+  fitlettering(font.points, [&](const Lettering& lettering) {
+    Font tried = font;
+    tried.points = lettering.points;
+    made = makefont(tried, dpi, lettering.stretch);
+    return fits(made.get(), text, room);
+  });
+  return made;
+}
+
+HFONT fontof(HWND control) {
+  return reinterpret_cast<HFONT>(SendMessageW(control, WM_GETFONT, 0, 0));
+}
+
+int textwidth(HFONT font, const std::wstring& text) {
+  SIZE size{};
+  GetTextExtentPoint32W(Measure(font), text.c_str(), static_cast<int>(text.size()), &size);
+  return size.cx;
 }

@@ -1,9 +1,10 @@
-// A font of the layout, for a monitor.
+// A font of the layout, for a monitor, and captions that fit their room.
 #pragma once
 
 #include "ui/layout.h"
 
 #include <memory>
+#include <string>
 
 #include <windows.h>
 
@@ -13,4 +14,23 @@ struct DeleteFont {
 };
 using FontHandle = std::unique_ptr<HFONT, DeleteFont>;
 
-FontHandle makefont(const Font& font, UINT dpi);
+// `stretch`: the letters' width in hundredths of their own.
+FontHandle makefont(const Font& font, UINT dpi, int stretch = 100);
+
+// What a caption may take: a width in pixels, and where it is broken into lines a height as well.
+struct Room {
+  int width;
+  int height;
+  bool wraps;
+};
+
+bool fits(HFONT font, const std::wstring& text, const Room& room);
+
+// `font` in the lettering in which `text` fits.
+FontHandle makefitting(const Font& font, UINT dpi, const std::wstring& text, const Room& room);
+
+// The font that a control shows its text in.
+HFONT fontof(HWND control);
+
+// The pixels that a line of text takes.
+int textwidth(HFONT font, const std::wstring& text);

@@ -45,6 +45,15 @@ TOOLINFOW toolof(const Mirror& mirror, std::wstring& text) {
   return tool;
 }
 
+constexpr int buttonframe = 90;  // twips that a button's frame takes of its width
+
+RECT workarea(HWND window) {
+  MONITORINFO monitor{};
+  monitor.cbSize = sizeof monitor;
+  GetMonitorInfoW(MonitorFromWindow(window, MONITOR_DEFAULTTONEAREST), &monitor);
+  return monitor.rcWork;
+}
+
 // Room for what a drop-down list drops, in rows' heights.
 constexpr int droppedrows = 12;
 
@@ -60,14 +69,14 @@ MainWindow::MainWindow(Form1& itsform) : form(itsform) {
   makecontrols();
   maketooltips();
   makefonts();
-  resize();
+  moveintoview();
 }
 
 void MainWindow::makecontrols() {
   int identifier = firstcontrol;
   for (const ControlLayout& row : layout()) {
     const HWND made = makecontrol(row, window, identifier++);
-    mirrors.push_back({&row, &controlof(row, form), made, nullptr});
+    mirrors.push_back({&row, &controlof(row, form), made, nullptr, nullptr});
   }
 }
 
@@ -89,33 +98,56 @@ void MainWindow::settooltip(const Mirror& mirror) {
 }
 
 void MainWindow::makefonts() {
-  for (Mirror& mirror : mirrors)
-    setfont(mirror, makefont(mirror.row->font, dpi));
-}
-
-void MainWindow::setfont(Mirror& mirror, FontHandle font) {
-  SendMessageW(mirror.window, WM_SETFONT, reinterpret_cast<WPARAM>(font.get()), TRUE);
-  mirror.font = std::move(font);
-}
-
-// A label that is as wide as its caption gets a smaller font where it would meet its neighbour.
-void MainWindow::fitfont(Mirror& mirror) {
-  constexpr double step = 0.25;  // points
-  constexpr double least = 5;
-  const std::wstring caption = widen(mirror.control->text());
-  Font font = mirror.row->font;
-  FontHandle fitting = makefont(font, dpi);
-  while (font.points > least &&
-         textwidth(mirror.window, fitting.get(), caption) > pixels(roomof(*mirror.row), dpi)) {
-    font.points -= step;
-    fitting = makefont(font, dpi);
+  for (Mirror& mirror : mirrors) {
+    FontHandle font = makefont(mirror.row->font, dpi);
+    SendMessageW(mirror.window, WM_SETFONT, reinterpret_cast<WPARAM>(font.get()), TRUE);
+    mirror.font = std::move(font);
+    fit(mirror);
   }
-  setfont(mirror, std::move(fitting));
 }
 
-void MainWindow::resize() {
-  const SIZE size = framedsize(window, designsize(dpi));
-  SetWindowPos(window, nullptr, 0, 0, size.cx, size.cy, SWP_NOMOVE | SWP_NOZORDER | SWP_NOACTIVATE);
+// Gives a caption the font of the layout, or where that is too wide one that fits.
+void MainWindow::fit(Mirror& mirror) {
+  const ControlLayout& row = *mirror.row;
+  if (row.kind != Kind::button && row.kind != Kind::label)
+    return;
+  const std::wstring caption = widen(mirror.control->text());
+  const Room room = roomfor(row);
+  FontHandle fitting;
+  if (!fits(mirror.font.get(), caption, room))
+    fitting = makefitting(row.font, dpi, caption, room);
+  const HFONT font = fitting ? fitting.get() : mirror.font.get();
+  if (font != fontof(mirror.window))
+    SendMessageW(mirror.window, WM_SETFONT, reinterpret_cast<WPARAM>(font), TRUE);
+  mirror.fitting = std::move(fitting);
+  if (row.sizedtotext)
+    placecontrol(mirror, clientsize());
+}
+
+Room MainWindow::roomfor(const ControlLayout& row) const {
+  if (row.sizedtotext)
+    return {pixels(roomof(row, form), dpi), 0, false};
+  if (row.kind == Kind::button)
+    return {pixels(row.width - buttonframe, dpi), 0, false};
+  return {pixels(row.width, dpi), pixels(row.height, dpi), true};
+}
+
+// That of the design, or less on a small screen.
+SIZE MainWindow::leastsize() const {
+  const SIZE design = framedsize(window, designsize(dpi));
+  const RECT work = workarea(window);
+  return {std::min(design.cx, work.right - work.left), std::min(design.cy, work.bottom - work.top)};
+}
+
+// The system places windows of which it does not know the size yet.
+void MainWindow::moveintoview() {
+  const SIZE size = leastsize();
+  const RECT work = workarea(window);
+  RECT at;
+  GetWindowRect(window, &at);
+  SetWindowPos(window, nullptr, std::max(work.left, std::min(at.left, work.right - size.cx)),
+               std::max(work.top, std::min(at.top, work.bottom - size.cy)), size.cx, size.cy,
+               SWP_NOZORDER | SWP_NOACTIVATE);
 }
 
 SIZE MainWindow::clientsize() const {
@@ -141,22 +173,19 @@ void MainWindow::placecontrol(const Mirror& mirror, SIZE client) const {
   if (mirror.row->kind == Kind::drivelist)
     height *= droppedrows;
   if (mirror.row->sizedtotext)
-    width = textwidth(mirror.window, mirror.font.get(), widen(mirror.control->text()));
+    width = textwidth(fontof(mirror.window), widen(mirror.control->text()));
   SetWindowPos(mirror.window, nullptr, left, top, width, height,
                SWP_NOZORDER | SWP_NOACTIVATE | SWP_NOCOPYBITS);
 }
 
 void MainWindow::limitsize(MINMAXINFO& limits) const {
-  const SIZE least = framedsize(window, designsize(dpi));
+  const SIZE least = leastsize();
   limits.ptMinTrackSize = {least.cx, least.cy};
 }
 
 void MainWindow::changedpi(UINT newdpi, const RECT& suggested) {
   dpi = newdpi;
   makefonts();
-  for (Mirror& mirror : mirrors)
-    if (mirror.row->sizedtotext)
-      fitfont(mirror);
   SetWindowPos(window, nullptr, suggested.left, suggested.top, suggested.right - suggested.left,
                suggested.bottom - suggested.top, SWP_NOZORDER | SWP_NOACTIVATE);
   place();
@@ -181,23 +210,26 @@ Mirror& MainWindow::mirrorof(const Control& control) {
 
 void MainWindow::refresh(const Control& control) {
   Mirror& mirror = mirrorof(control);
-  const bool appears =
-      control.visible() && !(GetWindowLongPtrW(mirror.window, GWL_STYLE) & WS_VISIBLE);
+  const bool before = IsWindowVisible(mirror.window);
   own = true;
   showcontrol(mirror, form);
   own = false;
   settooltip(mirror);
-  if (mirror.row->sizedtotext) {
-    fitfont(mirror);
-    placecontrol(mirror, clientsize());
-    // What it covered before, neighbours included.
-    RedrawWindow(window, nullptr, nullptr, RDW_INVALIDATE | RDW_ERASE | RDW_ALLCHILDREN);
-  }
+  fit(mirror);
   EnableWindow(mirror.window, control.enabled());
   ShowWindow(mirror.window, control.visible() ? SW_SHOWNA : SW_HIDE);
-  // The work of a silent run may follow, which does not yield.
-  if (appears)
-    UpdateWindow(mirror.window);
+  if (!before && IsWindowVisible(mirror.window))
+    makeroom();
+}
+
+// What appears takes room from the labels beside it.
+void MainWindow::makeroom() {
+  for (Mirror& mirror : mirrors)
+    if (mirror.row->sizedtotext)
+      fit(mirror);
+  // At once: the work of a silent run may follow, which does not yield.
+  RedrawWindow(window, nullptr, nullptr,
+               RDW_INVALIDATE | RDW_ERASE | RDW_ALLCHILDREN | RDW_UPDATENOW);
 }
 
 void MainWindow::append(const Control& control, std::string_view text) {

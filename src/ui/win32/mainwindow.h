@@ -42,9 +42,11 @@ private:
   void maketooltips();
   void settooltip(const Mirror& mirror);
   void makefonts();
-  void setfont(Mirror& mirror, FontHandle font);
-  void fitfont(Mirror& mirror);
-  void resize();
+  void fit(Mirror& mirror);
+  Room roomfor(const ControlLayout& row) const;
+  void makeroom();
+  SIZE leastsize() const;
+  void moveintoview();
   void place();
   SIZE clientsize() const;
   void placecontrol(const Mirror& mirror, SIZE client) const;

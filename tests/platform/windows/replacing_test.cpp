@@ -7,12 +7,9 @@
 
 #include <gtest/gtest.h>
 
-#include <chrono>
-#include <thread>
+#include <numeric>
 
 using Tree = std::map<std::string, std::string>;
-using Clock = std::chrono::steady_clock;
-using std::chrono::milliseconds;
 
 namespace {
 
@@ -29,14 +26,26 @@ protected:
 
   Result<Done> replace() { return files.replace(wanted()); }
 
-  // Holds the map as a virus scanner does, sharing nothing or reading alone.
-  HANDLE hold(DWORD share) const {
-    const HANDLE holder = CreateFileW(systempath(scratch / "a.galaxy").c_str(), GENERIC_READ, share,
-                                      nullptr, OPEN_EXISTING, 0, nullptr);
-    EXPECT_NE(holder, INVALID_HANDLE_VALUE);
+  // Holds a file as a virus scanner does, sharing nothing or reading alone.
+  Handle hold(const char* name, DWORD share) const {
+    Handle holder(CreateFileW(systempath(scratch / name).c_str(), GENERIC_READ, share, nullptr,
+                              OPEN_EXISTING, 0, nullptr));
+    EXPECT_TRUE(bool(holder));
     return holder;
   }
 
+  // Replaces the map; `waiting` is called instead of each wait, which `waits` counts.
+  Result<Done> replacewaiting(const std::function<void()>& waiting) {
+    waits.clear();
+    WindowsMapFolder folder(systempath(scratch.path).wstring(), Patience([&](DWORD milliseconds) {
+                              waits.push_back(milliseconds);
+                              waiting();
+                            }));
+    const Replacement replacement = wanted();
+    return Replacing(folder, "a.galaxy", replacement).run();
+  }
+
+  std::vector<DWORD> waits;
   const Tree replaced = {{"a.galaxy", "new"}, {"a.galfix", "fix"}, {"a.galold", "old"}};
   ScratchFolder scratch;
   WindowsFiles files;
@@ -87,30 +96,39 @@ TEST_F(Replace, KeepsTheFirstBackupAndTakesOneThatHoldsTheSame) {
   EXPECT_EQ(scratch.tree(), expected);
 }
 
-TEST_F(Replace, WaitsForAFileThatIsHeldForAMoment) {
+TEST_F(Replace, WaitsForFilesThatAreHeldForAMoment) {
   for (const DWORD share : {DWORD{0}, DWORD{FILE_SHARE_READ}}) {
     scratch.add("a.galaxy", "old");
-    const HANDLE holder = hold(share);
-    std::thread scanner([holder] {
-      std::this_thread::sleep_for(milliseconds(300));
-      CloseHandle(holder);
+    scratch.add("a.galfix", "earlier");
+    Handle map = hold("a.galaxy", share);
+    Handle companion = hold("a.galfix", share);
+    const auto done = replacewaiting([&] {
+      if (waits.size() == 2)
+        map = Handle();
+      if (waits.size() == 4)
+        companion = Handle();
     });
-    const auto done = replace();
-    scanner.join();
     EXPECT_TRUE(bool(done)) << done.failure().text();
+    EXPECT_EQ(waits, (std::vector<DWORD>{15, 30, 60, 120}));
     EXPECT_EQ(scratch.tree(), replaced);
   }
 }
 
-TEST_F(Replace, LeavesAloneAMapThatIsHeldForLong) {
-  const HANDLE holder = hold(0);
-  const auto start = Clock::now();
-  const auto done = replace();
-  const auto waited = Clock::now() - start;
-  CloseHandle(holder);
+// However many of its files are held, a map is waited for under two seconds, of which reading it
+// took as long as replacing it.
+TEST_F(Replace, LeavesAloneAMapWhoseFilesAreHeldForLong) {
+  scratch.add("a.galfix", "earlier");
+  const Tree before = scratch.tree();
+  Handle map = hold("a.galaxy", 0);
+  Handle companion = hold("a.galfix", 0);
+  const auto done = replacewaiting([&] {
+    if (waits.size() == 5)
+      map = Handle();
+  });
   ASSERT_FALSE(bool(done));
   EXPECT_NE(done.failure().reason, "");
-  EXPECT_GT(waited, milliseconds(900));
-  EXPECT_LT(waited, milliseconds(2000));
-  EXPECT_EQ(scratch.tree(), (Tree{{"a.galaxy", "old"}}));
+  EXPECT_EQ(waits.size(), 6u);
+  EXPECT_LT(std::accumulate(waits.begin(), waits.end(), DWORD{0}), 1000u);
+  companion = Handle();
+  EXPECT_EQ(scratch.tree(), before);
 }

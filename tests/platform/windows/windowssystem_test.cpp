@@ -1,6 +1,7 @@
 // The system of Windows itself.
 #include "platform/windows/windowssystem.h"
 
+#include "tests/support/movedfolder.h"
 #include "tests/support/scratchfolder.h"
 #include "tools/executable.h"
 
@@ -60,29 +61,38 @@ TEST_F(WindowsSystemTest, KnowsTheVersionThatTheNameTableHas) {
   EXPECT_LE(version->minor, 2u);
 }
 
-TEST_F(WindowsSystemTest, FindsTheUsersFolders) {
-  for (const std::uint32_t folder : {0x801Cu, 0x8005u}) {
-    const FolderPath answer = system.folderpath(folder);
+TEST_F(WindowsSystemTest, FindsTheUsersFoldersWhateverTheirNames) {
+  const ScratchFolder scratch;
+  for (const char* name : {"plain", "Łukasz", "Дмитрий", "漢字"}) {
+    const std::string expected = scratch / name;
+    const MovedFolder moved(L"Local AppData", expected);
+    const FolderPath answer = system.folderpath(0x801C);
     EXPECT_EQ(answer.status, FolderPath::ok);
-    EXPECT_TRUE(GetFileAttributesW(widen(answer.path).c_str()) & FILE_ATTRIBUTE_DIRECTORY);
+    EXPECT_EQ(answer.path, expected);
+    EXPECT_TRUE(std::filesystem::is_directory(systempath(expected)));
   }
+  EXPECT_EQ(system.folderpath(0x8005).status, FolderPath::ok);
   EXPECT_EQ(system.folderpath(0x7FFF).status, FolderPath::invalididentifier);
 }
 
 TEST_F(WindowsSystemTest, ReadsProductVersions) {
   const ScratchFolder scratch;
   for (const bool wide : {false, true}) {
-    scratch.add("game.exe", Executable{{1, 40000, 0, 65535}, {9, 9, 9, 9}, wide}.bytes());
-    const auto version = system.productversion(scratch / "game.exe");
-    ASSERT_TRUE(version) << wide;
-    EXPECT_EQ(version->high, 1u << 16 | 40000u);
-    EXPECT_EQ(version->low, 65535u);
+    for (const char* name : {"game.exe", "Größe\\game.exe", "Игры\\漢字\\game.exe"}) {
+      scratch.add(name, Executable{{1, 40000, 0, 65535}, {9, 9, 9, 9}, wide}.bytes());
+      const auto version = system.productversion(scratch / name);
+      ASSERT_TRUE(version) << name << wide;
+      EXPECT_EQ(version->high, 1u << 16 | 40000u);
+      EXPECT_EQ(version->low, 65535u);
+    }
   }
   Executable without;
   without.versionresource = false;
   scratch.add("without.exe", without.bytes());
+  scratch.add("Игры\\without.exe", without.bytes());
   scratch.add("text.exe", "no executable");
-  for (const char* name : {"without.exe", "text.exe", "missing.exe", "", "漢字.exe"})
+  for (const char* name :
+       {"without.exe", "Игры\\without.exe", "text.exe", "missing.exe", "", "漢字.exe"})
     EXPECT_FALSE(system.productversion(scratch / name)) << name;
 }
 
@@ -124,6 +134,10 @@ TEST(Wide, TextsSurviveTheWayToWindowsAndBack) {
   EXPECT_EQ(widen("\xFF"), L"\xFFFD");
   EXPECT_EQ(fromcodepage(tocodepage("plain").value()), "plain");
   EXPECT_TRUE(GetACP() == CP_UTF8 || !tocodepage("漢字 Ж ü"));
+  const ScratchFolder scratch;
+  scratch.add("漢字 Ж\\x", "");
+  const auto path = codepagepath(scratch / "漢字 Ж\\x");
+  EXPECT_TRUE(!path || GetFileAttributesA(path->c_str()) != INVALID_FILE_ATTRIBUTES);
 }
 
 TEST(Paths, AreMadeAbsolute) {

@@ -2,12 +2,15 @@
 #include "tests/support/testmachine.h"
 
 #include "platform/prefix/prefixfiles.h"
+#include "platform/prefix/prefixmapfolder.h"
 #include "platform/prefix/prefixsystem.h"
 #include "platform/prefix/registrytext.h"
 #include "tests/support/prefix/machineof.h"
 
 #include <algorithm>
 #include <cstdlib>
+
+#include <fcntl.h>
 
 namespace fs = std::filesystem;
 
@@ -22,6 +25,19 @@ void addvalue(const fs::path& hive, const std::string& key, const std::string& n
   const std::string before = fs::exists(hive) ? readfile(hive) : "";
   writefile(hive, withvalue(before, key, name, {RegistryValue::Type::text, text}));
 }
+
+// What the steps work with, and themselves.
+struct Opened {
+  Handle folder;
+  FolderNames names;
+};
+class OpenedMapFolder : Opened, public PrefixMapFolder {
+public:
+  explicit OpenedMapFolder(Handle handle)
+      : Opened{std::move(handle), {}}, PrefixMapFolder(Opened::folder, Opened::names) {
+    Opened::names.refresh(Opened::folder);
+  }
+};
 
 }  // namespace
 
@@ -61,6 +77,11 @@ std::unique_ptr<Files> TestMachine::files() const {
 
 std::unique_ptr<System> TestMachine::system(const std::string& arguments) const {
   return std::make_unique<PrefixSystem>(machineof(*this), arguments);
+}
+
+std::unique_ptr<MapFolder> TestMachine::mapfolder(const fs::path& folder) const {
+  return std::make_unique<OpenedMapFolder>(
+      openpath(systemdisk(), folder.string() + "/", O_RDONLY | O_DIRECTORY));
 }
 
 std::string zpath(const fs::path& path) {

@@ -3,52 +3,20 @@
 #include "tests/support/testmachine.h"
 
 #include "platform/windows/windowsfiles.h"
+#include "platform/windows/windowsmapfolder.h"
 #include "platform/windows/windowssystem.h"
+#include "tests/support/movedfolder.h"
 #include "tests/support/scratchfolder.h"
 
 #include <cstdlib>
 #include <set>
 #include <stdexcept>
 
-#include <winreg.h>
-
 namespace fs = std::filesystem;
 
 namespace {
 
 constexpr char user[] = "C:\\users\\me";
-
-// A folder of the user's, elsewhere for as long as the object lives.
-class MovedFolder {
-public:
-  MovedFolder(const wchar_t* itsname, const std::string& folder) : name(itsname) {
-    DWORD size = sizeof before;
-    known = RegGetValueW(HKEY_CURRENT_USER, key, name, RRF_RT_ANY | RRF_NOEXPAND, nullptr, before,
-                         &size) == ERROR_SUCCESS;
-    set(REG_SZ, widen(folder));
-  }
-  MovedFolder(const MovedFolder&) = delete;
-  MovedFolder& operator=(const MovedFolder&) = delete;
-  ~MovedFolder() {
-    if (known)
-      set(REG_EXPAND_SZ, before);
-    else
-      RegDeleteKeyValueW(HKEY_CURRENT_USER, key, name);
-  }
-
-private:
-  static constexpr wchar_t key[] =
-      L"Software\\Microsoft\\Windows\\CurrentVersion\\Explorer\\User Shell Folders";
-
-  void set(DWORD type, const std::wstring& text) const {
-    const auto size = static_cast<DWORD>((text.size() + 1) * sizeof(wchar_t));
-    RegSetKeyValueW(HKEY_CURRENT_USER, key, name, type, text.c_str(), size);
-  }
-
-  const wchar_t* name;
-  wchar_t before[MAX_PATH] = {};
-  bool known;
-};
 
 // The machine is the process's own: there is one at a time.
 struct Changes {
@@ -126,6 +94,10 @@ std::unique_ptr<Files> TestMachine::files() const {
 
 std::unique_ptr<System> TestMachine::system(const std::string& arguments) const {
   return std::make_unique<MachineSystem>(program.string(), arguments);
+}
+
+std::unique_ptr<MapFolder> TestMachine::mapfolder(const fs::path& folder) const {
+  return std::make_unique<WindowsMapFolder>(folder.wstring());
 }
 
 std::string zpath(const fs::path& path) { return path.string(); }

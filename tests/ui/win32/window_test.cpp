@@ -11,6 +11,7 @@
 
 #include <cstdlib>
 #include <functional>
+#include <random>
 #include <stdexcept>
 
 namespace fs = std::filesystem;
@@ -56,6 +57,30 @@ std::string messageof(HWND box) {
   return text;
 }
 
+// A machine on which "WScript.Shell" is nobody's name for as long as the object lives.
+class WithoutScriptHost {
+public:
+  WithoutScriptHost() {
+    DWORD size = sizeof before;
+    EXPECT_EQ(RegGetValueW(HKEY_LOCAL_MACHINE, key, nullptr, RRF_RT_REG_SZ, nullptr, before, &size),
+              ERROR_SUCCESS);
+    set(L"{00000000-0000-0000-0000-000000000001}");
+  }
+  WithoutScriptHost(const WithoutScriptHost&) = delete;
+  WithoutScriptHost& operator=(const WithoutScriptHost&) = delete;
+  ~WithoutScriptHost() { set(before); }
+
+private:
+  static constexpr wchar_t key[] = L"SOFTWARE\\Classes\\WScript.Shell\\CLSID";
+
+  static void set(const std::wstring& identifier) {
+    const auto size = static_cast<DWORD>((identifier.size() + 1) * sizeof(wchar_t));
+    RegSetKeyValueW(HKEY_LOCAL_MACHINE, key, nullptr, REG_SZ, identifier.c_str(), size);
+  }
+
+  wchar_t before[64] = {};
+};
+
 // The base game with the maps of the sample, and the program in a folder with its data files.
 class ProgramWindow : public testing::Test {
 protected:
@@ -80,7 +105,7 @@ protected:
 
   ~ProgramWindow() override {
     if (process.hProcess) {
-      TerminateProcess(process.hProcess, 99);
+      kill();
       CloseHandle(process.hThread);
       CloseHandle(process.hProcess);
     }
@@ -97,11 +122,17 @@ protected:
     std::ofstream(fs::path(game) / "Vorakai.exe", std::ios::binary) << Executable{release}.bytes();
   }
 
+  // What it says on standard error goes to the file `said`.
   void start(const std::wstring& arguments = L"") {
     std::wstring line = L"\"" + fs::path(PROGRAM).wstring() + L"\"" + arguments;
+    SECURITY_ATTRIBUTES inherited{sizeof inherited, nullptr, TRUE};
+    const Handle output(CreateFileW(widen(data / "said").c_str(), GENERIC_WRITE, FILE_SHARE_READ,
+                                    &inherited, CREATE_ALWAYS, 0, nullptr));
     STARTUPINFOW startup{};
     startup.cb = sizeof startup;
-    ASSERT_TRUE(CreateProcessW(nullptr, line.data(), nullptr, nullptr, FALSE, 0, nullptr,
+    startup.dwFlags = STARTF_USESTDHANDLES;
+    startup.hStdError = output.get();
+    ASSERT_TRUE(CreateProcessW(nullptr, line.data(), nullptr, nullptr, TRUE, 0, nullptr,
                                widen(data.path).c_str(), &startup, &process));
   }
 
@@ -111,6 +142,24 @@ protected:
       window = FindWindowW(windowclass, nullptr);
       return window && IsWindowVisible(window) && !enabled("Command2");
     }));
+  }
+
+  // Waits for a message box and closes it; what it said.
+  std::string answer() const {
+    HWND box = nullptr;
+    if (!waitfor([&] {
+          box = FindWindowW(L"#32770", widen(programtitle).c_str());
+          return box && IsWindowVisible(box);
+        }))
+      return "no box";
+    const std::string said = messageof(box);
+    SendMessageW(GetDlgItem(box, IDOK), BM_CLICK, 0, 0);
+    return said;
+  }
+
+  void kill() {
+    TerminateProcess(process.hProcess, 99);
+    WaitForSingleObject(process.hProcess, INFINITE);
   }
 
   DWORD exitcode() const {
@@ -191,6 +240,7 @@ TEST_F(ProgramWindow, WaitsForTheUserAsTheLayoutSays) {
   EXPECT_EQ(text("Command6"), "vora/zendrel");
   EXPECT_EQ(text("Drive1"), "C:");
   EXPECT_TRUE(text("Label11").ends_with(" type")) << text("Label11");
+  EXPECT_LE(place("Label11").right, place("Label17").left);
   EXPECT_EQ(focus(), control("Drive1"));
   EXPECT_GT(send("Text1", EM_GETLIMITTEXT), 1 << 30);
   PostMessageW(window, WM_CLOSE, 0, 0);
@@ -209,7 +259,7 @@ TEST_F(ProgramWindow, FindsAndFixesWithTheKeyboard) {
   // The machine is a Windows 7, on which both roots are the user's folder: ten maps, twice.
   EXPECT_EQ(text("Label8") + " " + text("Label6"), "1 19");
 
-  EXPECT_EQ(focus(), control("Command2"));
+  EXPECT_TRUE(waitfor([&] { return focus() == control("Command2"); }));
   key(VK_RETURN);
   EXPECT_TRUE(waitfor([&] { return enabled("Command1"); }));
   EXPECT_FALSE(enabled("Command2"));
@@ -294,14 +344,8 @@ TEST_F(ProgramWindow, SaysWhatIsWrongAndEnds) {
   for (const auto& c : cases) {
     setrelease(c.release);
     start(c.arguments);
-    HWND box = nullptr;
-    ASSERT_TRUE(waitfor([&] {
-      box = FindWindowW(L"#32770", widen(programtitle).c_str());
-      return box && IsWindowVisible(box);
-    }));
-    const std::string said = messageof(box);
+    const std::string said = answer();
     EXPECT_TRUE(said.starts_with(c.said)) << said;
-    SendMessageW(GetDlgItem(box, IDOK), BM_CLICK, 0, 0);
     EXPECT_EQ(exitcode(), 1u);
     EXPECT_FALSE(fs::exists(user / "Amber Reach.galold"));
   }
@@ -311,4 +355,52 @@ TEST_F(ProgramWindow, ASilentRunNeedsNobody) {
   start(L"   /Silent");
   EXPECT_EQ(exitcode(), 0u);
   EXPECT_TRUE(fs::exists(user / "Amber Reach.galold"));
+}
+
+// Nothing is registered then, so that the release does not match.
+TEST_F(ProgramWindow, TellsThatThereIsNoScriptHostByABoxOnlyWhereSomebodyIs) {
+  const WithoutScriptHost machine;
+  for (const bool silent : {false, true}) {
+    start(silent ? L" /s" : L"");
+    const std::string box = silent ? "" : answer();
+    EXPECT_EQ(box.starts_with("The Windows script host"), !silent) << box;
+    EXPECT_TRUE(answer().starts_with("found vora version ::"));
+    EXPECT_EQ(exitcode(), 1u);
+    const std::string told = read(systempath(data / "said"));
+    EXPECT_EQ(told.starts_with("The Windows script host"), silent) << told;
+  }
+}
+
+// At any moment of the conversion; the next run finishes it.
+TEST_F(ProgramWindow, AKilledRunLosesNoMap) {
+  const fs::path expected =
+      fs::path(PROJECT) / "tests/expected/base/drive_c/users/player/AppData/Local" / maps;
+  const std::string old = read(user / "Amber Reach.galaxy");
+  const std::string converted = read(expected / "Amber Reach.galaxy");
+  const fs::path folder = user / "many";
+  const auto name = [&](int i, const char* suffix) {
+    return folder / ("map" + std::to_string(i) + suffix);
+  };
+  constexpr int count = 20;
+  std::mt19937 random{GetTickCount()};
+  for (int round = 0; round < 6; ++round) {
+    removefolder(folder.wstring());
+    fs::create_directory(folder);
+    for (int i = 0; i < count; ++i)
+      std::ofstream(name(i, ".galaxy"), std::ios::binary) << old;
+    start(L" /s");
+    const fs::path first = name(std::uniform_int_distribution(0, count - 1)(random), ".galold");
+    for (int tries = 0; tries < 10000 && !fs::exists(first); ++tries)
+      Sleep(1);
+    kill();
+    for (int i = 0; i < count; ++i) {
+      const std::string left = read(name(i, ".galaxy"));
+      EXPECT_TRUE(left == old || (left == converted && read(name(i, ".galold")) == old)) << i;
+    }
+  }
+  start(L" /s");
+  EXPECT_EQ(exitcode(), 0u);
+  for (int i = 0; i < count; ++i)
+    EXPECT_EQ(read(name(i, ".galaxy")), converted) << i;
+  EXPECT_EQ(std::distance(fs::directory_iterator(folder), {}), 2 * count);
 }
