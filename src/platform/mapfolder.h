@@ -4,6 +4,7 @@
 #include "platform/result.h"
 
 #include <cstddef>
+#include <cstdint>
 #include <functional>
 #include <optional>
 #include <string>
@@ -19,6 +20,12 @@ public:
   template <class Value> using Answer = Result<Value, Reason>;
 
   enum class Kind { nothing, file, folder, other };
+
+  // Tells a file from any other, and from itself once somebody has written to it.
+  struct Stamp {
+    std::uint64_t device, file, size, time;
+    bool operator==(const Stamp&) const = default;
+  };
 
   virtual ~MapFolder() = default;
 
@@ -36,6 +43,8 @@ public:
 
   // `nothing` alone says that there is none: a look that fails is a failure.
   virtual Answer<Kind> kindof(const std::string& name) = 0;
+
+  virtual Answer<Stamp> stampof(const std::string& name) = 0;
 
   // Whether an ordinary file holds just `text`.
   virtual Answer<bool> holds(const std::string& name, std::string_view text) = 0;

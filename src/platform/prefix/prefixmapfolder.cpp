@@ -29,13 +29,6 @@ void giveaway(const Handle& file, const struct stat& like) {
     static_cast<void>(::fchown(file.get(), like.st_uid, like.st_gid) == 0);
 }
 
-// Whether both describe one file to which nobody has written in between.
-bool isunchanged(const struct stat& before, const struct stat& now) {
-  return before.st_dev == now.st_dev && before.st_ino == now.st_ino &&
-         before.st_size == now.st_size && before.st_mtim.tv_sec == now.st_mtim.tv_sec &&
-         before.st_mtim.tv_nsec == now.st_mtim.tv_nsec;
-}
-
 // Whether a new file is this run's alone. A run that clears up may have taken it for a leftover
 // before it was locked, and has removed it or is about to.
 bool isours(const Handle& file) {
@@ -86,6 +79,15 @@ MapFolder::Answer<MapFolder::Kind> PrefixMapFolder::kindof(const std::string& na
   return S_ISREG(status.st_mode) ? Kind::file : Kind::other;
 }
 
+MapFolder::Answer<MapFolder::Stamp> PrefixMapFolder::stampof(const std::string& name) {
+  struct stat status;
+  if (!lookat(folder, name, status))
+    return lasterror();
+  const auto nanoseconds = status.st_mtim.tv_sec * 1'000'000'000 + status.st_mtim.tv_nsec;
+  return Stamp{status.st_dev, status.st_ino, static_cast<std::uint64_t>(status.st_size),
+               static_cast<std::uint64_t>(nanoseconds)};
+}
+
 MapFolder::Answer<bool> PrefixMapFolder::holds(const std::string& name, std::string_view text) {
   const Handle file = opennameat(folder, name, O_RDONLY | O_NOFOLLOW | O_NONBLOCK);
   struct stat status;
@@ -95,10 +97,9 @@ MapFolder::Answer<bool> PrefixMapFolder::holds(const std::string& name, std::str
     return false;
   const auto same =
       reads([&](char* into, std::size_t size) { return readall(file, into, size); }, text);
-  struct stat now;
-  if (!same || !lookat(folder, name, now))
+  if (!same)
     return lasterror();
-  return *same && isunchanged(status, now);
+  return *same;
 }
 
 MapFolder::Answer<Done> PrefixMapFolder::flush(const std::string& name) {
