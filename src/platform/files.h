@@ -66,12 +66,13 @@ public:
 
   // Puts the files of `replacement` in place, each whole and flushed before it takes its name. The
   // last of them is the map itself when a backup is asked for: just before, the map gets its backup
-  // name as well, so that at no instant is there neither the map nor its backup, whole. A backup
-  // that is already there stays: it is moved to its own name with 2, 3, ... appended, the first
-  // free one, unless it holds just what the map holds. Companions are found ignoring letter case;
-  // a link is moved aside or replaced like a file, never followed. Fails when a folder has the name
-  // of a companion, when the map is not what it `was`, and when another run is at it. On failure
-  // the map is as it was, and of the files only those before the one that failed are in place.
+  // name as well, which is flushed too, so that at no instant is there neither the map nor its
+  // backup, whole. A backup that is already there stays: it is moved to its own name with 2, 3, ...
+  // appended, the first free one, unless it holds just what the map holds. Companions are found
+  // ignoring letter case; a link is moved aside or replaced like a file, never followed. Fails when
+  // a folder has the name of a companion, when the map is not what it `was`, and when another run
+  // is at it. On failure the map is as it was, and of the files only those before the one that
+  // failed are in place.
   virtual Result<Done> replace(const Replacement& replacement) = 0;
 
 protected:

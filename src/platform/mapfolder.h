@@ -4,6 +4,7 @@
 #include "platform/result.h"
 
 #include <cstddef>
+#include <cstdint>
 #include <functional>
 #include <optional>
 #include <string>
@@ -19,6 +20,17 @@ public:
   template <class Value> using Answer = Result<Value, Reason>;
 
   enum class Kind { nothing, file, folder, other };
+
+  // Tells a file from any other, and from itself once somebody has written to it.
+  struct Stamp {
+    std::uint64_t device, file, size, time;
+    bool settled;  // whoever writes to the file from now on gives it another time
+
+    bool operator==(const Stamp& other) const {
+      return device == other.device && file == other.file && size == other.size &&
+             time == other.time;
+    }
+  };
 
   virtual ~MapFolder() = default;
 
@@ -37,14 +49,10 @@ public:
   // `nothing` alone says that there is none: a look that fails is a failure.
   virtual Answer<Kind> kindof(const std::string& name) = 0;
 
+  virtual Answer<Stamp> stampof(const std::string& name) = 0;
+
   // Whether an ordinary file holds just `text`.
   virtual Answer<bool> holds(const std::string& name, std::string_view text) = 0;
-
-  // The same of a file that held the text when `holds` looked at it last. A machine whose time
-  // stamps can tell need not read it again.
-  virtual Answer<bool> stillholds(const std::string& name, std::string_view text) {
-    return holds(name, text);
-  }
 
   // Sees to it that a file's content is on the disk, and the names that it has.
   virtual Answer<Done> flush(const std::string& name) = 0;

@@ -33,6 +33,10 @@ Failure Replacing::failure(const std::string& action, const MapFolder::Reason& r
   return {replacement.map, action, reason.words};
 }
 
+Failure Replacing::changed() const {
+  return {replacement.map, "convert it", "it has changed since it was read"};
+}
+
 Result<MapFolder::Kind> Replacing::kindof(const std::string& name) const {
   const auto kind = folder.kindof(name);
   if (!kind)
@@ -47,7 +51,7 @@ Result<Done> Replacing::run() {
     return free;
   if (auto ready = prepare(); !ready)
     return ready;
-  if (auto checked = checkmap(folder.holds(mapname, replacement.was)); !checked)
+  if (auto checked = checkmap(); !checked)
     return checked;
   return commit();
 }
@@ -66,14 +70,29 @@ Result<Done> Replacing::lockmap() {
   return Done{};
 }
 
-// The map must hold what was converted. It is looked at as late as can be: what somebody else saves
-// while the result is written must not be lost.
-Result<Done> Replacing::checkmap(const MapFolder::Answer<bool>& same) const {
+// The map must hold what was converted: what somebody else has saved since must not be lost.
+Result<Done> Replacing::checkmap() {
+  const auto seen = folder.stampof(mapname);
+  if (!seen)
+    return failure("convert it", seen.failure());
+  const auto same = folder.holds(mapname, replacement.was);
   if (!same)
     return failure("convert it", same.failure());
   if (!*same)
-    return Failure{replacement.map, "convert it", "it has changed since it was read"};
+    return changed();
+  stamp = *seen;
   return Done{};
+}
+
+// The last look stands behind all that is slow: what is saved while the map is compared, or while
+// its backup is copied or flushed, is found out. The map is read again where its stamp cannot tell.
+Result<Done> Replacing::checkagain() {
+  const auto now = folder.stampof(mapname);
+  if (!now)
+    return failure("convert it", now.failure());
+  if (*now != stamp)
+    return changed();
+  return stamp.settled ? Result<Done>(Done{}) : checkmap();
 }
 
 // The name on the disk of a companion, which may be spelled in another letter case there; empty
@@ -118,8 +137,6 @@ Result<Done> Replacing::prepare() {
   return Done{};
 }
 
-// The last look at the map stands behind all that is slow: what is saved while a backup is
-// compared, copied or flushed is found out.
 Result<Done> Replacing::commit() {
   const bool replacesmap = !replacement.backup.empty();
   for (std::size_t i = 0; i + replacesmap < prepared.size(); ++i)
@@ -129,7 +146,7 @@ Result<Done> Replacing::commit() {
     return Done{};
   if (auto kept = keepbackup(); !kept)
     return kept;
-  if (auto checked = checkmap(folder.stillholds(mapname, replacement.was)); !checked)
+  if (auto checked = checkagain(); !checked)
     return checked;
   return take(prepared.size() - 1, backupname);
 }

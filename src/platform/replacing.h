@@ -38,7 +38,8 @@ private:
   };
 
   Result<Done> lockmap();
-  Result<Done> checkmap(const MapFolder::Answer<bool>& same) const;
+  Result<Done> checkmap();
+  Result<Done> checkagain();
   Result<Done> checkcompanions();
   Result<Done> prepare();
   Result<Done> commit();
@@ -50,11 +51,13 @@ private:
   Result<Done> flush(const std::string& name);
   Result<MapFolder::Kind> kindof(const std::string& name) const;
   Result<std::string> spelled(const std::string& path);
+  Failure changed() const;
   Failure failure(const std::string& action, const MapFolder::Reason& reason) const;
 
   MapFolder& folder;
   const std::string mapname;
   const Replacement& replacement;
+  MapFolder::Stamp stamp{};  // of the map when it was compared last
 
   // The names on the disk of what is put in place, in order, and of a backup that is there already,
   // empty when there is none; and the files that wait to take the names.

@@ -23,7 +23,12 @@ public:
   bool failed = false;
 
   std::string spelled(const std::string& name) override { return folder->spelled(name); }
-  Kind kindof(const std::string& name) override { return folder->kindof(name); }
+  Answer<Kind> kindof(const std::string& name) override {
+    return attempt([&] { return folder->kindof(name); });
+  }
+  Answer<Stamp> stampof(const std::string& name) override {
+    return attempt([&] { return folder->stampof(name); });
+  }
   Answer<bool> lock(const std::string& name) override {
     return attempt([&] { return folder->lock(name); });
   }

@@ -14,7 +14,8 @@ namespace {
 
 using Reason = MapFolder::Reason;
 
-constexpr int attempts = 100;  // to find a free name
+constexpr int attempts = 100;        // to find a free name
+constexpr std::time_t coarsest = 2;  // seconds between the time stamps of some file systems
 
 Reason lasterror() { return {systemreason()}; }
 
@@ -28,20 +29,6 @@ void giveaway(const Handle& file, const struct stat& like) {
   struct stat own;
   if (describe(file, own) && (own.st_uid != like.st_uid || own.st_gid != like.st_gid))
     static_cast<void>(::fchown(file.get(), like.st_uid, like.st_gid) == 0);
-}
-
-// Whether both describe one file to which nobody has written in between.
-bool isunchanged(const struct stat& before, const struct stat& now) {
-  return before.st_dev == now.st_dev && before.st_ino == now.st_ino &&
-         before.st_size == now.st_size && before.st_mtim.tv_sec == now.st_mtim.tv_sec &&
-         before.st_mtim.tv_nsec == now.st_mtim.tv_nsec;
-}
-
-// Whether whoever writes to the file from now on gives it another time stamp: those of some file
-// systems tell two seconds apart.
-bool issettled(const struct stat& status) {
-  constexpr std::time_t coarsest = 2;
-  return status.st_mtim.tv_sec < std::time(nullptr) - coarsest;
 }
 
 // Whether a new file is this run's alone. A run that clears up may have taken it for a leftover
@@ -94,6 +81,17 @@ MapFolder::Answer<MapFolder::Kind> PrefixMapFolder::kindof(const std::string& na
   return S_ISREG(status.st_mode) ? Kind::file : Kind::other;
 }
 
+MapFolder::Answer<MapFolder::Stamp> PrefixMapFolder::stampof(const std::string& name) {
+  struct stat status;
+  if (!lookat(folder, name, status))
+    return lasterror();
+  const auto& time = status.st_mtim;
+  return Stamp{status.st_dev, status.st_ino, static_cast<std::uint64_t>(status.st_size),
+               static_cast<std::uint64_t>(time.tv_sec) * 1'000'000'000u +
+                   static_cast<std::uint64_t>(time.tv_nsec),
+               time.tv_sec < std::time(nullptr) - coarsest};
+}
+
 MapFolder::Answer<bool> PrefixMapFolder::holds(const std::string& name, std::string_view text) {
   const Handle file = opennameat(folder, name, O_RDONLY | O_NOFOLLOW | O_NONBLOCK);
   struct stat status;
@@ -103,20 +101,9 @@ MapFolder::Answer<bool> PrefixMapFolder::holds(const std::string& name, std::str
     return false;
   const auto same =
       reads([&](char* into, std::size_t size) { return readall(file, into, size); }, text);
-  struct stat now;
-  if (!same || !lookat(folder, name, now))
+  if (!same)
     return lasterror();
-  const bool unchanged = *same && isunchanged(status, now);
-  settled = unchanged && issettled(now) ? std::optional(now) : std::nullopt;
-  return unchanged;
-}
-
-MapFolder::Answer<bool> PrefixMapFolder::stillholds(const std::string& name,
-                                                    std::string_view text) {
-  struct stat now;
-  if (settled && lookat(folder, name, now) && isunchanged(*settled, now))
-    return true;
-  return holds(name, text);
+  return *same;
 }
 
 MapFolder::Answer<Done> PrefixMapFolder::flush(const std::string& name) {

@@ -5,7 +5,6 @@
 #include "platform/prefix/folders.h"
 #include "platform/prefix/handle.h"
 
-#include <optional>
 #include <string>
 #include <vector>
 
@@ -19,8 +18,8 @@ public:
   std::string spelled(const std::string& name) override;
   Answer<bool> lock(const std::string& name) override;
   Answer<Kind> kindof(const std::string& name) override;
+  Answer<Stamp> stampof(const std::string& name) override;
   Answer<bool> holds(const std::string& name, std::string_view text) override;
-  Answer<bool> stillholds(const std::string& name, std::string_view text) override;
   Answer<Done> flush(const std::string& name) override;
   Answer<std::string> writetemporary(std::string_view text, const std::string& like) override;
   void remove(const std::string& name) override;
@@ -46,10 +45,6 @@ private:
   // What is locked against other runs, until the replacement is over.
   Handle map;
   std::vector<Written> written;
-
-  // The last file that held what was asked for, if whoever writes to it from now on gives it
-  // another time stamp.
-  std::optional<struct stat> settled;
 };
 
 // Removes the temporary file `name` that a killed run left in an open folder. The rule: the name is

@@ -93,6 +93,20 @@ MapFolder::Answer<MapFolder::Kind> WindowsMapFolder::kindof(const std::string& n
   return islink(*found) ? Kind::other : Kind::file;
 }
 
+MapFolder::Answer<MapFolder::Stamp> WindowsMapFolder::stampof(const std::string& name) {
+  const Handle file = openfile(pathof(name), FILE_READ_ATTRIBUTES, OPEN_EXISTING, 0);
+  if (!file)
+    return lasterror();
+  const auto about = informationof(file);
+  if (!about)
+    return lasterror();
+  const auto joined = [](DWORD high, DWORD low) { return std::uint64_t{high} << 32 | low; };
+  return Stamp{about->dwVolumeSerialNumber, joined(about->nFileIndexHigh, about->nFileIndexLow),
+               joined(about->nFileSizeHigh, about->nFileSizeLow),
+               joined(about->ftLastWriteTime.dwHighDateTime, about->ftLastWriteTime.dwLowDateTime),
+               false};  // Windows may set the time only when the writer closes the file
+}
+
 MapFolder::Answer<bool> WindowsMapFolder::holds(const std::string& name, std::string_view text) {
   const auto kind = kindof(name);
   if (!kind)

@@ -14,6 +14,7 @@ public:
   std::string spelled(const std::string& name) override;
   Answer<bool> lock(const std::string& name) override;
   Answer<Kind> kindof(const std::string& name) override;
+  Answer<Stamp> stampof(const std::string& name) override;
   Answer<bool> holds(const std::string& name, std::string_view text) override;
   Answer<Done> flush(const std::string& name) override;
   Answer<std::string> writetemporary(std::string_view text, const std::string& like) override;

@@ -5,6 +5,8 @@
 
 #include <gtest/gtest.h>
 
+#include <cerrno>
+
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -13,6 +15,22 @@ namespace fs = std::filesystem;
 using Tree = std::map<std::string, std::string>;
 
 namespace {
+
+// Looks at files whose permissions are about to be set, or fails to set them.
+class PermittingDisk : public Disk {
+public:
+  int permit(int file, mode_t mode) override {
+    struct stat status {};
+    ::fstat(file, &status);
+    EXPECT_TRUE(status.st_mode & S_IRUSR);
+    ++permitted;
+    errno = error;
+    return error ? -1 : Disk::permit(file, mode);
+  }
+
+  int permitted = 0;
+  int error = 0;
+};
 
 class ReplaceOnPosix : public testing::Test {
 protected:
@@ -27,22 +45,44 @@ protected:
 
   TestMachine machine;
   const fs::path maps = machine.drivec / "m";
-  PrefixFiles files{machineof(machine)};
+  PermittingDisk disk;
+  PrefixFiles files{machineof(machine), disk};
 };
 
 }  // namespace
 
+// Until it takes its name a new file can be opened by its owner, who may have to clear it up.
 TEST_F(ReplaceOnPosix, KeepsPermissionsAndOwner) {
-  ::chmod((maps / "a.galaxy").c_str(), 0440);
   const bool root = ::geteuid() == 0;
-  ASSERT_TRUE(!root || ::chown((maps / "a.galaxy").c_str(), 1234, 1234) == 0);
-  EXPECT_TRUE(bool(replace()));
-  for (const char* name : {"a.galaxy", "a.galold", "a.galfix"}) {
-    struct stat status;
-    ASSERT_EQ(::stat((maps / name).c_str(), &status), 0);
-    EXPECT_EQ(status.st_mode & 07777, 0440u) << name;
-    EXPECT_TRUE(!root || status.st_uid == 1234u) << name;
+  for (const mode_t mode : {0440, 0000}) {
+    if (mode == 0 && !root)
+      continue;
+    writefile(maps / "a.galaxy", "old");
+    ::chmod((maps / "a.galaxy").c_str(), mode);
+    ASSERT_TRUE(!root || ::chown((maps / "a.galaxy").c_str(), 1234, 1234) == 0);
+    EXPECT_TRUE(bool(replace()));
+    for (const char* name : {"a.galaxy", "a.galold", "a.galfix"}) {
+      struct stat status;
+      ASSERT_EQ(::stat((maps / name).c_str(), &status), 0);
+      EXPECT_EQ(status.st_mode & 07777, mode) << name;
+      EXPECT_TRUE(!root || status.st_uid == 1234u) << name;
+    }
+    EXPECT_EQ(disk.permitted, 2);
+    fs::remove_all(maps);
+    disk.permitted = 0;
   }
+}
+
+// A file system that knows no permissions is no reason to stop, any other trouble is.
+TEST_F(ReplaceOnPosix, TellsOfPermissionsThatCannotBeSet) {
+  const Tree before = tree(maps);
+  disk.error = EIO;
+  const auto done = replace();
+  ASSERT_FALSE(bool(done));
+  EXPECT_EQ(done.failure().action, "write a.galfix");
+  EXPECT_EQ(tree(maps), before);
+  disk.error = EPERM;
+  EXPECT_TRUE(bool(replace()));
 }
 
 TEST_F(ReplaceOnPosix, LinksAreNeverFollowed) {
