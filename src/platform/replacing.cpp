@@ -85,14 +85,16 @@ Result<Done> Replacing::checkmap() {
 }
 
 // The last look stands behind all that is slow: what is saved while the map is compared, or while
-// its backup is copied or flushed, is found out. The map is read again where its stamp cannot tell.
+// its backup is copied or flushed, is found out. A map that was written just before it was compared
+// may have been written again without another stamp, and is compared again.
 Result<Done> Replacing::checkagain() {
+  if (!stamp.settled)
+    if (auto checked = checkmap(); !checked)
+      return checked;
   const auto now = folder.stampof(mapname);
   if (!now)
     return failure("convert it", now.failure());
-  if (*now != stamp)
-    return changed();
-  return stamp.settled ? Result<Done>(Done{}) : checkmap();
+  return *now == stamp ? Result<Done>(Done{}) : changed();
 }
 
 // The name on the disk of a companion, which may be spelled in another letter case there; empty
