@@ -154,7 +154,7 @@ TEST(Passes, AgreeWithThePlainDefinition) {
         lines(12, {"a", "b", "\t", "ab", "\xFF", "$-1", "$0", "$1", "$2", "$3", huge});
     const Lines current =
         lines(20, {"a", "b\n", "x$1", "x$2", "x$3", huge, " #", "##", " &", "#", "&"});
-    const Lines map = lines(20, {"a", "b", "\t", "ab", "\xFF", "\n", "\rc", "7"});
+    const Lines map = lines(20, {"a", "b", "\t", "ab", "\xFF", "$1", "\n", "\rc", "7"});
     for (const bool fix : {false, true}) {
       const auto expected = PlainPass(old, current, map).run(fix);
       const auto result = (fix ? fixpass : firstpass)(indexold("old", joined(old)),
