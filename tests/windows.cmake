@@ -39,8 +39,7 @@ target_compile_definitions(test-window PRIVATE
 if(NOT CMAKE_CROSSCOMPILING)
   testsof(platform platform/osversion_test.cpp)
   testsof(form form/linearray_test.cpp form/text_test.cpp)
-  testsof(convert
-    convert/matching_test.cpp convert/passes_test.cpp convert/rewriting_test.cpp)
+  testsof(convert convert/passes_test.cpp)
   return()
 endif()
 
@@ -57,9 +56,8 @@ machinetestsof(platform
   platform/osversion_test.cpp platform/replacing_test.cpp platform/services_test.cpp)
 machinetestsof(form form/control_test.cpp form/linearray_test.cpp form/text_test.cpp)
 machinetestsof(convert
-  convert/conversion_test.cpp convert/linereader_test.cpp convert/matching_test.cpp
-  convert/originalmaps_test.cpp convert/passes_test.cpp convert/rewriting_test.cpp
-  convert/templates_test.cpp docs/templates_test.cpp)
+  convert/conversion_test.cpp convert/linereader_test.cpp convert/originalmaps_test.cpp
+  convert/passes_test.cpp convert/templates_test.cpp docs/templates_test.cpp)
 machinetestsof(discover discover/search_test.cpp)
 machinetestsof(app app/commandline_test.cpp app/edition_test.cpp app/startup_test.cpp)
 machinetestsof(ui ui/handlers_test.cpp ui/layout_test.cpp)

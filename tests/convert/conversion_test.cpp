@@ -27,8 +27,15 @@ protected:
     found(name);
   }
 
-  void found(const std::string& name) {
-    program.form.foundlist.add("C:\\maps", name);
+  void found(const std::string& name) { program.form.foundlist.add("C:\\maps", name); }
+
+  // Another run, with nothing found yet and no map there.
+  void startover(const char* edition = "v", bool debugmode = false) {
+    fs::remove_all(maps);
+    program.form.foundlist.clear();
+    program.form.edition = edition;
+    program.form.debugmode = debugmode;
+    program.screen.messages.clear();
   }
 
   int fix() {
@@ -59,10 +66,7 @@ TEST_F(Conversion, LeavesTheCompanionsOfEachModeBesideAMap) {
       {"t", true, {{"a.galaxy", oldmap}, {"a.galtst", oldmap}}},
   };
   for (const auto& c : cases) {
-    fs::remove_all(maps);
-    program.form.foundlist.clear();
-    program.form.edition = c.edition;
-    program.form.debugmode = c.debugmode;
+    startover(c.edition, c.debugmode);
     add("a.galaxy", oldmap);
     EXPECT_EQ(fix(), Program::goeson);
     EXPECT_EQ(tree(maps), c.left) << c.edition << c.debugmode;
@@ -73,27 +77,21 @@ TEST_F(Conversion, LeavesTheCompanionsOfEachModeBesideAMap) {
   EXPECT_TRUE(program.screen.messages.empty());
 }
 
-TEST_F(Conversion, LeavesMapsAloneThatNeedNothing) {
+TEST_F(Conversion, CountsAndListsWhatItConvertsAndLeavesTheRestAlone) {
   add("current.galaxy", "MAP\r\nversion 4\r\nship Foo\r\n");
   add("newer.galaxy", "MAP\r\nversion 12\r\nship Foo\r\n");
   add("OWN.galaxy", oldmap);
   add("\xC3\x89TOILE.galaxy", oldmap);
-  const Tree before = tree(maps);
+  Tree left = tree(maps);
+  add("B.GALAXY", oldmap);
+  add("a.galaxy", oldmap);
+  left.insert({{"B.GALAXY", convertedmap}, {"B.GALold", oldmap}});
+  left.insert(converted.begin(), converted.end());
   fix();
-  EXPECT_EQ(tree(maps), before);
-  EXPECT_EQ(program.form.Text2.text(), "");
-  EXPECT_EQ(program.form.Label4.text(), "0");
+  EXPECT_EQ(tree(maps), left);
+  EXPECT_EQ(program.form.Text2.text(), "B.GALAXY\r\na.galaxy\r\n");
+  EXPECT_EQ(program.form.Label4.text(), "1");
   EXPECT_EQ(program.form.Label8.text(), "2");
-}
-
-TEST_F(Conversion, CountsAndListsWhatItConverts) {
-  for (const char* name : {"a.galaxy", "B.GALAXY", "c.galaxy"})
-    add(name, oldmap);
-  fix();
-  EXPECT_EQ(program.form.Text2.text(), "a.galaxy\r\nB.GALAXY\r\nc.galaxy\r\n");
-  EXPECT_EQ(program.form.Label4.text(), "2");
-  EXPECT_TRUE(fs::exists(maps / "B.GALold"));
-  EXPECT_EQ(readfile(maps / "B.GALAXY"), convertedmap);
 }
 
 TEST_F(Conversion, TakesTheVersionFromTheEndOfTheSecondLine) {
@@ -101,21 +99,17 @@ TEST_F(Conversion, TakesTheVersionFromTheEndOfTheSecondLine) {
   const struct {
     const char* secondline;
     const char* file;
-  } cases[] = {{"v 3", "voldstruct3.txt"},
-               {"", "voldstruct.txt"},
-               {"v-1", "voldstruct-1.txt"},
-               {"v03", "voldstruct03.txt"},
-               {"v\\3", "voldstruct\\3.txt"},
-               {"v..", "voldstruct...txt"},
-               {"\x1B"
-                "c",
-                "voldstruct\\x1Bc.txt"},
-               {"x", "voldstructx.txt"}};
+  } cases[] = {
+      {"v 3", "voldstruct3.txt"},  {"v3 ", "voldstruct3 .txt"},
+      {"x", "voldstructx.txt"},    {"", "voldstruct.txt"},
+      {" ", "voldstruct.txt"},     {"v-1", "voldstruct-1.txt"},
+      {"v03", "voldstruct03.txt"}, {"v\\3", "voldstruct\\3.txt"},
+      {"v..", "voldstruct...txt"}, {"v\x1Bx", "voldstruct\\x1Bx.txt"},
+  };
   fs::remove(machine.data / "voldstruct3.txt");
   for (const auto& c : cases) {
-    program.form.foundlist.clear();
+    startover();
     add("a.galaxy", "MAP\r\n" + std::string(c.secondline) + "\r\nend\r\n");
-    program.screen.messages.clear();
     EXPECT_EQ(fix(), 1);
     ASSERT_EQ(program.screen.messages.size(), 1u);
     EXPECT_NE(program.screen.messages[0].find(c.file), std::string::npos)
@@ -151,53 +145,26 @@ TEST_F(Conversion, TellsWhichMapsItCouldNotConvertAndGoesOn) {
             "C:\\maps\\taken.galaxy: cannot convert it: a folder has the name taken.galold");
 }
 
-TEST_F(Conversion, KeepsEveryEarlierBackup) {
-  add("a.galaxy", oldmap);
-  writefile(maps / "a.galold", "first");
-  fix();
-  EXPECT_EQ(readfile(maps / "a.galold2"), "first");
-  EXPECT_EQ(readfile(maps / "a.galold"), oldmap);
-
-  // An old map comes back under its name, and then the same again.
-  const std::string other = "MAP\r\nversion 3\r\nother\r\n";
-  writefile(maps / "a.galaxy", other);
-  fix();
-  EXPECT_EQ(readfile(maps / "a.galold3"), oldmap);
-  writefile(maps / "a.galaxy", other);
-  fix();
-  EXPECT_EQ(tree(maps), (Tree{{"a.galaxy", "MAP\r\nversion 4\r\nother\r\n"},
-                              {"a.galold", other},
-                              {"a.galold2", "first"},
-                              {"a.galold3", oldmap}}));
-}
-
 TEST_F(Conversion, ATemplateErrorEndsTheProgramAndLosesNothing) {
   writefile(machine.data / "vnewstruct3.txt", "MAP\r\nver$1\r\nversion 4\r\nship$0\r\n");
   writefile(machine.data / "tnewstructfix4.txt", "MAP\r\n");
+  const Tree untouched = {{"a.galaxy", oldmap}, {"b.galaxy", oldmap}};
+  const Tree backedup = {{"a.galaxy", oldmap}, {"a.galold", oldmap}, {"b.galaxy", oldmap}};
   const struct {
     const char* edition;
     bool debugmode;
     Tree left;
     const char* told;
   } cases[] = {
-      {"v",
-       false,
-       {{"a.galaxy", oldmap}, {"a.galold", oldmap}, {"b.galaxy", oldmap}},
+      {"t", false, backedup, "tnewstructfix4.txt: its section count is 0 or below: MAP"},
+      {"v", true, untouched, "vnewstruct3.txt"},
+      {"v", false, backedup,
        "C:\\maps\\a.galaxy: the map is of version \"3\" and cannot be converted: template "
        "vnewstruct3.txt: its section count is 0 or below: ship$0\r\n"
        "The map is as it was. No further map was converted."},
-      {"v", true, {{"a.galaxy", oldmap}, {"b.galaxy", oldmap}}, "vnewstruct3.txt"},
-      {"t",
-       false,
-       {{"a.galaxy", oldmap}, {"a.galold", oldmap}, {"b.galaxy", oldmap}},
-       "tnewstructfix4.txt: its section count is 0 or below: MAP"},
   };
   for (const auto& c : cases) {
-    fs::remove_all(maps);
-    program.form.foundlist.clear();
-    program.form.edition = c.edition;
-    program.form.debugmode = c.debugmode;
-    program.screen.messages.clear();
+    startover(c.edition, c.debugmode);
     add("a.galaxy", oldmap);
     add("b.galaxy", oldmap);
     EXPECT_EQ(fix(), 1);

@@ -27,15 +27,3 @@ TEST(LineReader, TellsLinesMissingAndUnreadableApartByShape) {
   for (const auto& c : cases)
     EXPECT_EQ(readlines(program.files, c.path).size(), c.lines) << c.path;
 }
-
-TEST(LineReader, FollowsLinks) {
-  TestMachine machine;
-  if (machine.prefix.empty())
-    GTEST_SKIP() << "a program of Windows makes no links under Wine";
-  Program program(machine);
-  writefile(machine.data / "two.txt", "a\r\nb");
-  fs::create_symlink(machine.data / "two.txt", machine.data / "link.txt");
-  fs::create_symlink(machine.data / "nothing", machine.data / "dangling.txt");
-  EXPECT_EQ(readlines(program.files, "link.txt").size(), 2u);
-  EXPECT_EQ(readlines(program.files, "dangling.txt").size(), 11u);
-}

@@ -111,23 +111,3 @@ TEST_F(Search, LeavesTheListsAtTheParentOfTheLastRoot) {
   find("C:\\r\\game", "D:\\gone");
   EXPECT_EQ(program.form.Dir1.path(), "C:\\r");
 }
-
-TEST_F(Search, EndsInTreesOfAnyDepth) {
-  if (machine.prefix.empty())
-    GTEST_SKIP() << "Wine reaches no path that is longer than its host takes in one piece";
-  fs::path folder = machine.drivec / "deep";
-  fs::create_directory(folder);
-  // Longer than any path that the system takes in one piece.
-  const std::string name(200, 'd');
-  fs::current_path(folder);
-  for (int depth = 0; depth < 60; ++depth) {
-    fs::create_directory(name);
-    fs::current_path(name);
-  }
-  writefile("./a.galaxy", "x");
-  fs::current_path("/");
-  const Found found = find("C:\\deep", "C:\\nowhere");
-  ASSERT_EQ(found.size(), 1u);
-  EXPECT_EQ(found[0].size(), std::string("C:\\deep").size() + 60 * 201 + 9);
-  EXPECT_EQ(*program.files.read(found[0]), "x");
-}

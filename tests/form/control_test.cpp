@@ -1,19 +1,9 @@
-// The lists and text boxes of the form.
+// The lists of the form.
 #include "tests/support/testmachine.h"
 
 #include <gtest/gtest.h>
 
 using Names = std::vector<std::string>;
-
-TEST(Control, TextBoxesKeepWhatTheUserTyped) {
-  TestMachine machine;
-  Program program(machine);
-  Control& box = program.form.Text1;
-  box.append("a\r\n");
-  box.typed("a\r\nmine");
-  box.append("b\r\n");
-  EXPECT_EQ(box.text(), "a\r\nmineb\r\n");
-}
 
 TEST(Control, TheDirectoryListShowsSubfoldersInOrder) {
   TestMachine machine;

@@ -55,10 +55,3 @@ TEST(Text, NumbersInTheirShortestForm) {
   EXPECT_EQ(numbertext(0.5), "0.5");
   EXPECT_EQ(numbertext(std::numeric_limits<double>::max()).size(), 309u);
 }
-
-TEST(Text, FileNamesOfPaths) {
-  EXPECT_EQ(afterlast("C:\\maps\\a.galaxy", '\\'), 9u);
-  EXPECT_EQ(afterlast("a.galaxy", '\\'), 1u);
-  EXPECT_EQ(filename("C:\\maps\\a.galaxy"), "a.galaxy");
-  EXPECT_EQ(filename("a.galaxy"), "a.galaxy");
-}

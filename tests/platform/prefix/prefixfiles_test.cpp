@@ -20,7 +20,7 @@ std::string names(const std::vector<Entry>& entries) {
 
 }  // namespace
 
-TEST(PrefixFiles, LooksUpWhatAPathMatches) {
+TEST(PrefixFiles, LooksUpWhatAPathMatchesAndReadsThroughLinks) {
   TestMachine machine;
   for (const char* name : {"f/b.txt", "f/A.txt", "f/.hidden", "f/sub/x"})
     writefile(machine.drivec / name, "");
@@ -55,6 +55,8 @@ TEST(PrefixFiles, LooksUpWhatAPathMatches) {
     EXPECT_EQ(*files.lookup(c.path, Match::filesandfolders), c.entry) << c.path;
   }
   EXPECT_FALSE(bool(files.lookup("C:\\f\\*.txt", Match::files)));
+  EXPECT_TRUE(bool(files.read("C:\\link")));
+  EXPECT_FALSE(bool(files.read("C:\\dangling")));
 }
 
 TEST(PrefixFiles, ListsInOrderOfLoweredNames) {
