@@ -40,8 +40,8 @@ public:
   static bool istemporary(std::string_view name);
 
   // Keeps other runs from replacing the same map, until the object is gone; false when one is at
-  // it. True, too, on a machine that has no such locks.
-  virtual Answer<bool> lock(const std::string&) { return true; }
+  // it. True, too, on a file system that has no such locks.
+  virtual Answer<bool> lock(const std::string& name) = 0;
 
   // How `name` is spelled in the folder, where letter case may differ; empty when it is free.
   virtual std::string spelled(const std::string& name) = 0;

@@ -22,7 +22,7 @@ TEST(LineReader, TellsLinesMissingAndUnreadableApartByShape) {
   } cases[] = {
       {"two.txt", 2},     {"TWO.TXT", 2},  {"empty.txt", 0},    {"none.txt", 11},
       {"folder.txt", 11}, {".hidden", 11}, {"none\\a.txt", 11}, {"two.txt\\a.txt", 11},
-      {"huge.txt", 1},    {"t*.txt", 1},   {"\"", 1},
+      {"huge.txt", 1},    {"t*.txt", 1},   {"\"", 1},           {"folder.txt\\", 11},
   };
   for (const auto& c : cases)
     EXPECT_EQ(readlines(program.files, c.path).size(), c.lines) << c.path;

@@ -1,5 +1,6 @@
 // Finding, setting and deleting in the text of a registry file. The input is a key, a value's name
-// and the text, separated by bytes 0. What was set must be found again.
+// and the text, separated by bytes 0. What was set must be found again, and a key's part of the
+// text must hold the same values.
 #include "platform/prefix/registrytext.h"
 
 #include <algorithm>
@@ -22,7 +23,10 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   const std::string key = cut(rest);
   const std::string name = cut(rest);
   const std::string text(rest);
-  static_cast<void>(findvalue(text, key, name));
+  const auto whole = findvalue(text, key, name);
+  const auto part = findvalue(onlykey(text, key), key, name);
+  if (bool(whole) != bool(part) || (whole && whole->text != part->text))
+    std::abort();
   static_cast<void>(withoutkey(text, key));
   static_cast<void>(withoutvalue(text, key, name));
   const RegistryValue value{.type = RegistryValue::Type::number, .number = 7};

@@ -133,7 +133,7 @@ Result<std::string> WindowsFiles::fullpath(const std::string& folder) {
 }
 
 Result<std::string> WindowsFiles::read(const std::string& path) {
-  const auto name = lookup(path, Match::files);
+  const auto name = path.ends_with('\\') ? std::string() : lookup(path, Match::files);
   if (!name)
     return name.failure();
   if (name->empty())
