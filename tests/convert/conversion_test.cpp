@@ -145,6 +145,15 @@ TEST_F(Conversion, TellsWhichMapsItCouldNotConvertAndGoesOn) {
             "C:\\maps\\taken.galaxy: cannot convert it: a folder has the name taken.galold");
 }
 
+TEST_F(Conversion, KeepsAnEarlierBackupThatOnlyHasTheSameSize) {
+  const std::string other(std::string(oldmap).size(), 'x');
+  add("a.galaxy", oldmap);
+  writefile(maps / "a.galold", other);
+  fix();
+  EXPECT_EQ(tree(maps),
+            (Tree{{"a.galaxy", convertedmap}, {"a.galold", oldmap}, {"a.galold2", other}}));
+}
+
 TEST_F(Conversion, ATemplateErrorEndsTheProgramAndLosesNothing) {
   writefile(machine.data / "vnewstruct3.txt", "MAP\r\nver$1\r\nversion 4\r\nship$0\r\n");
   writefile(machine.data / "tnewstructfix4.txt", "MAP\r\n");

@@ -138,10 +138,10 @@ TEST(RegistryText, MalformedLinesCountAsMissing) {
        "hex",        "hex(",          "hex(3",      "hex(3)41",        "hex(zz):41",  "hex:4x",
        "hex():41",   "str():dword:1", "hex:123",    "hex:41 42",       "hex:,41",     "-"})
     EXPECT_EQ(dataof(data), "none") << data;
-  for (const char* text :
-       {"", "[", "[K", "[K\n\"v\"=\"x\"", "[K]", "[K]\n\"v", "[K]\n\"v\"", "[K]\n\"v\"=", "K]\n",
-        "\"v\"=\"x\"\n[K]\n", "[K\\]\n\"v\"=\"x\"", "[]\n\"v\"=\"x\"", "[K]\nv=\"x\"\n",
-        "[K]\n;\"v\"=\"x\"\n", "[K]\n#\"v\"=\"x\"\n", "[K]\n[L]\n\"v\"=\"x\"\n"})
+  for (const char* text : {"", "[", "[K", "[K\n\"v\"=\"x\"", "[K]", "[K]\n\"v", "[K]\n\"v\"",
+                           "[K]\n\"v\"=", "K]\n", "\"v\"=\"x\"\n[K]\n", "[K\\]\n\"v\"=\"x\"",
+                           "[]\n\"v\"=\"x\"", "[K]\nv=\"x\"\n", "[K]\n;\"v\"=\"x\"\n",
+                           "[K]\n#\"v\"=\"x\"\n", "[K]\n\"v\" \"x\"\n", "[K]\n[L]\n\"v\"=\"x\"\n"})
     EXPECT_EQ(show(findvalue(text, "K", "v")), "none") << text;
 }
 
@@ -153,6 +153,7 @@ TEST(RegistryText, ComparesNamesAsTheyAreMeant) {
       {"[\\[\\]]\n@=\"found\"", "[]", ""},
       {"[K]\n\"@\"=\"found\"", "K", "@"},
       {"[K]\n\"\"=\"found\"\n\"@\"=\"other\"", "K", ""},
+      {"[K\\x5cz]\n@=\"found\"", "K\\z", ""},
       {"[]\n@=\"found\"", "", ""},
   };
   for (const auto& each : cases)
