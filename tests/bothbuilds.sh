@@ -1,8 +1,9 @@
 #!/usr/bin/env bash
 # Runs the Linux build and the Windows build on one machine, made by Wine, with the same maps: both
 # must leave the same files behind, and say the same.
-# bothbuilds.sh <Linux build folder> <Windows build folder>, with WINEPREFIX and a display
+# bothbuilds.sh <Linux build folder> <Windows build folder>, by scripts/test-windows
 set -euo pipefail
+: "${VORA_THROWAWAY_MACHINE:?this changes the machine: run it by scripts/test-windows}"
 linux=$(cd "$1" && pwd)
 windows=$(cd "$2" && pwd)
 cd "$(dirname "$0")/.."
@@ -24,7 +25,6 @@ check() { # check <what> <expected> <found>
 }
 
 key='HKLM\SOFTWARE\Wow6432Node\Orbwright\Paxhollow'
-: "${VORA_THROWAWAY_MACHINE:?this changes the machine: run it by scripts/test-windows}"
 register() { # register <edition> <folder>
   "$wine" reg delete "$key" /f > /dev/null 2>&1 || true
   "$wine" reg add "$key\\$1" /v Path /d "C:\\Program Files (x86)\\$2" /f > /dev/null

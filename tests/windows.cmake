@@ -25,6 +25,14 @@ function(testsof name)
   set_tests_properties(${name} PROPERTIES RESOURCE_LOCK machine)
 endfunction()
 
+# What changes the machine itself runs on one that Wine made, never on a developer's own.
+if(NOT CMAKE_CROSSCOMPILING)
+  testsof(platform platform/osversion_test.cpp)
+  testsof(form form/linearray_test.cpp form/text_test.cpp)
+  testsof(convert convert/passes_test.cpp)
+  return()
+endif()
+
 testsof(windows
   platform/windows/replacing_test.cpp platform/windows/windowsfiles_test.cpp
   platform/windows/windowssystem_test.cpp)
@@ -34,14 +42,6 @@ target_link_libraries(test-window PRIVATE win32 advapi32)
 add_dependencies(test-window vora-map-updater)
 target_compile_definitions(test-window PRIVATE
   PROGRAM="$<TARGET_FILE:vora-map-updater>" PROJECT="${CMAKE_SOURCE_DIR}")
-
-# What changes the machine itself runs on one that Wine made, never on a developer's own.
-if(NOT CMAKE_CROSSCOMPILING)
-  testsof(platform platform/osversion_test.cpp)
-  testsof(form form/linearray_test.cpp form/text_test.cpp)
-  testsof(convert convert/passes_test.cpp)
-  return()
-endif()
 
 add_library(testmachine STATIC support/testmachine.cpp support/windows/testmachine.cpp)
 target_link_libraries(testmachine PUBLIC testsupport advapi32)

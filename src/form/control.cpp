@@ -17,6 +17,15 @@ std::string joined(const std::string& folder, const std::string& name) {
   return folder + (folder.ends_with('\\') ? "" : "\\") + name;
 }
 
+// How much of a full path names its root: a drive, or a folder that a server shares.
+std::size_t rootlength(const std::string& path) {
+  const int backslashes = path.starts_with("\\\\") ? 4 : 1;
+  std::size_t length = 0;
+  for (int i = 0; i < backslashes && length < path.size(); ++i)
+    length = std::min(path.find('\\', length), path.size() - 1) + 1;
+  return length;
+}
+
 }  // namespace
 
 void Control::settext(std::string newtext) {
@@ -65,7 +74,7 @@ std::vector<FolderRow> DirectoryList::rows() const {
     std::string whole = result.empty() ? name : joined(result.back().path, name);
     result.push_back({std::move(name), std::move(whole), result.size()});
   };
-  std::size_t start = path().find('\\') + 1;
+  std::size_t start = rootlength(path());
   add(path().substr(0, start));
   while (start < path().size()) {
     const std::size_t end = std::min(path().find('\\', start), path().size());

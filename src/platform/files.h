@@ -28,7 +28,8 @@ struct NewFile {
   std::string_view text;
 };
 
-// How a map gives way to its converted self. The files take the map's permissions.
+// How a map gives way to its converted self. The files take the map's permissions; on Windows its
+// attributes, while who may do what comes from the folder.
 struct Replacement {
   std::string map;
   std::string_view was;        // the map's content, as it was read

@@ -58,7 +58,8 @@ public:
   virtual Answer<Done> flush(const std::string& name) = 0;
 
   // Makes a hidden file of a name that no search finds, writes the whole text and flushes it to the
-  // disk. Gives its name. Once it is given another name it has the permissions of the file `like`.
+  // disk. Gives its name. Once it is given another name it has the permissions of the file `like`,
+  // on Windows its attributes.
   virtual Answer<std::string> writetemporary(std::string_view text, const std::string& like) = 0;
 
   virtual void remove(const std::string& name) = 0;

@@ -88,9 +88,7 @@ void press(Form1& form, const Control& button) {
   }
 }
 
-Control& focusafter(Form1& form, const Control& pressed) {
-  return &pressed == &form.Command1 ? form.Command2 : form.Command1;
-}
+Control& focusafter(Form1& form) { return form.Command1.enabled() ? form.Command1 : form.Command2; }
 
 void openfolder(Form1& form, const std::string& path) {
   if (!form.searching)

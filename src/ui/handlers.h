@@ -13,7 +13,7 @@ void selectdrive(Form1& form, const std::string& drive);
 
 // The control that takes the keyboard when a button has disabled itself by being pressed: the one
 // that comes next in the work, and never the exit button.
-Control& focusafter(Form1& form, const Control& pressed);
+Control& focusafter(Form1& form);
 
 // Makes the lists follow one another.
 void connectlists(Form1& form);

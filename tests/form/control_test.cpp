@@ -31,6 +31,24 @@ TEST(Control, TheDirectoryListShowsSubfoldersInOrder) {
   EXPECT_EQ(list.path(), "C:\\");
 }
 
+TEST(Control, AFolderOnNoDriveIsBelowOneRoot) {
+  TestMachine machine;
+  if (machine.prefix.empty())
+    GTEST_SKIP() << "on Windows that is a folder that a server shares";
+  const std::filesystem::path folder = machine.prefix / "out" / "side";
+  std::filesystem::create_directories(folder / "below");
+  std::filesystem::create_directory(machine.prefix / "dosdevices");
+  std::filesystem::create_directory_symlink(machine.drivec, machine.prefix / "dosdevices" / "c:");
+  Program program(machine);
+  DirectoryList& list = program.form.Dir1;
+  ASSERT_TRUE(bool(list.setpath("\\\\?\\unix" + zpath(folder).substr(2))));
+  const auto rows = list.rows();
+  EXPECT_EQ(rows.front().path, "\\\\?\\unix\\");
+  EXPECT_EQ(rows.back().name, "below");
+  for (const FolderRow& row : rows)
+    EXPECT_TRUE(bool(list.setpath(row.path))) << row.path;
+}
+
 TEST(Control, TheFileListFollowsItsPattern) {
   TestMachine machine;
   for (const char* name : {"b.galaxy", "A.GALAXY", "c.galold", ".galaxy", "d.galaxy/inside"})

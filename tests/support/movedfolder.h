@@ -9,7 +9,8 @@
 
 #include <winreg.h>
 
-// A folder of the user's, elsewhere for as long as the object lives.
+// A folder of the user's, elsewhere for as long as the object lives. Only for a machine that was
+// made for the tests: where they are broken off, it stays there.
 class MovedFolder {
 public:
   MovedFolder(const wchar_t* itsname, const std::string& folder) : name(itsname) {

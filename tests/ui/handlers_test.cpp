@@ -30,10 +30,16 @@ protected:
 
 }  // namespace
 
-TEST_F(Handlers, ADisabledButtonDoesNothing) {
+TEST_F(Handlers, ADisabledButtonDoesNothingAndLeavesTheKeyboardToTheNextStep) {
   press(form, form.Command1);
   press(form, form.Command1);
   EXPECT_EQ(form.Label8.text(), "1");
+  EXPECT_EQ(&focusafter(form), &form.Command2);
+  press(form, form.Command6);
+  EXPECT_FALSE(form.Command6.enabled());
+  EXPECT_EQ(&focusafter(form), &form.Command2);
+  press(form, form.Command2);
+  EXPECT_EQ(&focusafter(form), &form.Command1);
 }
 
 TEST_F(Handlers, AFolderIsShownOrTheReasonWhyNot) {

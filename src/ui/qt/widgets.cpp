@@ -37,7 +37,7 @@ std::function<void()> makebutton(const ControlLayout& row, Form1& form, QPushBut
     press(form, control);
     if (control.enabled())
       return;
-    const QString next = QString::fromStdString(focusafter(form, control).name());
+    const QString next = QString::fromStdString(focusafter(form).name());
     if (auto* widget = button->window()->findChild<QWidget*>(next))
       widget->setFocus();
   });

@@ -261,7 +261,7 @@ void MainWindow::command(WORD identifier, WORD code) {
 void MainWindow::leavedisabled(const Mirror& mirror) {
   if (IsWindowEnabled(mirror.window) || (GetFocus() && GetFocus() != mirror.window))
     return;
-  focused = mirrorof(focusafter(form, *mirror.control)).window;
+  focused = mirrorof(focusafter(form)).window;
   keepfocus(GetActiveWindow() == window);
 }
 
