@@ -7,6 +7,8 @@
 #include "convert/templates.h"
 #include "form/text.h"
 
+#include <new>
+
 namespace {
 
 // A map's companion: its path with the last three characters replaced.
@@ -18,16 +20,17 @@ class Run {
 public:
   explicit Run(Form1& itsform);
 
-  // Converts the map `path`, unless it is to stay as it is.
-  void take(const std::string& path);
+  // Converts the map `path`, unless it is to stay as it is or is too large for the memory.
+  void trytotake(const std::string& path);
 
   // Tells which maps were left alone, if any.
   void tellleftalone();
 
 private:
+  void take(const std::string& path);
   bool isexpansion() const { return form.edition == expansionletter; }
   bool isoriginal(const std::string& path) const;
-  void leavealone(const Failure& failure) { leftalone.push_back(printable(failure.text())); }
+  void leavealone(const Failure& failure) { leftalone.push_back(failure); }
   void convert(const std::string& path, const LineArray& galaxylines);
   Result<std::string, TemplateError> fix(const LineArray& lines);
   void putinplace(const std::string& path, std::string_view was, std::string_view first,
@@ -39,7 +42,7 @@ private:
   Templates templates;
   double formatver = 0;
   long converted = 0;
-  std::vector<std::string> leftalone;
+  std::vector<Failure> leftalone;
 };
 
 Run::Run(Form1& itsform) : form(itsform), templates(form.files, form.edition) {
@@ -57,6 +60,14 @@ bool Run::isoriginal(const std::string& path) const {
     if (samefilename(form.system, path, form.originalmaps[i]))
       return true;
   return false;
+}
+
+void Run::trytotake(const std::string& path) {
+  try {
+    take(path);
+  } catch (const std::bad_alloc&) {
+    leavealone({path, "convert it", "the memory is not enough"});
+  }
 }
 
 void Run::take(const std::string& path) {
@@ -135,12 +146,7 @@ void Run::stop(const std::string& path, const LineArray& galaxylines, const Temp
 }
 
 void Run::tellleftalone() {
-  if (leftalone.empty())
-    return;
-  std::string text = "These maps could not be converted and were left alone:";
-  for (const std::string& reason : leftalone)
-    text += "\r\n" + reason;
-  telltrouble(form, text);
+  telltroubles(form, "These maps could not be converted and were left alone:", leftalone);
 }
 
 }  // namespace
@@ -149,6 +155,6 @@ void fixgalaxies(Form1& form) {
   Run run(form);
   nextstage(form);
   for (std::size_t i = 0; i + 1 < form.foundlist.size(); ++i)
-    run.take(form.foundlist[i]);
+    run.trytotake(form.foundlist[i]);
   run.tellleftalone();
 }

@@ -19,11 +19,20 @@ std::string withoutbackslash(std::string path) {
   return path;
 }
 
+// Remembers a folder that is there and cannot be searched. Where there is no root a whole drive is
+// searched, which always has some.
+void leaveout(Form1& form, const Failure& failure) {
+  if (!failure.missing && !form.rootpath.empty())
+    form.notsearched.push_back(failure);
+}
+
 Folder readfolder(Form1& form, std::string path, const std::string& pattern) {
   Folder folder{std::move(path), {}, {}};
   auto entries = form.files.list(folder.path + "\\", pattern);
-  if (!entries)
+  if (!entries) {
+    leaveout(form, entries.failure());
     return folder;
+  }
   for (Entry& entry : *entries)
     if (!entry.link)
       (entry.folder ? folder.subfolders : folder.files).push_back(std::move(entry.name));
@@ -62,7 +71,7 @@ std::string parentfolder(const std::string& folder) {
 void findfiles(Form1& form, const std::string& pattern, const std::string& root, FoundList& list) {
   const auto top = form.files.fullpath(root.ends_with('\\') ? root : root + "\\");
   if (!top)
-    return;
+    return leaveout(form, top.failure());
   walk(form, pattern, withoutbackslash(*top), list);
   // A parent that cannot be shown leaves the lists where they are.
   static_cast<void>(form.Dir1.setpath(parentfolder(*top)));
@@ -72,6 +81,7 @@ void findgalaxies(Form1& form) {
   form.searching = true;
   form.filepattern = "*.galaxy";
   form.foundlist.clear();
+  form.notsearched.clear();
   for (const std::string& root : form.pathlist) {
     form.rootpath = root;
     findfiles(form, form.filepattern, root, form.foundlist);
@@ -81,4 +91,5 @@ void findgalaxies(Form1& form) {
   for (std::size_t j = 0; j + 1 < form.foundlist.size(); ++j)
     form.Text1.append(std::string(filename(form.foundlist[j])) + "\r\n");
   form.Label6.settext(std::to_string(static_cast<long long>(form.foundlist.size()) - 2));
+  telltroubles(form, "These folders could not be searched:", form.notsearched);
 }

@@ -34,6 +34,15 @@ void telltrouble(Form1& form, const std::string& text) {
     form.screen.messagebox(text);
 }
 
+void telltroubles(Form1& form, const std::string& heading, const std::vector<Failure>& failures) {
+  if (failures.empty())
+    return;
+  std::string text = heading;
+  for (const Failure& failure : failures)
+    text += "\r\n" + printable(failure.text());
+  telltrouble(form, text);
+}
+
 void nextstage(Form1& form) {
   form.Label8.settext(std::to_string(wholepart(numericvalue(form.Label8.text())) + 1));
 }

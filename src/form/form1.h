@@ -98,9 +98,10 @@ public:
   std::string rootpath;                 // the root being searched, or the chosen drive's
   std::string dirpath;                  // the folder that the directory list was last moved to
   std::string filepattern;
-  FoundList foundlist;     // full paths of the maps found, then one empty element
-  LineArray originalmaps;  // names of the game's own maps
-  bool searching = false;  // handlers other than the exit button's wait meanwhile
+  std::vector<Failure> notsearched;  // folders that could not be listed
+  FoundList foundlist;               // full paths of the maps found, then one empty element
+  LineArray originalmaps;            // names of the game's own maps
+  bool searching = false;            // handlers other than the exit button's wait meanwhile
 
   bool trouble = false;  // something went wrong that the exit status must tell
 };
@@ -120,6 +121,9 @@ inline constexpr char expansionletter[] = "t";
 
 // Tells of trouble: in a message box, in a silent run on standard error.
 void telltrouble(Form1& form, const std::string& text);
+
+// The same of several failures, a line each below a heading; says nothing when there are none.
+void telltroubles(Form1& form, const std::string& heading, const std::vector<Failure>& failures);
 
 // Adds one to the number that the stage counter `Label8` shows.
 void nextstage(Form1& form);

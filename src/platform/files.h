@@ -28,8 +28,9 @@ struct NewFile {
   std::string_view text;
 };
 
-// How a map gives way to its converted self. The files take the map's permissions; on Windows its
-// attributes, while who may do what comes from the folder.
+// How a map gives way to its converted self. The files take the map's owner and permissions to read,
+// write and execute, as far as the user may give them away; on Windows its attributes, while who may
+// do what comes from the folder.
 struct Replacement {
   std::string map;
   std::string_view was;        // the map's content, as it was read
@@ -73,7 +74,8 @@ public:
   // ignoring letter case; a link is moved aside or replaced like a file, never followed. Fails when
   // a folder has the name of a companion, when the map is not what it `was`, and when another run
   // is at it. On failure the map is as it was, and of the files only those before the one that
-  // failed are in place.
+  // failed are in place; an older backup may have moved, and the map may have its backup name as a
+  // second name.
   virtual Result<Done> replace(const Replacement& replacement) = 0;
 
 protected:

@@ -66,7 +66,7 @@ Result<Done> Replacing::lockmap() {
   if (!locked)
     return failure("convert it", locked.failure());
   if (!*locked)
-    return Failure{replacement.map, "convert it", "another run is converting it"};
+    return Failure{replacement.map, "convert it", "another program has locked it"};
   return Done{};
 }
 

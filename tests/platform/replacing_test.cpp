@@ -224,7 +224,7 @@ TEST_F(Replace, TwoRunsKeepApart) {
   auto other = machine.mapfolder(maps);
   ASSERT_TRUE(*other->lock("a.galaxy"));
   const Tree before = tree(maps);
-  EXPECT_EQ(replace().failure().reason, "another run is converting it");
+  EXPECT_EQ(replace().failure().reason, "another program has locked it");
   EXPECT_EQ(tree(maps), before);
   other.reset();
   EXPECT_TRUE(bool(replace()));

@@ -106,10 +106,11 @@ TEST_P(Faults, EveryCallFailsOnce) {
       SCOPED_TRACE(std::to_string(error) + " at " + std::to_string(fault) + ": " + told);
       ASSERT_EQ(broken(galaxies, left), "");
       const auto leftalone = notconverted(left);
-      const bool ended = found != 3 || told.find("struct") != told.npos;
-      ASSERT_LE(leftalone.size(), ended ? 3u : error == WatchedDisk::half ? 0u : 1u);
+      const bool ended = told.find("struct") != told.npos;
+      const bool notlisted = told.find("C:\\maps: cannot") != told.npos;
+      ASSERT_LE(leftalone.size(), ended || notlisted ? 3u : error == WatchedDisk::half ? 0u : 1u);
       for (const std::string& name : leftalone) {
-        ASSERT_TRUE(ended || told.find(name) != told.npos) << name;
+        ASSERT_TRUE(ended || notlisted || told.find(name) != told.npos) << name;
         ASSERT_TRUE(ended || told.find(std::strerror(error)) != told.npos);
       }
       convertundisturbed();
@@ -188,14 +189,14 @@ TEST_P(Faults, AMapIsSavedBeforeEveryCall) {
   for (int i = 0; i < 4 * galaxies.count; ++i) {
     const int number = i / 4;
     const bool inplace = i % 2 == 0;
-    const bool old = i / 2 % 2 == 0;  // enough for its time stamp to tell
+    const bool old = i / 2 % 2 == 0;  // enough for its time stamp to tell by itself
+    const auto age = std::chrono::seconds(old ? 3600 : 1);
     const fs::path map = folder / (galaxies.name(number) + ".galaxy");
     const std::string saved = withnewend(galaxies.old(number));
     int lost = 0;
     for (int moment = 1; moment <= calls; ++moment) {
       galaxies.fill(folder);
-      if (old)
-        fs::last_write_time(map, fs::file_time_type::clock::now() - std::chrono::hours(1));
+      fs::last_write_time(map, fs::file_time_type::clock::now() - age);
       WatchedDisk disk(
           [&](int call) {
             if (call == moment && inplace) {

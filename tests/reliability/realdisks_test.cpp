@@ -70,8 +70,11 @@ TEST_F(RealDisks, WhatAUserMayNotDoIsToldAndTheRestIsConverted) {
     for (const fs::path& path : {(folder / c.file).parent_path(), folder / c.file})
       ASSERT_EQ(::chown(path.c_str(), owner, owner), 0);
   }
-  // Where nobody may link to a file that is somebody else's, its backup must be a copy.
+  // Where nobody may link to a file that is somebody else's, its backup must be a copy. What the
+  // user makes of a stranger's file does nothing in the user's name, nor shows the user's group
+  // what was another group's.
   writefile(folder / "nolinks/e.galaxy", oldmap);
+  ASSERT_EQ(::chmod((folder / "nolinks/e.galaxy").c_str(), 06664), 0);
   ASSERT_EQ(::chown((folder / "nolinks").c_str(), nobody, nobody), 0);
   writefile(folder / "longname" / (std::string(248, 'x') + ".galold"), "older");
   fs::create_directory(folder / "taken/c.galold");
@@ -85,7 +88,10 @@ TEST_F(RealDisks, WhatAUserMayNotDoIsToldAndTheRestIsConverted) {
     EXPECT_NE(ended.said.find(c.reason ? c.reason : ""), ended.said.npos) << ended.said;
   }
   EXPECT_EQ(tree(folder / "nolinks"), (Tree{{"e.galaxy", convertedmap}, {"e.galold", oldmap}}));
-  struct stat backup {};
+  struct stat result {
+  }, backup{};
+  EXPECT_EQ(::stat((folder / "nolinks/e.galaxy").c_str(), &result), 0);
+  EXPECT_EQ(result.st_mode & 07777, 0604u);
   EXPECT_EQ(::stat((folder / "nolinks/e.galold").c_str(), &backup), 0);
   if (readfile("/proc/sys/fs/protected_hardlinks") == "1\n")
     EXPECT_EQ(backup.st_uid, nobody) << "it is no copy";

@@ -24,11 +24,20 @@ bool nohardlinks(int error) {
   return error == EPERM || error == EOPNOTSUPP || error == ENOSYS || error == EMLINK;
 }
 
-// Gives the file the owner of another one. Only root may give files away.
-void giveaway(const Handle& file, const struct stat& like) {
+constexpr mode_t permissions = 0777;  // a map has no business with the bits above
+constexpr mode_t groups = 0070;
+
+// Gives the file the owner and the group of another one, and answers which permissions it may take
+// over: only root may give files away, and another group must not get what was not meant for it.
+mode_t giveaway(const Handle& file, const struct stat& like) {
   struct stat own;
-  if (describe(file, own) && (own.st_uid != like.st_uid || own.st_gid != like.st_gid))
-    static_cast<void>(::fchown(file.get(), like.st_uid, like.st_gid) == 0);
+  if (!describe(file, own))
+    return like.st_mode & permissions & ~groups;
+  const bool same = own.st_uid == like.st_uid && own.st_gid == like.st_gid;
+  if (same || ::fchown(file.get(), like.st_uid, like.st_gid) == 0)
+    return like.st_mode & permissions;
+  const bool samegroup = ::fchown(file.get(), static_cast<uid_t>(-1), like.st_gid) == 0;
+  return like.st_mode & (samegroup ? permissions : permissions & ~groups);
 }
 
 // Whether a new file is this run's alone. A run that clears up may have taken it for a leftover
@@ -136,10 +145,10 @@ MapFolder::Answer<std::string> PrefixMapFolder::writetemporary(std::string_view 
   auto made = makefile(file);
   if (!made)
     return made;
-  giveaway(file, status);
+  const mode_t mode = giveaway(file, status);
   // It stays open for its lock: what was flushed no failing close can take back.
   if (writeall(file, text) && folder.disk().flush(file.get()) == 0) {
-    written.push_back({*made, std::move(file), status.st_mode & 07777});
+    written.push_back({*made, std::move(file), mode});
     return made;
   }
   Reason reason = lasterror();
