@@ -276,12 +276,12 @@ TEST_F(ProgramWindow, FindsAndFixesWithTheKeyboard) {
 
 // A box of the system's own takes some thirty thousand characters unless it is told otherwise.
 TEST_F(ProgramWindow, ListsMoreThanATextBoxTakesByItself) {
-  constexpr int count = 400;
+  constexpr int count = 150;
   removefolder(user.wstring());
   fs::create_directory(user);
   std::string names;
   for (int i = 0; i < count; ++i) {
-    const std::string name = std::string(100, 'm') + std::to_string(count + i) + ".galaxy";
+    const std::string name = std::string(150, 'm') + std::to_string(count + i) + ".galaxy";
     std::ofstream(user / name) << "not a map";
     names += name + "\r\n";
   }
