@@ -6,19 +6,25 @@
 #include "ui/loadform.h"
 #include "ui/win32/win32screen.h"
 
+namespace {
+
+// In a silent run nobody would answer a box.
+void tell(const std::string& text, System& system, Screen& screen) {
+  if (willbesilent(system))
+    screen.standarderror(text);
+  else
+    screen.messagebox(text);
+}
+
+}  // namespace
+
 int main() {
   WindowsFiles files;
   Win32Screen screen;
-  // In a silent run nobody would answer a box.
-  WindowsSystem system([&](const std::string& text) {
-    if (willbesilent(system))
-      screen.standarderror(text);
-    else
-      screen.messagebox(text);
-  });
+  WindowsSystem system([&](const std::string& text) { tell(text, system, screen); });
   Form1 form(files, system, screen);
   if (!screen.open(form)) {
-    screen.standarderror("The window cannot be made.");
+    tell("The window cannot be made.", system, screen);
     return 1;
   }
   loadform(form);

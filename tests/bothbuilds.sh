@@ -45,11 +45,11 @@ putmaps() { # putmaps <base|expansion> <executable> <line of the target file>
   cp -r data "$scratch/data"
 }
 
-# What a program left: every file's name, size and checksum, folders and links by their names.
+# What a program left: every file's name and checksum, folders and links by their names.
 leftbehind() {
   (cd "$c" && find "Program Files (x86)"/Vorakai* "users/$(id -un)/AppData/Local" \
-    "users/$(id -un)/Documents/" \( -type f -exec cksum {} + \) -o -print | LC_ALL=C sort -k 3)
-  (cd "$scratch" && find data -type f -exec cksum {} + | LC_ALL=C sort -k 3)
+    "users/$(id -un)/Documents/" \( -type f -exec sha256sum {} + \) -o -print | LC_ALL=C sort -k 2)
+  (cd "$scratch" && find data -type f -exec sha256sum {} + | LC_ALL=C sort -k 2)
 }
 
 # Runs a program on a fresh copy of the maps: sets left, said and status.
@@ -70,12 +70,20 @@ runon() { # runon <debug?> <maps and executable...> -- <command...>
   left=$(leftbehind)
 }
 
-plainly() { "$wine" "$scratch/program/vora-map-updater.exe" /silent; }
+# Runs a Windows program. One that waits for an answer that nobody gives ends with its machine.
+onwindows() {
+  local status=0
+  timeout 300 "$wine" "$@" || status=$?
+  [ $status != 124 ] || savewine
+  return $status
+}
+
+plainly() { onwindows "$scratch/program/vora-map-updater.exe" /silent; }
 
 # As a user types it who wants to keep what it says: a blank after the argument would be one more.
 fromprompt() {
   local status=0
-  "$wine" cmd /c 'C:\both\program\vora-map-updater.exe 2> ..\told.txt /silent' || status=$?
+  onwindows cmd /c 'C:\both\program\vora-map-updater.exe 2> ..\told.txt /silent' || status=$?
   cat ../told.txt
   return $status
 }
@@ -90,6 +98,9 @@ compare() { # compare <what> <how Windows starts it> <debug?> <maps and executab
   runon "$@" -- "$start"
   check "$what: exit status" "$linuxstatus" "$status"
   check "$what: what it says" "$linuxsaid" "$said"
+  local written=galold
+  [ "$1" = no ] || written=galtst
+  check "$what: maps converted" yes "$(grep -q "\.$written\$" <<< "$left" && echo yes || echo no)"
   [ "$linuxleft" = "$left" ] && return
   printf 'FAILED %s: what it leaves behind\n' "$what"
   diff <(printf '%s\n' "$linuxleft") <(printf '%s\n' "$left") || true

@@ -27,7 +27,8 @@ private:
   const HGDIOBJ before;
 };
 
-FontHandle makefont(const Font& font, UINT dpi, LONG width) {
+// `width`: that of an average letter in pixels; 0: the font's own.
+FontHandle fontofwidth(const Font& font, UINT dpi, LONG width) {
   LOGFONTW wanted{};
   // A negative height is that of the letters, without the space between lines.
   wanted.lfHeight = -static_cast<LONG>(std::lround(font.points * dpi / pointsperinch));
@@ -37,6 +38,7 @@ FontHandle makefont(const Font& font, UINT dpi, LONG width) {
   wanted.lfCharSet = DEFAULT_CHARSET;
   // Not the bitmap font of that name, which has the letters of one code page in a few sizes.
   wanted.lfOutPrecision = OUT_TT_ONLY_PRECIS;
+  wanted.lfPitchAndFamily = VARIABLE_PITCH | FF_SWISS;  // where the named font is missing
   widen(font.name).copy(wanted.lfFaceName, LF_FACESIZE - 1);
   return FontHandle(CreateFontIndirectW(&wanted));
 }
@@ -44,11 +46,11 @@ FontHandle makefont(const Font& font, UINT dpi, LONG width) {
 }  // namespace
 
 FontHandle makefont(const Font& font, UINT dpi, int stretch) {
-  FontHandle own = makefont(font, dpi, LONG{0});
+  FontHandle own = fontofwidth(font, dpi, 0);
   TEXTMETRICW metrics{};
   if (stretch == 100 || !GetTextMetricsW(Measure(own.get()), &metrics))
     return own;
-  return makefont(font, dpi, std::lround(metrics.tmAveCharWidth * stretch / 100.0));
+  return fontofwidth(font, dpi, std::lround(metrics.tmAveCharWidth * stretch / 100.0));
 }
 
 bool fits(HFONT font, const std::wstring& text, const Room& room) {

@@ -61,23 +61,26 @@ constexpr int droppedrows = 12;
 
 MainWindow::MainWindow(Form1& itsform) : form(itsform) {
   registerclass(procedure);
-  CreateWindowExW(WS_EX_CONTROLPARENT, windowclass, L"", WS_OVERLAPPEDWINDOW | WS_CLIPCHILDREN,
-                  CW_USEDEFAULT, CW_USEDEFAULT, 0, 0, nullptr, nullptr, program(), this);
+  window =
+      CreateWindowExW(WS_EX_CONTROLPARENT, windowclass, L"", WS_OVERLAPPEDWINDOW | WS_CLIPCHILDREN,
+                      CW_USEDEFAULT, CW_USEDEFAULT, 0, 0, nullptr, nullptr, program(), this);
   if (!window)
     return;
   dpi = dpiof(window);
-  makecontrols();
   maketooltips();
   makefonts();
   moveintoview();
 }
 
-void MainWindow::makecontrols() {
+bool MainWindow::makecontrols() {
   int identifier = firstcontrol;
   for (const ControlLayout& row : layout()) {
     const HWND made = makecontrol(row, window, identifier++);
+    if (!made)
+      return false;
     mirrors.push_back({&row, &controlof(row, form), made, nullptr, nullptr});
   }
+  return true;
 }
 
 void MainWindow::maketooltips() {
@@ -285,6 +288,8 @@ LRESULT CALLBACK MainWindow::procedure(HWND window, UINT message, WPARAM word, L
 
 LRESULT MainWindow::handle(UINT message, WPARAM word, LPARAM detail) {
   switch (message) {
+  case WM_CREATE:
+    return makecontrols() ? 0 : -1;  // -1: there is to be no window
   case WM_COMMAND:
     command(LOWORD(word), HIWORD(word));
     return 0;

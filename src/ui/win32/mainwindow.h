@@ -20,7 +20,7 @@ public:
   MainWindow(const MainWindow&) = delete;
   MainWindow& operator=(const MainWindow&) = delete;
 
-  // Null when the system could not make the window.
+  // Null when the system could not make the window or one of its controls.
   HWND handle() const { return window; }
 
   void show();
@@ -38,7 +38,7 @@ private:
   static LRESULT CALLBACK procedure(HWND window, UINT message, WPARAM word, LPARAM detail);
   LRESULT handle(UINT message, WPARAM word, LPARAM detail);
 
-  void makecontrols();
+  bool makecontrols();
   void maketooltips();
   void settooltip(const Mirror& mirror);
   void makefonts();
