@@ -27,7 +27,9 @@ PrefixIndex::PrefixIndex(const std::vector<std::string_view>& texts) {
 // Of the texts in a node's range those that end at the node come first; the others, told apart by
 // their next character, go to the nodes below.
 void PrefixIndex::addbelow(std::size_t node, const Texts& sorted, std::vector<Range>& ranges) {
-  auto [begin, end, common] = ranges[node];
+  auto begin = ranges[node].begin;
+  const auto end = ranges[node].end;
+  const auto common = ranges[node].common;
   for (; begin < end && sorted[begin].first.size() == common; ++begin)
     nodes[node].number = std::max(nodes[node].number, sorted[begin].second);
   nodes[node].below = nodes.size();
