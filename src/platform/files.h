@@ -28,9 +28,9 @@ struct NewFile {
   std::string_view text;
 };
 
-// How a map gives way to its converted self. The files take the map's owner and permissions to read,
-// write and execute, as far as the user may give them away; on Windows its attributes, while who may
-// do what comes from the folder.
+// How a map gives way to its converted self. The files take the map's owner and permissions to
+// read, write and execute, as far as the user may give them away; on Windows its attributes, while
+// who may do what comes from the folder.
 struct Replacement {
   std::string map;
   std::string_view was;        // the map's content, as it was read
