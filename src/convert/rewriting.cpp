@@ -6,8 +6,6 @@
 
 namespace {
 
-constexpr std::string_view lineend = "\r\n";
-
 std::string_view lastcharacters(std::string_view line, std::size_t count) {
   return line.substr(line.size() - std::min(count, line.size()));
 }
@@ -29,7 +27,7 @@ void writeoutput(std::string& out, const OutputLine& line, std::string_view firs
     out += lastcharacters(aligned, 2);
   if (line.marker == Marker::rest)
     out += from(first, line.text.size() - 1);
-  out += lineend;
+  out += LineArray::lineend;
 }
 
 // What keeps the templates from writing section `s`; nothing when they can.
@@ -58,7 +56,7 @@ std::optional<TemplateError> findfault(const OldTemplate& oldtemplate,
 
 void writeline(std::string& out, std::string_view line) {
   out += line;
-  out += lineend;
+  out += LineArray::lineend;
 }
 
 Result<long long, TemplateError> rewritesection(const OldTemplate& oldtemplate,

@@ -12,6 +12,8 @@
 // text, which the array keeps; moving the array leaves them valid.
 class LineArray {
 public:
+  static constexpr std::string_view lineend = "\r\n";
+
   LineArray() = default;
 
   // Splits a text at every CR LF. The CR LF pairs at its end are dropped before, so that a text of
@@ -39,8 +41,6 @@ public:
   std::string_view text() const { return content ? std::string_view(*content) : ""; }
 
 private:
-  static constexpr std::string_view lineend = "\r\n";
-
   void endline(std::size_t end) {
     begins.push_back(static_cast<std::uint32_t>(end + lineend.size()));
   }

@@ -236,14 +236,18 @@ TEST_F(Replace, ListingClearsWhatAKilledRunLeftAndNothingElse) {
   for (const char* name : strangers)
     writefile(maps / name, "x");
   fs::create_directory(maps / ".vora-map-updater-2.tmp");
+  if (!machine.prefix.empty())  // under Wine there are no links to be made
+    fs::create_symlink("a.galaxy", maps / ".vora-map-updater-3.tmp");
+  const std::size_t theirs = tree(maps).size();
   auto living = machine.mapfolder(maps);
   ASSERT_TRUE(bool(living->writetemporary("x", "a.galaxy")));
   const Tree kept = tree(maps);
-  writefile(maps / ".vora-map-updater-17.tmp", "x");
+  for (const char* name : {".vora-map-updater-17.tmp", ".vora-map-updater-0.tmp"})
+    writefile(maps / name, "x");
   EXPECT_TRUE(bool(files->list("C:\\m", "*")));
   EXPECT_EQ(tree(maps), kept);
   EXPECT_TRUE(fs::is_directory(maps / ".vora-map-updater-2.tmp"));
   living.reset();
   EXPECT_TRUE(bool(files->list("C:\\m", "*")));
-  EXPECT_EQ(tree(maps).size(), 1 + std::size(strangers));
+  EXPECT_EQ(tree(maps).size(), theirs);
 }

@@ -16,10 +16,6 @@
 #include <fstream>
 #include <iostream>
 
-#include <fcntl.h>
-#include <sys/file.h>
-#include <unistd.h>
-
 namespace fs = std::filesystem;
 
 namespace {
@@ -275,29 +271,4 @@ TEST_P(Faults, FourTimesAsManyMapsAreFourTimesTheWork) {
   const auto [morecalls, morebytes] = work(240);
   EXPECT_LE(morecalls, 4 * calls);
   EXPECT_LE(2 * morebytes, 9 * bytes);  // their numbers are longer
-}
-
-TEST_P(Faults, ClearsWhatAKilledRunLeftAndNothingElse) {
-  const struct {
-    std::string name;
-    bool stays;
-  } files[] = {
-      {".vora-map-updater-17.tmp", false}, {".vora-map-updater-0.tmp", false},
-      {".vora-map-updater-.tmp", true},    {".vora-map-updater-1x.tmp", true},
-      {".vora-map-updater-1.tmp2", true},  {"vora-map-updater-1.tmp", true},
-      {".vora-map-updater-99.tmp", true},  // another run's, see below
-  };
-  for (const auto& file : files)
-    writefile(folder / file.name, "x");
-  fs::create_directory(folder / ".vora-map-updater-2.tmp");
-  fs::create_symlink("map0.galaxy", folder / ".vora-map-updater-3.tmp");
-  const Handle alive(systemdisk(),
-                     ::open((folder / ".vora-map-updater-99.tmp").c_str(), O_RDONLY | O_CLOEXEC));
-  ASSERT_EQ(::flock(alive.get(), LOCK_EX), 0);
-  convertundisturbed();
-  for (const auto& file : files)
-    EXPECT_EQ(fs::exists(folder / file.name), file.stays) << file.name;
-  EXPECT_TRUE(fs::is_directory(folder / ".vora-map-updater-2.tmp"));
-  EXPECT_TRUE(fs::is_symlink(folder / ".vora-map-updater-3.tmp"));
-  EXPECT_EQ(broken(galaxies, tree(folder)), "");
 }

@@ -2,6 +2,7 @@
 // changed file in one step, so that a failure leaves the old registry whole.
 #include "platform/prefix/registry.h"
 
+#include "platform/files.h"
 #include "platform/prefix/handle.h"
 #include "platform/prefix/lettercase.h"
 
@@ -51,14 +52,12 @@ private:
   bool made;  // and still there under its own name
 };
 
-constexpr off_t largestfile = 1LL << 30;  // a hundred times a large registry
-
-// Nothing when the file cannot be read, is no ordinary file or larger than `largestfile`.
+// Nothing when the file cannot be read, is no ordinary file or larger than any file may be.
 std::optional<Pages> readfile(const fs::path& file) {
   const auto handle = openpath(systemdisk(), file.string(), O_RDONLY | O_NONBLOCK);
   struct stat status {};
   if (!handle || !describe(handle, status) || !S_ISREG(status.st_mode) ||
-      status.st_size > largestfile)
+      status.st_size > Files::largestfile)
     return std::nullopt;
   Pages pages(static_cast<std::size_t>(status.st_size));
   const auto length = readall(handle, pages.data(), pages.size());
@@ -142,14 +141,15 @@ std::optional<RegistryValue> makevalue(const std::string& data, const std::strin
 }  // namespace
 
 const std::string& Registry::Hive::sections(const std::string& key) {
-  const auto known = keys.find(lowercase(key));
+  const auto lowered = lowercase(key);
+  const auto known = keys.find(lowered);
   if (known != keys.end())
     return known->second;
   if (!text) {
     auto read = readfile(file);
     text = read ? *std::move(read) : Pages(0);
   }
-  return keys[lowercase(key)] = onlykey(text->view(), key);
+  return keys[lowered] = onlykey(text->view(), key);
 }
 
 bool Registry::Hive::change(const Edit& edit) {
