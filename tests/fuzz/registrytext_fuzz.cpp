@@ -1,6 +1,6 @@
 // Finding, setting and deleting in the text of a registry file. The input is a key, a value's name
-// and the text, separated by bytes 0. What was set must be found again, and a key's part of the
-// text must hold the same values.
+// and the text, separated by bytes 0. What was set must be found again, and the part of the text
+// that a key and its neighbours have must hold the same values, even if the text is cut in two.
 #include "platform/prefix/registrytext.h"
 
 #include <algorithm>
@@ -24,8 +24,12 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   const std::string name = cut(rest);
   const std::string text(rest);
   const auto whole = findvalue(text, key, name);
-  const auto part = findvalue(onlykey(text, key), key, name);
+  const auto part = findvalue(keysbeside(text, key), key, name);
   if (bool(whole) != bool(part) || (whole && whole->text != part->text))
+    std::abort();
+  const auto middle = lastkey(text, text.size() / 2);
+  if (keysbeside(text.substr(0, middle), key) + keysbeside(text.substr(middle), key) !=
+      keysbeside(text, key))
     std::abort();
   static_cast<void>(withoutkey(text, key));
   static_cast<void>(withoutvalue(text, key, name));

@@ -10,6 +10,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <charconv>
 #include <cstddef>
 #include <cstdint>
@@ -52,19 +53,52 @@ private:
   bool made;  // and still there under its own name
 };
 
-// Nothing when the file cannot be read, is no ordinary file or larger than any file may be.
-std::optional<Pages> readfile(const fs::path& file) {
-  const auto handle = openpath(systemdisk(), file.string(), O_RDONLY | O_NONBLOCK);
+constexpr std::size_t piecesize = 1 << 16;  // in bytes: few enough for the processor's own memory
+
+// The open file and its size; no handle when it cannot be opened, is no ordinary file or larger
+// than any file may be.
+std::pair<Handle, std::size_t> openfile(const fs::path& file) {
+  auto handle = openpath(systemdisk(), file.string(), O_RDONLY | O_NONBLOCK);
   struct stat status {};
   if (!handle || !describe(handle, status) || !S_ISREG(status.st_mode) ||
       status.st_size > Files::largestfile)
-    return std::nullopt;
-  Pages pages(static_cast<std::size_t>(status.st_size));
-  const auto length = readall(handle, pages.data(), pages.size());
+    return {};
+  return {std::move(handle), static_cast<std::size_t>(status.st_size)};
+}
+
+// Nothing when the file cannot be read.
+std::optional<std::string> readfile(const fs::path& file) {
+  const auto [handle, size] = openfile(file);
+  std::string text(size, '\0');
+  const auto length = handle ? readall(handle, text.data(), size) : std::nullopt;
   if (!length)
     return std::nullopt;
-  pages.shrink(*length);
-  return pages;
+  text.resize(*length);
+  return text;
+}
+
+// What a file has of a key and those beside it; the empty text when it cannot be read. The file
+// passes through a small buffer, in pieces that end where a key begins: to touch new memory for all
+// of it would take several times as long.
+std::string readkeys(const fs::path& file, const std::string& key) {
+  const auto [handle, size] = openfile(file);
+  std::string sections, buffer(std::min(size + 1, piecesize), '\0');
+  for (std::size_t filled = 0; handle;) {
+    const auto length = readall(handle, buffer.data() + filled, buffer.size() - filled);
+    if (!length)
+      return "";
+    const std::string_view text(buffer.data(), filled + *length);
+    const bool last = text.size() < buffer.size();
+    const std::size_t end = last ? text.size() : lastkey(text, filled);
+    sections += keysbeside(text.substr(0, end), key);
+    if (last)
+      break;
+    filled = text.size() - end;
+    std::copy(text.begin() + static_cast<std::ptrdiff_t>(end), text.end(), buffer.begin());
+    if (filled == buffer.size())
+      buffer.resize(2 * buffer.size());
+  }
+  return sections;
 }
 
 // Puts `text` in the file's place in one step; a link stays and its target is replaced.
@@ -140,34 +174,30 @@ std::optional<RegistryValue> makevalue(const std::string& data, const std::strin
 
 }  // namespace
 
+// Keys that are asked for one after the other often stand beside each other.
 const std::string& Registry::Hive::sections(const std::string& key) {
-  const auto lowered = lowercase(key);
-  const auto known = keys.find(lowered);
+  const auto above = lowercase(key.substr(0, key.rfind('\\') + 1));
+  const auto known = keys.find(above);
   if (known != keys.end())
     return known->second;
-  if (!text) {
-    auto read = readfile(file);
-    text = read ? *std::move(read) : Pages(0);
-  }
-  return keys[lowered] = onlykey(text->view(), key);
+  return keys[above] = readkeys(file, key);
 }
 
 bool Registry::Hive::change(const Edit& edit) {
   std::error_code ignored;
   const bool missing = fs::symlink_status(file, ignored).type() == fs::file_type::not_found;
-  const auto old = missing ? Pages(0) : readfile(file);
+  const auto old = missing ? std::string() : readfile(file);
   if (!old)
     return false;
-  const auto changed = edit(old->view());
+  const auto changed = edit(*old);
   if (!changed || !replacefile(file, *changed))
     return false;
-  text.reset();
   keys.clear();
   return true;
 }
 
 Registry::Registry(const fs::path& machine)
-    : localmachine{machine / "system.reg", {}, {}}, currentuser{machine / "user.reg", {}, {}} {}
+    : localmachine{machine / "system.reg", {}}, currentuser{machine / "user.reg", {}} {}
 
 Registry::Hive* Registry::findhive(const std::string& root) {
   const auto lowered = lowercase(root);

@@ -3,7 +3,6 @@
 // writes it over these files when it ends.
 #pragma once
 
-#include "platform/prefix/memory.h"
 #include "platform/prefix/registrytext.h"
 
 #include <filesystem>
@@ -21,9 +20,10 @@ public:
   // `machine` is the folder that holds system.reg and user.reg. Nothing is read yet.
   explicit Registry(const std::filesystem::path& machine);
 
-  // The value, or nothing where there is none. Each file is read once, at its first use, and once
-  // more after a change; one that is missing, cannot be read or has more than 1 GiB counts as
-  // empty. %NAME% in an expandable text is left as it is.
+  // The value, or nothing where there is none. The keys directly below another are read from their
+  // file together, when one of them is first asked for, and once more after a change; a file that
+  // is missing, cannot be read or has more than 1 GiB counts as empty. %NAME% in an expandable text
+  // is left as it is.
   std::optional<RegistryValue> read(const std::string& valuepath);
 
   // Sets a value, making its key where that is missing. `type` is REG_SZ, REG_EXPAND_SZ, REG_DWORD
@@ -45,8 +45,7 @@ private:
     using Edit = std::function<std::optional<std::string>(std::string_view text)>;
 
     std::filesystem::path file;
-    std::optional<Pages> text;                // nothing until the first use after a change
-    std::map<std::string, std::string> keys;  // what it has of each key that was asked for
+    std::map<std::string, std::string> keys;  // by the path above those that were asked for
 
     const std::string& sections(const std::string& key);
     // Edits the file as it stands now; false where nothing was changed.

@@ -148,7 +148,9 @@ struct Entry {
   std::string_view data;
 };
 
-enum class Depth { key, subtree };
+// Which keys are meant: the one of a path, those that have the path as the beginning of theirs and
+// only a name behind it, or the one of a path and all below it.
+enum class Depth { key, beside, subtree };
 
 std::size_t lineend(std::string_view text, std::size_t from) {
   const auto at = text.find('\n', from);
@@ -164,19 +166,21 @@ std::size_t nextheader(std::string_view text, std::size_t from) {
   return std::min(at, text.size());
 }
 
-// Whether a key's header, without its "[", names the key or (for a subtree) one below it.
-bool names(std::string_view header, const std::string& loweredkey, Depth depth) {
+// Whether a key's header, without its "[", names a key that is meant.
+bool names(std::string_view header, const std::string& lowered, Depth depth) {
   const auto close = findclosing(header, 0, ']');
   if (close == npos)
     return false;
   const auto path = lowercase(unescape(header.substr(0, close)));
-  return path == loweredkey || (depth == Depth::subtree && path.starts_with(loweredkey + "\\"));
+  if (depth == Depth::beside)
+    return path.starts_with(lowered) && path.find('\\', lowered.size()) == npos;
+  return path == lowered || (depth == Depth::subtree && path.starts_with(lowered + "\\"));
 }
 
-// Calls `use` with every section of the key, in the order of the text.
+// Calls `use` with every section of the keys that are meant, in the order of the text.
 template <class Use>
-void eachsection(std::string_view text, std::string_view key, Depth depth, Use use) {
-  const auto lowered = lowercase(key);
+void eachsection(std::string_view text, std::string_view path, Depth depth, Use use) {
+  const auto lowered = lowercase(path);
   for (std::size_t begin = nextheader(text, 0), end = begin; begin < text.size(); begin = end) {
     end = nextheader(text, begin + 1);
     if (differs(text.substr(begin + 1), lowered))
@@ -465,12 +469,20 @@ std::optional<RegistryValue> findvalue(std::string_view registry, std::string_vi
   return last;
 }
 
-std::string onlykey(std::string_view registry, std::string_view key) {
+std::string keysbeside(std::string_view registry, std::string_view key) {
   std::string sections;
-  eachsection(registry, key, Depth::key, [&](const Section& section) {
-    sections += registry.substr(section.begin, section.end - section.begin);
-  });
+  eachsection(registry, key.substr(0, key.rfind('\\') + 1), Depth::beside,
+              [&](const Section& section) {
+                sections += registry.substr(section.begin, section.end - section.begin);
+              });
   return sections;
+}
+
+std::size_t lastkey(std::string_view registry, std::size_t from) {
+  for (std::size_t at = registry.size(); at-- > std::max<std::size_t>(from, 1);)
+    if (registry[at] == '[' && registry[at - 1] == '\n')
+      return at;
+  return 0;
 }
 
 std::string withvalue(std::string_view registry, std::string_view key, std::string_view name,

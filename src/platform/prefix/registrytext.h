@@ -26,8 +26,13 @@ struct RegistryValue {
 std::optional<RegistryValue> findvalue(std::string_view registry, std::string_view key,
                                        std::string_view name);
 
-// What the text has of the key, as a text of its own: shorter to look through for its values.
-std::string onlykey(std::string_view registry, std::string_view key);
+// What the text has of the key and of those directly below the same key, as a text of its own:
+// shorter to look through for their values.
+std::string keysbeside(std::string_view registry, std::string_view key);
+
+// Where the last key that begins at `from` or behind it does; 0 when none does. A text may be cut
+// there: both parts together have what the whole has.
+std::size_t lastkey(std::string_view registry, std::size_t from);
 
 // The text with the value set: in place of the line that gave it, else at the end of its key, else
 // in a new key at the end of the text. An empty text gets the first line that Wine asks for. A new

@@ -318,7 +318,22 @@ TEST_F(RegistryFiles, RootsChooseTheFile) {
     EXPECT_EQ(show(registry.read(each.path)), each.shown) << each.path;
 }
 
-TEST_F(RegistryFiles, EachFileIsReadOnceUntilItIsChanged) {
+// A file is read in pieces: wherever the first one ends, keys are found whole.
+TEST_F(RegistryFiles, KeysAreFoundAcrossPieces) {
+  constexpr std::size_t piece = 1 << 16;
+  const std::string large = "\"large\"=\"" + std::string(3 * piece, 'x') + "\"\n";
+  for (std::size_t before = piece - 40; before < piece + 2; ++before) {
+    writefile(system, "[Fill]\n" + std::string(before - 8, ';') + "\n[K\\\\A]\n\"v\"=\"first\"\n" +
+                          large + "[Other]\n[K\\\\B]\n@=\"beside\"\n[K\\\\A]\n\"w\"=\"last\"\n");
+    Registry registry(folder);
+    EXPECT_EQ(show(registry.read("HKLM\\K\\A\\v")), "text first") << before;
+    EXPECT_EQ(show(registry.read("HKLM\\K\\A\\w")), "text last") << before;
+    EXPECT_EQ(show(registry.read("HKLM\\K\\B\\")), "text beside") << before;
+    EXPECT_EQ(show(registry.read("HKLM\\K\\A\\large")).size(), 5 + 3 * piece) << before;
+  }
+}
+
+TEST_F(RegistryFiles, WhatWasReadIsKnownUntilItIsChanged) {
   Registry registry(folder);
   EXPECT_FALSE(registry.read("HKLM\\A\\v"));
   EXPECT_EQ(tree(folder), Tree());
