@@ -8,9 +8,8 @@ namespace {
 // A folder in the middle of the walk.
 struct Folder {
   std::string path;  // without "\" at its end
-  std::vector<std::string> subfolders;
-  std::vector<std::string> files;
-  std::size_t next = 0;  // the subfolder to be walked next
+  std::vector<Entry> entries{};
+  std::size_t next = 0;  // the first entry behind the subfolder that was walked last
 };
 
 std::string withoutbackslash(std::string path) {
@@ -27,21 +26,27 @@ void leaveout(Form1& form, const Failure& failure) {
 }
 
 Folder readfolder(Form1& form, std::string path, const std::string& pattern) {
-  Folder folder{std::move(path), {}, {}};
+  Folder folder{std::move(path)};
   auto entries = form.files.list(folder.path + "\\", pattern);
-  if (!entries) {
+  if (entries)
+    folder.entries = *std::move(entries);
+  else
     leaveout(form, entries.failure());
-    return folder;
-  }
-  for (Entry& entry : *entries)
-    if (!entry.link)
-      (entry.folder ? folder.subfolders : folder.files).push_back(std::move(entry.name));
   return folder;
 }
 
+// The next subfolder that is to be walked, null when there is none.
+const Entry* nextsubfolder(Folder& folder) {
+  while (folder.next < folder.entries.size())
+    if (const Entry& entry = folder.entries[folder.next++]; entry.folder && !entry.link)
+      return &entry;
+  return nullptr;
+}
+
 void addfiles(const Folder& folder, FoundList& list) {
-  for (const std::string& name : folder.files)
-    list.add(folder.path, name);
+  for (const Entry& entry : folder.entries)
+    if (!entry.folder && !entry.link)
+      list.add(folder.path, entry.name);
 }
 
 // Walks a tree depth first. It keeps its own stack: how deep a tree is, is up to strangers.
@@ -49,14 +54,12 @@ void walk(Form1& form, const std::string& pattern, const std::string& top, Found
   std::vector<Folder> open;
   open.push_back(readfolder(form, top, pattern));
   while (!open.empty()) {
-    Folder& folder = open.back();
-    if (folder.next < folder.subfolders.size()) {
+    if (const Entry* below = nextsubfolder(open.back())) {
       form.screen.processmessages();
-      std::string below = folder.path + "\\" + folder.subfolders[folder.next++];
-      open.push_back(readfolder(form, std::move(below), pattern));
+      open.push_back(readfolder(form, open.back().path + "\\" + below->name, pattern));
       continue;
     }
-    addfiles(folder, list);
+    addfiles(open.back(), list);
     open.pop_back();
   }
 }

@@ -2,15 +2,40 @@
 #include "platform/names.h"
 
 #include <algorithm>
-#include <tuple>
+#include <compare>
 #include <utility>
 
 namespace {
 
-// Patterns end in ASCII letters only, so that lowering these is enough.
+bool isascii(char c) { return static_cast<unsigned char>(c) < 0x80; }
+
+// Of ASCII letters; patterns end in no others.
 char lower(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; }
 
 bool isletter(char c) { return lower(c) >= 'a' && lower(c) <= 'z'; }
+
+// Whether the character at `at` in UTF-8 text began before it.
+bool goeson(std::string_view text, std::size_t at) {
+  return at < text.size() && (static_cast<unsigned char>(text[at]) & 0xC0) == 0x80;
+}
+
+// Compares names as `lowercase` gives them. It is asked only for what stands behind their common
+// beginning, and not at all where ASCII decides.
+std::strong_ordering compare(std::string_view a, std::string_view b,
+                             std::string (*lowercase)(std::string_view)) {
+  const auto ends = std::mismatch(a.begin(), a.end(), b.begin(), b.end(),
+                                  [](char one, char other) { return lower(one) == lower(other); });
+  auto common = static_cast<std::size_t>(ends.first - a.begin());
+  while (common > 0 && (goeson(a, common) || goeson(b, common)))
+    --common;
+  a.remove_prefix(common);
+  b.remove_prefix(common);
+  if (a.empty() || b.empty())
+    return a.size() <=> b.size();
+  if (isascii(a[0]) && isascii(b[0]) && lower(a[0]) != lower(b[0]))
+    return lower(a[0]) <=> lower(b[0]);
+  return lowercase(a) <=> lowercase(b);
+}
 
 }  // namespace
 
@@ -58,13 +83,8 @@ bool hasdrive(std::string_view path) {
 }
 
 void sortentries(std::vector<Entry>& entries, std::string (*lowercase)(std::string_view)) {
-  std::vector<std::pair<std::string, Entry>> keyed;
-  keyed.reserve(entries.size());
-  for (Entry& entry : entries)
-    keyed.emplace_back(lowercase(entry.name), std::move(entry));
-  std::sort(keyed.begin(), keyed.end(), [](const auto& a, const auto& b) {
-    return std::tie(a.first, a.second.name) < std::tie(b.first, b.second.name);
+  std::sort(entries.begin(), entries.end(), [&](const Entry& a, const Entry& b) {
+    const auto order = compare(a.name, b.name, lowercase);
+    return order < 0 || (order == 0 && a.name < b.name);
   });
-  std::transform(keyed.begin(), keyed.end(), entries.begin(),
-                 [](auto& pair) { return std::move(pair.second); });
 }

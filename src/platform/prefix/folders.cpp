@@ -11,11 +11,16 @@
 
 namespace {
 
+// `eachname` of a folder that may have been read before.
+bool readagain(const Handle& folder, const Visit& visit) {
+  return eachname(opennameat(folder, ".", O_RDONLY | O_DIRECTORY), visit);
+}
+
 // The name that differs from `name` in letter case alone; the first in byte order of several.
 std::string findfolded(const Handle& folder, const std::string& name) {
   const std::string wanted = lowercase(name);
   std::string found;
-  eachname(opennameat(folder, ".", O_RDONLY | O_DIRECTORY), [&](const char* other, unsigned char) {
+  readagain(folder, [&](const char* other, unsigned char) {
     if (lowercase(other) == wanted && (found.empty() || other < found))
       found = other;
   });
@@ -71,17 +76,23 @@ void FolderNames::refresh(const Handle& folder) {
   if (stamp == now)
     return;
   stamp = now;
-  spellings.clear();
-  const bool complete = eachname(opennameat(folder, ".", O_RDONLY | O_DIRECTORY),
-                                 [&](const char* name, unsigned char) { spellings.insert(name); });
-  if (!complete)
+  hashes.clear();
+  spellings.reset();
+  if (!readagain(folder, [&](const char* name, unsigned char) { hashes.insert(Folded()(name)); }))
     stamp = {};  // to be read again for the next question
 }
 
-std::string FolderNames::find(const Handle& folder, const std::string& name) const {
+std::string FolderNames::find(const Handle& folder, const std::string& name) {
   if (hasname(folder, name))
     return name;
-  const auto [begin, end] = spellings.equal_range(name);
+  if (!hashes.contains(Folded()(name)))
+    return "";
+  if (!spellings) {
+    spellings.emplace();
+    if (!readagain(folder, [&](const char* other, unsigned char) { spellings->insert(other); }))
+      stamp = {};
+  }
+  const auto [begin, end] = spellings->equal_range(name);
   std::string found;
   for (auto other = begin; other != end; ++other)
     if ((found.empty() || *other < found) && hasname(folder, *other))
@@ -90,9 +101,12 @@ std::string FolderNames::find(const Handle& folder, const std::string& name) con
 }
 
 void FolderNames::added(const std::string& name) {
-  const auto [begin, end] = spellings.equal_range(name);
+  hashes.insert(Folded()(name));
+  if (!spellings)
+    return;
+  const auto [begin, end] = spellings->equal_range(name);
   if (std::find(begin, end, name) == end)
-    spellings.insert(name);
+    spellings->insert(name);
 }
 
 void FolderNames::changed(const Handle& folder) {

@@ -2,9 +2,11 @@
 #pragma once
 
 #include "platform/prefix/handle.h"
+#include "platform/prefix/hashset.h"
 
 #include <cstdint>
 #include <functional>
+#include <optional>
 #include <string>
 #include <unordered_set>
 
@@ -25,7 +27,7 @@ public:
   void refresh(const Handle& folder);
 
   // The same answer as `findname`.
-  std::string find(const Handle& folder, const std::string& name) const;
+  std::string find(const Handle& folder, const std::string& name);
 
   // Tells of a name that the caller is about to make. The caller says when it is done, so that its
   // own changes are not taken for somebody else's.
@@ -44,9 +46,13 @@ private:
     std::size_t operator()(const std::string& name) const;
     bool operator()(const std::string& one, const std::string& other) const;
   };
+  using Spellings = std::unordered_multiset<std::string, Folded, Folded>;
 
   static Stamp stampof(const Handle& folder);
 
   Stamp stamp;
-  std::unordered_multiset<std::string, Folded, Folded> spellings;
+  // Nearly always there is no such name in any letter case, which hashes tell in a tenth of the
+  // memory that spellings take. These are read when a hash is known.
+  HashSet hashes;
+  std::optional<Spellings> spellings;
 };

@@ -1,0 +1,29 @@
+// A set of hashes that takes some 9 to 18 bytes for each.
+#include "platform/prefix/hashset.h"
+
+#include <algorithm>
+#include <utility>
+
+std::size_t HashSet::find(std::size_t hash) const {
+  std::size_t at = hash % slots.size();
+  while (slots[at] != 0 && slots[at] != hash)
+    at = (at + 1) % slots.size();
+  return at;
+}
+
+bool HashSet::contains(std::size_t hash) const {
+  return slots[find(std::max<std::size_t>(hash, 1))] != 0;
+}
+
+void HashSet::insert(std::size_t hash) {
+  hash = std::max<std::size_t>(hash, 1);
+  if (8 * (taken + 1) > 7 * slots.size()) {
+    const auto old = std::exchange(slots, std::vector<std::size_t>(2 * slots.size()));
+    for (const std::size_t kept : old)
+      if (kept != 0)
+        slots[find(kept)] = kept;
+  }
+  std::size_t& slot = slots[find(hash)];
+  taken += slot == 0;
+  slot = hash;
+}
