@@ -22,16 +22,18 @@ bool MapFolder::istemporary(std::string_view name) {
   return !number.empty() && number.find_first_not_of("0123456789") == number.npos;
 }
 
+const MapFolder::Reason MapFolder::notordinary{"it is not an ordinary file any more"};
+
 std::optional<bool> MapFolder::reads(const Read& read, std::string_view text) {
   char buffer[1 << 16];
-  while (true) {
-    const auto length = read(buffer, sizeof buffer);
+  while (!text.empty()) {
+    const std::string_view piece = text.substr(0, sizeof buffer);
+    const auto length = read(buffer, piece.size());
     if (!length)
       return std::nullopt;
-    if (!text.starts_with(std::string_view(buffer, *length)))
+    if (std::string_view(buffer, *length) != piece)
       return false;
-    text.remove_prefix(*length);
-    if (*length < sizeof buffer)
-      return text.empty();
+    text.remove_prefix(piece.size());
   }
+  return true;
 }

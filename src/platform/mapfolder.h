@@ -39,9 +39,11 @@ public:
   static std::string temporaryname();
   static bool istemporary(std::string_view name);
 
-  // Keeps other runs from replacing the same map, until the object is gone; false when one is at
-  // it. True, too, on a file system that has no such locks.
-  virtual Answer<bool> lock(const std::string& name) = 0;
+  // Keeps other runs from replacing the map `name`, until the object is gone, where the file system
+  // knows how. Its stamp; nothing when another run is at it. Fails when it is not an ordinary file.
+  // What later steps do with the map they do with the file that was locked, even if another has
+  // taken its name; only `stampof` and the steps that move names tell.
+  virtual Answer<std::optional<Stamp>> lock(const std::string& name) = 0;
 
   // How `name` is spelled in the folder, where letter case may differ; empty when it is free.
   virtual std::string spelled(const std::string& name) = 0;
@@ -51,16 +53,16 @@ public:
 
   virtual Answer<Stamp> stampof(const std::string& name) = 0;
 
-  // Whether an ordinary file holds just `text`.
+  // Whether it is an ordinary file that holds just `text`.
   virtual Answer<bool> holds(const std::string& name, std::string_view text) = 0;
 
   // Sees to it that a file's content is on the disk, and the names that it has.
   virtual Answer<Done> flush(const std::string& name) = 0;
 
   // Makes a hidden file of a name that no search finds, writes the whole text and flushes it to the
-  // disk. Gives its name. Once it is given another name it has the permissions of the file `like`,
+  // disk. Gives its name. Once it is given another name it has the permissions of the locked map,
   // on Windows its attributes.
-  virtual Answer<std::string> writetemporary(std::string_view text, const std::string& like) = 0;
+  virtual Answer<std::string> writetemporary(std::string_view text) = 0;
 
   virtual void remove(const std::string& name) = 0;
 
@@ -76,9 +78,11 @@ public:
   virtual Answer<bool> link(const std::string& from, const std::string& to) = 0;
 
 protected:
-  // Reads up to so many bytes, less only at a file's end; nothing when that fails.
+  static const Reason notordinary;
+
+  // Reads the next so many bytes, less only at a file's end; nothing when that fails.
   using Read = std::function<std::optional<std::size_t>(char* into, std::size_t size)>;
 
-  // Whether what `read` gives is just `text`; nothing when reading fails.
+  // Whether what `read` gives begins with `text`; nothing when reading fails.
   static std::optional<bool> reads(const Read& read, std::string_view text);
 };

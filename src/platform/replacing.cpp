@@ -51,46 +51,31 @@ Result<Done> Replacing::run() {
     return free;
   if (auto ready = prepare(); !ready)
     return ready;
-  if (auto checked = checkmap(); !checked)
+  if (auto checked = checkcontent(); !checked)
     return checked;
   return commit();
 }
 
 Result<Done> Replacing::lockmap() {
-  const auto kind = kindof(mapname);
-  if (!kind)
-    return kind.failure();
-  if (*kind == MapFolder::Kind::folder || *kind == MapFolder::Kind::other)
-    return Failure{replacement.map, "convert it", "it is not an ordinary file any more"};
   const auto locked = folder.lock(mapname);
   if (!locked)
     return failure("convert it", locked.failure());
   if (!*locked)
     return Failure{replacement.map, "convert it", "another program has locked it"};
+  stamp = **locked;
   return Done{};
 }
 
 // The map must hold what was converted: what somebody else has saved since must not be lost.
-Result<Done> Replacing::checkmap() {
-  const auto seen = folder.stampof(mapname);
-  if (!seen)
-    return failure("convert it", seen.failure());
+Result<Done> Replacing::checkcontent() {
   const auto same = folder.holds(mapname, replacement.was);
   if (!same)
     return failure("convert it", same.failure());
-  if (!*same)
-    return changed();
-  stamp = *seen;
-  return Done{};
+  return *same ? Result<Done>(Done{}) : changed();
 }
 
-// The last look stands behind all that is slow: what is saved while the map is compared, or while
-// its backup is copied or flushed, is found out. A map that was written just before it was compared
-// may have been written again without another stamp, and is compared again.
-Result<Done> Replacing::checkagain() {
-  if (!stamp.settled)
-    if (auto checked = checkmap(); !checked)
-      return checked;
+// The map's name must still be that of the file that was locked, and nobody may have written to it.
+Result<Done> Replacing::checkstamp() {
   const auto now = folder.stampof(mapname);
   if (!now)
     return failure("convert it", now.failure());
@@ -131,7 +116,7 @@ Result<Done> Replacing::checkcompanions() {
 
 Result<Done> Replacing::prepare() {
   for (const NewFile& file : replacement.files) {
-    auto written = folder.writetemporary(file.text, mapname);
+    auto written = folder.writetemporary(file.text);
     if (!written)
       return failure("write " + nameof(file.path), written.failure());
     prepared.emplace_back(folder, *std::move(written));
@@ -148,7 +133,13 @@ Result<Done> Replacing::commit() {
     return Done{};
   if (auto kept = keepbackup(); !kept)
     return kept;
-  if (auto checked = checkagain(); !checked)
+  // The last looks stand behind all that is slow: what is saved while the map is compared, or while
+  // its backup is copied or flushed, is found out. A map that had been written just before it was
+  // locked may have been written again without another stamp.
+  if (!stamp.settled)
+    if (auto checked = checkcontent(); !checked)
+      return checked;
+  if (auto checked = checkstamp(); !checked)
     return checked;
   return take(prepared.size() - 1, backupname);
 }
@@ -166,10 +157,7 @@ Result<Done> Replacing::keepbackup() {
   const auto isbackup = holdsmap(backupname);
   if (!isbackup)
     return isbackup.failure();
-  if (!*isbackup)
-    if (auto made = makebackup(); !made)
-      return made;
-  return flush(backupname);
+  return *isbackup ? flush(backupname) : makebackup();
 }
 
 // Whether there is a backup that holds just what the map holds.
@@ -198,8 +186,8 @@ Result<Done> Replacing::makebackup() {
   if (!linked)
     return failure(action, linked.failure());
   if (*linked)
-    return Done{};
-  auto written = folder.writetemporary(replacement.was, mapname);
+    return flush(mapname);
+  auto written = folder.writetemporary(replacement.was);
   if (!written)
     return failure(action, written.failure());
   const auto taken = Temporary(folder, *std::move(written)).takefree(backupname);
@@ -207,7 +195,7 @@ Result<Done> Replacing::makebackup() {
     return failure(action, taken.failure());
   if (!*taken)
     return Failure{replacement.map, action, "the name is taken"};
-  return Done{};
+  return flush(backupname);
 }
 
 Result<Done> Replacing::moveaside(const std::string& name) {

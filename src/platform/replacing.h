@@ -38,8 +38,8 @@ private:
   };
 
   Result<Done> lockmap();
-  Result<Done> checkmap();
-  Result<Done> checkagain();
+  Result<Done> checkcontent();
+  Result<Done> checkstamp();
   Result<Done> checkcompanions();
   Result<Done> prepare();
   Result<Done> commit();
@@ -57,7 +57,7 @@ private:
   MapFolder& folder;
   const std::string mapname;
   const Replacement& replacement;
-  MapFolder::Stamp stamp{};  // of the map when it was compared last
+  MapFolder::Stamp stamp{};  // of the map when it was locked
 
   // The names on the disk of what is put in place, in order, and of a backup that is there already,
   // empty when there is none; and the files that wait to take the names.

@@ -63,8 +63,8 @@ int WatchedDisk::close(int file) {
   return failed ? -1 : done;
 }
 
-ssize_t WatchedDisk::read(int file, char* into, std::size_t size) {
-  return fails() ? -1 : counted(Disk::read(file, into, part(size)));
+ssize_t WatchedDisk::read(int file, char* into, std::size_t size, off_t from) {
+  return fails() ? -1 : counted(Disk::read(file, into, part(size), from));
 }
 
 ssize_t WatchedDisk::write(int file, const char* from, std::size_t size) {

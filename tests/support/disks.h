@@ -42,7 +42,7 @@ public:
 
   int open(int folder, const char* name, int flags, unsigned mode) override;
   int close(int file) override;
-  ssize_t read(int file, char* into, std::size_t size) override;
+  ssize_t read(int file, char* into, std::size_t size, off_t from) override;
   ssize_t write(int file, const char* from, std::size_t size) override;
   int flush(int file) override;
   int lock(int file) override;

@@ -14,7 +14,9 @@ int Disk::open(int folder, const char* name, int flags, unsigned mode) {
 
 int Disk::close(int file) { return ::close(file); }
 
-ssize_t Disk::read(int file, char* into, std::size_t size) { return ::read(file, into, size); }
+ssize_t Disk::read(int file, char* into, std::size_t size, off_t from) {
+  return ::pread(file, into, size, from);
+}
 
 ssize_t Disk::write(int file, const char* from, std::size_t size) {
   return ::write(file, from, size);

@@ -16,7 +16,7 @@ public:
 
   virtual int open(int folder, const char* name, int flags, unsigned mode);
   virtual int close(int file);
-  virtual ssize_t read(int file, char* into, std::size_t size);
+  virtual ssize_t read(int file, char* into, std::size_t size, off_t from);
   virtual ssize_t write(int file, const char* from, std::size_t size);
 
   // Waits until the content of a file is on the disk.

@@ -48,10 +48,12 @@ bool writeall(const Handle& file, std::string_view text) {
   return true;
 }
 
-std::optional<std::size_t> readall(const Handle& file, char* buffer, std::size_t size) {
+std::optional<std::size_t> readall(const Handle& file, char* buffer, std::size_t size,
+                                   std::size_t from) {
   std::size_t done = 0;
   while (done < size) {
-    const ssize_t length = file.disk().read(file.get(), buffer + done, size - done);
+    const ssize_t length =
+        file.disk().read(file.get(), buffer + done, size - done, static_cast<off_t>(from + done));
     if (length == 0)
       break;
     if (length < 0 && errno != EINTR)

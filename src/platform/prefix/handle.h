@@ -46,9 +46,10 @@ Handle opennameat(const Handle& folder, const std::string& name, int flags, unsi
 // Writes all of `text`; false, with errno set, when that fails.
 bool writeall(const Handle& file, std::string_view text);
 
-// Reads up to `size` bytes, less only at the file's end: how many, nothing with errno set when that
-// fails.
-std::optional<std::size_t> readall(const Handle& file, char* buffer, std::size_t size);
+// Reads up to `size` bytes from byte `from` on, less only at the file's end: how many, nothing with
+// errno set when that fails.
+std::optional<std::size_t> readall(const Handle& file, char* buffer, std::size_t size,
+                                   std::size_t from = 0);
 
 // Describes an open file; false, with errno set, when that fails.
 bool describe(const Handle& file, struct stat& status);

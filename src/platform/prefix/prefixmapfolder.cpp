@@ -5,6 +5,7 @@
 #include <cerrno>
 #include <cstdio>
 #include <ctime>
+#include <utility>
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -27,12 +28,10 @@ bool nohardlinks(int error) {
 constexpr mode_t permissions = 0777;  // a map has no business with the bits above
 constexpr mode_t groups = 0070;
 
-// Gives the file the owner and the group of another one, and answers which permissions it may take
-// over: only root may give files away, and another group must not get what was not meant for it.
-mode_t giveaway(const Handle& file, const struct stat& like) {
-  struct stat own;
-  if (!describe(file, own))
-    return like.st_mode & permissions & ~groups;
+// Gives a file, which is described by `own`, the owner and the group of another one, and answers
+// which permissions it may take over: only root may give files away, and another group must not get
+// what was not meant for it.
+mode_t giveaway(const Handle& file, const struct stat& own, const struct stat& like) {
   const bool same = own.st_uid == like.st_uid && own.st_gid == like.st_gid;
   if (same || ::fchown(file.get(), like.st_uid, like.st_gid) == 0)
     return like.st_mode & permissions;
@@ -42,11 +41,18 @@ mode_t giveaway(const Handle& file, const struct stat& like) {
 
 // Whether a new file is this run's alone. A run that clears up may have taken it for a leftover
 // before it was locked, and has removed it or is about to.
-bool isours(const Handle& file) {
+bool isours(const Handle& file, struct stat& status) {
   if (file.disk().lock(file.get()) != 0 && errno == EWOULDBLOCK)
     return false;
-  struct stat status;
   return describe(file, status) && status.st_nlink > 0;
+}
+
+MapFolder::Stamp stamp(const struct stat& status) {
+  const auto& time = status.st_mtim;
+  return {status.st_dev, status.st_ino, static_cast<std::uint64_t>(status.st_size),
+          static_cast<std::uint64_t>(time.tv_sec) * 1'000'000'000u +
+              static_cast<std::uint64_t>(time.tv_nsec),
+          time.tv_sec < std::time(nullptr) - coarsest};
 }
 
 // Renames to a name that must be free: EEXIST when it is not. False, with errno set, on failure.
@@ -70,12 +76,24 @@ bool renametofree(const Handle& folder, const std::string& from, const std::stri
 
 std::string PrefixMapFolder::spelled(const std::string& name) { return names.find(folder, name); }
 
-// Where the file system has no locks, two runs at once are kept apart by `holds` alone.
-MapFolder::Answer<bool> PrefixMapFolder::lock(const std::string& name) {
+// Where the file system has no locks, two runs at once are kept apart by `holds` and `stampof`.
+MapFolder::Answer<std::optional<MapFolder::Stamp>> PrefixMapFolder::lock(const std::string& name) {
   map = opennameat(folder, name, O_RDONLY | O_NOFOLLOW | O_NONBLOCK);
   if (!map)
+    return errno == ELOOP ? notordinary : lasterror();
+  if (folder.disk().lock(map.get()) != 0 && errno == EWOULDBLOCK)
+    return std::optional<Stamp>();
+  if (!describe(map, mapstatus))
     return lasterror();
-  return folder.disk().lock(map.get()) == 0 || errno != EWOULDBLOCK;
+  if (!S_ISREG(mapstatus.st_mode))
+    return notordinary;
+  mapname = name;
+  return std::optional(stamp(mapstatus));
+}
+
+template <class Use> auto PrefixMapFolder::with(const std::string& name, Use use) const {
+  return name == mapname ? use(map)
+                         : use(opennameat(folder, name, O_RDONLY | O_NOFOLLOW | O_NONBLOCK));
 }
 
 MapFolder::Answer<MapFolder::Kind> PrefixMapFolder::kindof(const std::string& name) {
@@ -94,41 +112,42 @@ MapFolder::Answer<MapFolder::Stamp> PrefixMapFolder::stampof(const std::string& 
   struct stat status;
   if (!lookat(folder, name, status))
     return lasterror();
-  const auto& time = status.st_mtim;
-  return Stamp{status.st_dev, status.st_ino, static_cast<std::uint64_t>(status.st_size),
-               static_cast<std::uint64_t>(time.tv_sec) * 1'000'000'000u +
-                   static_cast<std::uint64_t>(time.tv_nsec),
-               time.tv_sec < std::time(nullptr) - coarsest};
+  return stamp(status);
 }
 
 MapFolder::Answer<bool> PrefixMapFolder::holds(const std::string& name, std::string_view text) {
-  const Handle file = opennameat(folder, name, O_RDONLY | O_NOFOLLOW | O_NONBLOCK);
-  struct stat status;
-  if (!file || !describe(file, status))
-    return lasterror();
-  if (!S_ISREG(status.st_mode) || static_cast<std::size_t>(status.st_size) != text.size())
-    return false;
-  const auto same =
-      reads([&](char* into, std::size_t size) { return readall(file, into, size); }, text);
-  if (!same)
-    return lasterror();
-  return *same;
+  return with(name, [&](const Handle& file) -> Answer<bool> {
+    struct stat status;
+    if (!file || !describe(file, status))
+      return lasterror();
+    if (!S_ISREG(status.st_mode) || static_cast<std::size_t>(status.st_size) != text.size())
+      return false;
+    std::size_t from = 0;
+    const auto read = [&](char* into, std::size_t size) {
+      return readall(file, into, size, std::exchange(from, from + size));
+    };
+    const auto same = reads(read, text);
+    if (!same)
+      return lasterror();
+    return *same;
+  });
 }
 
 MapFolder::Answer<Done> PrefixMapFolder::flush(const std::string& name) {
-  const Handle file = opennameat(folder, name, O_RDONLY | O_NOFOLLOW | O_NONBLOCK);
-  if (!file || folder.disk().flush(file.get()) != 0)
-    return lasterror();
-  return Done{};
+  return with(name, [&](const Handle& file) -> Answer<Done> {
+    if (!file || folder.disk().flush(file.get()) != 0)
+      return lasterror();
+    return Done{};
+  });
 }
 
-MapFolder::Answer<std::string> PrefixMapFolder::makefile(Handle& file) {
+MapFolder::Answer<std::string> PrefixMapFolder::makefile(Handle& file, struct stat& status) {
   for (int attempt = 0; attempt < attempts; ++attempt) {
     std::string free = temporaryname();
     file = opennameat(folder, free, O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW, 0600);
     if (!file && errno != EEXIST)
       break;
-    if (file && isours(file))
+    if (file && isours(file, status))
       return free;
     if (file)
       remove(free);
@@ -136,16 +155,13 @@ MapFolder::Answer<std::string> PrefixMapFolder::makefile(Handle& file) {
   return lasterror();
 }
 
-MapFolder::Answer<std::string> PrefixMapFolder::writetemporary(std::string_view text,
-                                                               const std::string& like) {
-  struct stat status;
-  if (!lookat(folder, like, status))
-    return lasterror();
+MapFolder::Answer<std::string> PrefixMapFolder::writetemporary(std::string_view text) {
   Handle file;
-  auto made = makefile(file);
+  struct stat status;
+  auto made = makefile(file, status);
   if (!made)
     return made;
-  const mode_t mode = giveaway(file, status);
+  const mode_t mode = giveaway(file, status, mapstatus);
   // It stays open for its lock: what was flushed no failing close can take back.
   if (writeall(file, text) && folder.disk().flush(file.get()) == 0) {
     written.push_back({*made, std::move(file), mode});

@@ -16,12 +16,12 @@ public:
   PrefixMapFolder(const Handle& open, FolderNames& known) : folder(open), names(known) {}
 
   std::string spelled(const std::string& name) override;
-  Answer<bool> lock(const std::string& name) override;
+  Answer<std::optional<Stamp>> lock(const std::string& name) override;
   Answer<Kind> kindof(const std::string& name) override;
   Answer<Stamp> stampof(const std::string& name) override;
   Answer<bool> holds(const std::string& name, std::string_view text) override;
   Answer<Done> flush(const std::string& name) override;
-  Answer<std::string> writetemporary(std::string_view text, const std::string& like) override;
+  Answer<std::string> writetemporary(std::string_view text) override;
   void remove(const std::string& name) override;
   Answer<Done> rename(const std::string& from, const std::string& to,
                       const std::string& kept) override;
@@ -36,14 +36,19 @@ private:
     mode_t mode;
   };
 
-  Answer<std::string> makefile(Handle& file);
+  Answer<std::string> makefile(Handle& file, struct stat& status);
   bool permit(const std::string& name);
+
+  // What `use` answers for the open file of a name.
+  template <class Use> auto with(const std::string& name, Use use) const;
 
   const Handle& folder;
   FolderNames& names;
 
   // What is locked against other runs, until the replacement is over.
+  std::string mapname;
   Handle map;
+  struct stat mapstatus {};
   std::vector<Written> written;
 };
 

@@ -83,10 +83,11 @@ std::optional<std::string> readfile(const fs::path& file) {
 std::string readkeys(const fs::path& file, const std::string& key) {
   const auto [handle, size] = openfile(file);
   std::string sections, buffer(std::min(size + 1, piecesize), '\0');
-  for (std::size_t filled = 0; handle;) {
-    const auto length = readall(handle, buffer.data() + filled, buffer.size() - filled);
+  for (std::size_t filled = 0, done = 0; handle;) {
+    const auto length = readall(handle, buffer.data() + filled, buffer.size() - filled, done);
     if (!length)
       return "";
+    done += *length;
     const std::string_view text(buffer.data(), filled + *length);
     const bool last = text.size() < buffer.size();
     const std::size_t end = last ? text.size() : lastkey(text, filled);

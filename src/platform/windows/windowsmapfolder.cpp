@@ -55,6 +55,8 @@ bool deletefile(const std::wstring& path) {
   return deleted;
 }
 
+std::uint64_t joined(DWORD high, DWORD low) { return std::uint64_t{high} << 32 | low; }
+
 bool istaken(DWORD error) { return error == ERROR_ALREADY_EXISTS || error == ERROR_FILE_EXISTS; }
 
 }  // namespace
@@ -72,7 +74,7 @@ std::string WindowsMapFolder::spelled(const std::string& name) {
   return found ? narrow(found->cFileName) : "";
 }
 
-MapFolder::Answer<bool> WindowsMapFolder::lock(const std::string& name) {
+MapFolder::Answer<bool> WindowsMapFolder::take(const std::string& name) {
   Handle taken = lockname(folder, widen(name));
   if (!taken && istaken(GetLastError()))
     return false;
@@ -80,6 +82,24 @@ MapFolder::Answer<bool> WindowsMapFolder::lock(const std::string& name) {
     return lasterror();
   locked.push_back(std::move(taken));
   return true;
+}
+
+MapFolder::Answer<std::optional<MapFolder::Stamp>> WindowsMapFolder::lock(const std::string& name) {
+  const auto kind = kindof(name);
+  if (!kind)
+    return kind.failure();
+  if (*kind == Kind::folder || *kind == Kind::other)
+    return notordinary;
+  const auto ours = take(name);
+  if (!ours)
+    return ours.failure();
+  if (!*ours)
+    return std::optional<Stamp>();
+  mapattributes = GetFileAttributesW(pathof(name).c_str());
+  const auto stamp = stampof(name);
+  if (!stamp)
+    return stamp.failure();
+  return std::optional(*stamp);
 }
 
 MapFolder::Answer<MapFolder::Kind> WindowsMapFolder::kindof(const std::string& name) {
@@ -100,7 +120,6 @@ MapFolder::Answer<MapFolder::Stamp> WindowsMapFolder::stampof(const std::string&
   const auto about = informationof(file);
   if (!about)
     return lasterror();
-  const auto joined = [](DWORD high, DWORD low) { return std::uint64_t{high} << 32 | low; };
   return Stamp{about->dwVolumeSerialNumber, joined(about->nFileIndexHigh, about->nFileIndexLow),
                joined(about->nFileSizeHigh, about->nFileSizeLow),
                joined(about->ftLastWriteTime.dwHighDateTime, about->ftLastWriteTime.dwLowDateTime),
@@ -114,8 +133,11 @@ MapFolder::Answer<bool> WindowsMapFolder::holds(const std::string& name, std::st
   if (*kind == Kind::other)
     return false;
   const Handle file = openheld(patience, pathof(name), GENERIC_READ, OPEN_EXISTING, 0);
-  if (!file)
+  const auto about = file ? informationof(file) : std::nullopt;
+  if (!about)
     return lasterror();
+  if (joined(about->nFileSizeHigh, about->nFileSizeLow) != text.size())
+    return false;
   const auto same =
       reads([&](char* into, std::size_t size) { return readall(file, into, size); }, text);
   if (!same)
@@ -134,7 +156,7 @@ MapFolder::Answer<Done> WindowsMapFolder::flush(const std::string& name) {
 MapFolder::Answer<std::string> WindowsMapFolder::makefile(Handle& file) {
   for (int attempt = 0; attempt < attempts; ++attempt) {
     std::string free = temporaryname();
-    const auto ours = lock(free);
+    const auto ours = take(free);
     if (!ours)
       return ours.failure();
     file =
@@ -147,17 +169,13 @@ MapFolder::Answer<std::string> WindowsMapFolder::makefile(Handle& file) {
   return lasterror();
 }
 
-MapFolder::Answer<std::string> WindowsMapFolder::writetemporary(std::string_view text,
-                                                                const std::string& like) {
-  const DWORD attributes = GetFileAttributesW(pathof(like).c_str());
-  if (attributes == INVALID_FILE_ATTRIBUTES)
-    return lasterror();
+MapFolder::Answer<std::string> WindowsMapFolder::writetemporary(std::string_view text) {
   Handle file;
   auto made = makefile(file);
   if (!made)
     return made;
   if (writeall(file, text) && FlushFileBuffers(file.get()) && file.close() &&
-      setattributes(pathof(*made), (attributes & permissions) | FILE_ATTRIBUTE_HIDDEN))
+      setattributes(pathof(*made), (mapattributes & permissions) | FILE_ATTRIBUTE_HIDDEN))
     return made;
   Reason reason = lasterror();
   static_cast<void>(file.close());

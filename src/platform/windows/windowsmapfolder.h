@@ -12,12 +12,12 @@ public:
   explicit WindowsMapFolder(std::wstring path, Patience itspatience = Patience());
 
   std::string spelled(const std::string& name) override;
-  Answer<bool> lock(const std::string& name) override;
+  Answer<std::optional<Stamp>> lock(const std::string& name) override;
   Answer<Kind> kindof(const std::string& name) override;
   Answer<Stamp> stampof(const std::string& name) override;
   Answer<bool> holds(const std::string& name, std::string_view text) override;
   Answer<Done> flush(const std::string& name) override;
-  Answer<std::string> writetemporary(std::string_view text, const std::string& like) override;
+  Answer<std::string> writetemporary(std::string_view text) override;
   void remove(const std::string& name) override;
   Answer<Done> rename(const std::string& from, const std::string& to,
                       const std::string& kept) override;
@@ -28,6 +28,9 @@ private:
   std::wstring pathof(const std::string& name) const;
   Answer<std::string> makefile(Handle& file);
 
+  // Locks a name against other runs; false when one has it.
+  Answer<bool> take(const std::string& name);
+
   // Takes a temporary file's hiding away, just before it takes its name.
   void show(const std::string& name);
 
@@ -36,6 +39,7 @@ private:
   const std::wstring folder;  // ends in "\"
   Patience patience;
   std::vector<Handle> locked;  // against other runs, until the replacement is over
+  DWORD mapattributes = 0;     // of the locked map
 };
 
 // Removes the temporary file `name` that a killed run left in a folder, whose path ends in "\". The
