@@ -7,7 +7,7 @@
 
 namespace {
 
-bool isascii(char c) { return static_cast<unsigned char>(c) < 0x80; }
+bool isplain(char c) { return static_cast<unsigned char>(c) < 0x80; }
 
 // Of ASCII letters; patterns end in no others.
 char lower(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; }
@@ -32,7 +32,7 @@ std::strong_ordering compare(std::string_view a, std::string_view b,
   b.remove_prefix(common);
   if (a.empty() || b.empty())
     return a.size() <=> b.size();
-  if (isascii(a[0]) && isascii(b[0]) && lower(a[0]) != lower(b[0]))
+  if (isplain(a[0]) && isplain(b[0]) && lower(a[0]) != lower(b[0]))
     return lower(a[0]) <=> lower(b[0]);
   return lowercase(a) <=> lowercase(b);
 }
