@@ -74,8 +74,13 @@ OldTemplate indexold(std::string filename, Result<std::string> text) {
   OldTemplate file;
   fill(file, std::move(filename), std::move(text));
   std::vector<std::string_view> texts;
-  for (std::size_t i = 0; i < file.lines.size(); ++i)
+  std::uint32_t section = 0;
+  for (std::size_t i = 0; i < file.lines.size(); ++i) {
     texts.push_back(file.lines[i]);
+    if (section + 1 < file.heads.size() && file.heads[section + 1] < i)
+      ++section;
+    file.sections.push_back(section);
+  }
   file.index = PrefixIndex(texts);
   return file;
 }

@@ -6,6 +6,7 @@
 #include "form/linearray.h"
 #include "platform/files.h"
 
+#include <cstdint>
 #include <map>
 #include <optional>
 #include <string>
@@ -38,7 +39,8 @@ struct Template {
 
 // An old-format template with what it recognises.
 struct OldTemplate : Template {
-  PrefixIndex index;  // its lines by their numbers
+  PrefixIndex index;                    // its lines by their numbers
+  std::vector<std::uint32_t> sections;  // of its lines: see `sectionof`
 };
 
 // A new-format template with what it writes.
