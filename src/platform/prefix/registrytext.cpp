@@ -166,12 +166,24 @@ std::size_t nextheader(std::string_view text, std::size_t from) {
   return std::min(at, text.size());
 }
 
+// How many backslashes an escaped text stands for, at least.
+std::ptrdiff_t countbackslashes(std::string_view escaped) {
+  std::ptrdiff_t count = 0;
+  for (auto at = escaped.find("\\\\"); at != npos; at = escaped.find("\\\\", at + 2))
+    ++count;
+  return count;
+}
+
 // Whether a key's header, without its "[", names a key that is meant.
 bool names(std::string_view header, const std::string& lowered, Depth depth) {
   const auto close = findclosing(header, 0, ']');
   if (close == npos)
     return false;
-  const auto path = lowercase(unescape(header.substr(0, close)));
+  const auto escaped = header.substr(0, close);
+  const auto deepest = std::count(lowered.begin(), lowered.end(), '\\');
+  if (depth == Depth::beside && countbackslashes(escaped) > deepest)
+    return false;
+  const auto path = lowercase(unescape(escaped));
   if (depth == Depth::beside)
     return path.starts_with(lowered) && path.find('\\', lowered.size()) == npos;
   return path == lowered || (depth == Depth::subtree && path.starts_with(lowered + "\\"));
