@@ -10,6 +10,8 @@ constexpr std::string_view suffix = ".tmp";
 
 }  // namespace
 
+const MapFolder::Reason MapFolder::notordinary{"it is not an ordinary file any more"};
+
 std::string MapFolder::temporaryname() {
   static std::random_device random;
   return std::string(prefix) + std::to_string(random()) + std::string(suffix);
@@ -21,8 +23,6 @@ bool MapFolder::istemporary(std::string_view name) {
   const auto number = name.substr(prefix.size(), name.size() - prefix.size() - suffix.size());
   return !number.empty() && number.find_first_not_of("0123456789") == number.npos;
 }
-
-const MapFolder::Reason MapFolder::notordinary{"it is not an ordinary file any more"};
 
 std::optional<bool> MapFolder::reads(const Read& read, std::string_view text) {
   char buffer[1 << 16];

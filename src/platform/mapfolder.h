@@ -26,9 +26,9 @@ public:
     std::uint64_t device, file, size, time;
     bool settled;  // whoever writes to the file from now on gives it another time
 
+    bool samefile(const Stamp& other) const { return device == other.device && file == other.file; }
     bool operator==(const Stamp& other) const {
-      return device == other.device && file == other.file && size == other.size &&
-             time == other.time;
+      return samefile(other) && size == other.size && time == other.time;
     }
   };
 
@@ -41,8 +41,8 @@ public:
 
   // Keeps other runs from replacing the map `name`, until the object is gone, where the file system
   // knows how. Its stamp; nothing when another run is at it. Fails when it is not an ordinary file.
-  // What later steps do with the map they do with the file that was locked, even if another has
-  // taken its name; only `stampof` and the steps that move names tell.
+  // `holds` and `flush` may work on the file that was locked even if another has taken its name:
+  // `stampof` alone surely tells.
   virtual Answer<std::optional<Stamp>> lock(const std::string& name) = 0;
 
   // How `name` is spelled in the folder, where letter case may differ; empty when it is free.

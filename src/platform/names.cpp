@@ -19,8 +19,17 @@ bool goeson(std::string_view text, std::size_t at) {
   return at < text.size() && (static_cast<unsigned char>(text[at]) & 0xC0) == 0x80;
 }
 
-// Compares names as `lowercase` gives them. It is asked only for what stands behind their common
-// beginning, and not at all where ASCII decides.
+// The first character of a text, with all that cannot begin another.
+std::string_view character(std::string_view text) {
+  std::size_t end = 1;
+  while (goeson(text, end))
+    ++end;
+  return text.substr(0, end);
+}
+
+// Compares names as `lowercase` gives them. It is asked for the first characters behind their
+// common beginning, and for all the rest only where these are alike in lower case; not at all where
+// ASCII decides.
 std::strong_ordering compare(std::string_view a, std::string_view b,
                              std::string (*lowercase)(std::string_view)) {
   const auto ends = std::mismatch(a.begin(), a.end(), b.begin(), b.end(),
@@ -34,6 +43,10 @@ std::strong_ordering compare(std::string_view a, std::string_view b,
     return a.size() <=> b.size();
   if (isplain(a[0]) && isplain(b[0]) && lower(a[0]) != lower(b[0]))
     return lower(a[0]) <=> lower(b[0]);
+  const std::string first = lowercase(character(a)), other = lowercase(character(b));
+  const auto both = std::min(first.size(), other.size());
+  if (const int order = first.compare(0, both, other, 0, both); order != 0)
+    return order <=> 0;
   return lowercase(a) <=> lowercase(b);
 }
 

@@ -53,6 +53,8 @@ Result<Done> Replacing::run() {
     return ready;
   if (auto checked = checkcontent(); !checked)
     return checked;
+  if (auto checked = checkstamp(mapname); !checked)
+    return checked;
   return commit();
 }
 
@@ -74,12 +76,24 @@ Result<Done> Replacing::checkcontent() {
   return *same ? Result<Done>(Done{}) : changed();
 }
 
-// The map's name must still be that of the file that was locked, and nobody may have written to it.
-Result<Done> Replacing::checkstamp() {
-  const auto now = folder.stampof(mapname);
+// A name of the map must be that of the file that was locked, and nobody may have written to it.
+Result<Done> Replacing::checkstamp(const std::string& name) {
+  const auto now = folder.stampof(name);
   if (!now)
     return failure("convert it", now.failure());
   return *now == stamp ? Result<Done>(Done{}) : changed();
+}
+
+// A map that had been written just before it was locked may have been written again without another
+// stamp, or have got its stamp late.
+Result<Done> Replacing::checkagain() {
+  const auto now = folder.stampof(mapname);
+  if (!now)
+    return failure("convert it", now.failure());
+  if (!now->samefile(stamp))
+    return changed();
+  stamp = *now;
+  return checkcontent();
 }
 
 // The name on the disk of a companion, which may be spelled in another letter case there; empty
@@ -134,12 +148,10 @@ Result<Done> Replacing::commit() {
   if (auto kept = keepbackup(); !kept)
     return kept;
   // The last looks stand behind all that is slow: what is saved while the map is compared, or while
-  // its backup is copied or flushed, is found out. A map that had been written just before it was
-  // locked may have been written again without another stamp.
-  if (!stamp.settled)
-    if (auto checked = checkcontent(); !checked)
-      return checked;
-  if (auto checked = checkstamp(); !checked)
+  // its backup is copied or flushed, is found out.
+  if (auto checked = stamp.settled ? Result<Done>(Done{}) : checkagain(); !checked)
+    return checked;
+  if (auto checked = checkstamp(mapname); !checked)
     return checked;
   return take(prepared.size() - 1, backupname);
 }
@@ -185,8 +197,10 @@ Result<Done> Replacing::makebackup() {
   const auto linked = folder.link(mapname, backupname);
   if (!linked)
     return failure(action, linked.failure());
-  if (*linked)
-    return flush(mapname);
+  if (*linked) {
+    const auto checked = checkstamp(backupname);
+    return checked ? flush(mapname) : checked;
+  }
   auto written = folder.writetemporary(replacement.was);
   if (!written)
     return failure(action, written.failure());

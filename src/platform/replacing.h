@@ -39,7 +39,8 @@ private:
 
   Result<Done> lockmap();
   Result<Done> checkcontent();
-  Result<Done> checkstamp();
+  Result<Done> checkstamp(const std::string& name);
+  Result<Done> checkagain();
   Result<Done> checkcompanions();
   Result<Done> prepare();
   Result<Done> commit();
@@ -57,7 +58,7 @@ private:
   MapFolder& folder;
   const std::string mapname;
   const Replacement& replacement;
-  MapFolder::Stamp stamp{};  // of the map when it was locked
+  MapFolder::Stamp stamp{};  // of the map when it was locked, or compared again
 
   // The names on the disk of what is put in place, in order, and of a backup that is there already,
   // empty when there is none; and the files that wait to take the names.

@@ -24,12 +24,13 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   const std::string name = cut(rest);
   const std::string text(rest);
   const auto whole = findvalue(text, key, name);
-  const auto part = findvalue(keysbeside(text, key), key, name);
-  if (bool(whole) != bool(part) || (whole && whole->text != part->text))
-    std::abort();
+  std::string keys, joined;
+  addkeysbeside(text, key, keys);
   const auto middle = lastkey(text, text.size() / 2);
-  if (keysbeside(text.substr(0, middle), key) + keysbeside(text.substr(middle), key) !=
-      keysbeside(text, key))
+  addkeysbeside(rest.substr(0, middle), key, joined);
+  addkeysbeside(rest.substr(middle), key, joined);
+  const auto part = findvalue(keys, key, name);
+  if (bool(whole) != bool(part) || (whole && whole->text != part->text) || joined != keys)
     std::abort();
   static_cast<void>(withoutkey(text, key));
   static_cast<void>(withoutvalue(text, key, name));

@@ -2,10 +2,17 @@
 #include "platform/prefix/hashset.h"
 
 #include <algorithm>
+#include <bit>
+#include <random>
 #include <utility>
 
+const std::size_t HashSet::multiplier = [] {
+  std::random_device random;
+  return (std::size_t{random()} << 32 | random()) | 1;
+}();
+
 std::size_t HashSet::find(std::size_t hash) const {
-  std::size_t at = hash % slots.size();
+  std::size_t at = (hash * multiplier) >> std::countl_zero(slots.size() - 1);
   while (slots[at] != 0 && slots[at] != hash)
     at = (at + 1) % slots.size();
   return at;

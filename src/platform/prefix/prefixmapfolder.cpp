@@ -76,11 +76,12 @@ bool renametofree(const Handle& folder, const std::string& from, const std::stri
 
 std::string PrefixMapFolder::spelled(const std::string& name) { return names.find(folder, name); }
 
-// Where the file system has no locks, two runs at once are kept apart by `holds` and `stampof`.
+// Where the file system has no locks, two runs at once are kept apart by `stampof` alone, and by
+// `holds` where the other had ended before the map was opened.
 MapFolder::Answer<std::optional<MapFolder::Stamp>> PrefixMapFolder::lock(const std::string& name) {
   map = opennameat(folder, name, O_RDONLY | O_NOFOLLOW | O_NONBLOCK);
   if (!map)
-    return errno == ELOOP ? notordinary : lasterror();
+    return errno == ELOOP || errno == ENXIO ? notordinary : lasterror();  // a link, a socket
   if (folder.disk().lock(map.get()) != 0 && errno == EWOULDBLOCK)
     return std::optional<Stamp>();
   if (!describe(map, mapstatus))

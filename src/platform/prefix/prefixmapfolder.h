@@ -45,7 +45,7 @@ private:
   const Handle& folder;
   FolderNames& names;
 
-  // What is locked against other runs, until the replacement is over.
+  // The map, and what was written for it: locked against other runs until the replacement is over.
   std::string mapname;
   Handle map;
   struct stat mapstatus {};

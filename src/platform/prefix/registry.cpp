@@ -82,22 +82,20 @@ std::optional<std::string> readfile(const fs::path& file) {
 // of it would take several times as long.
 std::string readkeys(const fs::path& file, const std::string& key) {
   const auto [handle, size] = openfile(file);
-  std::string sections, buffer(std::min(size + 1, piecesize), '\0');
-  for (std::size_t filled = 0, done = 0; handle;) {
-    const auto length = readall(handle, buffer.data() + filled, buffer.size() - filled, done);
+  std::string sections, buffer(std::min(size, piecesize), '\0');
+  for (std::size_t filled = 0, done = 0; handle && done < size;) {
+    const std::size_t wanted = std::min(buffer.size() - filled, size - done);
+    const auto length = readall(handle, buffer.data() + filled, wanted, done);
     if (!length)
       return "";
-    done += *length;
+    done = *length < wanted ? size : done + wanted;
     const std::string_view text(buffer.data(), filled + *length);
-    const bool last = text.size() < buffer.size();
-    const std::size_t end = last ? text.size() : lastkey(text, filled);
-    sections += keysbeside(text.substr(0, end), key);
-    if (last)
-      break;
+    const std::size_t end = done == size ? text.size() : lastkey(text, filled);
+    addkeysbeside(text.substr(0, end), key, sections);
     filled = text.size() - end;
     std::copy(text.begin() + static_cast<std::ptrdiff_t>(end), text.end(), buffer.begin());
     if (filled == buffer.size())
-      buffer.resize(2 * buffer.size());
+      buffer.resize(std::min(2 * buffer.size(), size));
   }
   return sections;
 }

@@ -481,13 +481,11 @@ std::optional<RegistryValue> findvalue(std::string_view registry, std::string_vi
   return last;
 }
 
-std::string keysbeside(std::string_view registry, std::string_view key) {
-  std::string sections;
+void addkeysbeside(std::string_view registry, std::string_view key, std::string& part) {
   eachsection(registry, key.substr(0, key.rfind('\\') + 1), Depth::beside,
               [&](const Section& section) {
-                sections += registry.substr(section.begin, section.end - section.begin);
+                part += registry.substr(section.begin, section.end - section.begin);
               });
-  return sections;
 }
 
 std::size_t lastkey(std::string_view registry, std::size_t from) {

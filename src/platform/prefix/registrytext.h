@@ -26,9 +26,9 @@ struct RegistryValue {
 std::optional<RegistryValue> findvalue(std::string_view registry, std::string_view key,
                                        std::string_view name);
 
-// What the text has of the key and of those directly below the same key, as a text of its own:
-// shorter to look through for their values.
-std::string keysbeside(std::string_view registry, std::string_view key);
+// Adds to `part` what the text has of the key and of those directly below the same key: shorter to
+// look through for their values.
+void addkeysbeside(std::string_view registry, std::string_view key, std::string& part);
 
 // Where the last key that begins at `from` or behind it does; 0 when none does. A text may be cut
 // there: both parts together have what the whole has.

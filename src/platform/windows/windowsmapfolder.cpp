@@ -74,7 +74,7 @@ std::string WindowsMapFolder::spelled(const std::string& name) {
   return found ? narrow(found->cFileName) : "";
 }
 
-MapFolder::Answer<bool> WindowsMapFolder::take(const std::string& name) {
+MapFolder::Answer<bool> WindowsMapFolder::own(const std::string& name) {
   Handle taken = lockname(folder, widen(name));
   if (!taken && istaken(GetLastError()))
     return false;
@@ -90,12 +90,14 @@ MapFolder::Answer<std::optional<MapFolder::Stamp>> WindowsMapFolder::lock(const 
     return kind.failure();
   if (*kind == Kind::folder || *kind == Kind::other)
     return notordinary;
-  const auto ours = take(name);
+  const auto ours = own(name);
   if (!ours)
     return ours.failure();
   if (!*ours)
     return std::optional<Stamp>();
   mapattributes = GetFileAttributesW(pathof(name).c_str());
+  if (mapattributes == INVALID_FILE_ATTRIBUTES)
+    return lasterror();
   const auto stamp = stampof(name);
   if (!stamp)
     return stamp.failure();
@@ -156,7 +158,7 @@ MapFolder::Answer<Done> WindowsMapFolder::flush(const std::string& name) {
 MapFolder::Answer<std::string> WindowsMapFolder::makefile(Handle& file) {
   for (int attempt = 0; attempt < attempts; ++attempt) {
     std::string free = temporaryname();
-    const auto ours = take(free);
+    const auto ours = own(free);
     if (!ours)
       return ours.failure();
     file =

@@ -29,7 +29,7 @@ private:
   Answer<std::string> makefile(Handle& file);
 
   // Locks a name against other runs; false when one has it.
-  Answer<bool> take(const std::string& name);
+  Answer<bool> own(const std::string& name);
 
   // Takes a temporary file's hiding away, just before it takes its name.
   void show(const std::string& name);

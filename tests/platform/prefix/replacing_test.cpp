@@ -1,6 +1,7 @@
 // What only a POSIX system has of a map: permissions, an owner and links.
 #include "platform/prefix/prefixfiles.h"
 
+#include "tests/support/disks.h"
 #include "tests/support/prefix/machineof.h"
 
 #include <gtest/gtest.h>
@@ -41,6 +42,24 @@ protected:
                           "old",
                           {{"C:\\m\\a.galfix", "fix"}, {"C:\\m\\a.galaxy", "new"}},
                           "C:\\m\\a.galold"});
+  }
+
+  // Replaces a new map, in debug mode or with everything, while `before` is told the number of each
+  // call to the disk; how many calls that were.
+  int replacewith(bool debug, const std::function<void(int call)>& before) {
+    fs::remove_all(maps);
+    writefile(maps / "a.galaxy", "old");
+    WatchedDisk watched([&](int call) {
+      before(call);
+      return 0;
+    });
+    PrefixFiles watchedfiles(machineof(machine), watched);
+    std::vector<NewFile> put = {{"C:\\m\\a.galtst", "new"}};
+    if (!debug)
+      put = {{"C:\\m\\a.galfix", "new"}, {"C:\\m\\a.galaxy", "new"}};
+    static_cast<void>(
+        watchedfiles.replace({"C:\\m\\a.galaxy", "old", put, debug ? "" : "C:\\m\\a.galold"}));
+    return watched.calls;
   }
 
   TestMachine machine;
@@ -98,6 +117,66 @@ TEST_F(ReplaceOnPosix, LinksAreNeverFollowed) {
                               {"a.galold2", "-> nowhere"},
                               {"a.galold3", "-> ../elsewhere"}}));
   EXPECT_EQ(readfile(machine.drivec / "elsewhere"), "untouched");
+}
+
+// Until a companion is about to take its name, the map must be the one that was read.
+TEST_F(ReplaceOnPosix, AMapThatIsReplacedMeanwhileGetsNoCompanion) {
+  constexpr int callsbehindthelook = 2;  // permissions and name
+  for (const bool debug : {false, true}) {
+    const fs::path companion = maps / (debug ? "a.galtst" : "a.galfix");
+    int late = 0;
+    for (int moment = 1, calls = moment; moment <= calls; ++moment) {
+      bool replaced = false;
+      calls = replacewith(debug, [&](int call) {
+        if (call == 1)
+          writefile(companion, "older");
+        if (call != moment || readfile(companion) != "older")
+          return;
+        writefile(machine.drivec / "theirs", "theirs");
+        fs::rename(machine.drivec / "theirs", maps / "a.galaxy");
+        replaced = true;
+      });
+      late += replaced && readfile(companion) != "older";
+      EXPECT_EQ(readfile(maps / "a.galaxy") == "theirs", replaced) << moment;
+    }
+    EXPECT_LE(late, callsbehindthelook) << debug;
+  }
+}
+
+// Another file has the map's name for the length of one call: it must not become the backup.
+TEST_F(ReplaceOnPosix, ABackupIsTheMapThatWasRead) {
+  const fs::path map = maps / "a.galaxy", aside = machine.drivec / "aside";
+  for (int moment = 1, calls = moment; moment <= calls; ++moment) {
+    bool away = false;
+    calls = replacewith(false, [&](int call) {
+      if (call == moment && readfile(map) == "old") {
+        fs::rename(map, aside);
+        writefile(map, "theirs");
+        away = true;
+      } else if (call == moment + 1 && away) {
+        fs::rename(aside, map);
+      }
+    });
+    const bool converted = readfile(map) == "new";
+    EXPECT_TRUE(!converted || readfile(maps / "a.galold") == "old") << moment;
+  }
+}
+
+// What has the map's name and is no map, as it is made by each of these.
+TEST_F(ReplaceOnPosix, WhatIsNoOrdinaryFileIsLeftAlone) {
+  const fs::path map = maps / "a.galaxy";
+  const std::function<void()> makers[] = {
+      [&] { fs::create_directory(map); },
+      [&] { fs::create_symlink("gone", map); },
+      [&] { ASSERT_EQ(::mkfifo(map.c_str(), 0600), 0); },
+      [&] { ASSERT_EQ(::mknod(map.c_str(), S_IFSOCK | 0600, 0), 0); },
+  };
+  for (const auto& make : makers) {
+    fs::remove_all(map);
+    make();
+    EXPECT_EQ(replace().failure().reason, "it is not an ordinary file any more");
+    EXPECT_EQ(std::distance(fs::directory_iterator(maps), {}), 1);
+  }
 }
 
 TEST_F(ReplaceOnPosix, AMapThatBecameALinkIsLeftAlone) {
