@@ -3,9 +3,9 @@ layer(prefix BELOW platform SOURCES
   platform/prefix/disk.cpp platform/prefix/folders.cpp platform/prefix/handle.cpp
   platform/prefix/hashset.cpp platform/prefix/lettercase.cpp platform/prefix/machine.cpp
   platform/prefix/memory.cpp platform/prefix/paths.cpp platform/prefix/prefixfiles.cpp
-  platform/prefix/prefixmapfolder.cpp
-  platform/prefix/prefixsystem.cpp platform/prefix/registry.cpp platform/prefix/registrytext.cpp
-  platform/prefix/utf8.cpp platform/prefix/versionresource.cpp)
+  platform/prefix/prefixmapfolder.cpp platform/prefix/prefixsystem.cpp
+  platform/prefix/registry.cpp platform/prefix/registrytext.cpp platform/prefix/utf8.cpp
+  platform/prefix/versionresource.cpp)
 layer(console BELOW ui SOURCES ui/console/consolescreen.cpp)
 
 set(windowlibrary vora-map-updater-window.so)

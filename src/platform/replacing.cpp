@@ -87,6 +87,8 @@ Result<Done> Replacing::checkstamp(const std::string& name) {
 // A map that had been written just before it was locked may have been written again without another
 // stamp, or have got its stamp late.
 Result<Done> Replacing::checkagain() {
+  if (stamp.settled)
+    return Done{};
   const auto now = folder.stampof(mapname);
   if (!now)
     return failure("convert it", now.failure());
@@ -149,7 +151,7 @@ Result<Done> Replacing::commit() {
     return kept;
   // The last looks stand behind all that is slow: what is saved while the map is compared, or while
   // its backup is copied or flushed, is found out.
-  if (auto checked = stamp.settled ? Result<Done>(Done{}) : checkagain(); !checked)
+  if (auto checked = checkagain(); !checked)
     return checked;
   if (auto checked = checkstamp(mapname); !checked)
     return checked;

@@ -6,12 +6,13 @@
 #include <random>
 #include <utility>
 
-const std::size_t HashSet::multiplier = [] {
-  std::random_device random;
-  return (std::size_t{random()} << 32 | random()) | 1;
-}();
-
+// Hashes are spread over the slots in each process in another way: who can choose what is hashed
+// must not be able to choose where it goes.
 std::size_t HashSet::find(std::size_t hash) const {
+  static const std::size_t multiplier = [] {
+    std::random_device random;
+    return (std::size_t{random()} << 32 | random()) | 1;
+  }();
   std::size_t at = (hash * multiplier) >> std::countl_zero(slots.size() - 1);
   while (slots[at] != 0 && slots[at] != hash)
     at = (at + 1) % slots.size();

@@ -17,8 +17,4 @@ private:
   // At most seven eighths are taken. The others hold 0, in whose place 1 is kept.
   std::vector<std::size_t> slots = std::vector<std::size_t>(8);
   std::size_t taken = 0;
-
-  // Spreads hashes over the slots, in each process in another way: who can choose what is hashed
-  // must not be able to choose where it goes.
-  static const std::size_t multiplier;
 };

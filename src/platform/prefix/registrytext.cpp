@@ -180,11 +180,11 @@ bool names(std::string_view header, const std::string& lowered, Depth depth) {
   if (close == npos)
     return false;
   const auto escaped = header.substr(0, close);
-  const auto deepest = std::count(lowered.begin(), lowered.end(), '\\');
-  if (depth == Depth::beside && countbackslashes(escaped) > deepest)
+  const bool beside = depth == Depth::beside;
+  if (beside && countbackslashes(escaped) > std::count(lowered.begin(), lowered.end(), '\\'))
     return false;
   const auto path = lowercase(unescape(escaped));
-  if (depth == Depth::beside)
+  if (beside)
     return path.starts_with(lowered) && path.find('\\', lowered.size()) == npos;
   return path == lowered || (depth == Depth::subtree && path.starts_with(lowered + "\\"));
 }
