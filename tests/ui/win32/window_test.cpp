@@ -180,7 +180,11 @@ protected:
   }
 
   std::string text(const std::string& name) const { return textof(control(name)); }
-  bool enabled(const std::string& name) const { return IsWindowEnabled(control(name)); }
+  // Asked when the program has done what it is doing: a message waits for that, a look does not.
+  bool enabled(const std::string& name) const {
+    send(name, WM_NULL);
+    return IsWindowEnabled(control(name));
+  }
   LRESULT send(const std::string& name, UINT message, WPARAM word = 0, LPARAM detail = 0) const {
     return SendMessageW(control(name), message, word, detail);
   }
