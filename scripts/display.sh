@@ -6,16 +6,16 @@ startdisplay() {
   exec {numberpipe}<> <(:)
   Xvfb -displayfd "$numberpipe" -screen 0 1024x768x24 -nolisten tcp 2>/dev/null &
   displayprocess=$!
-  read -r -t 20 -u "$numberpipe" number
+  read -r -t 60 -u "$numberpipe" number
   export DISPLAY=:$number
 }
 
 stopdisplay() { kill "$displayprocess" 2>/dev/null || true; }
 
-# Waits until a command succeeds, twenty seconds at most.
+# Waits until a command succeeds, a minute at most.
 waitfor() {
   local tries
-  for ((tries = 0; tries < 200; tries++)); do
+  for ((tries = 0; tries < 600; tries++)); do
     if "$@" > /dev/null 2>&1; then return 0; fi
     sleep 0.1
   done

@@ -28,9 +28,9 @@ std::string read(const fs::path& path) {
   return text.str();
 }
 
-// Waits until `ready` holds, ten seconds at most.
+// Waits until `ready` holds, a minute at most.
 bool waitfor(const std::function<bool()>& ready) {
-  for (int tries = 0; tries < 200; ++tries) {
+  for (int tries = 0; tries < 1200; ++tries) {
     if (ready())
       return true;
     Sleep(50);
@@ -163,7 +163,7 @@ protected:
   }
 
   DWORD exitcode() const {
-    EXPECT_EQ(WaitForSingleObject(process.hProcess, 20000), WAIT_OBJECT_0);
+    EXPECT_EQ(WaitForSingleObject(process.hProcess, 60000), WAIT_OBJECT_0);
     DWORD code = 0;
     GetExitCodeProcess(process.hProcess, &code);
     return code;
