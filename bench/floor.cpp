@@ -11,10 +11,11 @@ namespace fs = std::filesystem;
 namespace {
 
 Result<Done> replacebyitself(Files& files, const std::string& map) {
-  const auto text = files.read(map);
-  if (!text)
-    return text.failure();
-  return files.replace({map, *text, {{map, *text}}, map.substr(0, map.size() - 3) + "old"});
+  const auto opened = files.openmap(map);
+  if (!opened)
+    return opened.failure();
+  const std::string& text = (*opened)->text;
+  return (*opened)->replace({map, text, {{map, text}}, map.substr(0, map.size() - 3) + "old"});
 }
 
 }  // namespace

@@ -16,6 +16,13 @@ std::string companion(const std::string& path, const char* ending) {
   return path.substr(0, path.size() - 3) + ending;
 }
 
+// A map that is being converted.
+struct Map {
+  const std::string& path;
+  OpenMap& file;
+  const LineArray& lines;
+};
+
 class Run {
 public:
   explicit Run(Form1& itsform);
@@ -31,12 +38,10 @@ private:
   bool isexpansion() const { return form.edition == expansionletter; }
   bool isoriginal(const std::string& path) const;
   void leavealone(const Failure& failure) { leftalone.push_back(failure); }
-  void convert(const std::string& path, const LineArray& galaxylines);
+  void convert(const Map& map);
   Result<std::string, TemplateError> fix(const LineArray& lines);
-  void putinplace(const std::string& path, std::string_view was, std::string_view first,
-                  std::string_view result);
-  [[noreturn]] void stop(const std::string& path, const LineArray& galaxylines,
-                         const TemplateError& error);
+  void putinplace(const Map& map, std::string_view first, std::string_view result);
+  [[noreturn]] void stop(const Map& map, const TemplateError& error);
 
   Form1& form;
   Templates templates;
@@ -74,31 +79,32 @@ void Run::take(const std::string& path) {
   form.Label4.settext(std::to_string(converted));
   if (isoriginal(path))
     return;
-  const auto galaxylines = readtext(form.files, path);
-  const auto versiontext = galaxylines ? versionof((*galaxylines)[1]) : "";
+  const auto opened = form.files.openmap(path);
+  const auto galaxylines = opened ? LineArray::split(std::move((*opened)->text)) : LineArray();
+  const auto versiontext = versionof(galaxylines[1]);
   if (numericvalue(versiontext) >= formatver)
     return;
-  if (!galaxylines)
-    return leavealone(galaxylines.failure());
-  if (galaxylines->size() < 2)
+  if (!opened)
+    return leavealone(opened.failure());
+  if (galaxylines.size() < 2)
     return leavealone({path, "convert it", "it has no second line"});
   templates.loadold(versiontext);
   templates.loadnew(versiontext);
-  convert(path, *galaxylines);
+  convert({path, **opened, galaxylines});
 }
 
-void Run::convert(const std::string& path, const LineArray& galaxylines) {
-  auto result = firstpass(templates.oldtemplate(), templates.newtemplate(), galaxylines);
+void Run::convert(const Map& map) {
+  auto result = firstpass(templates.oldtemplate(), templates.newtemplate(), map.lines);
   LineArray firstlines;
   if (result && isexpansion() && !form.debugmode) {
     firstlines = LineArray::split(*std::move(result));
     result = fix(firstlines);
   } else if (result && isexpansion()) {
-    result = fix(galaxylines);
+    result = fix(map.lines);
   }
   if (!result)
-    stop(path, galaxylines, result.failure());
-  putinplace(path, galaxylines.text(), firstlines.text(), *result);
+    stop(map, result.failure());
+  putinplace(map, firstlines.text(), *result);
 }
 
 Result<std::string, TemplateError> Run::fix(const LineArray& lines) {
@@ -107,36 +113,37 @@ Result<std::string, TemplateError> Run::fix(const LineArray& lines) {
   return fixpass(templates.oldtemplate(), templates.newtemplate(), lines);
 }
 
-void Run::putinplace(const std::string& path, std::string_view was, std::string_view first,
-                     std::string_view result) {
-  Replacement replacement{path, was, {}, ""};
+void Run::putinplace(const Map& map, std::string_view first, std::string_view result) {
+  Replacement replacement{map.path, map.lines.text(), {}, ""};
   if (form.debugmode) {
-    replacement.files = {{companion(path, "tst"), result}};
+    replacement.files = {{companion(map.path, "tst"), result}};
   } else {
     if (isexpansion())
-      replacement.files = {{companion(path, "fix"), first}};
-    replacement.files.push_back({path, result});
-    replacement.backup = companion(path, "old");
+      replacement.files = {{companion(map.path, "fix"), first}};
+    replacement.files.push_back({map.path, result});
+    replacement.backup = companion(map.path, "old");
   }
-  const auto done = form.files.replace(replacement);
+  const auto done = map.file.replace(replacement);
   if (!done)
     return leavealone(done.failure());
   ++converted;
-  form.Text2.append(std::string(filename(path)) + "\r\n");
+  form.Text2.append(std::string(filename(map.path)) + "\r\n");
 }
 
 // Ends the program for a template that cannot write what the map asks of it. The map keeps its
 // content and gets its backup all the same: it is replaced by itself, so that the two are not one
 // file under two names.
-void Run::stop(const std::string& path, const LineArray& galaxylines, const TemplateError& error) {
-  std::string text = path + ": the map is of version \"" + std::string(versionof(galaxylines[1])) +
+void Run::stop(const Map& map, const TemplateError& error) {
+  const std::string_view was = map.lines.text();
+  std::string text = map.path + ": the map is of version \"" +
+                     std::string(versionof(map.lines[1])) +
                      "\" and cannot be converted: template " + error.filename + ": " + error.what;
   if (!error.header.empty())
     text += ": " + error.header;
   text = printable(text) + "\r\nThe map is as it was. No further map was converted.";
   if (!form.debugmode) {
-    const auto done = form.files.replace(
-        {path, galaxylines.text(), {{path, galaxylines.text()}}, companion(path, "old")});
+    const auto done =
+        map.file.replace({map.path, was, {{map.path, was}}, companion(map.path, "old")});
     if (!done)
       leavealone(done.failure());
   }

@@ -9,6 +9,7 @@
 
 #include "platform/result.h"
 
+#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -38,6 +39,28 @@ struct Replacement {
   std::string backup;          // where the map stays as it was; empty: the map is not replaced
 };
 
+// A map that was read, and is still open: it is replaced as the file that was read, whatever has
+// got its name since.
+class OpenMap {
+public:
+  explicit OpenMap(std::string content) : text(std::move(content)) {}
+  virtual ~OpenMap() = default;
+
+  std::string text;  // what was read, for the caller to take
+
+  // Puts the files of `replacement` in place, each whole and flushed before it takes its name. The
+  // last of them is the map itself when a backup is asked for: just before, the map gets its backup
+  // name as well, which is flushed too, so that at no instant is there neither the map nor its
+  // backup, whole. A backup that is already there stays: it is moved to its own name with 2, 3, ...
+  // appended, the first free one, unless it holds just what the map holds. Companions are found
+  // ignoring letter case; a link is moved aside or replaced like a file, never followed. Fails when
+  // a folder has the name of a companion, when the map is not what it `was`, and when another run
+  // is at it. On failure the map is as it was, and of the files only those before the one that
+  // failed are in place; an older backup may have moved, and the map may have its backup name as a
+  // second name.
+  virtual Result<Done> replace(const Replacement& replacement) = 0;
+};
+
 class Files {
 public:
   virtual ~Files() = default;
@@ -62,21 +85,12 @@ public:
   static constexpr long long largestfile = 1LL << 30;
   virtual Result<std::string> read(const std::string& path) = 0;
 
+  // Reads a map, like `read`, so that it can be replaced.
+  virtual Result<std::unique_ptr<OpenMap>> openmap(const std::string& path) = 0;
+
   // Makes a text file anew, or adds to its end. Neither goes through a link.
   virtual Result<Done> write(const std::string& path, std::string_view text) = 0;
   virtual Result<Done> append(const std::string& path, std::string_view text) = 0;
-
-  // Puts the files of `replacement` in place, each whole and flushed before it takes its name. The
-  // last of them is the map itself when a backup is asked for: just before, the map gets its backup
-  // name as well, which is flushed too, so that at no instant is there neither the map nor its
-  // backup, whole. A backup that is already there stays: it is moved to its own name with 2, 3, ...
-  // appended, the first free one, unless it holds just what the map holds. Companions are found
-  // ignoring letter case; a link is moved aside or replaced like a file, never followed. Fails when
-  // a folder has the name of a companion, when the map is not what it `was`, and when another run
-  // is at it. On failure the map is as it was, and of the files only those before the one that
-  // failed are in place; an older backup may have moved, and the map may have its backup name as a
-  // second name.
-  virtual Result<Done> replace(const Replacement& replacement) = 0;
 
 protected:
   // The name of the first file that `list` gives of a folder, empty when there is none: what a

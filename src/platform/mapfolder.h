@@ -32,18 +32,21 @@ public:
     }
   };
 
+  explicit MapFolder(std::string map) : mapname(std::move(map)) {}
   virtual ~MapFolder() = default;
+
+  const std::string mapname;  // as the folder spells it
 
   // A name that a temporary file has: hidden where a "." hides, and too unlike a map's for any
   // search. It is ".vora-map-updater-", a random decimal number and ".tmp".
   static std::string temporaryname();
   static bool istemporary(std::string_view name);
 
-  // Keeps other runs from replacing the map `name`, until the object is gone, where the file system
-  // knows how. Its stamp; nothing when another run is at it. Fails when it is not an ordinary file.
-  // `holds` and `flush` may work on the file that was locked even if another has taken its name:
-  // `stampof` alone surely tells.
-  virtual Answer<std::optional<Stamp>> lock(const std::string& name) = 0;
+  // Keeps other runs from replacing the map, until the object is gone, where the file system knows
+  // how. Nothing when another run is at it. The stamp is that of the file that was read: when it is
+  // settled, the one that the file had before. `holds` and `flush` may work on that file even if
+  // another has taken its name: `stampof` alone surely tells.
+  virtual Answer<std::optional<Stamp>> lock() = 0;
 
   // How `name` is spelled in the folder, where letter case may differ; empty when it is free.
   virtual std::string spelled(const std::string& name) = 0;
@@ -51,6 +54,7 @@ public:
   // `nothing` alone says that there is none: a look that fails is a failure.
   virtual Answer<Kind> kindof(const std::string& name) = 0;
 
+  // Fails when it is not an ordinary file.
   virtual Answer<Stamp> stampof(const std::string& name) = 0;
 
   // Whether it is an ordinary file that holds just `text`.

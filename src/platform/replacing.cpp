@@ -51,15 +51,13 @@ Result<Done> Replacing::run() {
     return free;
   if (auto ready = prepare(); !ready)
     return ready;
-  if (auto checked = checkcontent(); !checked)
-    return checked;
-  if (auto checked = checkstamp(mapname); !checked)
+  if (auto checked = checkmap(stamp.settled); !checked)
     return checked;
   return commit();
 }
 
 Result<Done> Replacing::lockmap() {
-  const auto locked = folder.lock(mapname);
+  const auto locked = folder.lock();
   if (!locked)
     return failure("convert it", locked.failure());
   if (!*locked)
@@ -76,7 +74,7 @@ Result<Done> Replacing::checkcontent() {
   return *same ? Result<Done>(Done{}) : changed();
 }
 
-// A name of the map must be that of the file that was locked, and nobody may have written to it.
+// A name of the map must be that of the file that was read, and nobody may have written to it.
 Result<Done> Replacing::checkstamp(const std::string& name) {
   const auto now = folder.stampof(name);
   if (!now)
@@ -84,18 +82,20 @@ Result<Done> Replacing::checkstamp(const std::string& name) {
   return *now == stamp ? Result<Done>(Done{}) : changed();
 }
 
-// A map that had been written just before it was locked may have been written again without another
-// stamp, or have got its stamp late.
-Result<Done> Replacing::checkagain() {
-  if (stamp.settled)
-    return Done{};
-  const auto now = folder.stampof(mapname);
-  if (!now)
-    return failure("convert it", now.failure());
-  if (!now->samefile(stamp))
-    return changed();
-  stamp = *now;
-  return checkcontent();
+// The map must be as it was read. The stamp does not tell it of a map that had been written just
+// before: it may have been written again without another stamp, or have got its stamp late.
+Result<Done> Replacing::checkmap(bool bystamp) {
+  if (!bystamp) {
+    const auto now = folder.stampof(mapname);
+    if (!now)
+      return failure("convert it", now.failure());
+    if (!now->samefile(stamp))
+      return changed();
+    stamp = *now;
+    if (auto checked = checkcontent(); !checked)
+      return checked;
+  }
+  return checkstamp(mapname);
 }
 
 // The name on the disk of a companion, which may be spelled in another letter case there; empty
@@ -150,10 +150,9 @@ Result<Done> Replacing::commit() {
   if (auto kept = keepbackup(); !kept)
     return kept;
   // The last looks stand behind all that is slow: what is saved while the map is compared, or while
-  // its backup is copied or flushed, is found out.
-  if (auto checked = checkagain(); !checked)
-    return checked;
-  if (auto checked = checkstamp(mapname); !checked)
+  // its backup is copied or flushed, is found out. Where the map's file goes away, even a writer
+  // who sets its time back must lose nothing.
+  if (auto checked = checkmap(stamp.settled && staysasbackup); !checked)
     return checked;
   return take(prepared.size() - 1, backupname);
 }
@@ -200,6 +199,7 @@ Result<Done> Replacing::makebackup() {
   if (!linked)
     return failure(action, linked.failure());
   if (*linked) {
+    staysasbackup = true;
     const auto checked = checkstamp(backupname);
     return checked ? flush(mapname) : checked;
   }

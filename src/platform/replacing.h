@@ -11,11 +11,11 @@
 // One replacement, in the folder of its map.
 class Replacing {
 public:
-  // `map` is the map's name as the folder spells it; what is passed must outlive the object.
-  Replacing(MapFolder& itsfolder, std::string map, const Replacement& wanted)
-      : folder(itsfolder), mapname(std::move(map)), replacement(wanted) {}
+  // What is passed must outlive the object.
+  Replacing(MapFolder& itsfolder, const Replacement& wanted)
+      : folder(itsfolder), mapname(itsfolder.mapname), replacement(wanted) {}
 
-  // Does what `Files::replace` promises.
+  // Does what `OpenMap::replace` promises.
   Result<Done> run();
 
 private:
@@ -40,7 +40,7 @@ private:
   Result<Done> lockmap();
   Result<Done> checkcontent();
   Result<Done> checkstamp(const std::string& name);
-  Result<Done> checkagain();
+  Result<Done> checkmap(bool bystamp);
   Result<Done> checkcompanions();
   Result<Done> prepare();
   Result<Done> commit();
@@ -56,13 +56,14 @@ private:
   Failure failure(const std::string& action, const MapFolder::Reason& reason) const;
 
   MapFolder& folder;
-  const std::string mapname;
+  const std::string& mapname;
   const Replacement& replacement;
-  MapFolder::Stamp stamp{};  // of the map when it was locked, or compared again
+  MapFolder::Stamp stamp{};  // of the map when it was read, or compared again
 
   // The names on the disk of what is put in place, in order, and of a backup that is there already,
   // empty when there is none; and the files that wait to take the names.
   std::vector<std::string> names;
   std::string backupname;
+  bool staysasbackup = false;  // the map's own file
   std::vector<Temporary> prepared;
 };

@@ -18,7 +18,8 @@ namespace {
 class FailingFolder : public MapFolder {
 public:
   FailingFolder(std::unique_ptr<MapFolder> real, int itsfault, bool andtherest, bool knowslinks)
-      : folder(std::move(real)), fault(itsfault), lasting(andtherest), links(knowslinks) {}
+      : MapFolder(real->mapname), folder(std::move(real)), fault(itsfault), lasting(andtherest),
+        links(knowslinks) {}
 
   bool failed = false;
 
@@ -29,8 +30,8 @@ public:
   Answer<Stamp> stampof(const std::string& name) override {
     return attempt([&] { return folder->stampof(name); });
   }
-  Answer<std::optional<Stamp>> lock(const std::string& name) override {
-    return attempt([&] { return folder->lock(name); });
+  Answer<std::optional<Stamp>> lock() override {
+    return attempt([&] { return folder->lock(); });
   }
   Answer<bool> holds(const std::string& name, std::string_view text) override {
     return attempt([&] { return folder->holds(name, text); });
@@ -86,7 +87,7 @@ protected:
   }
 
   Result<Done> replace(std::string_view was = "old", bool withfix = false) {
-    return files->replace(wanted(was, withfix));
+    return replacemap(*files, wanted(was, withfix));
   }
 
   TestMachine machine;
@@ -160,7 +161,7 @@ TEST_F(Replace, SeesEachFolderAsItIs) {
   fs::create_directory(other / "B.GALOLD");
   const auto put = [&](const std::string& name) {
     const std::string path = "C:\\other\\" + name;
-    return files->replace({path + "axy", "old", {{path + "axy", "new"}}, path + "old"});
+    return replacemap(*files, {path + "axy", "old", {{path + "axy", "new"}}, path + "old"});
   };
   EXPECT_TRUE(bool(put("a.gal")));
   EXPECT_FALSE(bool(put("b.gal")));
@@ -193,8 +194,8 @@ TEST_F(Replace, KeepsThePromiseWhicheverStepFails) {
     fs::remove_all(maps);
     for (const auto& [name, text] : before)
       writefile(maps / name, text);
-    FailingFolder folder(machine.mapfolder(maps), step, lasting, links);
-    const auto done = Replacing(folder, "a.galaxy", replacement).run();
+    FailingFolder folder(machine.mapfolder(maps / "a.galaxy"), step, lasting, links);
+    const auto done = Replacing(folder, replacement).run();
     EXPECT_EQ(bool(done), !folder.failed);
     EXPECT_TRUE(bool(done) || done.failure().reason == "it fails");
     return folder.failed;
@@ -221,8 +222,8 @@ TEST_F(Replace, KeepsThePromiseWhicheverStepFails) {
 }
 
 TEST_F(Replace, TwoRunsKeepApart) {
-  auto other = machine.mapfolder(maps);
-  ASSERT_TRUE(bool(*other->lock("a.galaxy")));
+  auto other = machine.mapfolder(maps / "a.galaxy");
+  ASSERT_TRUE(bool(*other->lock()));
   const Tree before = tree(maps);
   EXPECT_EQ(replace().failure().reason, "another program has locked it");
   EXPECT_EQ(tree(maps), before);
@@ -239,8 +240,8 @@ TEST_F(Replace, ListingClearsWhatAKilledRunLeftAndNothingElse) {
   if (!machine.prefix.empty())  // under Wine there are no links to be made
     fs::create_symlink("a.galaxy", maps / ".vora-map-updater-3.tmp");
   const std::size_t theirs = tree(maps).size();
-  auto living = machine.mapfolder(maps);
-  ASSERT_TRUE(bool(living->lock("a.galaxy")) && bool(living->writetemporary("x")));
+  auto living = machine.mapfolder(maps / "a.galaxy");
+  ASSERT_TRUE(bool(living->lock()) && bool(living->writetemporary("x")));
   const Tree kept = tree(maps);
   for (const char* name : {".vora-map-updater-17.tmp", ".vora-map-updater-0.tmp"})
     writefile(maps / name, "x");

@@ -11,6 +11,11 @@ const char convertedmap[] =
     "MAP\r\nversion 4\r\nship Foo\r\nsize 7\r\nextra 0\r\nname Bar\r\nend\r\n";
 const char fixedmap[] = "MAP\r\nversion 4\r\nship  Foo\r\nsize 7\r\nextra 1\r\nname Bar\r\nend\r\n";
 
+Result<Done> replacemap(Files& files, const Replacement& replacement) {
+  const auto map = files.openmap(replacement.map);
+  return map ? (*map)->replace(replacement) : map.failure();
+}
+
 void TestMachine::makefolders() {
   const fs::path user = drivec / "users" / "me";
   userfolder = user / "AppData/Local/Kettlewick Games/Vorakai";

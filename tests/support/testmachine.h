@@ -43,8 +43,8 @@ public:
   std::unique_ptr<Files> files() const;
   std::unique_ptr<System> system(const std::string& arguments) const;
 
-  // The steps of a replacement in one of its folders.
-  std::unique_ptr<MapFolder> mapfolder(const std::filesystem::path& folder) const;
+  // The steps of a replacement of one of its maps.
+  std::unique_ptr<MapFolder> mapfolder(const std::filesystem::path& map) const;
 
   // A small set of data files for format version 4, with templates for version 3 and the
   // expansion's fix pass; the target releases are 1.2.3.4 and 5.6.7.8.
@@ -58,6 +58,9 @@ private:
 extern const char oldmap[];        // of version 3
 extern const char convertedmap[];  // by the first pass
 extern const char fixedmap[];      // by the expansion's fix pass after it
+
+// Reads a map and replaces it.
+Result<Done> replacemap(Files& files, const Replacement& replacement);
 
 // The Windows path of a path on drive Z:.
 std::string zpath(const std::filesystem::path& path);

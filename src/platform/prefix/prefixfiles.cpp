@@ -66,6 +66,30 @@ std::optional<Entry> entryof(const Handle& folder, const char* name, unsigned ch
   return Entry{name, *kind, !known || S_ISLNK(status.st_mode)};
 }
 
+class PrefixMap : public OpenMap {
+public:
+  // `known` must outlive the object.
+  PrefixMap(std::string content, std::string itsfolder, MapFile file, FolderNames& known)
+      : OpenMap(std::move(content)), folder(std::move(itsfolder)), map(std::move(file)),
+        names(known) {}
+
+  Result<Done> replace(const Replacement& replacement) override {
+    const Handle open = openpath(map.handle.disk(), folder + "/", O_RDONLY | O_DIRECTORY);
+    if (!open)
+      return failure(replacement.map, "open its folder");
+    names.refresh(open);
+    PrefixMapFolder mapfolder(open, names, map);
+    auto done = Replacing(mapfolder, replacement).run();
+    names.changed(open);
+    return done;
+  }
+
+private:
+  const std::string folder;  // its POSIX path
+  const MapFile map;
+  FolderNames& names;
+};
+
 }  // namespace
 
 Result<PrefixFiles::Opened> PrefixFiles::open(const std::string& path, int flags,
@@ -148,9 +172,9 @@ Result<std::string> PrefixFiles::fullpath(const std::string& folder) {
   return paths.windowspath(opened->location.path(), folder[0]);
 }
 
-Result<std::string> PrefixFiles::read(const std::string& path) {
+Result<PrefixFiles::Content> PrefixFiles::content(const std::string& path) {
   const Failure missing{path, "read it", "the file is missing", true};
-  const auto opened = open(path, O_RDONLY | O_NONBLOCK, "read it");
+  auto opened = open(path, O_RDONLY | O_NONBLOCK, "read it");
   if (!opened) {
     const auto name = lookup(path, Match::files);
     return name && name->empty() ? missing : opened.failure();
@@ -163,12 +187,30 @@ Result<std::string> PrefixFiles::read(const std::string& path) {
     return missing;
   if (status.st_size > largestfile)
     return Failure{path, "read it", "it is larger than 1 GiB"};
+  const auto stamp = PrefixMapFolder::stamp(status);
   std::string text(static_cast<std::size_t>(status.st_size), '\0');
   const auto length = readall(opened->handle, text.data(), text.size());
   if (!length)
     return failure(path, "read it");
   text.resize(*length);
-  return text;
+  return Content{*std::move(opened), status, stamp, std::move(text)};
+}
+
+Result<std::string> PrefixFiles::read(const std::string& path) {
+  auto read = content(path);
+  if (!read)
+    return read.failure();
+  return std::move(read->text);
+}
+
+Result<std::unique_ptr<OpenMap>> PrefixFiles::openmap(const std::string& path) {
+  auto read = content(path);
+  if (!read)
+    return read.failure();
+  auto& [handle, location] = read->opened;
+  MapFile map{std::move(location.name), std::move(handle), read->status, read->stamp};
+  return {std::make_unique<PrefixMap>(std::move(read->text), std::move(location.folder),
+                                      std::move(map), names)};
 }
 
 Result<Done> PrefixFiles::write(const std::string& path, std::string_view text) {
@@ -177,18 +219,4 @@ Result<Done> PrefixFiles::write(const std::string& path, std::string_view text) 
 
 Result<Done> PrefixFiles::append(const std::string& path, std::string_view text) {
   return writetext(path, text, O_APPEND);
-}
-
-Result<Done> PrefixFiles::replace(const Replacement& replacement) {
-  const auto map = paths.find(replacement.map);
-  if (!map)
-    return map.failure();
-  const Handle folder = openpath(disk, map->folder + "/", O_RDONLY | O_DIRECTORY);
-  if (!folder)
-    return failure(replacement.map, "open its folder");
-  names.refresh(folder);
-  PrefixMapFolder mapfolder(folder, names);
-  auto done = Replacing(mapfolder, map->name, replacement).run();
-  names.changed(folder);
-  return done;
 }

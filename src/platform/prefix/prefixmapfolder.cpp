@@ -47,14 +47,6 @@ bool isours(const Handle& file, struct stat& status) {
   return describe(file, status) && status.st_nlink > 0;
 }
 
-MapFolder::Stamp stamp(const struct stat& status) {
-  const auto& time = status.st_mtim;
-  return {status.st_dev, status.st_ino, static_cast<std::uint64_t>(status.st_size),
-          static_cast<std::uint64_t>(time.tv_sec) * 1'000'000'000u +
-              static_cast<std::uint64_t>(time.tv_nsec),
-          time.tv_sec < std::time(nullptr) - coarsest};
-}
-
 // Renames to a name that must be free: EEXIST when it is not. False, with errno set, on failure.
 bool renametofree(const Handle& folder, const std::string& from, const std::string& to) {
   Disk& disk = folder.disk();
@@ -76,24 +68,23 @@ bool renametofree(const Handle& folder, const std::string& from, const std::stri
 
 std::string PrefixMapFolder::spelled(const std::string& name) { return names.find(folder, name); }
 
-// Where the file system has no locks, two runs at once are kept apart by `stampof` alone, and by
-// `holds` where the other had ended before the map was opened.
-MapFolder::Answer<std::optional<MapFolder::Stamp>> PrefixMapFolder::lock(const std::string& name) {
-  map = opennameat(folder, name, O_RDONLY | O_NOFOLLOW | O_NONBLOCK);
-  if (!map)
-    return errno == ELOOP || errno == ENXIO ? notordinary : lasterror();  // a link, a socket
-  if (folder.disk().lock(map.get()) != 0 && errno == EWOULDBLOCK)
+MapFolder::Stamp PrefixMapFolder::stamp(const struct stat& status) {
+  const auto& time = status.st_mtim;
+  return {status.st_dev, status.st_ino, static_cast<std::uint64_t>(status.st_size),
+          static_cast<std::uint64_t>(time.tv_sec) * 1'000'000'000u +
+              static_cast<std::uint64_t>(time.tv_nsec),
+          time.tv_sec < std::time(nullptr) - coarsest};
+}
+
+// Where the file system has no locks, two runs at once are kept apart by `stampof` alone.
+MapFolder::Answer<std::optional<MapFolder::Stamp>> PrefixMapFolder::lock() {
+  if (folder.disk().lock(map.handle.get()) != 0 && errno == EWOULDBLOCK)
     return std::optional<Stamp>();
-  if (!describe(map, mapstatus))
-    return lasterror();
-  if (!S_ISREG(mapstatus.st_mode))
-    return notordinary;
-  mapname = name;
-  return std::optional(stamp(mapstatus));
+  return std::optional(map.stamp);
 }
 
 template <class Use> auto PrefixMapFolder::with(const std::string& name, Use use) const {
-  return name == mapname ? use(map)
+  return name == mapname ? use(map.handle)
                          : use(opennameat(folder, name, O_RDONLY | O_NOFOLLOW | O_NONBLOCK));
 }
 
@@ -113,6 +104,8 @@ MapFolder::Answer<MapFolder::Stamp> PrefixMapFolder::stampof(const std::string& 
   struct stat status;
   if (!lookat(folder, name, status))
     return lasterror();
+  if (!S_ISREG(status.st_mode))
+    return notordinary;
   return stamp(status);
 }
 
@@ -162,7 +155,7 @@ MapFolder::Answer<std::string> PrefixMapFolder::writetemporary(std::string_view 
   auto made = makefile(file, status);
   if (!made)
     return made;
-  const mode_t mode = giveaway(file, status, mapstatus);
+  const mode_t mode = giveaway(file, status, map.status);
   // It stays open for its lock: what was flushed no failing close can take back.
   if (writeall(file, text) && folder.disk().flush(file.get()) == 0) {
     written.push_back({*made, std::move(file), mode});

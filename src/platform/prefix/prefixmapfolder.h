@@ -10,13 +10,25 @@
 
 #include <sys/stat.h>
 
+// A map that is open, and what it was before it was read.
+struct MapFile {
+  std::string name;  // as its folder spells it
+  Handle handle;
+  struct stat status;
+  MapFolder::Stamp stamp;
+};
+
 class PrefixMapFolder : public MapFolder {
 public:
   // The folder is open; what is passed must outlive the object.
-  PrefixMapFolder(const Handle& open, FolderNames& known) : folder(open), names(known) {}
+  PrefixMapFolder(const Handle& open, FolderNames& known, const MapFile& itsmap)
+      : MapFolder(itsmap.name), folder(open), names(known), map(itsmap) {}
+
+  // The stamp of a file that was just described.
+  static Stamp stamp(const struct stat& status);
 
   std::string spelled(const std::string& name) override;
-  Answer<std::optional<Stamp>> lock(const std::string& name) override;
+  Answer<std::optional<Stamp>> lock() override;
   Answer<Kind> kindof(const std::string& name) override;
   Answer<Stamp> stampof(const std::string& name) override;
   Answer<bool> holds(const std::string& name, std::string_view text) override;
@@ -44,12 +56,8 @@ private:
 
   const Handle& folder;
   FolderNames& names;
-
-  // The map, and what was written for it: locked against other runs until the replacement is over.
-  std::string mapname;
-  Handle map;
-  struct stat mapstatus {};
-  std::vector<Written> written;
+  const MapFile& map;
+  std::vector<Written> written;  // locked against other runs until the replacement is over
 };
 
 // Removes the temporary file `name` that a killed run left in an open folder. The rule: the name is

@@ -60,6 +60,24 @@ Result<Location> findfolder(const std::string& folder) {
   return location;
 }
 
+// Windows lets nobody rename what is open, so that a map is opened anew for each step.
+class WindowsMap : public OpenMap {
+public:
+  using OpenMap::OpenMap;
+
+  Result<Done> replace(const Replacement& replacement) override {
+    auto location = locate(replacement.map);
+    if (!location)
+      return location.failure();
+    const auto map = findfile(location->wide());
+    if (!map)
+      return failure(replacement.map, "convert it");
+    location->names.pop_back();
+    WindowsMapFolder folder(location->wide(), narrow(map->cFileName));
+    return Replacing(folder, replacement).run();
+  }
+};
+
 // Opens a text file to write at its beginning or end, never through a link.
 Result<Done> writetext(const std::string& path, std::string_view text, bool atend) {
   const auto location = locate(path);
@@ -160,22 +178,17 @@ Result<std::string> WindowsFiles::read(const std::string& path) {
   return text;
 }
 
+Result<std::unique_ptr<OpenMap>> WindowsFiles::openmap(const std::string& path) {
+  auto text = read(path);
+  if (!text)
+    return text.failure();
+  return {std::make_unique<WindowsMap>(*std::move(text))};
+}
+
 Result<Done> WindowsFiles::write(const std::string& path, std::string_view text) {
   return writetext(path, text, false);
 }
 
 Result<Done> WindowsFiles::append(const std::string& path, std::string_view text) {
   return writetext(path, text, true);
-}
-
-Result<Done> WindowsFiles::replace(const Replacement& replacement) {
-  auto location = locate(replacement.map);
-  if (!location)
-    return location.failure();
-  const auto map = findfile(location->wide());
-  if (!map)
-    return failure(replacement.map, "convert it");
-  location->names.pop_back();
-  WindowsMapFolder folder(location->wide());
-  return Replacing(folder, narrow(map->cFileName), replacement).run();
 }

@@ -61,8 +61,8 @@ bool istaken(DWORD error) { return error == ERROR_ALREADY_EXISTS || error == ERR
 
 }  // namespace
 
-WindowsMapFolder::WindowsMapFolder(std::wstring path, Patience itspatience)
-    : folder(path.ends_with(L'\\') ? std::move(path) : path + L"\\"),
+WindowsMapFolder::WindowsMapFolder(std::wstring path, std::string map, Patience itspatience)
+    : MapFolder(std::move(map)), folder(path.ends_with(L'\\') ? std::move(path) : path + L"\\"),
       patience(std::move(itspatience)) {}
 
 std::wstring WindowsMapFolder::pathof(const std::string& name) const {
@@ -84,21 +84,21 @@ MapFolder::Answer<bool> WindowsMapFolder::own(const std::string& name) {
   return true;
 }
 
-MapFolder::Answer<std::optional<MapFolder::Stamp>> WindowsMapFolder::lock(const std::string& name) {
-  const auto kind = kindof(name);
+MapFolder::Answer<std::optional<MapFolder::Stamp>> WindowsMapFolder::lock() {
+  const auto kind = kindof(mapname);
   if (!kind)
     return kind.failure();
   if (*kind == Kind::folder || *kind == Kind::other)
     return notordinary;
-  const auto ours = own(name);
+  const auto ours = own(mapname);
   if (!ours)
     return ours.failure();
   if (!*ours)
     return std::optional<Stamp>();
-  mapattributes = GetFileAttributesW(pathof(name).c_str());
+  mapattributes = GetFileAttributesW(pathof(mapname).c_str());
   if (mapattributes == INVALID_FILE_ATTRIBUTES)
     return lasterror();
-  const auto stamp = stampof(name);
+  const auto stamp = stampof(mapname);
   if (!stamp)
     return stamp.failure();
   return std::optional(*stamp);

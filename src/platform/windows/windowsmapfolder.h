@@ -8,11 +8,12 @@
 
 class WindowsMapFolder : public MapFolder {
 public:
-  // The folder's path in its long form. All steps together wait as long as `itspatience` lasts.
-  explicit WindowsMapFolder(std::wstring path, Patience itspatience = Patience());
+  // The folder's path in its long form, and its map's name. All steps together wait as long as
+  // `itspatience` lasts.
+  WindowsMapFolder(std::wstring path, std::string map, Patience itspatience = Patience());
 
   std::string spelled(const std::string& name) override;
-  Answer<std::optional<Stamp>> lock(const std::string& name) override;
+  Answer<std::optional<Stamp>> lock() override;
   Answer<Kind> kindof(const std::string& name) override;
   Answer<Stamp> stampof(const std::string& name) override;
   Answer<bool> holds(const std::string& name, std::string_view text) override;

@@ -37,12 +37,13 @@ class ReplaceOnPosix : public testing::Test {
 protected:
   ReplaceOnPosix() { writefile(maps / "a.galaxy", "old"); }
 
-  Result<Done> replace() {
-    return files.replace({"C:\\m\\a.galaxy",
-                          "old",
-                          {{"C:\\m\\a.galfix", "fix"}, {"C:\\m\\a.galaxy", "new"}},
-                          "C:\\m\\a.galold"});
+  static Replacement wanted() {
+    return {"C:\\m\\a.galaxy",
+            "old",
+            {{"C:\\m\\a.galfix", "fix"}, {"C:\\m\\a.galaxy", "new"}},
+            "C:\\m\\a.galold"};
   }
+  Result<Done> replace() { return replacemap(files, wanted()); }
 
   // Replaces a new map, in debug mode or with everything, while `before` is told the number of each
   // call to the disk; how many calls that were.
@@ -58,7 +59,7 @@ protected:
     if (!debug)
       put = {{"C:\\m\\a.galfix", "new"}, {"C:\\m\\a.galaxy", "new"}};
     static_cast<void>(
-        watchedfiles.replace({"C:\\m\\a.galaxy", "old", put, debug ? "" : "C:\\m\\a.galold"}));
+        replacemap(watchedfiles, {"C:\\m\\a.galaxy", "old", put, debug ? "" : "C:\\m\\a.galold"}));
     return watched.calls;
   }
 
@@ -162,7 +163,7 @@ TEST_F(ReplaceOnPosix, ABackupIsTheMapThatWasRead) {
   }
 }
 
-// What has the map's name and is no map, as it is made by each of these.
+// What has the map's name when it is to be replaced, and is no map, as it is made by each of these.
 TEST_F(ReplaceOnPosix, WhatIsNoOrdinaryFileIsLeftAlone) {
   const fs::path map = maps / "a.galaxy", other = machine.drivec / "other";
   writefile(other, "old");
@@ -175,8 +176,11 @@ TEST_F(ReplaceOnPosix, WhatIsNoOrdinaryFileIsLeftAlone) {
   };
   for (const auto& make : makers) {
     fs::remove_all(map);
+    writefile(map, "old");
+    const auto opened = files.openmap("C:\\m\\a.galaxy");
+    fs::remove(map);
     make();
-    EXPECT_EQ(replace().failure().reason, "it is not an ordinary file any more");
+    EXPECT_EQ((*opened)->replace(wanted()).failure().reason, "it is not an ordinary file any more");
     EXPECT_EQ(std::distance(fs::directory_iterator(maps), {}), 1);
   }
   EXPECT_EQ(readfile(other), "old");

@@ -24,7 +24,10 @@ protected:
             scratch / "a.galold"};
   }
 
-  Result<Done> replace() { return files.replace(wanted()); }
+  Result<Done> replace() {
+    const auto map = files.openmap(scratch / "a.galaxy");
+    return map ? (*map)->replace(wanted()) : map.failure();
+  }
 
   // Holds a file as a virus scanner does, sharing nothing or reading alone.
   Handle hold(const char* name, DWORD share) const {
@@ -37,12 +40,13 @@ protected:
   // Replaces the map; `waiting` is called instead of each wait, which `waits` counts.
   Result<Done> replacewaiting(const std::function<void()>& waiting) {
     waits.clear();
-    WindowsMapFolder folder(systempath(scratch.path).wstring(), Patience([&](DWORD milliseconds) {
+    WindowsMapFolder folder(systempath(scratch.path).wstring(), "a.galaxy",
+                            Patience([&](DWORD milliseconds) {
                               waits.push_back(milliseconds);
                               waiting();
                             }));
     const Replacement replacement = wanted();
-    return Replacing(folder, "a.galaxy", replacement).run();
+    return Replacing(folder, replacement).run();
   }
 
   std::vector<DWORD> waits;
@@ -68,9 +72,9 @@ TEST_F(Replace, LeavesTheBackupAndNothingElse) {
 }
 
 TEST_F(Replace, CopiesTheBackupWhereThereAreNoSecondNames) {
-  WithoutLinks folder(systempath(scratch.path).wstring());
+  WithoutLinks folder(systempath(scratch.path).wstring(), "a.galaxy");
   const Replacement replacement = wanted();
-  ASSERT_TRUE(bool(Replacing(folder, "a.galaxy", replacement).run()));
+  ASSERT_TRUE(bool(Replacing(folder, replacement).run()));
   EXPECT_EQ(scratch.tree(), replaced);
   EXPECT_FALSE(scratch.attributesof("a.galold") & FILE_ATTRIBUTE_HIDDEN);
 }

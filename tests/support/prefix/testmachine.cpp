@@ -28,15 +28,22 @@ void addvalue(const fs::path& hive, const std::string& key, const std::string& n
 
 // What the steps work with, and themselves.
 struct Opened {
+  explicit Opened(const fs::path& path)
+      : folder(openpath(systemdisk(), path.parent_path().string() + "/", O_RDONLY | O_DIRECTORY)),
+        map{path.filename(), openpath(systemdisk(), path.string(), O_RDONLY), {}, {}} {
+    names.refresh(folder);
+    describe(map.handle, map.status);
+    map.stamp = PrefixMapFolder::stamp(map.status);
+  }
+
   Handle folder;
+  MapFile map;
   FolderNames names;
 };
 class OpenedMapFolder : Opened, public PrefixMapFolder {
 public:
-  explicit OpenedMapFolder(Handle handle)
-      : Opened{std::move(handle), {}}, PrefixMapFolder(Opened::folder, Opened::names) {
-    Opened::names.refresh(Opened::folder);
-  }
+  explicit OpenedMapFolder(const fs::path& path)
+      : Opened(path), PrefixMapFolder(Opened::folder, Opened::names, Opened::map) {}
 };
 
 }  // namespace
@@ -79,9 +86,8 @@ std::unique_ptr<System> TestMachine::system(const std::string& arguments) const 
   return std::make_unique<PrefixSystem>(machineof(*this), arguments);
 }
 
-std::unique_ptr<MapFolder> TestMachine::mapfolder(const fs::path& folder) const {
-  return std::make_unique<OpenedMapFolder>(
-      openpath(systemdisk(), folder.string() + "/", O_RDONLY | O_DIRECTORY));
+std::unique_ptr<MapFolder> TestMachine::mapfolder(const fs::path& map) const {
+  return std::make_unique<OpenedMapFolder>(map);
 }
 
 std::string zpath(const fs::path& path) {

@@ -96,8 +96,8 @@ std::unique_ptr<System> TestMachine::system(const std::string& arguments) const 
   return std::make_unique<MachineSystem>(program.string(), arguments);
 }
 
-std::unique_ptr<MapFolder> TestMachine::mapfolder(const fs::path& folder) const {
-  return std::make_unique<WindowsMapFolder>(folder.wstring());
+std::unique_ptr<MapFolder> TestMachine::mapfolder(const fs::path& map) const {
+  return std::make_unique<WindowsMapFolder>(map.parent_path().wstring(), map.filename().string());
 }
 
 std::string zpath(const fs::path& path) { return path.string(); }
