@@ -1,11 +1,12 @@
 // The conversion run over the maps that the search has found.
 #include "convert/conversion.h"
 
-#include "convert/linereader.h"
 #include "convert/matching.h"
 #include "convert/passes.h"
 #include "convert/templates.h"
+#include "form/linearray.h"
 #include "form/text.h"
+#include "platform/files.h"
 
 #include <new>
 

@@ -39,8 +39,8 @@ struct Replacement {
   std::string backup;          // where the map stays as it was; empty: the map is not replaced
 };
 
-// A map that was read, and is still open: it is replaced as the file that was read, whatever has
-// got its name since.
+// A map that was read. Where an open file can be renamed it stays open, and no other file that has
+// got its name since is replaced; on Windows one that holds the same may be.
 class OpenMap {
 public:
   explicit OpenMap(std::string content) : text(std::move(content)) {}
