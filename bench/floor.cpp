@@ -10,8 +10,8 @@ namespace fs = std::filesystem;
 
 namespace {
 
-Result<Done> replacebyitself(Files& files, const std::string& map) {
-  const auto opened = files.openmap(map);
+Result<Done> replace_by_itself(Files& files, const std::string& map) {
+  const auto opened = files.open_map(map);
   if (!opened)
     return opened.failure();
   const std::string& text = (*opened)->text;
@@ -25,16 +25,16 @@ int main(int argc, char** argv) {
     std::fputs("usage: floor FOLDER\n", stderr);
     return 2;
   }
-  keepmemory();
-  const Machine machine = findmachine();
+  keep_freed_memory();
+  const Machine machine = find_machine();
   PrefixFiles files(machine);
   const Paths paths(machine);
   std::vector<std::string> maps;
   for (const auto& entry : fs::recursive_directory_iterator(fs::canonical(argv[1])))
     if (entry.path().extension() == ".galaxy")
-      maps.push_back(paths.windowspath(entry.path().string()));
+      maps.push_back(paths.windows_path(entry.path().string()));
   for (const std::string& map : maps) {
-    if (const auto done = replacebyitself(files, map); !done) {
+    if (const auto done = replace_by_itself(files, map); !done) {
       std::fputs((done.failure().text() + "\n").c_str(), stderr);
       return 1;
     }

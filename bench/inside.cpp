@@ -24,10 +24,10 @@ struct Sample {
     std::mt19937 random(1);
     const std::size_t sections = std::min<std::size_t>(60, known);
     for (std::size_t s = 0; s < sections; ++s) {
-      oldtext += "section" + std::to_string(s) + "$2\r\n";
-      newtext += "section" + std::to_string(s) + "$3\r\n\tname &\r\n\tvalue #\r\n\tadded 0\r\n";
+      old_text += "section" + std::to_string(s) + "$2\r\n";
+      new_text += "section" + std::to_string(s) + "$3\r\n\tname &\r\n\tvalue #\r\n\tadded 0\r\n";
       for (std::size_t i = s; i < known; i += sections)
-        oldtext += key(i) + "\r\n";
+        old_text += key(i) + "\r\n";
     }
     for (int i = 0; i < 667; ++i)
       map += key(random() % known) + " 12\r\n\t\tvalue 3\r\n\tnothing that is known\r\n";
@@ -35,7 +35,7 @@ struct Sample {
 
   static std::string key(std::size_t i) { return "\tkey" + std::to_string(i * 7919 % 10007); }
 
-  std::string oldtext = "GALAXY\r\n", newtext = "GALAXY\r\n", map = "GALAXY\r\nversion 9\r\n";
+  std::string old_text = "GALAXY\r\n", new_text = "GALAXY\r\n", map = "GALAXY\r\nversion 9\r\n";
 };
 
 std::size_t range(const benchmark::State& state) {
@@ -52,13 +52,13 @@ void splitting(benchmark::State& state) {
 void loading(benchmark::State& state) {
   const Sample sample(range(state));
   for (auto _ : state)
-    benchmark::DoNotOptimize(indexold("old", sample.oldtext));
+    benchmark::DoNotOptimize(index_old("old", sample.old_text));
 }
 
 // All lines of the map in turn: one that is recognised, then two that are not.
 void matching(benchmark::State& state) {
   const Sample sample(range(state));
-  const OldTemplate old = indexold("old", sample.oldtext);
+  const OldTemplate old = index_old("old", sample.old_text);
   const LineArray lines = LineArray::split(sample.map);
   std::size_t line = 2;
   for (auto _ : state) {
@@ -69,22 +69,22 @@ void matching(benchmark::State& state) {
 
 void rewriting(benchmark::State& state) {
   const Sample sample(range(state));
-  const OldTemplate old = indexold("old", sample.oldtext);
-  const NewTemplate current = indexnew("new", sample.newtext);
+  const OldTemplate old = index_old("old", sample.old_text);
+  const NewTemplate current = index_new("new", sample.new_text);
   const LineArray lines = LineArray::split(sample.map);
   for (auto _ : state)
-    benchmark::DoNotOptimize(firstpass(old, current, lines));
+    benchmark::DoNotOptimize(first_pass(old, current, lines));
   state.SetItemsProcessed(state.iterations() * static_cast<std::int64_t>(lines.size()));
 }
 
-void readingregistry(benchmark::State& state) {
+void reading_registry(benchmark::State& state) {
   const std::string value = R"(HKEY_LOCAL_MACHINE\Software\Wow6432Node\Orbwright\Path)";
   const Scratch scratch;
   state.counters["bytes"] =
       static_cast<double>(fs::file_size(scratch.machine.folder + "/system.reg"));
   for (auto _ : state) {
     PrefixSystem system(scratch.machine, "");
-    benchmark::DoNotOptimize(system.regread(value));
+    benchmark::DoNotOptimize(system.reg_read(value));
   }
 }
 
@@ -133,7 +133,7 @@ void listing(benchmark::State& state) {
   ConsoleScreen screen;
   Form1 form(files, system, screen);
   for (auto _ : state)
-    form.File1.setpath("C:\\maps");
+    form.File1.set_path("C:\\maps");
   state.SetItemsProcessed(state.iterations() * state.range(0));
 }
 
@@ -143,7 +143,7 @@ BENCHMARK(splitting);
 BENCHMARK(loading)->RangeMultiplier(10)->Range(10, 10000);
 BENCHMARK(matching)->RangeMultiplier(10)->Range(10, 10000);
 BENCHMARK(rewriting)->RangeMultiplier(10)->Range(10, 10000);
-BENCHMARK(readingregistry);
+BENCHMARK(reading_registry);
 BENCHMARK(searching)->RangeMultiplier(10)->Range(100, 100000)->Unit(benchmark::kMillisecond);
 BENCHMARK(appending)->RangeMultiplier(10)->Range(10, 100000);
 BENCHMARK(listing)->RangeMultiplier(10)->Range(10, 100000)->Unit(benchmark::kMillisecond);

@@ -14,7 +14,7 @@ public:
   Scratch() {
     std::string name = "/tmp/vora-bench-XXXXXX";
     machine.folder = ::mkdtemp(name.data());
-    machine.currentfolder = machine.programfolder = machine.folder;
+    machine.current_folder = machine.program_folder = machine.folder;
     std::filesystem::create_directories(machine.folder + "/drive_c/maps");
     std::ofstream registry(machine.folder + "/system.reg");
     registry << "WINE REGISTRY Version 2\n";

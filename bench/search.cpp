@@ -12,13 +12,13 @@ int main(int argc, char** argv) {
     std::fputs("usage: search FOLDER\n", stderr);
     return 2;
   }
-  const Machine machine = findmachine();
+  const Machine machine = find_machine();
   PrefixFiles files(machine);
   PrefixSystem system(machine, "");
   ConsoleScreen screen;
   Form1 form(files, system, screen);
   const std::string root = std::filesystem::canonical(argv[1]).string();
   FoundList found;
-  findfiles(form, "*.galaxy", Paths(machine).windowspath(root), found);
+  findfiles(form, "*.galaxy", Paths(machine).windows_path(root), found);
   std::printf("%zu\n", found.size() - 1);
 }

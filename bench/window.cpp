@@ -37,7 +37,7 @@ struct Window {
 
 // From nothing to the window that is painted and waits for its user, in a process that has loaded
 // Qt already.
-void openingwindow(benchmark::State& state) {
+void opening_window(benchmark::State& state) {
   const Scratch scratch;
   for (auto _ : state) {
     PrefixFiles files(scratch.machine);
@@ -45,41 +45,41 @@ void openingwindow(benchmark::State& state) {
     QtScreen screen;
     Form1 form(files, system, screen);
     screen.open(form);
-    loadform(form);
-    screen.processmessages();
+    load_form(form);
+    screen.process_messages();
   }
 }
 
-void fillingbox(benchmark::State& state) {
+void filling_box(benchmark::State& state) {
   Window window;
-  loadform(window.form);
+  load_form(window.form);
   for (auto _ : state) {
-    window.form.Text1.settext("");
+    window.form.Text1.set_text("");
     for (int i = 0; i < state.range(0); ++i)
       window.form.Text1.append("The name of a map.galaxy\r\n");
-    window.screen.processmessages();
+    window.screen.process_messages();
   }
   state.SetItemsProcessed(state.iterations() * state.range(0));
 }
 
-void fillinglists(benchmark::State& state) {
+void filling_lists(benchmark::State& state) {
   Window window;
-  loadform(window.form);
+  load_form(window.form);
   window.files.crowd = static_cast<int>(state.range(0));
   bool other = false;
   for (auto _ : state) {
     other = !other;
-    benchmark::DoNotOptimize(window.form.Dir1.setpath(other ? "C:\\maps" : "C:\\"));
-    window.screen.processmessages();
+    benchmark::DoNotOptimize(window.form.Dir1.set_path(other ? "C:\\maps" : "C:\\"));
+    window.screen.process_messages();
   }
   state.SetItemsProcessed(state.iterations() * state.range(0) * 2);
 }
 
 }  // namespace
 
-BENCHMARK(openingwindow)->Unit(benchmark::kMillisecond);
-BENCHMARK(fillingbox)->RangeMultiplier(10)->Range(10, 100000)->Unit(benchmark::kMillisecond);
-BENCHMARK(fillinglists)->RangeMultiplier(10)->Range(10, 100000)->Unit(benchmark::kMillisecond);
+BENCHMARK(opening_window)->Unit(benchmark::kMillisecond);
+BENCHMARK(filling_box)->RangeMultiplier(10)->Range(10, 100000)->Unit(benchmark::kMillisecond);
+BENCHMARK(filling_lists)->RangeMultiplier(10)->Range(10, 100000)->Unit(benchmark::kMillisecond);
 
 int main(int argc, char** argv) {
   qputenv("QT_QPA_PLATFORM", "offscreen");

@@ -11,7 +11,7 @@
 namespace {
 
 // The arguments joined by single spaces.
-std::string argumenttext(int argc, char** argv) {
+std::string argument_text(int argc, char** argv) {
   std::string text;
   for (int i = 1; i < argc; ++i)
     text += (i > 1 ? " " : "") + std::string(argv[i]);
@@ -21,11 +21,11 @@ std::string argumenttext(int argc, char** argv) {
 }  // namespace
 
 int main(int argc, char** argv) {
-  keepmemory();
-  const Machine machine = findmachine();
+  keep_freed_memory();
+  const Machine machine = find_machine();
   PrefixFiles files(machine);
-  PrefixSystem system(machine, argumenttext(argc, argv));
-  if (RunWindow* runwindow = loadwindow(machine.programfolder))
-    return runwindow(files, system, argv);
-  return runconsole(files, system);
+  PrefixSystem system(machine, argument_text(argc, argv));
+  if (RunWindow* run_window = load_window(machine.program_folder))
+    return run_window(files, system, argv);
+  return run_console(files, system);
 }

@@ -9,11 +9,11 @@
 namespace {
 
 // In a silent run nobody would answer a box.
-void tell(const std::string& text, System& system, Screen& screen) {
-  if (willbesilent(system))
-    screen.standarderror(text);
+void report(const std::string& text, System& system, Screen& screen) {
+  if (will_be_silent(system))
+    screen.print_error(text);
   else
-    screen.messagebox(text);
+    screen.message_box(text);
 }
 
 }  // namespace
@@ -21,12 +21,12 @@ void tell(const std::string& text, System& system, Screen& screen) {
 int main() {
   WindowsFiles files;
   Win32Screen screen;
-  WindowsSystem system([&](const std::string& text) { tell(text, system, screen); });
+  WindowsSystem system([&](const std::string& text) { report(text, system, screen); });
   Form1 form(files, system, screen);
   if (!screen.open(form)) {
-    tell("The window cannot be made.", system, screen);
+    report("The window cannot be made.", system, screen);
     return 1;
   }
-  loadform(form);
+  load_form(form);
   screen.run();
 }

@@ -13,7 +13,7 @@
 namespace {
 
 // Four numbers of 16 bits, joined by ".".
-std::optional<VersionParts> readversion(std::string_view text) {
+std::optional<VersionParts> read_version(std::string_view text) {
   VersionParts parts{};
   const char* at = text.data();
   const char* const end = at + text.size();
@@ -38,12 +38,12 @@ int fail(std::string_view message) {
 int main(int argc, char** argv) {
   if (argc != 3)
     return fail("usage: makeexe FILE VERSION, for example makeexe game.exe 1.2.3.4");
-  const auto version = readversion(argv[2]);
+  const auto version = read_version(argv[2]);
   if (!version)
     return fail(std::string(argv[2]) +
                 " is not a version: four numbers up to 65535, joined by \".\"");
   std::ofstream file(argv[1], std::ios::binary | std::ios::trunc);
-  file << Executable{.productversion = *version}.bytes();
+  file << Executable{.product_version = *version}.bytes();
   file.close();
   return file ? EXIT_SUCCESS : fail(std::string("cannot write ") + argv[1]);
 }

@@ -6,7 +6,7 @@
 
 namespace {
 
-constexpr const char* silentwords[] = {"-s", "/s", "/silent", "-silent"};
+constexpr const char* silent_arguments[] = {"-s", "/s", "/silent", "-silent"};
 
 // The text cut at every single space; nothing for the empty text.
 std::vector<std::string> pieces(const std::string& text) {
@@ -22,32 +22,32 @@ std::vector<std::string> pieces(const std::string& text) {
   return result;
 }
 
-bool asksforsilence(System& system, const std::string& piece) {
-  return std::find(std::begin(silentwords), std::end(silentwords), system.lowercase(piece)) !=
-         std::end(silentwords);
+bool asks_for_silence(System& system, const std::string& piece) {
+  return std::find(std::begin(silent_arguments), std::end(silent_arguments),
+                   system.lowercase(piece)) != std::end(silent_arguments);
 }
 
-void switchsilent(Form1& form) {
+void switch_silent(Form1& form) {
   for (Control* command :
        {&form.Command1, &form.Command2, &form.Command3, &form.Command4, &form.Command5})
-    command->setenabled(false);
-  form.Label19.setvisible(true);
+    command->set_enabled(false);
+  form.Label19.set_visible(true);
   form.silentmode = true;
 }
 
 }  // namespace
 
-bool willbesilent(System& system) {
-  const std::vector<std::string> all = pieces(system.argumenttext());
+bool will_be_silent(System& system) {
+  const std::vector<std::string> all = pieces(system.argument_text());
   return !all.empty() && std::all_of(all.begin(), all.end(), [&](const std::string& piece) {
-    return asksforsilence(system, piece);
+    return asks_for_silence(system, piece);
   });
 }
 
-void examinearguments(Form1& form) {
-  for (const std::string& piece : pieces(form.system.argumenttext())) {
-    if (!asksforsilence(form.system, piece))
-      endwithmessage(form, "Invalid argument: " + piece);
-    switchsilent(form);
+void examine_arguments(Form1& form) {
+  for (const std::string& piece : pieces(form.system.argument_text())) {
+    if (!asks_for_silence(form.system, piece))
+      end_with_message(form, "Invalid argument: " + piece);
+    switch_silent(form);
   }
 }

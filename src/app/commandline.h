@@ -5,7 +5,7 @@
 
 // Switches the silent run on where an argument asks for it. Any other argument ends the program
 // with a message; arguments are separated by single spaces.
-void examinearguments(Form1& form);
+void examine_arguments(Form1& form);
 
 // Whether the arguments, which are yet to be examined, will switch it on.
-bool willbesilent(System& system);
+bool will_be_silent(System& system);

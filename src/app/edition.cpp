@@ -11,28 +11,28 @@ namespace {
 
 struct EditionData {
   const char* letter;
-  const char* userfolder;  // below `homefolder`
+  const char* user_folder;  // below `homefolder`
   const char* executable;
 };
 
-constexpr EditionData basedata = {baseletter, R"(\Kettlewick Games\Vorakai\)", "Vorakai.exe"};
-constexpr EditionData expansiondata = {
-    expansionletter, R"(\My Games\Kettlewick Games\Vorakai Tarnfall)", "Vorakai Tarnfall.exe"};
+constexpr EditionData base_data = {base_letter, R"(\Kettlewick Games\Vorakai\)", "Vorakai.exe"};
+constexpr EditionData expansion_data = {
+    expansion_letter, R"(\My Games\Kettlewick Games\Vorakai Tarnfall)", "Vorakai Tarnfall.exe"};
 
 const EditionData& data(Edition edition) {
-  return edition == Edition::base ? basedata : expansiondata;
+  return edition == Edition::base ? base_data : expansion_data;
 }
 
-void writebuttonselection(Form1& form, Edition edition) {
+void write_button_selection(Form1& form, Edition edition) {
   const std::string own = App_Path(form.system);
   for (const std::string& line : {form.pathlist[1], form.pathlist[0], form.homefolder, own})
-    writeinfo(form, line);
-  writeinfo(form, "");
+    write_info(form, line);
+  write_info(form, "");
   if (edition == Edition::base) {
-    writeinfo(form, firstfile(form.files, form.pathlist[1]));
-    writeinfo(form, firstfile(form.files, form.pathlist[0]));
+    write_info(form, first_file(form.files, form.pathlist[1]));
+    write_info(form, first_file(form.files, form.pathlist[0]));
   }
-  writeinfo(form, firstfile(form.files, own));
+  write_info(form, first_file(form.files, own));
 }
 
 }  // namespace
@@ -41,50 +41,50 @@ std::string executable(const Form1& form, Edition edition) {
   return form.versionfolder + data(edition).executable;
 }
 
-void setgamepath(Form1& form, Edition edition) {
+void set_gamepath(Form1& form, Edition edition) {
   if (edition == Edition::expansion) {
     form.gamepath = form.expansionpath;
     return;
   }
   for (const std::string& path : {form.basepath, form.bundlepath})
-    if (path.size() > basepathlength)
+    if (path.size() > base_path_threshold)
       form.gamepath = path;
 }
 
-void setedition(Form1& form, Edition edition) {
+void set_edition(Form1& form, Edition edition) {
   form.edition = data(edition).letter;
   if (edition == Edition::expansion)
     form.homefolder =
-        getmydocs(form.system, [&](const std::string& text) { form.screen.messagebox(text); });
+        getmydocs(form.system, [&](const std::string& text) { form.screen.message_box(text); });
 }
 
-void setfolders(Form1& form, Edition edition, bool fallback) {
-  setgamepath(form, edition);
+void set_folders(Form1& form, Edition edition, bool fallback) {
+  set_gamepath(form, edition);
   form.pathlist[1] = form.gamepath;
-  form.pathlist[0] = form.homefolder + data(edition).userfolder;
+  form.pathlist[0] = form.homefolder + data(edition).user_folder;
   if (isvista(form.system) || iswin7(form.system))
     form.pathlist[1] = form.pathlist[0];
-  if (fallback && firstfile(form.files, form.pathlist[0]).empty())
+  if (fallback && first_file(form.files, form.pathlist[0]).empty())
     form.pathlist[1] = App_Path(form.system);
 }
 
-void showroots(Form1& form) {
-  form.Command4.settooltip(form.pathlist[1]);
-  form.Command5.settooltip(form.pathlist[0]);
+void show_roots(Form1& form) {
+  form.Command4.set_tooltip(form.pathlist[1]);
+  form.Command5.set_tooltip(form.pathlist[0]);
 }
 
 void selectedition(Form1& form, Edition edition) {
-  form.Command6.setenabled(false);
-  form.Command7.setenabled(false);
-  setedition(form, edition);
-  setfolders(form, edition, edition == Edition::base);
-  showroots(form);
-  writebuttonselection(form, edition);
+  form.Command6.set_enabled(false);
+  form.Command7.set_enabled(false);
+  set_edition(form, edition);
+  set_folders(form, edition, edition == Edition::base);
+  show_roots(form);
+  write_button_selection(form, edition);
   // A user folder that cannot be shown leaves the list where it is; the rest does not depend on it.
-  static_cast<void>(form.Dir1.setpath(form.pathlist[0]));
+  static_cast<void>(form.Dir1.set_path(form.pathlist[0]));
   loadoriginalmaps(form);
   form.versionfolder = form.gamepath;
-  writeinfo(form, form.versionfolder);
+  write_info(form, form.versionfolder);
   form.foundversion = getexeversion(form.system, executable(form, edition));
-  writeinfo(form, form.foundversion);
+  write_info(form, form.foundversion);
 }

@@ -10,20 +10,20 @@ std::string executable(const Form1& form, Edition edition);
 
 // Sets `gamepath` to the installation folder of the edition: for the base edition the bundle's
 // folder, else the base game's; it stays as it was when neither is registered.
-void setgamepath(Form1& form, Edition edition);
+void set_gamepath(Form1& form, Edition edition);
 
 // Sets the edition letter and, for the expansion, `homefolder`.
-void setedition(Form1& form, Edition edition);
+void set_edition(Form1& form, Edition edition);
 
 // A base edition's folder text must be longer than this to count as registered.
-inline constexpr std::size_t basepathlength = 4;
+inline constexpr std::size_t base_path_threshold = 4;
 
 // Sets `gamepath` and both search roots. With `fallback` the program's own folder becomes program
 // space when no file is found at the user space root.
-void setfolders(Form1& form, Edition edition, bool fallback);
+void set_folders(Form1& form, Edition edition, bool fallback);
 
 // Shows the search roots as the tool tips of their buttons.
-void showroots(Form1& form);
+void show_roots(Form1& form);
 
 // Switches everything that depends on the edition: what its button does. Both edition buttons stay
 // disabled from then on.

@@ -7,12 +7,12 @@ constexpr char infofile[] = "info.txt";
 
 }  // namespace
 
-void createinfo(Form1& form) {
+void create_info(Form1& form) {
   if (form.debugmode)
     static_cast<void>(form.files.write(infofile, ""));
 }
 
-void writeinfo(Form1& form, const std::string& line) {
+void write_info(Form1& form, const std::string& line) {
   if (form.debugmode)
     static_cast<void>(form.files.append(infofile, line + "\r\n"));
 }

@@ -7,7 +7,7 @@
 #include <string>
 
 // In debug mode makes the file anew, empty.
-void createinfo(Form1& form);
+void create_info(Form1& form);
 
 // In debug mode adds a line.
-void writeinfo(Form1& form, const std::string& line);
+void write_info(Form1& form, const std::string& line);

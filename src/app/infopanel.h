@@ -4,7 +4,7 @@
 #include "form/form1.h"
 
 // Sets `sysdrive` from the environment.
-void findsysdrive(Form1& form);
+void set_sysdrive(Form1& form);
 
 // Fills `Label11` to `Label18`.
-void fillinfopanel(Form1& form);
+void fill_info_panel(Form1& form);

@@ -13,42 +13,42 @@
 
 namespace {
 
-void startinfo(Form1& form) {
+void start_info(Form1& form) {
   const bool wide = is64bit(form.system, form.files, form.sysdrive);
-  createinfo(form);
-  writeinfo(form, getosshortname(form.system) + ", 64 bit ?" + (wide ? "True" : "False"));
-  writeinfo(form, form.Label11.text() + form.Label17.text() + form.Label12.text());
-  writeinfo(form, "");
+  create_info(form);
+  write_info(form, getosshortname(form.system) + ", 64 bit ?" + (wide ? "True" : "False"));
+  write_info(form, form.Label11.text() + form.Label17.text() + form.Label12.text());
+  write_info(form, "");
 }
 
-void sethomefolder(Form1& form) {
+void set_homefolder(Form1& form) {
   form.homefolder =
-      getlocalappdata(form.system, [&](const std::string& text) { form.screen.messagebox(text); });
-  writeinfo(form, form.homefolder);
+      getlocalappdata(form.system, [&](const std::string& text) { form.screen.message_box(text); });
+  write_info(form, form.homefolder);
 }
 
-[[noreturn]] void runsilently(Form1& form) {
+[[noreturn]] void run_silently(Form1& form) {
   findgalaxies(form);
   fixgalaxies(form);
-  endprogram(form);
+  end_program(form);
 }
 
 }  // namespace
 
 void startup(Form1& form) {
   form.screen.show();
-  findsysdrive(form);
-  readtarget(form);
-  fillinfopanel(form);
-  startinfo(form);
-  sethomefolder(form);
-  form.File1.setpattern("*.galaxy");
-  findinstallations(form);
-  decideedition(form);
-  readrelease(form);
-  checkrelease(form);
-  examinearguments(form);
+  set_sysdrive(form);
+  read_target(form);
+  fill_info_panel(form);
+  start_info(form);
+  set_homefolder(form);
+  form.File1.set_pattern("*.galaxy");
+  find_installations(form);
+  decide_edition(form);
+  read_release(form);
+  check_release(form);
+  examine_arguments(form);
   if (form.silentmode)
-    runsilently(form);
-  form.Command2.setenabled(false);
+    run_silently(form);
+  form.Command2.set_enabled(false);
 }

@@ -6,14 +6,14 @@
 
 namespace {
 
-constexpr char targetfile[] = "targetvoraver.txt";
+constexpr char target_file[] = "targetvoraver.txt";
 
 // Lines of the target file, counted from 0.
-constexpr std::size_t basereleaseline = 0;
-constexpr std::size_t expansionreleaseline = 4;
-constexpr std::size_t debugline = 6;
+constexpr std::size_t base_release_line = 0;
+constexpr std::size_t expansion_release_line = 4;
+constexpr std::size_t debug_line = 6;
 
-std::string mismatchmessage(const Form1& form, const std::string& target) {
+std::string mismatch_message(const Form1& form, const std::string& target) {
   return "found vora version :" + form.foundversion + ":\r\n" + " need vora version :" + target +
          ":\r\n" + "in the default location of\r\n" + form.installfolder + "\r\n" +
          "local apps is\r\n" + form.homefolder + ":\r\n" + "and the vora user directory is\r\n" +
@@ -22,23 +22,23 @@ std::string mismatchmessage(const Form1& form, const std::string& target) {
 
 }  // namespace
 
-void readtarget(Form1& form) {
-  form.targetlines = readlines(form.files, targetfile);
-  form.debugmode = form.system.lowercase(form.targetlines[debugline]) == "debug";
+void read_target(Form1& form) {
+  form.targetlines = readlines(form.files, target_file);
+  form.debugmode = form.system.lowercase(form.targetlines[debug_line]) == "debug";
   if (form.debugmode)
-    form.setcaption(form.caption() + " DeBuGgInG M O D E!");
+    form.set_caption(form.caption() + " DeBuGgInG M O D E!");
 }
 
-void checkrelease(Form1& form) {
+void check_release(Form1& form) {
   if (form.bothfound)
     return;
-  if (firstfile(form.files, targetfile).empty() || form.debugmode)
+  if (first_file(form.files, target_file).empty() || form.debugmode)
     form.missingdata = true;
   if (form.missingdata)
     return;
-  form.targetlines = readlines(form.files, targetfile);
+  form.targetlines = readlines(form.files, target_file);
   const std::string target(
-      form.targetlines[form.expansiononly ? expansionreleaseline : basereleaseline]);
+      form.targetlines[form.expansiononly ? expansion_release_line : base_release_line]);
   if (form.foundversion != target)
-    endwithmessage(form, mismatchmessage(form, target));
+    end_with_message(form, mismatch_message(form, target));
 }

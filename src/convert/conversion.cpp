@@ -26,107 +26,107 @@ struct Map {
 
 class Run {
 public:
-  explicit Run(Form1& itsform);
+  explicit Run(Form1& form_in);
 
   // Converts the map `path`, unless it is to stay as it is or is too large for the memory.
-  void trytotake(const std::string& path);
+  void convert_or_skip(const std::string& path);
 
   // Tells which maps were left alone, if any.
-  void tellleftalone();
+  void report_skipped();
 
 private:
-  void take(const std::string& path);
-  bool isexpansion() const { return form.edition == expansionletter; }
-  bool isoriginal(const std::string& path) const;
-  void leavealone(const Failure& failure) { leftalone.push_back(failure); }
+  void convert_map(const std::string& path);
+  bool is_expansion() const { return form.edition == expansion_letter; }
+  bool is_original(const std::string& path) const;
+  void skip(const Failure& failure) { skipped.push_back(failure); }
   void convert(const Map& map);
   Result<std::string, TemplateError> fix(const LineArray& lines);
-  void putinplace(const Map& map, std::string_view first, std::string_view result);
+  void put_in_place(const Map& map, std::string_view first, std::string_view result);
   [[noreturn]] void stop(const Map& map, const TemplateError& error);
 
   Form1& form;
   Templates templates;
   double formatver = 0;
   long converted = 0;
-  std::vector<Failure> leftalone;
+  std::vector<Failure> skipped;
 };
 
-Run::Run(Form1& itsform) : form(itsform), templates(form.files, form.edition) {
+Run::Run(Form1& form_in) : form(form_in), templates(form.files, form.edition) {
   const auto version = templates.initnew();
   if (version)
     formatver = *version;
   else if (form.foundlist.size() > 1)
-    telltrouble(form, "No map was converted: " + (form.edition.empty()
-                                                      ? "no edition of the game is selected."
-                                                      : version.failure().text()));
+    report_trouble(form, "No map was converted: " + (form.edition.empty()
+                                                         ? "no edition of the game is selected."
+                                                         : version.failure().text()));
 }
 
-bool Run::isoriginal(const std::string& path) const {
+bool Run::is_original(const std::string& path) const {
   for (std::size_t i = 0; i < form.originalmaps.size(); ++i)
     if (samefilename(form.system, path, form.originalmaps[i]))
       return true;
   return false;
 }
 
-void Run::trytotake(const std::string& path) {
+void Run::convert_or_skip(const std::string& path) {
   try {
-    take(path);
+    convert_map(path);
   } catch (const std::bad_alloc&) {
-    leavealone({path, "convert it", "the memory is not enough"});
+    skip({path, "convert it", "the memory is not enough"});
   }
 }
 
-void Run::take(const std::string& path) {
-  form.Label4.settext(std::to_string(converted));
-  if (isoriginal(path))
+void Run::convert_map(const std::string& path) {
+  form.Label4.set_text(std::to_string(converted));
+  if (is_original(path))
     return;
-  const auto opened = form.files.openmap(path);
+  const auto opened = form.files.open_map(path);
   const auto galaxylines = opened ? LineArray::split(std::move((*opened)->text)) : LineArray();
-  const auto versiontext = versionof(galaxylines[1]);
-  if (numericvalue(versiontext) >= formatver)
+  const auto versiontext = version_of(galaxylines[1]);
+  if (numeric_value(versiontext) >= formatver)
     return;
   if (!opened)
-    return leavealone(opened.failure());
+    return skip(opened.failure());
   if (galaxylines.size() < 2)
-    return leavealone({path, "convert it", "it has no second line"});
+    return skip({path, "convert it", "it has no second line"});
   templates.loadold(versiontext);
   templates.loadnew(versiontext);
   convert({path, **opened, galaxylines});
 }
 
 void Run::convert(const Map& map) {
-  auto result = firstpass(templates.oldtemplate(), templates.newtemplate(), map.lines);
-  LineArray firstlines;
-  if (result && isexpansion() && !form.debugmode) {
-    firstlines = LineArray::split(*std::move(result));
-    result = fix(firstlines);
-  } else if (result && isexpansion()) {
+  auto result = first_pass(templates.oldtemplate(), templates.newtemplate(), map.lines);
+  LineArray first_lines;
+  if (result && is_expansion() && !form.debugmode) {
+    first_lines = LineArray::split(*std::move(result));
+    result = fix(first_lines);
+  } else if (result && is_expansion()) {
     result = fix(map.lines);
   }
   if (!result)
     stop(map, result.failure());
-  putinplace(map, firstlines.text(), *result);
+  put_in_place(map, first_lines.text(), *result);
 }
 
 Result<std::string, TemplateError> Run::fix(const LineArray& lines) {
   templates.loadoldfix(formatver);
   templates.loadnewfix(formatver);
-  return fixpass(templates.oldtemplate(), templates.newtemplate(), lines);
+  return fix_pass(templates.oldtemplate(), templates.newtemplate(), lines);
 }
 
-void Run::putinplace(const Map& map, std::string_view first, std::string_view result) {
+void Run::put_in_place(const Map& map, std::string_view first, std::string_view result) {
   Replacement replacement{map.path, map.lines.text(), {}, ""};
   if (form.debugmode) {
     replacement.files = {{companion(map.path, "tst"), result}};
   } else {
-    if (isexpansion())
+    if (is_expansion())
       replacement.files = {{companion(map.path, "fix"), first}};
     replacement.files.push_back({map.path, result});
     replacement.backup = companion(map.path, "old");
   }
   const auto done = map.file.replace(replacement);
   if (!done)
-    return leavealone(done.failure());
+    return skip(done.failure());
   ++converted;
   form.Text2.append(std::string(filename(map.path)) + "\r\n");
 }
@@ -137,7 +137,7 @@ void Run::putinplace(const Map& map, std::string_view first, std::string_view re
 void Run::stop(const Map& map, const TemplateError& error) {
   const std::string_view was = map.lines.text();
   std::string text = map.path + ": the map is of version \"" +
-                     std::string(versionof(map.lines[1])) +
+                     std::string(version_of(map.lines[1])) +
                      "\" and cannot be converted: template " + error.filename + ": " + error.what;
   if (!error.header.empty())
     text += ": " + error.header;
@@ -146,23 +146,23 @@ void Run::stop(const Map& map, const TemplateError& error) {
     const auto done =
         map.file.replace({map.path, was, {{map.path, was}}, companion(map.path, "old")});
     if (!done)
-      leavealone(done.failure());
+      skip(done.failure());
   }
-  tellleftalone();
-  telltrouble(form, text);
-  endprogram(form);
+  report_skipped();
+  report_trouble(form, text);
+  end_program(form);
 }
 
-void Run::tellleftalone() {
-  telltroubles(form, "These maps could not be converted and were left alone:", leftalone);
+void Run::report_skipped() {
+  report_troubles(form, "These maps could not be converted and were left alone:", skipped);
 }
 
 }  // namespace
 
 void fixgalaxies(Form1& form) {
   Run run(form);
-  nextstage(form);
+  next_stage(form);
   for (std::size_t i = 0; i + 1 < form.foundlist.size(); ++i)
-    run.trytotake(form.foundlist[i]);
-  run.tellleftalone();
+    run.convert_or_skip(form.foundlist[i]);
+  run.report_skipped();
 }

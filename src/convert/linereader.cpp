@@ -3,12 +3,12 @@
 
 namespace {
 
-constexpr std::size_t missingfilelines = 11;
-constexpr std::size_t unreadablefilelines = 1;
+constexpr std::size_t missing_file_lines = 11;
+constexpr std::size_t unreadable_file_lines = 1;
 
 }  // namespace
 
-Result<LineArray> readtext(Files& files, const std::string& path) {
+Result<LineArray> read_text(Files& files, const std::string& path) {
   auto text = files.read(path);
   if (!text)
     return text.failure();
@@ -16,8 +16,8 @@ Result<LineArray> readtext(Files& files, const std::string& path) {
 }
 
 LineArray readlines(Files& files, const std::string& path) {
-  auto lines = readtext(files, path);
+  auto lines = read_text(files, path);
   if (lines)
     return std::move(*lines);
-  return LineArray::empty(lines.failure().missing ? missingfilelines : unreadablefilelines);
+  return LineArray::empty(lines.failure().missing ? missing_file_lines : unreadable_file_lines);
 }

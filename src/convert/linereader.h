@@ -7,7 +7,7 @@
 #include <string>
 
 // The lines of a file of exactly this name; fails when it is missing or cannot be read.
-Result<LineArray> readtext(Files& files, const std::string& path);
+Result<LineArray> read_text(Files& files, const std::string& path);
 
 // The same without failures: a missing file (a folder and a hidden file count as missing) gives 11
 // empty lines, one that cannot be read gives one empty line.

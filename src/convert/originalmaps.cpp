@@ -6,12 +6,12 @@
 
 namespace {
 
-constexpr char listfile[] = "original vora galaxies.txt";
+constexpr char list_file[] = "original vora galaxies.txt";
 
 }  // namespace
 
 void loadoriginalmaps(Form1& form) {
-  if (firstfile(form.files, listfile).empty())
+  if (first_file(form.files, list_file).empty())
     form.missingdata = true;
-  form.originalmaps = form.missingdata ? LineArray::empty(1) : readlines(form.files, listfile);
+  form.originalmaps = form.missingdata ? LineArray::empty(1) : readlines(form.files, list_file);
 }

@@ -15,73 +15,73 @@ struct Pass {
   const LineArray& galaxylines;
   std::string out;
   std::size_t k = 0;
-  std::size_t waiting = 0;  // the first line that waits; `k` when none does
+  std::size_t pending = 0;  // the first line that waits; `k` when none does
 
   std::size_t match(std::size_t line) const { return matchline(oldtemplate, galaxylines[line]); }
 
-  void carryover() { ++k; }
+  void carry_over() { ++k; }
 
-  void writewaiting() {
-    if (waiting < k)
-      writeline(out, galaxylines.piece(waiting, k));
-    waiting = k;
+  void write_pending() {
+    if (pending < k)
+      write_line(out, galaxylines.piece(pending, k));
+    pending = k;
   }
 
   std::string finish() {
-    writewaiting();
+    write_pending();
     return std::move(out);
   }
 
   // Writes the section of template line `t` and steps over the block. A block of less than one
   // line leaves the line in hand to be carried over, so that nothing is lost.
   std::optional<TemplateError> rewrite(std::size_t t) {
-    writewaiting();
+    write_pending();
     const auto count =
         rewritesection(oldtemplate, newtemplate, sectionof(oldtemplate, t), galaxylines, k, out);
     if (!count)
       return count.failure();
-    if (out.size() > Files::largestfile)
+    if (out.size() > Files::max_file_size)
       return TemplateError{newtemplate.filename, "it makes the map larger than 1 GiB", ""};
     if (*count < 1) {
-      carryover();
+      carry_over();
       return std::nullopt;
     }
     k += static_cast<std::size_t>(std::min(*count, static_cast<long long>(galaxylines.size() - k)));
-    waiting = k;
+    pending = k;
     return std::nullopt;
   }
 };
 
 }  // namespace
 
-Result<std::string, TemplateError> firstpass(const OldTemplate& oldtemplate,
-                                             const NewTemplate& newtemplate,
-                                             const LineArray& galaxylines) {
+Result<std::string, TemplateError> first_pass(const OldTemplate& oldtemplate,
+                                              const NewTemplate& newtemplate,
+                                              const LineArray& galaxylines) {
   Pass pass{oldtemplate, newtemplate, galaxylines, {}};
   pass.out.reserve(galaxylines.text().size());
   while (pass.k < galaxylines.size()) {
     const std::size_t t = pass.match(pass.k);
     if (t == 0)
-      pass.carryover();
+      pass.carry_over();
     else if (auto error = pass.rewrite(t))
       return *std::move(error);
   }
   return pass.finish();
 }
 
-Result<std::string, TemplateError> fixpass(const OldTemplate& oldtemplate,
-                                           const NewTemplate& newtemplate,
-                                           const LineArray& galaxylines) {
+Result<std::string, TemplateError> fix_pass(const OldTemplate& oldtemplate,
+                                            const NewTemplate& newtemplate,
+                                            const LineArray& galaxylines) {
   Pass pass{oldtemplate, newtemplate, galaxylines, {}};
   pass.out.reserve(galaxylines.text().size());
   while (pass.k + 2 < galaxylines.size()) {
     const std::size_t t = pass.match(pass.k);
     if (t == 0 || pass.match(pass.k + 1) == 0 || pass.match(pass.k + 2) == 0)
-      pass.carryover();
+      pass.carry_over();
     else if (auto error = pass.rewrite(t))
       return *std::move(error);
   }
   for (int last = 0; last < 2 && pass.k < galaxylines.size(); ++last)
-    pass.carryover();
+    pass.carry_over();
   return pass.finish();
 }

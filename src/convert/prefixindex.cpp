@@ -5,7 +5,7 @@
 
 namespace {
 
-std::size_t commonlength(std::string_view a, std::string_view b) {
+std::size_t common_length(std::string_view a, std::string_view b) {
   const auto ends = std::mismatch(a.begin(), a.end(), b.begin(), b.end());
   return static_cast<std::size_t>(ends.first - a.begin());
 }
@@ -21,12 +21,12 @@ PrefixIndex::PrefixIndex(const std::vector<std::string_view>& texts) {
   firsts = " ";
   std::vector<Range> ranges{{0, sorted.size(), 0}};
   for (std::size_t node = 0; node < nodes.size(); ++node)
-    addbelow(node, sorted, ranges);
+    add_children(node, sorted, ranges);
 }
 
 // Of the texts in a node's range those that end at the node come first; the others, told apart by
 // their next character, go to the nodes below.
-void PrefixIndex::addbelow(std::size_t node, const Texts& sorted, std::vector<Range>& ranges) {
+void PrefixIndex::add_children(std::size_t node, const Texts& sorted, std::vector<Range>& ranges) {
   auto begin = ranges[node].begin;
   const auto end = ranges[node].end;
   const auto common = ranges[node].common;
@@ -40,7 +40,7 @@ void PrefixIndex::addbelow(std::size_t node, const Texts& sorted, std::vector<Ra
                              sorted.begin() + static_cast<std::ptrdiff_t>(end),
                              [&](const auto& text) { return text.first[common] == first.front(); });
     const std::string_view last = std::prev(after)->first.substr(common);
-    const std::size_t length = commonlength(first, last);
+    const std::size_t length = common_length(first, last);
     firsts += first.front();
     nodes.push_back({first.substr(1, length - 1), nodes[node].number});
     const auto next = static_cast<std::size_t>(after - sorted.begin());

@@ -35,7 +35,7 @@ private:
   };
   using Texts = std::vector<std::pair<std::string_view, std::size_t>>;
 
-  void addbelow(std::size_t node, const Texts& sorted, std::vector<Range>& ranges);
+  void add_children(std::size_t node, const Texts& sorted, std::vector<Range>& ranges);
 
   std::vector<Node> nodes;  // the root is node 0
   std::string firsts;       // the first of the characters that lead to each node

@@ -6,7 +6,7 @@
 
 namespace {
 
-std::string_view lastcharacters(std::string_view line, std::size_t count) {
+std::string_view last_characters(std::string_view line, std::size_t count) {
   return line.substr(line.size() - std::min(count, line.size()));
 }
 
@@ -16,23 +16,23 @@ std::string_view from(std::string_view line, std::size_t position) {
 
 // Adds one output line. `first` is the block's first line, `aligned` the one that the output line
 // is aligned with.
-void writeoutput(std::string& out, const OutputLine& line, std::string_view first,
-                 std::string_view aligned) {
+void write_output(std::string& out, const OutputLine& line, std::string_view first,
+                  std::string_view aligned) {
   if (line.marker == Marker::dropped)
     return;
   out += line.text;
-  if (line.marker == Marker::lastcharacter)
-    out += lastcharacters(aligned, 1);
-  if (line.marker == Marker::lasttwo)
-    out += lastcharacters(aligned, 2);
+  if (line.marker == Marker::last_character)
+    out += last_characters(aligned, 1);
+  if (line.marker == Marker::last_two)
+    out += last_characters(aligned, 2);
   if (line.marker == Marker::rest)
     out += from(first, line.text.size() - 1);
-  out += LineArray::lineend;
+  out += LineArray::line_end;
 }
 
 // What keeps the templates from writing section `s`; nothing when they can.
-std::optional<TemplateError> findfault(const OldTemplate& oldtemplate,
-                                       const NewTemplate& newtemplate, std::size_t s) {
+std::optional<TemplateError> find_fault(const OldTemplate& oldtemplate,
+                                        const NewTemplate& newtemplate, std::size_t s) {
   if (oldtemplate.failure)
     return TemplateError{oldtemplate.filename, oldtemplate.failure->reason, ""};
   if (newtemplate.failure)
@@ -54,20 +54,20 @@ std::optional<TemplateError> findfault(const OldTemplate& oldtemplate,
 
 }  // namespace
 
-void writeline(std::string& out, std::string_view line) {
+void write_line(std::string& out, std::string_view line) {
   out += line;
-  out += LineArray::lineend;
+  out += LineArray::line_end;
 }
 
 Result<long long, TemplateError> rewritesection(const OldTemplate& oldtemplate,
                                                 const NewTemplate& newtemplate, std::size_t s,
                                                 const LineArray& galaxylines, std::size_t k,
                                                 std::string& out) {
-  if (auto fault = findfault(oldtemplate, newtemplate, s))
+  if (auto fault = find_fault(oldtemplate, newtemplate, s))
     return *std::move(fault);
   const auto count = static_cast<std::size_t>(newtemplate.counts[s]);
   const std::size_t start = newtemplate.heads[s] + 1;
   for (std::size_t d = 0; d < count; ++d)
-    writeoutput(out, newtemplate.output[start + d], galaxylines[k], galaxylines[k + d]);
+    write_output(out, newtemplate.output[start + d], galaxylines[k], galaxylines[k + d]);
   return oldtemplate.counts[s];
 }

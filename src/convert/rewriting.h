@@ -17,7 +17,7 @@ struct TemplateError {
 };
 
 // Adds a line and its line end to a text.
-void writeline(std::string& out, std::string_view line);
+void write_line(std::string& out, std::string_view line);
 
 // Adds section `s` of the new template to `out`, with the values of the block of map lines that
 // starts at line `k`; a value that lies beyond the map's end is empty. Gives the number of lines

@@ -7,10 +7,10 @@
 
 namespace {
 
-constexpr std::size_t missingtemplatelines = 11;
+constexpr std::size_t missing_template_lines = 11;
 
 // A header's "$" stands after at least one character.
-bool isheader(std::string_view line) {
+bool is_header(std::string_view line) {
   const auto dollar = line.find('$');
   return dollar != std::string_view::npos && dollar > 0;
 }
@@ -18,26 +18,26 @@ bool isheader(std::string_view line) {
 // The number after the first "$"; the number at the line's start when there is none.
 long long count(std::string_view header) {
   const auto dollar = header.find('$');
-  return wholepart(
-      numericvalue(dollar == std::string_view::npos ? header : header.substr(dollar + 1)));
+  return whole_part(
+      numeric_value(dollar == std::string_view::npos ? header : header.substr(dollar + 1)));
 }
 
-OutputLine outputline(std::string_view line) {
+OutputLine output_line(std::string_view line) {
   const auto without = [&](std::size_t count) { return line.substr(0, line.size() - count); };
   if (line.ends_with(" #"))
-    return {without(1), Marker::lastcharacter};
+    return {without(1), Marker::last_character};
   if (line.ends_with("##"))
-    return {without(2), Marker::lasttwo};
+    return {without(2), Marker::last_two};
   if (line.ends_with(" &"))
     return {without(1), Marker::rest};
   const bool dropped = line.ends_with('#') || line.ends_with('&');
   return {line, dropped ? Marker::dropped : Marker::none};
 }
 
-void indexheads(Template& file) {
+void index_headers(Template& file) {
   std::vector<std::size_t> heads;
   for (std::size_t i = 0; i < file.lines.size(); ++i)
-    if (isheader(file.lines[i]))
+    if (is_header(file.lines[i]))
       heads.push_back(i);
   if (!heads.empty())
     file.heads = std::move(heads);
@@ -49,8 +49,8 @@ void fill(Template& file, std::string filename, Result<std::string> text) {
   file.filename = std::move(filename);
   if (!text)
     file.failure = text.failure();
-  file.lines = text ? LineArray::split(std::move(*text)) : LineArray::empty(missingtemplatelines);
-  indexheads(file);
+  file.lines = text ? LineArray::split(std::move(*text)) : LineArray::empty(missing_template_lines);
+  index_headers(file);
 }
 
 // The template of that file in `loaded`, made by `index` where the file has not been read before or
@@ -70,7 +70,7 @@ const Kind* load(Files& files, std::map<std::string, Kind>& loaded, std::string 
 
 }  // namespace
 
-OldTemplate indexold(std::string filename, Result<std::string> text) {
+OldTemplate index_old(std::string filename, Result<std::string> text) {
   OldTemplate file;
   fill(file, std::move(filename), std::move(text));
   std::vector<std::string_view> texts;
@@ -85,41 +85,43 @@ OldTemplate indexold(std::string filename, Result<std::string> text) {
   return file;
 }
 
-NewTemplate indexnew(std::string filename, Result<std::string> text) {
+NewTemplate index_new(std::string filename, Result<std::string> text) {
   NewTemplate file;
   fill(file, std::move(filename), std::move(text));
   for (std::size_t i = 0; i < file.lines.size(); ++i)
-    file.output.push_back(outputline(file.lines[i]));
+    file.output.push_back(output_line(file.lines[i]));
   return file;
 }
 
 void Templates::loadold(std::string_view ver) {
-  currentold = load(files, loadedold, edition + "oldstruct" + std::string(ver) + ".txt", indexold);
+  current_old =
+      load(files, loaded_old, edition + "oldstruct" + std::string(ver) + ".txt", index_old);
 }
 
 void Templates::loadnew(std::string_view ver) {
-  currentnew = load(files, loadednew, edition + "newstruct" + std::string(ver) + ".txt", indexnew);
+  current_new =
+      load(files, loaded_new, edition + "newstruct" + std::string(ver) + ".txt", index_new);
 }
 
 void Templates::loadoldfix(double ver) {
-  currentold =
-      load(files, loadedold, edition + "oldstructfix" + numbertext(ver) + ".txt", indexold);
+  current_old =
+      load(files, loaded_old, edition + "oldstructfix" + number_text(ver) + ".txt", index_old);
 }
 
 void Templates::loadnewfix(double ver) {
-  currentnew =
-      load(files, loadednew, edition + "newstructfix" + numbertext(ver) + ".txt", indexnew);
+  current_new =
+      load(files, loaded_new, edition + "newstructfix" + number_text(ver) + ".txt", index_new);
 }
 
 Result<double> Templates::initnew() {
-  const auto lines = readtext(files, edition + "newstruct0.txt");
+  const auto lines = read_text(files, edition + "newstruct0.txt");
   if (!lines)
     return lines.failure();
-  return numericvalue(versionof((*lines)[1]));
+  return numeric_value(version_of((*lines)[1]));
 }
 
-std::string_view versionof(std::string_view secondline) {
+std::string_view version_of(std::string_view second_line) {
   const auto last =
-      secondline.substr(secondline.size() - std::min<std::size_t>(2, secondline.size()));
+      second_line.substr(second_line.size() - std::min<std::size_t>(2, second_line.size()));
   return last.starts_with(' ') ? last.substr(1) : last;
 }

@@ -15,11 +15,11 @@
 
 // What the end of an output line asks for.
 enum class Marker {
-  none,           // the line as it stands
-  lastcharacter,  // " #": the last character of the aligned map line
-  lasttwo,        // "##": its last two characters
-  rest,           // " &": the block's first line from a position on
-  dropped,        // any other "#" or "&" at the end: no line at all
+  none,            // the line as it stands
+  last_character,  // " #": the last character of the aligned map line
+  last_two,        // "##": its last two characters
+  rest,            // " &": the block's first line from a position on
+  dropped,         // any other "#" or "&" at the end: no line at all
 };
 
 struct OutputLine {
@@ -49,8 +49,8 @@ struct NewTemplate : Template {
 };
 
 // A template is made from its text, or from the failure to read it.
-OldTemplate indexold(std::string filename, Result<std::string> text);
-NewTemplate indexnew(std::string filename, Result<std::string> text);
+OldTemplate index_old(std::string filename, Result<std::string> text);
+NewTemplate index_new(std::string filename, Result<std::string> text);
 
 // The templates of one conversion run. Files are read anew at each call; what is derived from them
 // is made anew only when their bytes have changed.
@@ -71,18 +71,18 @@ public:
   // the same 0, when it is missing or cannot be read.
   Result<double> initnew();
 
-  const OldTemplate& oldtemplate() const { return *currentold; }
-  const NewTemplate& newtemplate() const { return *currentnew; }
+  const OldTemplate& oldtemplate() const { return *current_old; }
+  const NewTemplate& newtemplate() const { return *current_new; }
 
 private:
   Files& files;
   std::string edition;
-  std::map<std::string, OldTemplate> loadedold;
-  std::map<std::string, NewTemplate> loadednew;
-  const OldTemplate* currentold = nullptr;
-  const NewTemplate* currentnew = nullptr;
+  std::map<std::string, OldTemplate> loaded_old;
+  std::map<std::string, NewTemplate> loaded_new;
+  const OldTemplate* current_old = nullptr;
+  const NewTemplate* current_new = nullptr;
 };
 
 // The number at the end of a map's or the baseline's second line: its last two characters, or the
 // last alone when a space stands before it.
-std::string_view versionof(std::string_view secondline);
+std::string_view version_of(std::string_view second_line);

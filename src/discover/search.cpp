@@ -12,7 +12,7 @@ struct Folder {
   std::size_t next = 0;  // the first entry behind the subfolder that was walked last
 };
 
-std::string withoutbackslash(std::string path) {
+std::string without_backslash(std::string path) {
   if (path.ends_with('\\'))
     path.pop_back();
   return path;
@@ -20,30 +20,30 @@ std::string withoutbackslash(std::string path) {
 
 // Remembers a folder that is there and cannot be searched. Where there is no root a whole drive is
 // searched, which always has some.
-void leaveout(Form1& form, const Failure& failure) {
+void add_unsearched(Form1& form, const Failure& failure) {
   if (!failure.missing && !form.rootpath.empty())
-    form.notsearched.push_back(failure);
+    form.unsearched.push_back(failure);
 }
 
-Folder readfolder(Form1& form, std::string path, const std::string& pattern) {
+Folder list_folder(Form1& form, std::string path, const std::string& pattern) {
   Folder folder{std::move(path)};
   auto entries = form.files.list(folder.path + "\\", pattern);
   if (entries)
     folder.entries = *std::move(entries);
   else
-    leaveout(form, entries.failure());
+    add_unsearched(form, entries.failure());
   return folder;
 }
 
 // The next subfolder that is to be walked, null when there is none.
-const Entry* nextsubfolder(Folder& folder) {
+const Entry* next_subfolder(Folder& folder) {
   while (folder.next < folder.entries.size())
     if (const Entry& entry = folder.entries[folder.next++]; entry.folder && !entry.link)
       return &entry;
   return nullptr;
 }
 
-void addfiles(const Folder& folder, FoundList& list) {
+void add_files(const Folder& folder, FoundList& list) {
   for (const Entry& entry : folder.entries)
     if (!entry.folder && !entry.link)
       list.add(folder.path, entry.name);
@@ -52,47 +52,47 @@ void addfiles(const Folder& folder, FoundList& list) {
 // Walks a tree depth first. It keeps its own stack: how deep a tree is, is up to strangers.
 void walk(Form1& form, const std::string& pattern, const std::string& top, FoundList& list) {
   std::vector<Folder> open;
-  open.push_back(readfolder(form, top, pattern));
+  open.push_back(list_folder(form, top, pattern));
   while (!open.empty()) {
-    if (const Entry* below = nextsubfolder(open.back())) {
-      form.screen.processmessages();
-      open.push_back(readfolder(form, open.back().path + "\\" + below->name, pattern));
+    if (const Entry* below = next_subfolder(open.back())) {
+      form.screen.process_messages();
+      open.push_back(list_folder(form, open.back().path + "\\" + below->name, pattern));
       continue;
     }
-    addfiles(open.back(), list);
+    add_files(open.back(), list);
     open.pop_back();
   }
 }
 
 // The folder that holds `folder`; a drive root holds itself.
-std::string parentfolder(const std::string& folder) {
+std::string parent_folder(const std::string& folder) {
   return folder.substr(0, afterlast(folder, '\\') - 1);
 }
 
 }  // namespace
 
 void findfiles(Form1& form, const std::string& pattern, const std::string& root, FoundList& list) {
-  const auto top = form.files.fullpath(root.ends_with('\\') ? root : root + "\\");
+  const auto top = form.files.full_path(root.ends_with('\\') ? root : root + "\\");
   if (!top)
-    return leaveout(form, top.failure());
-  walk(form, pattern, withoutbackslash(*top), list);
+    return add_unsearched(form, top.failure());
+  walk(form, pattern, without_backslash(*top), list);
   // A parent that cannot be shown leaves the lists where they are.
-  static_cast<void>(form.Dir1.setpath(parentfolder(*top)));
+  static_cast<void>(form.Dir1.set_path(parent_folder(*top)));
 }
 
 void findgalaxies(Form1& form) {
   form.searching = true;
   form.filepattern = "*.galaxy";
   form.foundlist.clear();
-  form.notsearched.clear();
+  form.unsearched.clear();
   for (const std::string& root : form.pathlist) {
     form.rootpath = root;
     findfiles(form, form.filepattern, root, form.foundlist);
   }
   form.searching = false;
-  nextstage(form);
+  next_stage(form);
   for (std::size_t j = 0; j + 1 < form.foundlist.size(); ++j)
     form.Text1.append(std::string(filename(form.foundlist[j])) + "\r\n");
-  form.Label6.settext(std::to_string(static_cast<long long>(form.foundlist.size()) - 2));
-  telltroubles(form, "These folders could not be searched:", form.notsearched);
+  form.Label6.set_text(std::to_string(static_cast<long long>(form.foundlist.size()) - 2));
+  report_troubles(form, "These folders could not be searched:", form.unsearched);
 }

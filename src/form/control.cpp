@@ -5,7 +5,7 @@
 
 namespace {
 
-std::vector<std::string> namesof(const std::vector<Entry>& entries, bool folders) {
+std::vector<std::string> names_of(const std::vector<Entry>& entries, bool folders) {
   std::vector<std::string> result;
   for (const Entry& entry : entries)
     if (entry.folder == folders)
@@ -18,7 +18,7 @@ std::string joined(const std::string& folder, const std::string& name) {
 }
 
 // How much of a full path names its root: a drive, or a folder that a server shares.
-std::size_t rootlength(const std::string& path) {
+std::size_t root_length(const std::string& path) {
   const int backslashes = path.starts_with("\\\\") ? 4 : 1;
   std::size_t length = 0;
   for (int i = 0; i < backslashes && length < path.size(); ++i)
@@ -28,40 +28,40 @@ std::size_t rootlength(const std::string& path) {
 
 }  // namespace
 
-void Control::settext(std::string newtext) {
-  owntext = std::move(newtext);
+void Control::set_text(std::string new_text) {
+  own_text = std::move(new_text);
   screen.refresh(*this);
 }
 
-void Control::setenabled(bool on) {
-  isenabled = on;
+void Control::set_enabled(bool on) {
+  is_enabled = on;
   screen.refresh(*this);
 }
 
-void Control::setvisible(bool on) {
-  isvisible = on;
+void Control::set_visible(bool on) {
+  is_visible = on;
   screen.refresh(*this);
 }
 
-void Control::settooltip(std::string newtooltip) {
-  owntooltip = std::move(newtooltip);
+void Control::set_tooltip(std::string new_tooltip) {
+  own_tooltip = std::move(new_tooltip);
   screen.refresh(*this);
 }
 
 void Control::append(std::string_view more) {
-  owntext += more;
+  own_text += more;
   screen.appended(*this, more);
 }
 
 void DriveList::fill(std::vector<std::string> letters, std::string selected) {
-  owndrives = std::move(letters);
-  settext(std::move(selected));
+  own_drives = std::move(letters);
+  set_text(std::move(selected));
 }
 
 void DriveList::select(std::string drive) {
   if (drive == text())
     return;
-  settext(std::move(drive));
+  set_text(std::move(drive));
   if (changed)
     changed();
 }
@@ -74,7 +74,7 @@ std::vector<FolderRow> DirectoryList::rows() const {
     std::string whole = result.empty() ? name : joined(result.back().path, name);
     result.push_back({std::move(name), std::move(whole), result.size()});
   };
-  std::size_t start = rootlength(path());
+  std::size_t start = root_length(path());
   add(path().substr(0, start));
   while (start < path().size()) {
     const std::size_t end = std::min(path().find('\\', start), path().size());
@@ -82,13 +82,13 @@ std::vector<FolderRow> DirectoryList::rows() const {
     start = end + 1;
   }
   const FolderRow own = result.back();
-  for (const std::string& name : ownsubfolders)
+  for (const std::string& name : own_subfolders)
     result.push_back({name, joined(own.path, name), own.depth + 1});
   return result;
 }
 
-Result<Done> DirectoryList::setpath(const std::string& folder) {
-  const auto full = files.fullpath(folder);
+Result<Done> DirectoryList::set_path(const std::string& folder) {
+  const auto full = files.full_path(folder);
   if (!full)
     return full.failure();
   if (*full == path())
@@ -96,25 +96,25 @@ Result<Done> DirectoryList::setpath(const std::string& folder) {
   const auto entries = files.list(*full, "*");
   if (!entries)
     return entries.failure();
-  ownsubfolders = namesof(*entries, true);
-  settext(*full);
+  own_subfolders = names_of(*entries, true);
+  set_text(*full);
   if (changed)
     changed();
   return Done{};
 }
 
-void FileList::setpath(const std::string& folder) {
-  owntext = folder;
+void FileList::set_path(const std::string& folder) {
+  own_text = folder;
   fill();
 }
 
-void FileList::setpattern(const std::string& newpattern) {
-  ownpattern = newpattern;
+void FileList::set_pattern(const std::string& new_pattern) {
+  own_pattern = new_pattern;
   fill();
 }
 
 void FileList::fill() {
-  const auto entries = files.list(path(), ownpattern);
-  ownnames = entries ? namesof(*entries, false) : std::vector<std::string>();
+  const auto entries = files.list(path(), own_pattern);
+  own_names = entries ? names_of(*entries, false) : std::vector<std::string>();
   screen.refresh(*this);
 }

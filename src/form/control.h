@@ -19,41 +19,41 @@ struct Window {
 
 class Control {
 public:
-  Control(Window& window, std::string itsname)
-      : screen(window.screen), ownname(std::move(itsname)) {
+  Control(Window& window, std::string name_in)
+      : screen(window.screen), own_name(std::move(name_in)) {
     window.controls.push_back(this);
   }
   Control(const Control&) = delete;
   Control& operator=(const Control&) = delete;
 
-  const std::string& name() const { return ownname; }
+  const std::string& name() const { return own_name; }
 
   // A button's or label's caption, a text box's text, a list's drive or folder.
-  const std::string& text() const { return owntext; }
-  bool enabled() const { return isenabled; }
-  bool visible() const { return isvisible; }
-  const std::string& tooltip() const { return owntooltip; }
+  const std::string& text() const { return own_text; }
+  bool enabled() const { return is_enabled; }
+  bool visible() const { return is_visible; }
+  const std::string& tooltip() const { return own_tooltip; }
 
-  void settext(std::string newtext);
-  void setenabled(bool on);
-  void setvisible(bool on);
-  void settooltip(std::string newtooltip);
+  void set_text(std::string new_text);
+  void set_enabled(bool on);
+  void set_visible(bool on);
+  void set_tooltip(std::string new_tooltip);
 
   // Adds to the end of a text box's text.
   void append(std::string_view more);
 
   // Takes over what the user has typed into a text box; the screen shows it already.
-  void typed(std::string newtext) { owntext = std::move(newtext); }
+  void typed(std::string new_text) { own_text = std::move(new_text); }
 
 protected:
   Screen& screen;
-  std::string owntext;
+  std::string own_text;
 
 private:
-  const std::string ownname;
-  std::string owntooltip;
-  bool isenabled = true;
-  bool isvisible = true;
+  const std::string own_name;
+  std::string own_tooltip;
+  bool is_enabled = true;
+  bool is_visible = true;
 };
 
 // The list of the machine's drives; its text is the selected one, a letter and a colon.
@@ -61,7 +61,7 @@ class DriveList : public Control {
 public:
   using Control::Control;
 
-  const std::vector<std::string>& drives() const { return owndrives; }
+  const std::vector<std::string>& drives() const { return own_drives; }
 
   // Fills the list and selects one drive; no event.
   void fill(std::vector<std::string> letters, std::string selected);
@@ -72,7 +72,7 @@ public:
   std::function<void()> changed;
 
 private:
-  std::vector<std::string> owndrives;
+  std::vector<std::string> own_drives;
 };
 
 // A row of the directory list.
@@ -85,49 +85,49 @@ struct FolderRow {
 // The list that shows a folder with its subfolders; its text is the folder's path.
 class DirectoryList : public Control {
 public:
-  DirectoryList(Window& window, std::string itsname, Files& machine)
-      : Control(window, std::move(itsname)), files(machine) {}
+  DirectoryList(Window& window, std::string name_in, Files& machine)
+      : Control(window, std::move(name_in)), files(machine) {}
 
   // The folder that it shows, without "\" at the end except for a drive root.
   const std::string& path() const { return text(); }
 
   // The names of the folder's subfolders in ascending order.
-  const std::vector<std::string>& subfolders() const { return ownsubfolders; }
+  const std::vector<std::string>& subfolders() const { return own_subfolders; }
 
   // What the list shows: the folders from the drive root down to its own, then the subfolders.
   std::vector<FolderRow> rows() const;
 
   // Points the list at a folder. Fires `changed` when that is another one than before. A folder
   // that cannot be shown leaves the list as it is.
-  Result<Done> setpath(const std::string& folder);
+  Result<Done> set_path(const std::string& folder);
 
   std::function<void()> changed;
 
 private:
   Files& files;
-  std::vector<std::string> ownsubfolders;
+  std::vector<std::string> own_subfolders;
 };
 
 // The list of a folder's files; its text is the folder's path.
 class FileList : public Control {
 public:
-  FileList(Window& window, std::string itsname, Files& machine)
-      : Control(window, std::move(itsname)), files(machine) {}
+  FileList(Window& window, std::string name_in, Files& machine)
+      : Control(window, std::move(name_in)), files(machine) {}
 
   const std::string& path() const { return text(); }
-  const std::string& pattern() const { return ownpattern; }
+  const std::string& pattern() const { return own_pattern; }
 
   // The names of the folder's files that match the pattern, in ascending order; none when the
   // folder cannot be listed.
-  const std::vector<std::string>& names() const { return ownnames; }
+  const std::vector<std::string>& names() const { return own_names; }
 
-  void setpath(const std::string& folder);
-  void setpattern(const std::string& newpattern);
+  void set_path(const std::string& folder);
+  void set_pattern(const std::string& new_pattern);
 
 private:
   void fill();
 
   Files& files;
-  std::string ownpattern = "*";
-  std::vector<std::string> ownnames;
+  std::string own_pattern = "*";
+  std::vector<std::string> own_names;
 };

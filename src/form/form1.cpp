@@ -5,44 +5,45 @@
 
 #include <cstdlib>
 
-void Form1::setcaption(std::string newcaption) {
-  owncaption = std::move(newcaption);
-  screen.showcaption(owncaption);
+void Form1::set_caption(std::string new_caption) {
+  own_caption = std::move(new_caption);
+  screen.show_caption(own_caption);
 }
 
-void endprogram(Form1& form) {
+void end_program(Form1& form) {
   form.screen.end(form.trouble ? 1 : 0);
   std::abort();  // never reached, but the compiler does not see that through a virtual call
 }
 
-void endwithmessage(Form1& form, const std::string& text) {
+void end_with_message(Form1& form, const std::string& text) {
   form.trouble = true;
-  form.screen.messagebox(text);
-  endprogram(form);
+  form.screen.message_box(text);
+  end_program(form);
 }
 
-void endoutofmemory(Form1& form) {
-  telltrouble(form, "The memory is not enough. Every map is as it was or converted.");
-  endprogram(form);
+void end_out_of_memory(Form1& form) {
+  report_trouble(form, "The memory is not enough. Every map is as it was or converted.");
+  end_program(form);
 }
 
-void telltrouble(Form1& form, const std::string& text) {
+void report_trouble(Form1& form, const std::string& text) {
   form.trouble = true;
   if (form.silentmode)
-    form.screen.standarderror(text);
+    form.screen.print_error(text);
   else
-    form.screen.messagebox(text);
+    form.screen.message_box(text);
 }
 
-void telltroubles(Form1& form, const std::string& heading, const std::vector<Failure>& failures) {
+void report_troubles(Form1& form, const std::string& heading,
+                     const std::vector<Failure>& failures) {
   if (failures.empty())
     return;
   std::string text = heading;
   for (const Failure& failure : failures)
     text += "\r\n" + printable(failure.text());
-  telltrouble(form, text);
+  report_trouble(form, text);
 }
 
-void nextstage(Form1& form) {
-  form.Label8.settext(std::to_string(wholepart(numericvalue(form.Label8.text())) + 1));
+void next_stage(Form1& form) {
+  form.Label8.set_text(std::to_string(whole_part(numeric_value(form.Label8.text())) + 1));
 }

@@ -13,12 +13,12 @@
 #include <vector>
 
 // What the program calls itself: the title of its message boxes.
-inline constexpr char programtitle[] = "Vora Map Updater";
+inline constexpr char program_title[] = "Vora Map Updater";
 
 class Form1 {
 public:
-  Form1(Files& itsfiles, System& itssystem, Screen& itsscreen)
-      : files(itsfiles), system(itssystem), screen(itsscreen) {}
+  Form1(Files& files_in, System& system_in, Screen& screen_in)
+      : files(files_in), system(system_in), screen(screen_in) {}
   Form1(const Form1&) = delete;
   Form1& operator=(const Form1&) = delete;
 
@@ -28,7 +28,7 @@ public:
 
 private:
   Window window{screen, {}};
-  std::string owncaption;
+  std::string own_caption;
 
 public:
   DriveList Drive1{window, "Drive1"};
@@ -66,8 +66,8 @@ public:
   // All controls.
   const std::vector<Control*>& controls() const { return window.controls; }
 
-  const std::string& caption() const { return owncaption; }
-  void setcaption(std::string newcaption);
+  const std::string& caption() const { return own_caption; }
+  void set_caption(std::string new_caption);
 
   // The machine.
   std::string sysdrive;    // the system drive's letter and colon
@@ -98,32 +98,32 @@ public:
   std::string rootpath;                 // the root being searched, or the chosen drive's
   std::string dirpath;                  // the folder that the directory list was last moved to
   std::string filepattern;
-  std::vector<Failure> notsearched;  // folders that could not be listed
-  FoundList foundlist;               // full paths of the maps found, then one empty element
-  LineArray originalmaps;            // names of the game's own maps
-  bool searching = false;            // handlers other than the exit button's wait meanwhile
+  std::vector<Failure> unsearched;  // folders that could not be listed
+  FoundList foundlist;              // full paths of the maps found, then one empty element
+  LineArray originalmaps;           // names of the game's own maps
+  bool searching = false;           // handlers other than the exit button's wait meanwhile
 
   bool trouble = false;  // something went wrong that the exit status must tell
 };
 
 // The edition letters of the base edition and the expansion.
-inline constexpr char baseletter[] = "v";
-inline constexpr char expansionletter[] = "t";
+inline constexpr char base_letter[] = "v";
+inline constexpr char expansion_letter[] = "t";
 
 // Ends the program at once, with the exit status that tells whether all went well.
-[[noreturn]] void endprogram(Form1& form);
+[[noreturn]] void end_program(Form1& form);
 
 // Shows a message box, then ends the program: something fatal was found.
-[[noreturn]] void endwithmessage(Form1& form, const std::string& text);
+[[noreturn]] void end_with_message(Form1& form, const std::string& text);
 
 // The same where the memory is not enough: nothing is lost by it.
-[[noreturn]] void endoutofmemory(Form1& form);
+[[noreturn]] void end_out_of_memory(Form1& form);
 
 // Tells of trouble: in a message box, in a silent run on standard error.
-void telltrouble(Form1& form, const std::string& text);
+void report_trouble(Form1& form, const std::string& text);
 
 // The same of several failures, a line each below a heading; says nothing when there are none.
-void telltroubles(Form1& form, const std::string& heading, const std::vector<Failure>& failures);
+void report_troubles(Form1& form, const std::string& heading, const std::vector<Failure>& failures);
 
 // Adds one to the number that the stage counter `Label8` shows.
-void nextstage(Form1& form);
+void next_stage(Form1& form);

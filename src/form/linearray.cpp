@@ -5,7 +5,7 @@ namespace {
 
 // Few texts have shorter lines on average, so that the array rarely has to grow. Room that is not
 // used is never touched, and costs nothing.
-constexpr std::size_t usuallength = 16;
+constexpr std::size_t usual_length = 16;
 
 }  // namespace
 
@@ -13,16 +13,16 @@ LineArray LineArray::split(std::string text) {
   LineArray array;
   array.content = std::make_unique<const std::string>(std::move(text));
   std::string_view rest = *array.content;
-  while (rest.ends_with(lineend))
-    rest.remove_suffix(lineend.size());
+  while (rest.ends_with(line_end))
+    rest.remove_suffix(line_end.size());
   if (rest.empty())
     return array;
-  array.begins.reserve(2 + rest.size() / usuallength);
+  array.begins.reserve(2 + rest.size() / usual_length);
   array.begins.push_back(0);
   for (auto at = rest.find('\n', 1); at != rest.npos; at = rest.find('\n', at + 1))
     if (rest[at - 1] == '\r')
-      array.endline(at - 1);
-  array.endline(rest.size());
+      array.end_line(at - 1);
+  array.end_line(rest.size());
   return array;
 }
 

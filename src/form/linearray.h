@@ -12,7 +12,7 @@
 // text, which the array keeps; moving the array leaves them valid.
 class LineArray {
 public:
-  static constexpr std::string_view lineend = "\r\n";
+  static constexpr std::string_view line_end = "\r\n";
 
   LineArray() = default;
 
@@ -34,15 +34,15 @@ public:
   // Lines `from` up to but without `to`, one at least, of a text that was split: as they stand in
   // it, with the line ends between them.
   std::string_view piece(std::size_t from, std::size_t to) const {
-    return text().substr(begins[from], begins[to] - lineend.size() - begins[from]);
+    return text().substr(begins[from], begins[to] - line_end.size() - begins[from]);
   }
 
   // The text that was split.
   std::string_view text() const { return content ? std::string_view(*content) : ""; }
 
 private:
-  void endline(std::size_t end) {
-    begins.push_back(static_cast<std::uint32_t>(end + lineend.size()));
+  void end_line(std::size_t end) {
+    begins.push_back(static_cast<std::uint32_t>(end + line_end.size()));
   }
 
   std::unique_ptr<const std::string> content;  // at a place that moving the array does not change

@@ -6,19 +6,19 @@
 
 namespace {
 
-bool isblank(char c) { return c == ' ' || c == '\t'; }
-bool isdigit(char c) { return c >= '0' && c <= '9'; }
+bool is_blank(char c) { return c == ' ' || c == '\t'; }
+bool is_digit(char c) { return c >= '0' && c <= '9'; }
 
 // The characters of the number at the start of `text`, blanks left out.
-std::string leadingnumber(std::string_view text) {
+std::string leading_number(std::string_view text) {
   std::string number;
   bool point = false;
   for (const char c : text) {
-    if (isblank(c))
+    if (is_blank(c))
       continue;
     const bool sign = number.empty() && (c == '-' || c == '+');
-    const bool firstpoint = c == '.' && !point;
-    if (!sign && !firstpoint && !isdigit(c))
+    const bool first_point = c == '.' && !point;
+    if (!sign && !first_point && !is_digit(c))
       break;
     point = point || c == '.';
     number += c;
@@ -28,8 +28,8 @@ std::string leadingnumber(std::string_view text) {
 
 }  // namespace
 
-double numericvalue(std::string_view text) {
-  const std::string number = leadingnumber(text);
+double numeric_value(std::string_view text) {
+  const std::string number = leading_number(text);
   const std::size_t plus = number.starts_with('+') ? 1 : 0;
   double value = 0;
   const auto result = std::from_chars(number.data() + plus, number.data() + number.size(), value,
@@ -43,7 +43,7 @@ double numericvalue(std::string_view text) {
                                  : std::numeric_limits<double>::max();
 }
 
-long long wholepart(double value) {
+long long whole_part(double value) {
   constexpr auto limit = static_cast<double>(std::numeric_limits<long long>::max());
   if (value >= limit)
     return std::numeric_limits<long long>::max();
@@ -52,7 +52,7 @@ long long wholepart(double value) {
   return static_cast<long long>(value);
 }
 
-std::string numbertext(double value) {
+std::string number_text(double value) {
   char buffer[400];  // the longest double has 309 digits before its point
   const auto result =
       std::to_chars(std::begin(buffer), std::end(buffer), value, std::chars_format::fixed);

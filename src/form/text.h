@@ -7,13 +7,13 @@
 // The number at the text's start: an optional sign, digits and at most one decimal point, up to the
 // first character that cannot continue it; 0 when the text does not begin with a number. Blanks
 // (spaces and tabs) are skipped wherever they stand. There is no exponent and no other base.
-double numericvalue(std::string_view text);
+double numeric_value(std::string_view text);
 
 // The whole part of a numeric value, held at the type's limit when it is too large for it.
-long long wholepart(double value);
+long long whole_part(double value);
 
 // The shortest decimal form: 4 for 4, 0.5 for one half.
-std::string numbertext(double value);
+std::string number_text(double value);
 
 // `text` with each control character written as "\x" and two hexadecimal digits, so that what a
 // stranger wrote can be shown.

@@ -2,7 +2,7 @@
 #include "platform/exeversion.h"
 
 std::string getexeversion(System& system, const std::string& path) {
-  const auto version = system.productversion(path);
+  const auto version = system.product_version(path);
   if (!version)
     return "";
   const auto parts = [](std::uint32_t half) {

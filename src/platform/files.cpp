@@ -3,7 +3,7 @@
 
 #include <algorithm>
 
-std::string Files::firstlisted(const std::string& folder) {
+std::string Files::first_listed_file(const std::string& folder) {
   const auto entries = list(folder, "*");
   if (!entries)
     return "";

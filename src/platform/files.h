@@ -15,7 +15,7 @@
 #include <vector>
 
 // What a lookup counts. Hidden and system entries never match.
-enum class Match { files, filesandfolders };
+enum class Match { files, files_and_folders };
 
 struct Entry {
   std::string name;
@@ -77,16 +77,16 @@ public:
 
   // A folder's full path, with its drive, as its names are spelled, without "\" at the end except
   // for a drive root. Fails when there is no such folder.
-  virtual Result<std::string> fullpath(const std::string& folder) = 0;
+  virtual Result<std::string> full_path(const std::string& folder) = 0;
 
   // A file's whole content. What `lookup` does not match as a file counts as missing. Fails beyond
-  // `largestfile` bytes: no map is that large, and a file that fills the memory would end the
+  // `max_file_size` bytes: no map is that large, and a file that fills the memory would end the
   // program.
-  static constexpr long long largestfile = 1LL << 30;
+  static constexpr long long max_file_size = 1LL << 30;
   virtual Result<std::string> read(const std::string& path) = 0;
 
   // Reads a map, like `read`, so that it can be replaced.
-  virtual Result<std::unique_ptr<OpenMap>> openmap(const std::string& path) = 0;
+  virtual Result<std::unique_ptr<OpenMap>> open_map(const std::string& path) = 0;
 
   // Makes a text file anew, or adds to its end. Neither goes through a link.
   virtual Result<Done> write(const std::string& path, std::string_view text) = 0;
@@ -95,5 +95,5 @@ public:
 protected:
   // The name of the first file that `list` gives of a folder, empty when there is none: what a
   // lookup of a path that ends in "\" answers among files alone.
-  std::string firstlisted(const std::string& folder);
+  std::string first_listed_file(const std::string& folder);
 };

@@ -10,14 +10,14 @@ constexpr std::string_view suffix = ".tmp";
 
 }  // namespace
 
-const MapFolder::Reason MapFolder::notordinary{"it is not an ordinary file any more"};
+const MapFolder::Reason MapFolder::not_ordinary{"it is not an ordinary file any more"};
 
-std::string MapFolder::temporaryname() {
+std::string MapFolder::temporary_name() {
   static std::random_device random;
   return std::string(prefix) + std::to_string(random()) + std::string(suffix);
 }
 
-bool MapFolder::istemporary(std::string_view name) {
+bool MapFolder::is_temporary(std::string_view name) {
   if (!name.starts_with(prefix) || !name.ends_with(suffix))
     return false;
   const auto number = name.substr(prefix.size(), name.size() - prefix.size() - suffix.size());

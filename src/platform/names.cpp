@@ -7,22 +7,22 @@
 
 namespace {
 
-bool isplain(char c) { return static_cast<unsigned char>(c) < 0x80; }
+bool is_ascii(char c) { return static_cast<unsigned char>(c) < 0x80; }
 
 // Of ASCII letters; patterns end in no others.
-char lower(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; }
+char ascii_lower(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; }
 
-bool isletter(char c) { return lower(c) >= 'a' && lower(c) <= 'z'; }
+bool is_letter(char c) { return ascii_lower(c) >= 'a' && ascii_lower(c) <= 'z'; }
 
 // Whether the character at `at` in UTF-8 text began before it.
-bool goeson(std::string_view text, std::size_t at) {
+bool is_continuation(std::string_view text, std::size_t at) {
   return at < text.size() && (static_cast<unsigned char>(text[at]) & 0xC0) == 0x80;
 }
 
 // The first character of a text, with all that cannot begin another.
 std::string_view character(std::string_view text) {
   std::size_t end = 1;
-  while (goeson(text, end))
+  while (is_continuation(text, end))
     ++end;
   return text.substr(0, end);
 }
@@ -32,17 +32,18 @@ std::string_view character(std::string_view text) {
 // ASCII decides.
 std::strong_ordering compare(std::string_view a, std::string_view b,
                              std::string (*lowercase)(std::string_view)) {
-  const auto ends = std::mismatch(a.begin(), a.end(), b.begin(), b.end(),
-                                  [](char one, char other) { return lower(one) == lower(other); });
+  const auto ends = std::mismatch(a.begin(), a.end(), b.begin(), b.end(), [](char one, char other) {
+    return ascii_lower(one) == ascii_lower(other);
+  });
   auto common = static_cast<std::size_t>(ends.first - a.begin());
-  while (common > 0 && (goeson(a, common) || goeson(b, common)))
+  while (common > 0 && (is_continuation(a, common) || is_continuation(b, common)))
     --common;
   a.remove_prefix(common);
   b.remove_prefix(common);
   if (a.empty() || b.empty())
     return a.size() <=> b.size();
-  if (isplain(a[0]) && isplain(b[0]) && lower(a[0]) != lower(b[0]))
-    return lower(a[0]) <=> lower(b[0]);
+  if (is_ascii(a[0]) && is_ascii(b[0]) && ascii_lower(a[0]) != ascii_lower(b[0]))
+    return ascii_lower(a[0]) <=> ascii_lower(b[0]);
   const std::string first = lowercase(character(a)), other = lowercase(character(b));
   const auto both = std::min(first.size(), other.size());
   if (const int order = first.compare(0, both, other, 0, both); order != 0)
@@ -52,21 +53,21 @@ std::strong_ordering compare(std::string_view a, std::string_view b,
 
 }  // namespace
 
-bool matchespattern(std::string_view name, std::string_view pattern) {
+bool matches_pattern(std::string_view name, std::string_view pattern) {
   const std::string_view end = pattern.substr(1);
   return name.size() >= end.size() &&
          std::equal(end.rbegin(), end.rend(), name.rbegin(),
-                    [](char a, char b) { return lower(a) == lower(b); });
+                    [](char a, char b) { return ascii_lower(a) == ascii_lower(b); });
 }
 
-bool allowedname(std::string_view name) {
+bool is_allowed_name(std::string_view name) {
   return std::none_of(name.begin(), name.end(), [](char c) {
     return static_cast<unsigned char>(c) < 32 ||
            std::string_view(R"(<>:"/\|?*)").find(c) != std::string_view::npos;
   });
 }
 
-std::vector<std::string> splitpath(std::string_view path, const char* separators) {
+std::vector<std::string> split_names(std::string_view path, const char* separators) {
   std::vector<std::string> names;
   while (!path.empty()) {
     const auto length = std::min(path.find_first_of(separators), path.size());
@@ -80,8 +81,8 @@ std::vector<std::string> splitpath(std::string_view path, const char* separators
 
 Result<std::vector<std::string>> resolve(std::vector<std::string> from, std::string_view rest,
                                          const std::string& path) {
-  for (std::string& name : splitpath(rest)) {
-    if (!allowedname(name))
+  for (std::string& name : split_names(rest)) {
+    if (!is_allowed_name(name))
       return Failure{path, "find it", "Windows does not allow such a name"};
     if (name != "..")
       from.push_back(std::move(name));
@@ -91,11 +92,11 @@ Result<std::vector<std::string>> resolve(std::vector<std::string> from, std::str
   return from;
 }
 
-bool hasdrive(std::string_view path) {
-  return path.size() >= 2 && isletter(path[0]) && path[1] == ':';
+bool has_drive(std::string_view path) {
+  return path.size() >= 2 && is_letter(path[0]) && path[1] == ':';
 }
 
-void sortentries(std::vector<Entry>& entries, std::string (*lowercase)(std::string_view)) {
+void sort_entries(std::vector<Entry>& entries, std::string (*lowercase)(std::string_view)) {
   std::sort(entries.begin(), entries.end(), [&](const Entry& a, const Entry& b) {
     const auto order = compare(a.name, b.name, lowercase);
     return order < 0 || (order == 0 && a.name < b.name);

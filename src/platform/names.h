@@ -9,13 +9,13 @@
 
 // Whether a file's name matches `pattern`, letter case ignored. A pattern is "*" followed by the
 // end that the name must have ("*.galaxy"), "*" alone matches every name.
-bool matchespattern(std::string_view name, std::string_view pattern);
+bool matches_pattern(std::string_view name, std::string_view pattern);
 
 // Whether Windows would allow `name` as the name of a file or folder.
-bool allowedname(std::string_view name);
+bool is_allowed_name(std::string_view name);
 
 // The names of a path, which any of `separators` cuts; empty ones and "." say nothing.
-std::vector<std::string> splitpath(std::string_view path, const char* separators = "\\/");
+std::vector<std::string> split_names(std::string_view path, const char* separators = "\\/");
 
 // The names that lead from a drive's root to what `path` names: those of the folder that it starts
 // from, then those of its `rest`, in which ".." takes the one before it away. Fails when Windows
@@ -24,7 +24,7 @@ Result<std::vector<std::string>> resolve(std::vector<std::string> from, std::str
                                          const std::string& path);
 
 // Whether a path begins with a drive's letter and its colon.
-bool hasdrive(std::string_view path);
+bool has_drive(std::string_view path);
 
 // Sorts in ascending order of the names as `lowercase` gives them, then of their exact bytes.
-void sortentries(std::vector<Entry>& entries, std::string (*lowercase)(std::string_view));
+void sort_entries(std::vector<Entry>& entries, std::string (*lowercase)(std::string_view));

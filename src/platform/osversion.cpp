@@ -23,15 +23,15 @@ constexpr Row rows[] = {
 
 bool fits(std::uint32_t wanted, std::uint32_t value) { return wanted == any || wanted == value; }
 
-bool isversion(System& system, std::uint32_t major, std::uint32_t minor) {
-  const auto version = system.osversion();
+bool is_version(System& system, std::uint32_t major, std::uint32_t minor) {
+  const auto version = system.os_version();
   return version && version->platform == 2 && version->major == major && version->minor == minor;
 }
 
 }  // namespace
 
 std::string getosshortname(System& system) {
-  const auto version = system.osversion();
+  const auto version = system.os_version();
   if (!version)
     return "";
   const auto row = std::find_if(std::begin(rows), std::end(rows), [&](const Row& r) {
@@ -41,5 +41,5 @@ std::string getosshortname(System& system) {
   return row == std::end(rows) ? "" : row->name;
 }
 
-bool isvista(System& system) { return isversion(system, 6, 0); }
-bool iswin7(System& system) { return isversion(system, 6, 1); }
+bool isvista(System& system) { return is_version(system, 6, 0); }
+bool iswin7(System& system) { return is_version(system, 6, 1); }

@@ -20,21 +20,21 @@ struct Done {};
 
 template <class Value, class Error = Failure> class [[nodiscard]] Result {
 public:
-  Result(Value value) : held(std::in_place_index<0>, std::move(value)) {}
-  Result(Error error) : held(std::in_place_index<1>, std::move(error)) {}
+  Result(Value value) : outcome(std::in_place_index<0>, std::move(value)) {}
+  Result(Error error) : outcome(std::in_place_index<1>, std::move(error)) {}
 
-  explicit operator bool() const { return held.index() == 0; }
+  explicit operator bool() const { return outcome.index() == 0; }
 
   // Only where the result holds a value.
-  Value& operator*() & { return std::get<0>(held); }
-  Value&& operator*() && { return std::get<0>(std::move(held)); }
-  const Value& operator*() const& { return std::get<0>(held); }
-  Value* operator->() { return &std::get<0>(held); }
-  const Value* operator->() const { return &std::get<0>(held); }
+  Value& operator*() & { return std::get<0>(outcome); }
+  Value&& operator*() && { return std::get<0>(std::move(outcome)); }
+  const Value& operator*() const& { return std::get<0>(outcome); }
+  Value* operator->() { return &std::get<0>(outcome); }
+  const Value* operator->() const { return &std::get<0>(outcome); }
 
   // Only where it holds none.
-  const Error& failure() const { return std::get<1>(held); }
+  const Error& failure() const { return std::get<1>(outcome); }
 
 private:
-  std::variant<Value, Error> held;
+  std::variant<Value, Error> outcome;
 };

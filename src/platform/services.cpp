@@ -3,62 +3,62 @@
 
 namespace {
 
-constexpr std::uint32_t createflag = 0x8000;  // CSIDL_FLAG_CREATE
-constexpr std::uint32_t localappdata = 0x1C;  // CSIDL_LOCAL_APPDATA
-constexpr std::uint32_t documents = 0x05;     // CSIDL_PERSONAL
-constexpr std::uint32_t ntfamily = 2;         // VER_PLATFORM_WIN32_NT
+constexpr std::uint32_t create_flag = 0x8000;   // CSIDL_FLAG_CREATE
+constexpr std::uint32_t local_app_data = 0x1C;  // CSIDL_LOCAL_APPDATA
+constexpr std::uint32_t documents = 0x05;       // CSIDL_PERSONAL
+constexpr std::uint32_t nt_family = 2;          // VER_PLATFORM_WIN32_NT
 
-std::string specialfolder(System& system, std::uint32_t folder, const Tell& tell) {
-  const FolderPath answer = system.folderpath(folder | createflag);
+std::string special_folder(System& system, std::uint32_t folder, const Tell& tell) {
+  const FolderPath answer = system.folder_path(folder | create_flag);
   if (answer.status == FolderPath::ok)
     return answer.path;
-  if (answer.status == FolderPath::invalididentifier)
+  if (answer.status == FolderPath::invalid_identifier)
     tell("An invalid folder ID was specified");
-  if (answer.status == FolderPath::doesnotexist)
+  if (answer.status == FolderPath::does_not_exist)
     tell("The folder does not exist");
   return "";
 }
 
-std::string firstentry(Files& files, const std::string& path, Match match) {
+std::string first_entry(Files& files, const std::string& path, Match match) {
   const auto name = files.lookup(path, match);
   return name ? *name : "";
 }
 
 }  // namespace
 
-std::string regaccess(System& system, const std::string& mode, const std::string& valuepath,
+std::string regaccess(System& system, const std::string& mode, const std::string& value_path,
                       const std::string& data, const std::string& type) {
   const std::string wanted = system.lowercase(mode);
   if (wanted == "write")
-    system.regwrite(valuepath, data, type);
+    system.reg_write(value_path, data, type);
   if (wanted == "delete")
-    system.regdelete(valuepath);
-  return wanted == "read" ? system.regread(valuepath).value_or("") : "";
+    system.reg_delete(value_path);
+  return wanted == "read" ? system.reg_read(value_path).value_or("") : "";
 }
 
 std::string getlocalappdata(System& system, const Tell& tell) {
-  return specialfolder(system, localappdata, tell);
+  return special_folder(system, local_app_data, tell);
 }
 
 std::string getmydocs(System& system, const Tell& tell) {
-  return specialfolder(system, documents, tell);
+  return special_folder(system, documents, tell);
 }
 
 std::string App_Path(System& system) {
-  const std::string folder = system.appfolder();
+  const std::string folder = system.app_folder();
   return folder.ends_with('\\') ? folder : folder + "\\";
 }
 
 bool direxists(Files& files, const std::string& path) {
-  return !firstentry(files, path, Match::filesandfolders).empty();
+  return !first_entry(files, path, Match::files_and_folders).empty();
 }
 
 bool is64bit(System& system, Files& files, const std::string& sysdrive) {
-  const auto version = system.osversion();
-  return version && version->platform == ntfamily &&
+  const auto version = system.os_version();
+  return version && version->platform == nt_family &&
          direxists(files, sysdrive + R"(\program files (x86)\.)");
 }
 
-std::string firstfile(Files& files, const std::string& path) {
-  return firstentry(files, path, Match::files);
+std::string first_file(Files& files, const std::string& path) {
+  return first_entry(files, path, Match::files);
 }

@@ -13,7 +13,7 @@ using Tell = std::function<void(const std::string&)>;
 // Reads, writes or deletes a registry value: `mode` is "read", "write" or "delete" in any case,
 // anything else does nothing. Reading gives the value, the other modes and every failure the empty
 // text. `data` and `type` matter to "write" only.
-std::string regaccess(System& system, const std::string& mode, const std::string& valuepath,
+std::string regaccess(System& system, const std::string& mode, const std::string& value_path,
                       const std::string& data, const std::string& type);
 
 // The user's local application data and documents folders, made when they are missing. Empty on
@@ -31,4 +31,4 @@ bool direxists(Files& files, const std::string& path);
 bool is64bit(System& system, Files& files, const std::string& sysdrive);
 
 // The name of the first normal file that `path` matches; empty when there is none.
-std::string firstfile(Files& files, const std::string& path);
+std::string first_file(Files& files, const std::string& path);

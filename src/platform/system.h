@@ -22,10 +22,10 @@ struct ProductVersion {
 
 // The answer of SHGetFolderPath: its status code, and the folder when that is `ok`.
 struct FolderPath {
-  static constexpr std::uint32_t ok = 0;                          // S_OK
-  static constexpr std::uint32_t doesnotexist = 1;                // S_FALSE
-  static constexpr std::uint32_t invalididentifier = 0x80070057;  // E_INVALIDARG
-  static constexpr std::uint32_t failed = 0x80004005;             // E_FAIL
+  static constexpr std::uint32_t ok = 0;                           // S_OK
+  static constexpr std::uint32_t does_not_exist = 1;               // S_FALSE
+  static constexpr std::uint32_t invalid_identifier = 0x80070057;  // E_INVALIDARG
+  static constexpr std::uint32_t failed = 0x80004005;              // E_FAIL
 
   std::uint32_t status;
   std::string path;
@@ -39,32 +39,32 @@ public:
   // full, the key and the value's name, separated by "\". Reading gives the value as text (a
   // number in decimal, %NAME% expanded where the value's type asks for it), nothing when it is
   // missing or of another kind; the other two say whether they succeeded.
-  virtual std::optional<std::string> regread(const std::string& valuepath) = 0;
-  virtual bool regwrite(const std::string& valuepath, const std::string& data,
-                        const std::string& type) = 0;
-  virtual bool regdelete(const std::string& valuepath) = 0;
+  virtual std::optional<std::string> reg_read(const std::string& value_path) = 0;
+  virtual bool reg_write(const std::string& value_path, const std::string& data,
+                         const std::string& type) = 0;
+  virtual bool reg_delete(const std::string& value_path) = 0;
 
   // An environment variable's value, empty when it is not set.
   virtual std::string environment(const std::string& name) = 0;
 
   // The version query; nothing when it fails.
-  virtual std::optional<OsVersion> osversion() = 0;
+  virtual std::optional<OsVersion> os_version() = 0;
 
   // The folder of a CSIDL value, which may ask for its creation (CSIDL_FLAG_CREATE).
-  virtual FolderPath folderpath(std::uint32_t csidl) = 0;
+  virtual FolderPath folder_path(std::uint32_t csidl) = 0;
 
   // The product version in an executable's version resource; nothing when it has none, or a
   // damaged one.
-  virtual std::optional<ProductVersion> productversion(const std::string& path) = 0;
+  virtual std::optional<ProductVersion> product_version(const std::string& path) = 0;
 
   // The machine's drives in order, each a letter and a colon.
   virtual std::vector<std::string> drives() = 0;
 
   // The folder that holds the program's executable, without "\" at the end except at a drive root.
-  virtual std::string appfolder() = 0;
+  virtual std::string app_folder() = 0;
 
   // The command line without the program's own name, as one text.
-  virtual std::string argumenttext() = 0;
+  virtual std::string argument_text() = 0;
 
   // `text` with its letters lowered by the platform's ordinary case mapping.
   virtual std::string lowercase(std::string_view text) = 0;

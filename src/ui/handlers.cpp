@@ -12,54 +12,54 @@
 namespace {
 
 // Points the directory list at a folder; one that cannot be shown is told.
-bool showfolder(Form1& form, const std::string& path) {
-  const auto shown = form.Dir1.setpath(path);
+bool show_folder(Form1& form, const std::string& path) {
+  const auto shown = form.Dir1.set_path(path);
   if (!shown)
-    form.screen.messagebox(shown.failure().text());
+    form.screen.message_box(shown.failure().text());
   return bool(shown);
 }
 
 // Shows the search root that a button stands for.
-void showroot(Form1& form, const Control& button, const std::string& root) {
+void show_root(Form1& form, const Control& button, const std::string& root) {
   if (root.empty())
-    form.screen.messagebox("No folder is known yet for " + button.text() + ".");
+    form.screen.message_box("No folder is known yet for " + button.text() + ".");
   else
-    showfolder(form, root);
+    show_folder(form, root);
 }
 
 void Command1_Click(Form1& form) {
   findgalaxies(form);
-  form.Command1.setenabled(false);
-  form.Command2.setenabled(true);
+  form.Command1.set_enabled(false);
+  form.Command2.set_enabled(true);
 }
 
 void Command2_Click(Form1& form) {
   fixgalaxies(form);
-  form.Command1.setenabled(true);
-  form.Command2.setenabled(false);
+  form.Command1.set_enabled(true);
+  form.Command2.set_enabled(false);
 }
 
-void Command3_Click(Form1& form) { endprogram(form); }
-void Command4_Click(Form1& form) { showroot(form, form.Command4, form.pathlist[1]); }
-void Command5_Click(Form1& form) { showroot(form, form.Command5, form.pathlist[0]); }
+void Command3_Click(Form1& form) { end_program(form); }
+void Command4_Click(Form1& form) { show_root(form, form.Command4, form.pathlist[1]); }
+void Command5_Click(Form1& form) { show_root(form, form.Command5, form.pathlist[0]); }
 void Command6_Click(Form1& form) { selectedition(form, Edition::base); }
 void Command7_Click(Form1& form) { selectedition(form, Edition::expansion); }
 
 void Dir1_Change(Form1& form) {
   form.dirpath = form.Dir1.path();
-  form.File1.setpath(form.dirpath);
+  form.File1.set_path(form.dirpath);
 }
 
 void Drive1_Change(Form1& form) {
   form.rootpath = form.Drive1.text().substr(0, 2) + "\\";
   form.dirpath = form.rootpath;
-  if (showfolder(form, form.dirpath)) {
-    form.File1.setpath(form.dirpath);
+  if (show_folder(form, form.dirpath)) {
+    form.File1.set_path(form.dirpath);
     return;
   }
   // A drive that is not ready: all three lists stay at the folder that is shown.
   form.dirpath = form.Dir1.path();
-  form.Drive1.settext(form.dirpath.substr(0, 2));
+  form.Drive1.set_text(form.dirpath.substr(0, 2));
 }
 
 struct Handler {
@@ -84,23 +84,25 @@ void press(Form1& form, const Control& button) {
   try {
     handler->click(form);
   } catch (const std::bad_alloc&) {
-    endoutofmemory(form);
+    end_out_of_memory(form);
   }
 }
 
-Control& focusafter(Form1& form) { return form.Command1.enabled() ? form.Command1 : form.Command2; }
-
-void openfolder(Form1& form, const std::string& path) {
-  if (!form.searching)
-    showfolder(form, path);
+Control& focus_after(Form1& form) {
+  return form.Command1.enabled() ? form.Command1 : form.Command2;
 }
 
-void selectdrive(Form1& form, const std::string& drive) {
+void open_folder(Form1& form, const std::string& path) {
+  if (!form.searching)
+    show_folder(form, path);
+}
+
+void select_drive(Form1& form, const std::string& drive) {
   if (!form.searching)
     form.Drive1.select(drive);
 }
 
-void connectlists(Form1& form) {
+void connect_lists(Form1& form) {
   form.Dir1.changed = [&form] { Dir1_Change(form); };
   form.Drive1.changed = [&form] { Drive1_Change(form); };
 }

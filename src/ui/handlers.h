@@ -8,12 +8,12 @@
 // The user presses a button, opens a folder in the directory list, selects a drive. While a search
 // runs only the exit button does something.
 void press(Form1& form, const Control& button);
-void openfolder(Form1& form, const std::string& path);
-void selectdrive(Form1& form, const std::string& drive);
+void open_folder(Form1& form, const std::string& path);
+void select_drive(Form1& form, const std::string& drive);
 
 // The control that takes the keyboard when a button has disabled itself by being pressed: the one
 // that comes next in the work, and never the exit button.
-Control& focusafter(Form1& form);
+Control& focus_after(Form1& form);
 
 // Makes the lists follow one another.
-void connectlists(Form1& form);
+void connect_lists(Form1& form);

@@ -7,13 +7,13 @@
 #include <span>
 
 // Positions and sizes are in twips: 1,440 to the inch, 15 to a pixel at 96 dots per inch.
-inline constexpr int twipsperinch = 1440;
+inline constexpr int twips_per_inch = 1440;
 
-inline constexpr char windowcaption[] = "brindle's vora & Tarnfall map updater";
-inline constexpr int windowwidth = 10215;  // of the client area
-inline constexpr int windowheight = 7440;
+inline constexpr char window_caption[] = "brindle's vora & Tarnfall map updater";
+inline constexpr int window_width = 10215;  // of the client area
+inline constexpr int window_height = 7440;
 
-enum class Kind { drivelist, filelist, directorylist, button, textbox, label };
+enum class Kind { drive_list, file_list, directory_list, button, text_box, label };
 enum class Align { left, centre, right };
 
 struct Font {
@@ -32,9 +32,9 @@ struct ControlLayout {
   Align align = Align::left;
   bool enabled = true;
   bool visible = true;
-  bool sizedtotext = false;  // a label that is as wide as its caption
-  int column = 0;            // 1 to 3 from the left: what widens with the window; 0: all else
-  const char* holds = "";    // what assistive tools call a control without a caption
+  bool sized_to_text = false;  // a label that is as wide as its caption
+  int column = 0;              // 1 to 3 from the left: what widens with the window; 0: all else
+  const char* holds = "";      // what assistive tools call a control without a caption
 };
 
 struct Place {
@@ -47,11 +47,11 @@ std::span<const ControlLayout> layout();
 // Where a control is while the client area has this size. The three columns share the width beyond
 // the design's; the file list and the text boxes take the height beyond it, and give what a small
 // screen lacks.
-Place placeof(const ControlLayout& row, int clientwidth, int clientheight);
+Place place_of(const ControlLayout& row, int client_width, int client_height);
 
 // How wide a label sized to its text can be, in twips, before it meets the right-hand neighbour
 // that is visible on the form.
-int roomof(const ControlLayout& row, const Form1& form);
+int room_of(const ControlLayout& row, const Form1& form);
 
 // How a caption is lettered: in points, and the letters' width in hundredths of their own.
 struct Lettering {
@@ -61,7 +61,7 @@ struct Lettering {
 
 // The lettering in which a caption of so many points `fits`: narrower and smaller by as little as
 // will do, and easy to read if it can be. The smallest of all where none fits.
-Lettering fitlettering(double points, const std::function<bool(const Lettering&)>& fits);
+Lettering fit_lettering(double points, const std::function<bool(const Lettering&)>& fits);
 
 // Gives the form's controls and its window their initial state.
-void applylayout(Form1& form);
+void apply_layout(Form1& form);

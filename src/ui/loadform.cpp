@@ -9,21 +9,21 @@
 
 namespace {
 
-void showcurrentfolder(Form1& form) {
+void show_current_folder(Form1& form) {
   // A current folder that is on no drive leaves the lists empty.
-  static_cast<void>(form.Dir1.setpath("."));
+  static_cast<void>(form.Dir1.set_path("."));
   form.Drive1.fill(form.system.drives(), form.Dir1.path().substr(0, 2));
 }
 
 }  // namespace
 
-void loadform(Form1& form) {
+void load_form(Form1& form) {
   try {
-    applylayout(form);
-    connectlists(form);
-    showcurrentfolder(form);
+    apply_layout(form);
+    connect_lists(form);
+    show_current_folder(form);
     startup(form);
   } catch (const std::bad_alloc&) {
-    endoutofmemory(form);
+    end_out_of_memory(form);
   }
 }

@@ -5,4 +5,4 @@
 
 // Gives the form its layout, its handlers and the current folder, and runs start-up. It returns
 // when the window is to wait for the user.
-void loadform(Form1& form);
+void load_form(Form1& form);

@@ -3,7 +3,7 @@
 
 #include <iostream>
 
-void writestandarderror(std::string_view text) {
+void write_stderr(std::string_view text) {
   for (auto end = text.find("\r\n"); end != std::string_view::npos; end = text.find("\r\n")) {
     std::cerr << text.substr(0, end) << '\n';
     text.remove_prefix(end + 2);

@@ -4,4 +4,4 @@
 #include <string_view>
 
 // Writes a text, whose lines are separated by CR LF, to standard error, in the lines of a terminal.
-void writestandarderror(std::string_view text);
+void write_stderr(std::string_view text);

@@ -21,9 +21,9 @@ TEST(CommandLine, KnowsTheSilentRunInFourForms) {
   for (const auto& c : cases) {
     Program program(machine, c.arguments);
     Form1& form = program.form;
-    form.Label19.setvisible(false);
-    const int status = program.run([&] { examinearguments(form); });
-    EXPECT_EQ(status, c.rejected ? 1 : Program::goeson) << c.arguments;
+    form.Label19.set_visible(false);
+    const int status = program.run([&] { examine_arguments(form); });
+    EXPECT_EQ(status, c.rejected ? 1 : Program::returned) << c.arguments;
     EXPECT_EQ(program.screen.messages,
               c.rejected ? std::vector{"Invalid argument: " + std::string(c.rejected)}
                          : std::vector<std::string>());

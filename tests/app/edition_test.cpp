@@ -8,29 +8,29 @@
 
 namespace {
 
-const std::string userspace = "C:\\users\\me\\AppData\\Local\\Kettlewick Games\\Vorakai\\";
-const std::string expansionspace =
+const std::string user_space = "C:\\users\\me\\AppData\\Local\\Kettlewick Games\\Vorakai\\";
+const std::string expansion_space =
     "C:\\users\\me\\Documents\\My Games\\Kettlewick Games\\Vorakai Tarnfall";
 
 // A machine with both editions.
 class SelectEdition : public testing::Test {
 protected:
   SelectEdition() {
-    machine.writedata();
+    machine.write_data();
     machine.install("vora", {1, 2, 3, 4});
     machine.install("voratarnfall", {5, 6, 7, 8});
-    writefile(machine.userfolder / "maps/a.galaxy", "");
-    writefile(machine.program / "first", "");
+    write_file(machine.user_folder / "maps/a.galaxy", "");
+    write_file(machine.program / "first", "");
   }
 
   void select(Program& program, Edition edition) {
-    program.run([&] { loadform(program.form); });
-    before = readfile(machine.data / "info.txt");
+    program.run([&] { load_form(program.form); });
+    before = read_file(machine.data / "info.txt");
     program.run([&] { selectedition(program.form, edition); });
   }
 
-  std::string infoadded() const {
-    return readfile(machine.data / "info.txt").substr(before.size());
+  std::string info_added() const {
+    return read_file(machine.data / "info.txt").substr(before.size());
   }
 
   TestMachine machine;
@@ -40,55 +40,55 @@ protected:
 }  // namespace
 
 TEST_F(SelectEdition, TheBaseEditionFallsBackToTheOwnFolder) {
-  const std::string own = zpath(machine.program) + "\\";
+  const std::string own = z_path(machine.program) + "\\";
   for (const bool userfile : {false, true}) {
     if (userfile)
-      writefile(machine.userfolder / "settings.txt", "");
+      write_file(machine.user_folder / "settings.txt", "");
     Program program(machine);
     select(program, Edition::base);
     const Form1& form = program.form;
     EXPECT_EQ(form.edition, "v");
-    EXPECT_EQ(form.pathlist[0], userspace);
+    EXPECT_EQ(form.pathlist[0], user_space);
     EXPECT_EQ(form.pathlist[1], userfile ? "C:\\Games\\vora\\" : own);
     EXPECT_EQ(form.Command4.tooltip(), form.pathlist[1]);
     EXPECT_EQ(form.foundversion, "1.2.3.4");
     EXPECT_FALSE(form.Command6.enabled() || form.Command7.enabled());
-    EXPECT_EQ(form.Dir1.path() + "\\", userspace);
+    EXPECT_EQ(form.Dir1.path() + "\\", user_space);
     EXPECT_EQ(form.originalmaps[0], "own.galaxy");
   }
 }
 
 TEST_F(SelectEdition, TheExpansionMovesToTheDocuments) {
   for (const char* windows : {"6.3", "6.1"}) {
-    machine.setversion(windows);
+    machine.set_version(windows);
     Program program(machine);
     select(program, Edition::expansion);
     const Form1& form = program.form;
     EXPECT_EQ(form.edition, "t");
     EXPECT_EQ(form.homefolder, "C:\\users\\me\\Documents");
-    EXPECT_EQ(form.pathlist[0], expansionspace);
+    EXPECT_EQ(form.pathlist[0], expansion_space);
     EXPECT_EQ(form.pathlist[1],
-              windows == std::string("6.1") ? expansionspace : "C:\\Games\\voratarnfall\\");
+              windows == std::string("6.1") ? expansion_space : "C:\\Games\\voratarnfall\\");
     EXPECT_EQ(form.foundversion, "5.6.7.8");
     // The user space folder is missing: the list stays, and nobody is told.
-    EXPECT_EQ(form.Dir1.path(), zpath(machine.data));
+    EXPECT_EQ(form.Dir1.path(), z_path(machine.data));
     EXPECT_TRUE(program.screen.messages.empty());
   }
 }
 
 TEST_F(SelectEdition, DebugModeAddsToTheDiagnosticFile) {
-  writefile(machine.data / "targetvoraver.txt", "\r\n\r\n\r\n\r\n\r\n\r\ndebug");
-  writefile(machine.userfolder / "settings.txt", "");
-  const std::string own = zpath(machine.program) + "\\";
+  write_file(machine.data / "targetvoraver.txt", "\r\n\r\n\r\n\r\n\r\n\r\ndebug");
+  write_file(machine.user_folder / "settings.txt", "");
+  const std::string own = z_path(machine.program) + "\\";
   Program base(machine);
   select(base, Edition::base);
-  EXPECT_EQ(infoadded(), "C:\\Games\\vora\\\r\n" + userspace +
-                             "\r\nC:\\users\\me\\AppData\\Local\r\n" + own +
-                             "\r\n\r\nVorakai.exe\r\nsettings.txt\r\nfirst\r\nC:\\Games\\vora\\\r\n"
-                             "1.2.3.4\r\n");
+  EXPECT_EQ(info_added(),
+            "C:\\Games\\vora\\\r\n" + user_space + "\r\nC:\\users\\me\\AppData\\Local\r\n" + own +
+                "\r\n\r\nVorakai.exe\r\nsettings.txt\r\nfirst\r\nC:\\Games\\vora\\\r\n"
+                "1.2.3.4\r\n");
   Program expansion(machine);
   select(expansion, Edition::expansion);
-  EXPECT_EQ(infoadded(), "C:\\Games\\voratarnfall\\\r\n" + expansionspace +
-                             "\r\nC:\\users\\me\\Documents\r\n" + own +
-                             "\r\n\r\nfirst\r\nC:\\Games\\voratarnfall\\\r\n5.6.7.8\r\n");
+  EXPECT_EQ(info_added(), "C:\\Games\\voratarnfall\\\r\n" + expansion_space +
+                              "\r\nC:\\users\\me\\Documents\r\n" + own +
+                              "\r\n\r\nfirst\r\nC:\\Games\\voratarnfall\\\r\n5.6.7.8\r\n");
 }

@@ -11,19 +11,19 @@ namespace fs = std::filesystem;
 
 namespace {
 
-constexpr VersionParts baserelease{1, 2, 3, 4};
-constexpr VersionParts expansionrelease{5, 6, 7, 8};
+constexpr VersionParts base_release{1, 2, 3, 4};
+constexpr VersionParts expansion_release{5, 6, 7, 8};
 
-const std::string userspace = "C:\\users\\me\\AppData\\Local\\Kettlewick Games\\Vorakai\\";
-const std::string expansionspace =
+const std::string user_space = "C:\\users\\me\\AppData\\Local\\Kettlewick Games\\Vorakai\\";
+const std::string expansion_space =
     "C:\\users\\me\\Documents\\My Games\\Kettlewick Games\\Vorakai Tarnfall";
 
 void install(TestMachine& machine, const std::string& edition) {
-  machine.install(edition, edition == "voratarnfall" ? expansionrelease : baserelease);
+  machine.install(edition, edition == "voratarnfall" ? expansion_release : base_release);
 }
 
-void setdebug(const TestMachine& machine) {
-  writefile(machine.data / "targetvoraver.txt", "1.2.3.4\r\n\r\n\r\n\r\n5.6.7.8\r\n\r\nDEBUG\r\n");
+void set_debug(const TestMachine& machine) {
+  write_file(machine.data / "targetvoraver.txt", "1.2.3.4\r\n\r\n\r\n\r\n5.6.7.8\r\n\r\nDEBUG\r\n");
 }
 
 }  // namespace
@@ -36,11 +36,11 @@ TEST(Startup, SelectsTheEditionThatIsInstalledAlone) {
   const struct {
     std::vector<std::string> installed;
     const char* windows;
-    bool userfiles;
+    bool user_files;
     bool debugmode;
     const char* edition;
     std::string gamepath;
-    std::string programspace;
+    std::string program_space;
     std::string user;
     bool command6, command7;
     const char* release;
@@ -64,29 +64,29 @@ TEST(Startup, SelectsTheEditionThatIsInstalledAlone) {
   };
   for (const auto& c : cases) {
     TestMachine machine;
-    machine.writedata();
-    machine.setversion(c.windows);
+    machine.write_data();
+    machine.set_version(c.windows);
     for (const std::string& edition : c.installed)
       install(machine, edition);
-    if (c.userfiles)
-      writefile(machine.userfolder / "settings.txt", "");
+    if (c.user_files)
+      write_file(machine.user_folder / "settings.txt", "");
     if (c.debugmode)
-      setdebug(machine);
+      set_debug(machine);
     Program program(machine);
     Form1& form = program.form;
     const auto place = [&](const std::string& text) {
       const std::map<std::string, std::string> places = {
-          {"P", zpath(machine.program) + "\\"}, {"U", userspace}, {"T", expansionspace}};
+          {"P", z_path(machine.program) + "\\"}, {"U", user_space}, {"T", expansion_space}};
       const auto known = places.find(text);
       return known == places.end() ? text : known->second;
     };
-    applylayout(form);
-    form.Command6.setvisible(false);
-    form.Command7.setvisible(false);
-    EXPECT_EQ(program.run([&] { startup(form); }), Program::goeson);
+    apply_layout(form);
+    form.Command6.set_visible(false);
+    form.Command7.set_visible(false);
+    EXPECT_EQ(program.run([&] { startup(form); }), Program::returned);
     EXPECT_EQ(form.edition, c.edition);
     EXPECT_EQ(form.gamepath, c.gamepath);
-    EXPECT_EQ(form.pathlist[1], place(c.programspace));
+    EXPECT_EQ(form.pathlist[1], place(c.program_space));
     EXPECT_EQ(form.pathlist[0], place(c.user));
     EXPECT_EQ(form.Command4.tooltip(), form.pathlist[1]);
     EXPECT_EQ(form.Command5.tooltip(), form.pathlist[0]);
@@ -111,12 +111,12 @@ TEST(Startup, SelectsTheEditionThatIsInstalledAlone) {
 TEST(Startup, RegisteredFoldersMustExistAndBeLongEnough) {
   TestMachine machine;
   const std::string key = "Software\\Wow6432Node\\Orbwright\\Paxhollow\\";
-  machine.setregistry(key + "vora", "Path", "C:\\gone");
-  machine.setregistry(key + "voratarnfall", "Path", "C:");  // "C:\" is too short
-  machine.setregistry(key + "vorazendrel", "Path", "C:\\");
-  machine.setregistry("Software\\Orbwright\\Paxhollow\\vora", "Path", "C:\\users");  // of 32 bits
+  machine.set_registry(key + "vora", "Path", "C:\\gone");
+  machine.set_registry(key + "voratarnfall", "Path", "C:");  // "C:\" is too short
+  machine.set_registry(key + "vorazendrel", "Path", "C:\\");
+  machine.set_registry("Software\\Orbwright\\Paxhollow\\vora", "Path", "C:\\users");  // of 32 bits
   Program program(machine);
-  program.run([&] { loadform(program.form); });
+  program.run([&] { load_form(program.form); });
   EXPECT_EQ(program.form.basepath, "C:\\gone\\");
   EXPECT_EQ(program.form.bundlepath, "C:\\\\");
   EXPECT_FALSE(program.form.basefound);
@@ -124,9 +124,9 @@ TEST(Startup, RegisteredFoldersMustExistAndBeLongEnough) {
 
   if (machine.prefix.empty())
     GTEST_SKIP() << "the rest is of a Windows of 32 bits, which this one is not";
-  fs::remove(machine.drivec / "Program Files (x86)");
+  fs::remove(machine.drive_c / "Program Files (x86)");
   Program narrow(machine);
-  narrow.run([&] { loadform(narrow.form); });
+  narrow.run([&] { load_form(narrow.form); });
   EXPECT_TRUE(narrow.form.basefound);
   EXPECT_EQ(narrow.form.Label16.text(), " 32 bit");
 }
@@ -135,22 +135,22 @@ TEST(Startup, WritesTheDiagnosticFileInDebugMode) {
   std::string own;  // the program's folder
   const auto start = [&own](const std::vector<std::string>& editions) {
     TestMachine machine;
-    own = zpath(machine.program) + "\\";
-    machine.writedata();
+    own = z_path(machine.program) + "\\";
+    machine.write_data();
     for (const std::string& edition : editions)
       install(machine, edition);
-    setdebug(machine);
-    writefile(machine.program / "first", "");
-    writefile(machine.userfolder / "maps.txt", "");
+    set_debug(machine);
+    write_file(machine.program / "first", "");
+    write_file(machine.user_folder / "maps.txt", "");
     Program program(machine);
-    program.run([&] { loadform(program.form); });
-    return readfile(machine.data / "info.txt");
+    program.run([&] { load_form(program.form); });
+    return read_file(machine.data / "info.txt");
   };
   const std::string head =
       "Win7+ x64?, 64 bit ?True\r\n type cores ID\r\n\r\nC:\\users\\me\\AppData\\Local\r\n";
 
   const std::string base = start({"vora"});
-  EXPECT_EQ(base, head + "pathlist(1)C:\\Games\\vora\\\r\npathlist(0)" + userspace +
+  EXPECT_EQ(base, head + "pathlist(1)C:\\Games\\vora\\\r\npathlist(0)" + user_space +
                       "\r\nhome C:\\users\\me\\AppData\\Local\r\nApp_Path()" + own +
                       "\r\n\r\nDir(pathlist(1))Vorakai.exe\r\nDir(pathlist(0))maps.txt\r\n"
                       "Dir(App_Path())first\r\nC:\\Games\\vora\\\r\nvoraversion1.2.3.4\r\n");
@@ -196,15 +196,15 @@ TEST(Startup, ChecksTheReleaseOfTheInstalledGame) {
   };
   for (const auto& c : cases) {
     TestMachine machine;
-    machine.writedata();
+    machine.write_data();
     for (const std::string& edition : c.installed)
       machine.install(edition, c.release);
-    writefile(machine.userfolder / "maps.txt", "");
-    writefile(machine.data / "targetvoraver.txt", c.target);
+    write_file(machine.user_folder / "maps.txt", "");
+    write_file(machine.data / "targetvoraver.txt", c.target);
     if (!c.list)
       fs::remove(machine.data / "original vora galaxies.txt");
     Program program(machine, "/x");  // examined only when the release is right
-    EXPECT_EQ(program.run([&] { loadform(program.form); }), 1);
+    EXPECT_EQ(program.run([&] { load_form(program.form); }), 1);
     ASSERT_EQ(program.screen.messages.size(), 1u);
     EXPECT_EQ(program.screen.messages[0].substr(0, c.told.size()), c.told) << c.target;
   }
@@ -216,7 +216,7 @@ TEST(Startup, GoesOnWithoutAMachine) {
     GTEST_SKIP() << "Windows is there";
   fs::remove_all(machine.prefix);
   Program program(machine);
-  EXPECT_EQ(program.run([&] { loadform(program.form); }), Program::goeson);
+  EXPECT_EQ(program.run([&] { load_form(program.form); }), Program::returned);
   EXPECT_EQ(program.form.Label15.text(), "");
   EXPECT_EQ(program.form.Label16.text(), " 32 bit");
   EXPECT_EQ(program.form.pathlist[0], "\\Kettlewick Games\\Vorakai\\");
@@ -225,8 +225,8 @@ TEST(Startup, GoesOnWithoutAMachine) {
 
 TEST(Startup, GoesOnWithoutADiagnosticFile) {
   TestMachine machine;
-  setdebug(machine);
+  set_debug(machine);
   fs::create_directory(machine.data / "info.txt");
   Program program(machine);
-  EXPECT_EQ(program.run([&] { loadform(program.form); }), Program::goeson);
+  EXPECT_EQ(program.run([&] { load_form(program.form); }), Program::returned);
 }

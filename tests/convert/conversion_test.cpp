@@ -16,21 +16,21 @@ namespace {
 class Conversion : public testing::Test {
 protected:
   Conversion() {
-    machine.writedata();
+    machine.write_data();
     fs::create_directory(maps);
     program.form.edition = "v";
-    program.form.Label8.settext("1");
+    program.form.Label8.set_text("1");
   }
 
   void add(const std::string& name, const std::string& text) {
-    writefile(maps / name, text);
+    write_file(maps / name, text);
     found(name);
   }
 
   void found(const std::string& name) { program.form.foundlist.add("C:\\maps", name); }
 
   // Another run, with nothing found yet and no map there.
-  void startover(const char* edition = "v", bool debugmode = false) {
+  void start_over(const char* edition = "v", bool debugmode = false) {
     fs::remove_all(maps);
     program.form.foundlist.clear();
     program.form.edition = edition;
@@ -46,11 +46,11 @@ protected:
   }
 
   TestMachine machine;
-  const fs::path maps = machine.drivec / "maps";
+  const fs::path maps = machine.drive_c / "maps";
   Program program{machine};
 };
 
-const Tree converted = {{"a.galaxy", convertedmap}, {"a.galold", oldmap}};
+const Tree converted = {{"a.galaxy", converted_map}, {"a.galold", old_map}};
 
 }  // namespace
 
@@ -61,17 +61,17 @@ TEST_F(Conversion, LeavesTheCompanionsOfEachModeBesideAMap) {
     Tree left;
   } cases[] = {
       {"v", false, converted},
-      {"t", false, {{"a.galaxy", fixedmap}, {"a.galold", oldmap}, {"a.galfix", convertedmap}}},
-      {"v", true, {{"a.galaxy", oldmap}, {"a.galtst", convertedmap}}},
-      {"t", true, {{"a.galaxy", oldmap}, {"a.galtst", oldmap}}},
+      {"t", false, {{"a.galaxy", fixed_map}, {"a.galold", old_map}, {"a.galfix", converted_map}}},
+      {"v", true, {{"a.galaxy", old_map}, {"a.galtst", converted_map}}},
+      {"t", true, {{"a.galaxy", old_map}, {"a.galtst", old_map}}},
   };
   for (const auto& c : cases) {
-    startover(c.edition, c.debugmode);
-    add("a.galaxy", oldmap);
-    EXPECT_EQ(fix(), Program::goeson);
+    start_over(c.edition, c.debugmode);
+    add("a.galaxy", old_map);
+    EXPECT_EQ(fix(), Program::returned);
     EXPECT_EQ(tree(maps), c.left) << c.edition << c.debugmode;
     // Again: the map is current now, or in debug mode its companion is overwritten.
-    EXPECT_EQ(fix(), Program::goeson);
+    EXPECT_EQ(fix(), Program::returned);
     EXPECT_EQ(tree(maps), c.left) << c.edition << c.debugmode;
   }
   EXPECT_TRUE(program.screen.messages.empty());
@@ -80,12 +80,12 @@ TEST_F(Conversion, LeavesTheCompanionsOfEachModeBesideAMap) {
 TEST_F(Conversion, CountsAndListsWhatItConvertsAndLeavesTheRestAlone) {
   add("current.galaxy", "MAP\r\nversion 4\r\nship Foo\r\n");
   add("newer.galaxy", "MAP\r\nversion 12\r\nship Foo\r\n");
-  add("OWN.galaxy", oldmap);
-  add("\xC3\x89TOILE.galaxy", oldmap);
+  add("OWN.galaxy", old_map);
+  add("\xC3\x89TOILE.galaxy", old_map);
   Tree left = tree(maps);
-  add("B.GALAXY", oldmap);
-  add("a.galaxy", oldmap);
-  left.insert({{"B.GALAXY", convertedmap}, {"B.GALold", oldmap}});
+  add("B.GALAXY", old_map);
+  add("a.galaxy", old_map);
+  left.insert({{"B.GALAXY", converted_map}, {"B.GALold", old_map}});
   left.insert(converted.begin(), converted.end());
   fix();
   EXPECT_EQ(tree(maps), left);
@@ -97,7 +97,7 @@ TEST_F(Conversion, CountsAndListsWhatItConvertsAndLeavesTheRestAlone) {
 TEST_F(Conversion, TakesTheVersionFromTheEndOfTheSecondLine) {
   // Whatever the version text holds, it only ever names a template beside the program.
   const struct {
-    const char* secondline;
+    const char* second_line;
     const char* file;
   } cases[] = {
       {"v 3", "voldstruct3.txt"},  {"v3 ", "voldstruct3 .txt"},
@@ -108,8 +108,8 @@ TEST_F(Conversion, TakesTheVersionFromTheEndOfTheSecondLine) {
   };
   fs::remove(machine.data / "voldstruct3.txt");
   for (const auto& c : cases) {
-    startover();
-    add("a.galaxy", "MAP\r\n" + std::string(c.secondline) + "\r\nend\r\n");
+    start_over();
+    add("a.galaxy", "MAP\r\n" + std::string(c.second_line) + "\r\nend\r\n");
     EXPECT_EQ(fix(), 1);
     ASSERT_EQ(program.screen.messages.size(), 1u);
     EXPECT_NE(program.screen.messages[0].find(c.file), std::string::npos)
@@ -122,17 +122,17 @@ TEST_F(Conversion, TellsWhichMapsItCouldNotConvertAndGoesOn) {
   add("oneline.galaxy", "MAP\r\n");
   add("empty.galaxy", "");
   add("huge.galaxy", "");
-  fs::resize_file(maps / "huge.galaxy", Files::largestfile + 1);
-  add("taken.galaxy", oldmap);
+  fs::resize_file(maps / "huge.galaxy", Files::max_file_size + 1);
+  add("taken.galaxy", old_map);
   fs::create_directories(maps / "taken.GALOLD");
-  add("a.galaxy", oldmap);
-  EXPECT_EQ(fix(), Program::goeson);
+  add("a.galaxy", old_map);
+  EXPECT_EQ(fix(), Program::returned);
   fs::remove(maps / "huge.galaxy");
   EXPECT_EQ(tree(maps), (Tree{{"oneline.galaxy", "MAP\r\n"},
                               {"empty.galaxy", ""},
-                              {"taken.galaxy", oldmap},
-                              {"a.galaxy", convertedmap},
-                              {"a.galold", oldmap}}));
+                              {"taken.galaxy", old_map},
+                              {"a.galaxy", converted_map},
+                              {"a.galold", old_map}}));
   EXPECT_EQ(program.form.Text2.text(), "a.galaxy\r\n");
   EXPECT_TRUE(program.form.trouble);
   ASSERT_EQ(program.screen.messages.size(), 1u);
@@ -146,36 +146,36 @@ TEST_F(Conversion, TellsWhichMapsItCouldNotConvertAndGoesOn) {
 }
 
 TEST_F(Conversion, KeepsAnEarlierBackupThatOnlyHasTheSameSize) {
-  const std::string other(std::string(oldmap).size(), 'x');
-  add("a.galaxy", oldmap);
-  writefile(maps / "a.galold", other);
+  const std::string other(std::string(old_map).size(), 'x');
+  add("a.galaxy", old_map);
+  write_file(maps / "a.galold", other);
   fix();
   EXPECT_EQ(tree(maps),
-            (Tree{{"a.galaxy", convertedmap}, {"a.galold", oldmap}, {"a.galold2", other}}));
+            (Tree{{"a.galaxy", converted_map}, {"a.galold", old_map}, {"a.galold2", other}}));
 }
 
 TEST_F(Conversion, ATemplateErrorEndsTheProgramAndLosesNothing) {
-  writefile(machine.data / "vnewstruct3.txt", "MAP\r\nver$1\r\nversion 4\r\nship$0\r\n");
-  writefile(machine.data / "tnewstructfix4.txt", "MAP\r\n");
-  const Tree untouched = {{"a.galaxy", oldmap}, {"b.galaxy", oldmap}};
-  const Tree backedup = {{"a.galaxy", oldmap}, {"a.galold", oldmap}, {"b.galaxy", oldmap}};
+  write_file(machine.data / "vnewstruct3.txt", "MAP\r\nver$1\r\nversion 4\r\nship$0\r\n");
+  write_file(machine.data / "tnewstructfix4.txt", "MAP\r\n");
+  const Tree untouched = {{"a.galaxy", old_map}, {"b.galaxy", old_map}};
+  const Tree backed_up = {{"a.galaxy", old_map}, {"a.galold", old_map}, {"b.galaxy", old_map}};
   const struct {
     const char* edition;
     bool debugmode;
     Tree left;
     const char* told;
   } cases[] = {
-      {"t", false, backedup, "tnewstructfix4.txt: its section count is 0 or below: MAP"},
+      {"t", false, backed_up, "tnewstructfix4.txt: its section count is 0 or below: MAP"},
       {"v", true, untouched, "vnewstruct3.txt"},
-      {"v", false, backedup,
+      {"v", false, backed_up,
        "C:\\maps\\a.galaxy: the map is of version \"3\" and cannot be converted: template "
        "vnewstruct3.txt: its section count is 0 or below: ship$0\r\n"
        "The map is as it was. No further map was converted."},
   };
   for (const auto& c : cases) {
-    startover(c.edition, c.debugmode);
-    add("a.galaxy", oldmap);
-    add("b.galaxy", oldmap);
+    start_over(c.edition, c.debugmode);
+    add("a.galaxy", old_map);
+    add("b.galaxy", old_map);
     EXPECT_EQ(fix(), 1);
     EXPECT_EQ(tree(maps), c.left) << c.edition << c.debugmode;
     ASSERT_EQ(program.screen.messages.size(), 1u);
@@ -183,15 +183,15 @@ TEST_F(Conversion, ATemplateErrorEndsTheProgramAndLosesNothing) {
         << program.screen.messages[0];
   }
   // The backup is a file of its own: changing the map in place leaves it.
-  writefile(maps / "a.galaxy", "edited");
-  EXPECT_EQ(readfile(maps / "a.galold"), oldmap);
+  write_file(maps / "a.galaxy", "edited");
+  EXPECT_EQ(read_file(maps / "a.galold"), old_map);
 }
 
 TEST_F(Conversion, ASilentRunTellsTroubleOnStandardErrorAlone) {
   program.form.silentmode = true;
   add("oneline.galaxy", "MAP\r\n");
-  writefile(machine.data / "vnewstruct3.txt", "MAP\r\n");
-  add("a.galaxy", oldmap);
+  write_file(machine.data / "vnewstruct3.txt", "MAP\r\n");
+  add("a.galaxy", old_map);
   EXPECT_EQ(fix(), 1);
   EXPECT_TRUE(program.screen.messages.empty());
   ASSERT_EQ(program.screen.errors.size(), 2u);
@@ -201,11 +201,11 @@ TEST_F(Conversion, ASilentRunTellsTroubleOnStandardErrorAlone) {
 
 TEST_F(Conversion, AMissingBaselineConvertsNothingAndIsTold) {
   fs::remove(machine.data / "vnewstruct0.txt");
-  EXPECT_EQ(fix(), Program::goeson);
+  EXPECT_EQ(fix(), Program::returned);
   EXPECT_TRUE(program.screen.messages.empty());
-  add("a.galaxy", oldmap);
-  EXPECT_EQ(fix(), Program::goeson);
-  EXPECT_EQ(tree(maps), (Tree{{"a.galaxy", oldmap}}));
+  add("a.galaxy", old_map);
+  EXPECT_EQ(fix(), Program::returned);
+  EXPECT_EQ(tree(maps), (Tree{{"a.galaxy", old_map}}));
   ASSERT_EQ(program.screen.messages.size(), 1u);
   EXPECT_EQ(program.screen.messages[0],
             "No map was converted: vnewstruct0.txt: cannot read it: the file is missing");

@@ -10,12 +10,12 @@ namespace fs = std::filesystem;
 TEST(LineReader, TellsLinesMissingAndUnreadableApartByShape) {
   TestMachine machine;
   Program program(machine);
-  writefile(machine.data / "two.txt", "a\r\nb");
-  writefile(machine.data / "empty.txt", "");
-  writefile(machine.data / ".hidden", "a");
+  write_file(machine.data / "two.txt", "a\r\nb");
+  write_file(machine.data / "empty.txt", "");
+  write_file(machine.data / ".hidden", "a");
   fs::create_directory(machine.data / "folder.txt");
-  writefile(machine.data / "huge.txt", "");
-  fs::resize_file(machine.data / "huge.txt", Files::largestfile + 1);  // which is not read
+  write_file(machine.data / "huge.txt", "");
+  fs::resize_file(machine.data / "huge.txt", Files::max_file_size + 1);  // which is not read
   const struct {
     const char* path;
     std::size_t lines;

@@ -11,7 +11,7 @@ TEST(OriginalMaps, AMissingListIsRememberedForGood) {
   Form1& form = program.form;
   const auto list = machine.data / "original vora galaxies.txt";
 
-  writefile(list, "Alpha.galaxy\r\nBeta.galaxy\r\n");
+  write_file(list, "Alpha.galaxy\r\nBeta.galaxy\r\n");
   loadoriginalmaps(form);
   EXPECT_FALSE(form.missingdata);
   ASSERT_EQ(form.originalmaps.size(), 2u);
@@ -23,7 +23,7 @@ TEST(OriginalMaps, AMissingListIsRememberedForGood) {
   ASSERT_EQ(form.originalmaps.size(), 1u);
   EXPECT_EQ(form.originalmaps[0], "");
 
-  writefile(list, "Alpha.galaxy\r\n");
+  write_file(list, "Alpha.galaxy\r\n");
   loadoriginalmaps(form);
   EXPECT_EQ(form.originalmaps[0], "");
 }

@@ -18,8 +18,8 @@ namespace {
 // The plain definition of a pass, line by line and without an index.
 class PlainPass {
 public:
-  PlainPass(const Lines& oldlines, const Lines& newlines, const Lines& maplines)
-      : old(oldlines), current(newlines), map(maplines) {}
+  PlainPass(const Lines& old_lines, const Lines& new_lines, const Lines& map_lines)
+      : old(old_lines), current(new_lines), map(map_lines) {}
 
   // The map in the new format; nothing for a template error.
   std::optional<Lines> run(bool fix) {
@@ -121,19 +121,19 @@ TEST(Passes, TheFaultOfATemplateIsNamed) {
       {"x$1\na\ny$1\nb", "x$1\na", "it has no such section", "y$1"},
       {"x$1\na", "x$2\na", end, "x$2"},
   };
-  const LineArray map = linesof("b\na");
+  const LineArray map = lines_of("b\na");
   for (const auto& c : cases) {
-    const auto result = firstpass(oldof(c.old), newof(c.current), map);
+    const auto result = first_pass(old_of(c.old), new_of(c.current), map);
     ASSERT_FALSE(bool(result)) << c.what;
     EXPECT_EQ(result.failure().filename, "new.txt");
     EXPECT_EQ(result.failure().what, c.what);
     EXPECT_EQ(result.failure().header, c.header);
   }
   const Failure missing{"", "read it", "the file is missing", true};
-  const auto noold = firstpass(indexold("old.txt", missing), newof("x$1\na"), map);
-  EXPECT_EQ(noold.failure().filename, "old.txt");
-  const auto nonew = firstpass(oldof("x$1\na"), indexnew("new.txt", missing), map);
-  EXPECT_EQ(nonew.failure().filename, "new.txt");
+  const auto no_old = first_pass(index_old("old.txt", missing), new_of("x$1\na"), map);
+  EXPECT_EQ(no_old.failure().filename, "old.txt");
+  const auto no_new = first_pass(old_of("x$1\na"), index_new("new.txt", missing), map);
+  EXPECT_EQ(no_new.failure().filename, "new.txt");
 }
 
 // However a pass is made fast, it must give what the plain definition gives.
@@ -157,9 +157,9 @@ TEST(Passes, AgreeWithThePlainDefinition) {
     const Lines map = lines(20, {"a", "b", "\t", "ab", "\xFF", "$1", "\n", "\rc", "7"});
     for (const bool fix : {false, true}) {
       const auto expected = PlainPass(old, current, map).run(fix);
-      const auto result = (fix ? fixpass : firstpass)(indexold("old", joined(old)),
-                                                      indexnew("new", joined(current)),
-                                                      LineArray::split(joined(map)));
+      const auto result = (fix ? fix_pass : first_pass)(index_old("old", joined(old)),
+                                                        index_new("new", joined(current)),
+                                                        LineArray::split(joined(map)));
       const std::string text = expected ? joined(*expected) : "an error";
       ASSERT_EQ(result ? *result : "an error", text)
           << joined(old) << joined(current) << joined(map);

@@ -17,7 +17,7 @@ TEST(Templates, TheBaselineGivesTheCurrentVersion) {
   ASSERT_FALSE(bool(missing));
   EXPECT_EQ(missing.failure().path, "vnewstruct0.txt");
   for (const auto& c : cases) {
-    writefile(machine.data / "vnewstruct0.txt", c.text);
+    write_file(machine.data / "vnewstruct0.txt", c.text);
     EXPECT_EQ(*templates.initnew(), c.version) << c.text;
   }
 }
@@ -27,7 +27,7 @@ TEST(Templates, AreReadAnewOnceTheirFilesChange) {
   Program program(machine);
   Templates templates(program.files, "t");
   for (const long long count : {1, 5}) {
-    writefile(machine.data / "toldstruct12.txt", "a$" + std::to_string(count));
+    write_file(machine.data / "toldstruct12.txt", "a$" + std::to_string(count));
     templates.loadold("12");
     EXPECT_EQ(templates.oldtemplate().counts[0], count);
   }

@@ -30,7 +30,7 @@ protected:
     return found(program);
   }
 
-  void add(const char* path) { writefile(machine.drivec / path, "x"); }
+  void add(const char* path) { write_file(machine.drive_c / path, "x"); }
 
   TestMachine machine;
   Program program{machine};
@@ -59,8 +59,8 @@ TEST_F(Search, SearchesBothRootsEvenWhenTheyAreTheSame) {
   add("r/a.galaxy");
   EXPECT_EQ(find("C:\\r\\", "C:\\r"), (Found{"C:\\r\\a.galaxy", "C:\\r\\a.galaxy"}));
   EXPECT_EQ(program.form.rootpath, "C:\\r");
-  fs::remove(machine.drivec / "r/a.galaxy");
-  program.form.Text1.settext("typed");
+  fs::remove(machine.drive_c / "r/a.galaxy");
+  program.form.Text1.set_text("typed");
   EXPECT_EQ(find("C:\\r\\", "C:\\r"), Found{});
   EXPECT_EQ(program.form.Text1.text(), "typed");
   EXPECT_EQ(program.form.Label6.text(), "-1");
@@ -70,11 +70,11 @@ TEST_F(Search, SearchesBothRootsEvenWhenTheyAreTheSame) {
 TEST_F(Search, AnEmptyRootIsTheCurrentDrivesWhole) {
   add("a.galaxy");
   add("sub/b.galaxy");
-  machine.data = machine.drivec / "users";
-  Program oncdrive(machine);
-  oncdrive.form.pathlist = {"", "C:\\sub"};
-  findgalaxies(oncdrive.form);
-  EXPECT_EQ(found(oncdrive), (Found{"C:\\sub\\b.galaxy", "C:\\a.galaxy", "C:\\sub\\b.galaxy"}));
+  machine.data = machine.drive_c / "users";
+  Program on_c_drive(machine);
+  on_c_drive.form.pathlist = {"", "C:\\sub"};
+  findgalaxies(on_c_drive.form);
+  EXPECT_EQ(found(on_c_drive), (Found{"C:\\sub\\b.galaxy", "C:\\a.galaxy", "C:\\sub\\b.galaxy"}));
 }
 
 TEST_F(Search, PassesOverLinksHiddenNamesAndWhatWindowsCannotName) {
@@ -88,10 +88,10 @@ TEST_F(Search, PassesOverLinksHiddenNamesAndWhatWindowsCannotName) {
   add("r/folder.galaxy/inside.galaxy");
   add("r/\xFF.galaxy");
   add("elsewhere/c.galaxy");
-  fs::create_symlink("../elsewhere", machine.drivec / "r/link");
-  fs::create_symlink("../elsewhere/c.galaxy", machine.drivec / "r/link.galaxy");
-  fs::create_symlink("..", machine.drivec / "r/up");
-  fs::create_symlink("r", machine.drivec / "root");
+  fs::create_symlink("../elsewhere", machine.drive_c / "r/link");
+  fs::create_symlink("../elsewhere/c.galaxy", machine.drive_c / "r/link.galaxy");
+  fs::create_symlink("..", machine.drive_c / "r/up");
+  fs::create_symlink("r", machine.drive_c / "root");
   EXPECT_EQ(find("C:\\r", "C:\\elsewhere"),
             (Found{"C:\\r\\folder.galaxy\\inside.galaxy", "C:\\r\\a.galaxy", "C:\\r\\\xFF.galaxy",
                    "C:\\elsewhere\\c.galaxy"}));
@@ -101,8 +101,8 @@ TEST_F(Search, PassesOverLinksHiddenNamesAndWhatWindowsCannotName) {
 TEST_F(Search, LeavesTheListsAtTheParentOfTheLastRoot) {
   add("r/game/a.galaxy");
   add("r/b.galaxy");
-  program.form.File1.setpattern("*.galaxy");
-  program.form.Dir1.changed = [&] { program.form.File1.setpath(program.form.Dir1.path()); };
+  program.form.File1.set_pattern("*.galaxy");
+  program.form.Dir1.changed = [&] { program.form.File1.set_path(program.form.Dir1.path()); };
   find("C:\\users", "C:\\r\\game\\");
   EXPECT_EQ(program.form.Dir1.path(), "C:\\r");
   EXPECT_EQ(program.form.File1.names(), Found{"b.galaxy"});

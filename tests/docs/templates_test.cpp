@@ -43,14 +43,14 @@ Result<std::string> file(const Example& example, const std::string& block) {
 }  // namespace
 
 TEST(TemplatesDocument, ItsExamplesDoWhatTheySay) {
-  const auto all = examples(readfile(DOCUMENTS "/templates.md"));
+  const auto all = examples(read_file(DOCUMENTS "/templates.md"));
   ASSERT_GT(all.size(), 20u);
   for (const Example& example : all) {
     const bool fix = example.contains("fixold") || example.contains("fixnew");
     const std::string prefix = fix ? "fix" : "";
-    const auto result = (fix ? fixpass : firstpass)(indexold("old", file(example, prefix + "old")),
-                                                    indexnew("new", file(example, prefix + "new")),
-                                                    LineArray::split(*file(example, "map")));
+    const auto result = (fix ? fix_pass : first_pass)(
+        index_old("old", file(example, prefix + "old")),
+        index_new("new", file(example, prefix + "new")), LineArray::split(*file(example, "map")));
     if (result)
       EXPECT_EQ(*result, example.contains("result") ? example.at("result") : "an error");
     else

@@ -8,26 +8,26 @@ using Names = std::vector<std::string>;
 TEST(Control, TheDirectoryListShowsSubfoldersInOrder) {
   TestMachine machine;
   for (const char* name : {"b", "A", "c", ".hidden"})
-    std::filesystem::create_directories(machine.drivec / "maps" / name);
-  writefile(machine.drivec / "maps" / "file", "");
+    std::filesystem::create_directories(machine.drive_c / "maps" / name);
+  write_file(machine.drive_c / "maps" / "file", "");
   Program program(machine);
   DirectoryList& list = program.form.Dir1;
   int changes = 0;
   list.changed = [&] { ++changes; };
 
-  EXPECT_TRUE(bool(list.setpath("c:\\MAPS\\\\")));
+  EXPECT_TRUE(bool(list.set_path("c:\\MAPS\\\\")));
   EXPECT_EQ(list.path(), "C:\\maps");
   EXPECT_EQ(list.subfolders(), (Names{"A", "b", "c"}));
-  EXPECT_TRUE(bool(list.setpath("C:\\maps")));
+  EXPECT_TRUE(bool(list.set_path("C:\\maps")));
   EXPECT_EQ(changes, 1);
 
-  const auto missing = list.setpath("C:\\nowhere");
+  const auto missing = list.set_path("C:\\nowhere");
   ASSERT_FALSE(bool(missing));
   EXPECT_EQ(missing.failure().path, "C:\\nowhere");
   EXPECT_EQ(list.path(), "C:\\maps");
   EXPECT_EQ(changes, 1);
 
-  EXPECT_TRUE(bool(list.setpath("C:\\")));
+  EXPECT_TRUE(bool(list.set_path("C:\\")));
   EXPECT_EQ(list.path(), "C:\\");
 }
 
@@ -38,27 +38,27 @@ TEST(Control, AFolderOnNoDriveIsBelowOneRoot) {
   const std::filesystem::path folder = machine.prefix / "out" / "side";
   std::filesystem::create_directories(folder / "below");
   std::filesystem::create_directory(machine.prefix / "dosdevices");
-  std::filesystem::create_directory_symlink(machine.drivec, machine.prefix / "dosdevices" / "c:");
+  std::filesystem::create_directory_symlink(machine.drive_c, machine.prefix / "dosdevices" / "c:");
   Program program(machine);
   DirectoryList& list = program.form.Dir1;
-  ASSERT_TRUE(bool(list.setpath("\\\\?\\unix" + zpath(folder).substr(2))));
+  ASSERT_TRUE(bool(list.set_path("\\\\?\\unix" + z_path(folder).substr(2))));
   const auto rows = list.rows();
   EXPECT_EQ(rows.front().path, "\\\\?\\unix\\");
   EXPECT_EQ(rows.back().name, "below");
   for (const FolderRow& row : rows)
-    EXPECT_TRUE(bool(list.setpath(row.path))) << row.path;
+    EXPECT_TRUE(bool(list.set_path(row.path))) << row.path;
 }
 
 TEST(Control, TheFileListFollowsItsPattern) {
   TestMachine machine;
   for (const char* name : {"b.galaxy", "A.GALAXY", "c.galold", ".galaxy", "d.galaxy/inside"})
-    writefile(machine.drivec / name, "");
+    write_file(machine.drive_c / name, "");
   Program program(machine);
   FileList& list = program.form.File1;
-  list.setpath("C:\\");
+  list.set_path("C:\\");
   EXPECT_EQ(list.names(), (Names{"A.GALAXY", "b.galaxy", "c.galold"}));
-  list.setpattern("*.galaxy");
+  list.set_pattern("*.galaxy");
   EXPECT_EQ(list.names(), (Names{"A.GALAXY", "b.galaxy"}));
-  list.setpath("C:\\nowhere");
+  list.set_path("C:\\nowhere");
   EXPECT_EQ(list.names(), Names{});
 }

@@ -37,21 +37,21 @@ TEST(Text, NumericValues) {
        0},
   };
   for (const auto& c : cases)
-    EXPECT_EQ(numericvalue(c.text), c.value) << '"' << c.text << '"';
-  EXPECT_GT(numericvalue(std::string(5000, '9')), 1e300);
-  EXPECT_EQ(numericvalue("0." + std::string(5000, '0') + "1"), 0);
+    EXPECT_EQ(numeric_value(c.text), c.value) << '"' << c.text << '"';
+  EXPECT_GT(numeric_value(std::string(5000, '9')), 1e300);
+  EXPECT_EQ(numeric_value("0." + std::string(5000, '0') + "1"), 0);
 }
 
 TEST(Text, WholePartsStopAtTheLimits) {
-  EXPECT_EQ(wholepart(2.9), 2);
-  EXPECT_EQ(wholepart(-2.9), -2);
-  EXPECT_EQ(wholepart(1e300), std::numeric_limits<long long>::max());
-  EXPECT_EQ(wholepart(-1e300), std::numeric_limits<long long>::min());
+  EXPECT_EQ(whole_part(2.9), 2);
+  EXPECT_EQ(whole_part(-2.9), -2);
+  EXPECT_EQ(whole_part(1e300), std::numeric_limits<long long>::max());
+  EXPECT_EQ(whole_part(-1e300), std::numeric_limits<long long>::min());
 }
 
 TEST(Text, NumbersInTheirShortestForm) {
-  EXPECT_EQ(numbertext(4), "4");
-  EXPECT_EQ(numbertext(12), "12");
-  EXPECT_EQ(numbertext(0.5), "0.5");
-  EXPECT_EQ(numbertext(std::numeric_limits<double>::max()).size(), 309u);
+  EXPECT_EQ(number_text(4), "4");
+  EXPECT_EQ(number_text(12), "12");
+  EXPECT_EQ(number_text(0.5), "0.5");
+  EXPECT_EQ(number_text(std::numeric_limits<double>::max()).size(), 309u);
 }

@@ -19,11 +19,11 @@ std::string_view cut(std::string_view& rest) {
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   std::string_view rest(reinterpret_cast<const char*>(data), size);
-  const auto old = indexold("old.txt", std::string(cut(rest)));
-  const auto current = indexnew("new.txt", std::string(cut(rest)));
+  const auto old = index_old("old.txt", std::string(cut(rest)));
+  const auto current = index_new("new.txt", std::string(cut(rest)));
   const auto galaxylines = LineArray::split(std::string(rest));
-  const auto first = firstpass(old, current, galaxylines);
-  const auto fixed = fixpass(old, current, galaxylines);
+  const auto first = first_pass(old, current, galaxylines);
+  const auto fixed = fix_pass(old, current, galaxylines);
   for (const auto& result : {first, fixed})
     if (result && !result->empty() && !result->ends_with("\r\n"))
       std::abort();

@@ -23,20 +23,21 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   const std::string key = cut(rest);
   const std::string name = cut(rest);
   const std::string text(rest);
-  const auto whole = findvalue(text, key, name);
+  const auto whole = find_value(text, key, name);
   std::string keys, joined;
-  addkeysbeside(text, key, keys);
-  const auto middle = lastkey(text, text.size() / 2);
-  addkeysbeside(rest.substr(0, middle), key, joined);
-  addkeysbeside(rest.substr(middle), key, joined);
-  const auto part = findvalue(keys, key, name);
+  append_sibling_keys(text, key, keys);
+  const auto middle = find_last_key(text, text.size() / 2);
+  append_sibling_keys(rest.substr(0, middle), key, joined);
+  append_sibling_keys(rest.substr(middle), key, joined);
+  const auto part = find_value(keys, key, name);
   if (bool(whole) != bool(part) || (whole && whole->text != part->text) || joined != keys)
     std::abort();
-  static_cast<void>(withoutkey(text, key));
-  static_cast<void>(withoutvalue(text, key, name));
+  static_cast<void>(without_key(text, key));
+  static_cast<void>(without_value(text, key, name));
   const RegistryValue value{.type = RegistryValue::Type::number, .number = 7};
-  static_cast<void>(withvalue(text, key, name, value));
-  const auto found = findvalue(withvalue(text, "Game\\Maps", "Path", value), "Game\\Maps", "Path");
+  static_cast<void>(with_value(text, key, name, value));
+  const auto found =
+      find_value(with_value(text, "Game\\Maps", "Path", value), "Game\\Maps", "Path");
   if (!found || found->number != 7)
     std::abort();
   return 0;

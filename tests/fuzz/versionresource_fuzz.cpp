@@ -7,6 +7,6 @@
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   std::istringstream file(std::string(reinterpret_cast<const char*>(data), size));
-  static_cast<void>(readproductversion(file));
+  static_cast<void>(read_product_version(file));
   return 0;
 }

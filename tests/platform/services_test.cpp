@@ -36,10 +36,10 @@ TEST(Services, SpecialFoldersTellTwoOfTheirFailures) {
     std::vector<std::string> told;
     const Tell tell = [&](const std::string& text) { told.push_back(text); };
     EXPECT_EQ(getmydocs(system, tell), c.folder);
-    EXPECT_EQ(system.askedfolder, 32773u);
+    EXPECT_EQ(system.asked_folder, 32773u);
     EXPECT_EQ(told, c.messages);
     EXPECT_EQ(getlocalappdata(system, tell), c.folder);
-    EXPECT_EQ(system.askedfolder, 32796u);
+    EXPECT_EQ(system.asked_folder, 32796u);
   }
 }
 

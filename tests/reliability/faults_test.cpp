@@ -22,7 +22,7 @@ namespace {
 
 // How somebody saves a map: with another last line in the place of the old one, which leaves the
 // size as it was, and may leave the time, or with one line more.
-enum class Saving { inplace, keepingtime, byrenaming, appending };
+enum class Saving { in_place, keeping_time, by_renaming, appending };
 constexpr std::string_view newend = "END\r\n";
 
 std::string saved(const std::string& map, Saving how) {
@@ -33,14 +33,14 @@ std::string saved(const std::string& map, Saving how) {
 void save(const fs::path& map, const std::string& text, Saving how) {
   if (how == Saving::appending) {
     std::ofstream(map, std::ios::app) << newend;
-  } else if (how != Saving::byrenaming) {
+  } else if (how != Saving::by_renaming) {
     const auto time = fs::last_write_time(map);
     std::fstream(map).seekp(-5, std::ios::end) << newend;
-    if (how == Saving::keepingtime)
+    if (how == Saving::keeping_time)
       fs::last_write_time(map, time);
   } else {
     const fs::path beside = map.parent_path().parent_path() / "saved";
-    writefile(beside, text);
+    write_file(beside, text);
     fs::rename(beside, map);
   }
 }
@@ -49,8 +49,8 @@ void save(const fs::path& map, const std::string& text, Saving how) {
 class Faults : InMemory, public testing::TestWithParam<std::pair<const char*, Unknown>> {
 protected:
   Faults() {
-    machine.writedata();
-    fs::create_directory(machine.drivec / "empty");
+    machine.write_data();
+    fs::create_directory(machine.drive_c / "empty");
     galaxies.edition = GetParam().first;
     galaxies.fill(folder);
     ::setenv("LC_ALL", "C", 1);
@@ -58,7 +58,7 @@ protected:
 
   // Finds and converts all maps on such a disk; what the user is told.
   std::string convert(Disk& disk) {
-    Program program(std::make_unique<PrefixFiles>(machineof(machine), disk), machine.system(""));
+    Program program(std::make_unique<PrefixFiles>(machine_of(machine), disk), machine.system(""));
     program.form.edition = galaxies.edition;
     program.form.pathlist[0] = "C:\\maps";
     program.form.pathlist[1] = "C:\\empty";
@@ -74,13 +74,13 @@ protected:
   }
 
   // How many calls it takes.
-  int convertundisturbed() {
+  int convert_undisturbed() {
     WatchedDisk disk([](int) { return 0; }, unknown);
     convert(disk);
     return disk.calls;
   }
 
-  std::vector<std::string> notconverted(const Tree& left) const {
+  std::vector<std::string> not_converted(const Tree& left) const {
     std::vector<std::string> names;
     for (int i = 0; i < galaxies.count; ++i)
       if (left.at(galaxies.name(i) + ".galaxy") == galaxies.old(i))
@@ -91,7 +91,7 @@ protected:
   TestMachine machine;
   Galaxies galaxies;
   const Unknown unknown = GetParam().second;
-  const fs::path folder = machine.drivec / "maps";
+  const fs::path folder = machine.drive_c / "maps";
   std::size_t found = 0;
 };
 
@@ -108,7 +108,7 @@ INSTANTIATE_TEST_SUITE_P(Editions, Faults,
 // run.
 TEST_P(Faults, EveryCallFailsOnce) {
   int injected = 0;
-  const int calls = convertundisturbed();
+  const int calls = convert_undisturbed();
   for (const int error : {EIO, ENOSPC, EACCES, WatchedDisk::half}) {
     for (int fault = 1; fault <= calls; ++fault) {
       galaxies.fill(folder);
@@ -118,15 +118,15 @@ TEST_P(Faults, EveryCallFailsOnce) {
       const Tree left = tree(folder);
       SCOPED_TRACE(std::to_string(error) + " at " + std::to_string(fault) + ": " + told);
       ASSERT_EQ(broken(galaxies, left), "");
-      const auto leftalone = notconverted(left);
+      const auto skipped = not_converted(left);
       const bool ended = told.find("struct") != told.npos;
-      const bool notlisted = told.find("could not be searched") != told.npos;
-      ASSERT_LE(leftalone.size(), ended || notlisted ? 3u : error == WatchedDisk::half ? 0u : 1u);
-      for (const std::string& name : leftalone) {
-        ASSERT_TRUE(ended || notlisted || told.find(name) != told.npos) << name;
+      const bool not_listed = told.find("could not be searched") != told.npos;
+      ASSERT_LE(skipped.size(), ended || not_listed ? 3u : error == WatchedDisk::half ? 0u : 1u);
+      for (const std::string& name : skipped) {
+        ASSERT_TRUE(ended || not_listed || told.find(name) != told.npos) << name;
         ASSERT_TRUE(ended || told.find(std::strerror(error)) != told.npos);
       }
-      convertundisturbed();
+      convert_undisturbed();
       ASSERT_EQ(unfinished(galaxies, tree(folder)), "");
     }
   }
@@ -136,7 +136,7 @@ TEST_P(Faults, EveryCallFailsOnce) {
 // A disk that is full or broken from some moment on.
 TEST_P(Faults, EveryCallFailsFromThenOn) {
   int injected = 0;
-  const int calls = convertundisturbed();
+  const int calls = convert_undisturbed();
   for (const int error : {EIO, ENOSPC}) {
     for (int fault = 1; fault <= calls; ++fault) {
       galaxies.fill(folder);
@@ -145,7 +145,7 @@ TEST_P(Faults, EveryCallFailsFromThenOn) {
       injected += disk.disturbed > 0;
       SCOPED_TRACE(fault);
       ASSERT_EQ(broken(galaxies, tree(folder)), "");
-      convertundisturbed();
+      convert_undisturbed();
       ASSERT_EQ(unfinished(galaxies, tree(folder)), "");
     }
   }
@@ -156,7 +156,7 @@ TEST_P(Faults, EveryCallFailsFromThenOn) {
 // what its flushing would have saved; one that has lost it must be whole under its backup name.
 TEST_P(Faults, ThePowerIsCutAfterEveryChange) {
   ModelDisk disk(folder, unknown, [&](const std::string& name) {
-    return readfile(folder / name) != galaxies.backup(1);
+    return read_file(folder / name) != galaxies.backup(1);
   });
   convert(disk);
   ASSERT_EQ(unfinished(galaxies, tree(folder)), "");
@@ -168,8 +168,8 @@ TEST_P(Faults, ThePowerIsCutAfterEveryChange) {
     ASSERT_EQ(broken(galaxies, left), "");
     fs::remove_all(folder);
     for (const auto& [name, content] : left)
-      writefile(folder / name, content);
-    convertundisturbed();
+      write_file(folder / name, content);
+    convert_undisturbed();
     ASSERT_EQ(unfinished(galaxies, tree(folder)), "");
   }
   std::cout << "power cuts: " << disk.cuts.size() << "\n";
@@ -177,13 +177,13 @@ TEST_P(Faults, ThePowerIsCutAfterEveryChange) {
 
 // The other run may clear up what it takes for a leftover, and may replace every map.
 TEST_P(Faults, AnotherRunComesInBeforeEveryCall) {
-  const int calls = convertundisturbed();
+  const int calls = convert_undisturbed();
   for (int moment = 1; moment <= calls; ++moment) {
     galaxies.fill(folder);
     WatchedDisk disk(
         [&](int call) {
           if (call == moment)
-            convertundisturbed();
+            convert_undisturbed();
           return 0;
         },
         unknown);
@@ -198,13 +198,14 @@ TEST_P(Faults, AnotherRunComesInBeforeEveryCall) {
 // map: giving its successor the permissions and the name; and the look itself, where what is saved
 // has the time that the map had before, as a coarse clock gives it to a map that was just written.
 TEST_P(Faults, AMapIsSavedBeforeEveryCall) {
-  constexpr int callsbehindthelook = 2, callsofthelook = 1;
-  const int calls = convertundisturbed();
+  constexpr int calls_after_last_look = 2, calls_of_last_look = 1;
+  const int calls = convert_undisturbed();
   const struct {
     Saving how;
     bool old;  // enough for the map's time stamp to tell by itself
-  } cases[] = {{Saving::inplace, true},   {Saving::keepingtime, true},  {Saving::byrenaming, true},
-               {Saving::appending, true}, {Saving::keepingtime, false}, {Saving::byrenaming, false},
+  } cases[] = {{Saving::in_place, true},      {Saving::keeping_time, true},
+               {Saving::by_renaming, true},   {Saving::appending, true},
+               {Saving::keeping_time, false}, {Saving::by_renaming, false},
                {Saving::appending, false}};
   for (int i = 0; i < static_cast<int>(std::size(cases)) * galaxies.count; ++i) {
     const int number = i % galaxies.count;
@@ -231,11 +232,12 @@ TEST_P(Faults, AMapIsSavedBeforeEveryCall) {
       const Tree left = tree(folder);
       const std::string own = left.at(map.filename());
       ASSERT_TRUE(own == theirs || own == converted || own == saved(converted, how)) << own;
-      lost += own == converted && !hasbackup(left, galaxies.name(number), theirs);
+      lost += own == converted && !has_backup(left, galaxies.name(number), theirs);
     }
-    const bool hascopy = unknown.link != 0 || galaxies.hasequalbackup(number);
-    const int unseen = how == Saving::keepingtime ? callsofthelook : 0;
-    const int allowed = how != Saving::byrenaming && !hascopy ? 0 : callsbehindthelook + unseen;
+    const bool has_copy = unknown.link != 0 || galaxies.has_equal_backup(number);
+    const int unseen = how == Saving::keeping_time ? calls_of_last_look : 0;
+    const int allowed =
+        how != Saving::by_renaming && !has_copy ? 0 : calls_after_last_look + unseen;
     EXPECT_LE(lost, allowed) << i;
   }
 }
@@ -243,7 +245,7 @@ TEST_P(Faults, AMapIsSavedBeforeEveryCall) {
 // Nobody's file is overwritten that has got one of the backups' names in between. Where the file
 // system knows no renaming that replaces nothing, one call is left behind the look at the name.
 TEST_P(Faults, ABackupsNameIsTakenBeforeEveryCall) {
-  const int calls = convertundisturbed();
+  const int calls = convert_undisturbed();
   for (const char* name : {"map0.galold", "map1.galold2", "map1.GALold2"}) {
     int lost = 0;
     for (int moment = 1; moment <= calls; ++moment) {
@@ -253,7 +255,7 @@ TEST_P(Faults, ABackupsNameIsTakenBeforeEveryCall) {
           [&](int call) {
             taken |= call == moment && !fs::exists(folder / name);
             if (call == moment && taken)
-              writefile(folder / name, "theirs");
+              write_file(folder / name, "theirs");
             return 0;
           },
           unknown);
@@ -261,9 +263,9 @@ TEST_P(Faults, ABackupsNameIsTakenBeforeEveryCall) {
       SCOPED_TRACE(moment);
       const Tree left = tree(folder);
       ASSERT_EQ(broken(galaxies, left), "");
-      lost += taken && !hasbackup(left, std::string(name).substr(0, 4), "theirs");
+      lost += taken && !has_backup(left, std::string(name).substr(0, 4), "theirs");
     }
-    EXPECT_LE(lost, unknown.renamefree ? 1 : 0) << name;
+    EXPECT_LE(lost, unknown.rename_no_replace ? 1 : 0) << name;
   }
 }
 

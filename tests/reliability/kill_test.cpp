@@ -29,11 +29,11 @@ protected:
   Killed() {
     galaxies.edition = GetParam();
     galaxies.count = 15;
-    machine.writedata();
+    machine.write_data();
     const bool base = galaxies.edition == "v";
     machine.install(base ? "vora" : "voratarnfall",
                     base ? VersionParts{1, 2, 3, 4} : VersionParts{5, 6, 7, 8});
-    folder = base ? machine.userfolder : machine.expansionfolder;
+    folder = base ? machine.user_folder : machine.expansion_folder;
     measure();
   }
 
@@ -43,7 +43,7 @@ protected:
     for (auto& time : times) {
       galaxies.fill(folder);
       const auto start = Clock::now();
-      EXPECT_EQ(runsilently(machine).said, "");
+      EXPECT_EQ(run_silently(machine).said, "");
       time = Clock::now() - start;
     }
     std::nth_element(times, times + 2, times + 5);
@@ -53,12 +53,12 @@ protected:
   }
 
   // A moment of a run: up to the median of how long it takes when nobody disturbs it.
-  Clock::duration anymoment() {
+  Clock::duration any_moment() {
     return Clock::duration(std::uniform_int_distribution<Clock::rep>(0, median.count())(random));
   }
 
   // Whether a run was ended in the middle of its conversions.
-  bool ismidway(const Tree& left) const {
+  bool is_midway(const Tree& left) const {
     int converted = 0;
     for (int i = 0; i < galaxies.count; ++i)
       converted += left.at(galaxies.name(i) + ".galaxy") == galaxies.converted(i);
@@ -67,7 +67,7 @@ protected:
 
   // Lets a run come to its end, which must leave what undisturbed ones do.
   void finish() {
-    EXPECT_EQ(runsilently(machine).said, "");
+    EXPECT_EQ(run_silently(machine).said, "");
     const Tree left = tree(folder);
     ASSERT_EQ(unfinished(galaxies, left), "");
     ASSERT_EQ(left, whole);
@@ -95,13 +95,13 @@ TEST_P(Killed, AtAnyMoment) {
     galaxies.fill(folder);
     for (bool again = true; again && done < kills;) {
       Process process(machine);
-      std::this_thread::sleep_for(anymoment());
+      std::this_thread::sleep_for(any_moment());
       process.kill();
       again = process.wait().status == -SIGKILL;
       done += again;
       const Tree left = tree(folder);
       ASSERT_EQ(broken(galaxies, left), "");
-      midway += again && ismidway(left);
+      midway += again && is_midway(left);
     }
     ASSERT_NO_FATAL_FAILURE(finish());
   }
@@ -124,14 +124,14 @@ TEST_P(Killed, OrThePowerIsCutOnARealDisk) {
       galaxies.fill(folder);
       disk.flush();
       Process process(machine);
-      std::this_thread::sleep_for(anymoment());
-      ASSERT_TRUE(disk.cutpower());
+      std::this_thread::sleep_for(any_moment());
+      ASSERT_TRUE(disk.cut_power());
       process.kill();
       process.wait();
       ASSERT_TRUE(disk.restart());
       const Tree left = tree(folder);
       ASSERT_EQ(broken(galaxies, left), "") << kind;
-      midway += ismidway(left);
+      midway += is_midway(left);
       ASSERT_NO_FATAL_FAILURE(finish());
     }
     std::cout << "power cuts, " << kind << ": " << cuts
@@ -149,7 +149,7 @@ TEST_P(Killed, TwoAtOnce) {
     galaxies.fill(folder);
     Process one(machine);
     Process other(machine);
-    std::this_thread::sleep_for(anymoment());
+    std::this_thread::sleep_for(any_moment());
     if (round % 2)
       other.kill();
     one.wait();

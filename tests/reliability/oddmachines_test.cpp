@@ -39,21 +39,21 @@ std::string repeated(std::string_view piece, std::size_t size) {
 class OddMachine : InMemory, public testing::Test {
 protected:
   OddMachine() {
-    machine.writedata();
+    machine.write_data();
     machine.install("vora", {1, 2, 3, 4});
     fs::create_directories(folder);
   }
 
   // Runs the program, which must use at most that much memory.
   Process::Ended run(std::size_t megabytes) {
-    auto ended = runsilently(machine);
+    auto ended = run_silently(machine);
     std::cout << "memory: " << ended.kilobytes / 1024 << " MB\n";
     EXPECT_TRUE(sanitized || ended.kilobytes <= static_cast<long>(megabytes * 1024));
     return ended;
   }
 
   TestMachine machine;
-  const fs::path folder = machine.userfolder;
+  const fs::path folder = machine.user_folder;
 };
 
 }  // namespace
@@ -80,12 +80,12 @@ TEST(OddRegistry, CutOffAfterEveryByteGivesTheValuesOfItsCompleteLines) {
   for (std::size_t length = 0; length <= text.size(); ++length) {
     SCOPED_TRACE(text.substr(0, length));
     for (std::size_t i = 0; i < std::size(values); ++i) {
-      const auto found = findvalue(text.substr(0, length), "Software\\Last", values[i].name);
+      const auto found = find_value(text.substr(0, length), "Software\\Last", values[i].name);
       ASSERT_EQ(found.has_value(), length >= complete[i]) << values[i].name;
       if (!found)
         continue;
-      const bool isnumber = found->type == RegistryValue::Type::number;
-      EXPECT_EQ(isnumber ? std::to_string(found->number) : found->text, values[i].value);
+      const bool is_number = found->type == RegistryValue::Type::number;
+      EXPECT_EQ(is_number ? std::to_string(found->number) : found->text, values[i].value);
     }
   }
 }
@@ -94,14 +94,15 @@ TEST(OddRegistry, CutOffAfterEveryByteGivesTheValuesOfItsCompleteLines) {
 TEST_F(OddMachine, ALargeRegistry) {
   const std::size_t size = (sanitized ? 5 : 100) * megabyte;
   const fs::path registry = machine.prefix / "system.reg";
-  writefile(registry,
-            repeated("[Software\\\\Some\\\\Key] 1\n\"Name\"=\"text\"\n\"Data\"=hex:01,\\\n  03\n\n",
-                     size) +
-                "[Software\\\\Large] 1\n\"Name\"=\"" + std::string(megabyte, 'v') + "\"\n\n" +
-                readfile(registry));
-  writefile(folder / "a.galaxy", oldmap);
+  write_file(
+      registry,
+      repeated("[Software\\\\Some\\\\Key] 1\n\"Name\"=\"text\"\n\"Data\"=hex:01,\\\n  03\n\n",
+               size) +
+          "[Software\\\\Large] 1\n\"Name\"=\"" + std::string(megabyte, 'v') + "\"\n\n" +
+          read_file(registry));
+  write_file(folder / "a.galaxy", old_map);
   EXPECT_EQ(run(16).said, "");
-  EXPECT_EQ(readfile(folder / "a.galaxy"), convertedmap);
+  EXPECT_EQ(read_file(folder / "a.galaxy"), converted_map);
 }
 
 TEST_F(OddMachine, DrivesThatPointToThemselves) {
@@ -111,35 +112,35 @@ TEST_F(OddMachine, DrivesThatPointToThemselves) {
   fs::create_directory_symlink("e:", dosdevices / "e:");
   fs::create_directory_symlink("../dosdevices", dosdevices / "f:");
   fs::create_directory_symlink(folder, folder / "again");
-  writefile(folder / "a.galaxy", oldmap);
+  write_file(folder / "a.galaxy", old_map);
   EXPECT_EQ(run(32).said, "");
-  EXPECT_EQ(readfile(folder / "a.galaxy"), convertedmap);
+  EXPECT_EQ(read_file(folder / "a.galaxy"), converted_map);
 }
 
 // Deeper than the system takes a path in one piece.
 TEST_F(OddMachine, ADeepTree) {
-  Handle below = openpath(systemdisk(), folder.string(), O_RDONLY | O_DIRECTORY);
+  Handle below = open_path(system_disk(), folder.string(), O_RDONLY | O_DIRECTORY);
   for (int depth = 0; depth < 2000; ++depth) {
     ASSERT_EQ(::mkdirat(below.get(), "deep", 0755), 0);
-    below = opennameat(below, "deep", O_RDONLY | O_DIRECTORY);
+    below = open_at(below, "deep", O_RDONLY | O_DIRECTORY);
   }
-  Handle map = opennameat(below, "a.galaxy", O_RDWR | O_CREAT, 0644);
-  ASSERT_TRUE(writeall(map, oldmap));
+  Handle map = open_at(below, "a.galaxy", O_RDWR | O_CREAT, 0644);
+  ASSERT_TRUE(write_all(map, old_map));
   EXPECT_EQ(run(96).said, "");
-  map = opennameat(below, "a.galaxy", O_RDONLY);
-  std::string text(std::string(convertedmap).size(), ' ');
-  ASSERT_TRUE(readall(map, text.data(), text.size()));
-  EXPECT_EQ(text, convertedmap);
+  map = open_at(below, "a.galaxy", O_RDONLY);
+  std::string text(std::string(converted_map).size(), ' ');
+  ASSERT_TRUE(read_all(map, text.data(), text.size()));
+  EXPECT_EQ(text, converted_map);
 }
 
 TEST_F(OddMachine, AFolderOfManyMaps) {
   const int count = sanitized ? 2000 : 50000;
   for (int i = 0; i < count; ++i)
     std::ofstream(folder / (std::to_string(i) + ".galaxy"))
-        << (i % 100 == 0 ? oldmap : convertedmap);
+        << (i % 100 == 0 ? old_map : converted_map);
   EXPECT_EQ(run(16).said, "");
   for (int i = 0; i < count; i += 100)
-    EXPECT_EQ(readfile(folder / (std::to_string(i) + ".galaxy")), convertedmap);
+    EXPECT_EQ(read_file(folder / (std::to_string(i) + ".galaxy")), converted_map);
 }
 
 // Alone and beside odd neighbours, each in a folder of its own: a name that Windows allows is that
@@ -153,18 +154,18 @@ TEST_F(OddMachine, NamesOfEveryByte) {
     for (const char* const neighbour : {"", "a", " ", ".", "\x80", "\xC3"})
       names.insert(names.end(), {neighbour + one, one + neighbour});
   }
-  const auto folderof = [&](std::size_t i) { return folder / std::to_string(i); };
+  const auto folder_of = [&](std::size_t i) { return folder / std::to_string(i); };
   for (std::size_t i = 0; i < names.size(); ++i)
-    writefile(folderof(i) / (names[i] + ".galaxy"), oldmap);
+    write_file(folder_of(i) / (names[i] + ".galaxy"), old_map);
   EXPECT_EQ(run(32).said, "");
   for (std::size_t i = 0; i < names.size(); ++i) {
-    const bool ismap =
+    const bool is_map =
         names[i].find_first_of("\\*?\"<>|:") == std::string::npos && !names[i].starts_with('.') &&
         std::none_of(names[i].begin(), names[i].end(), [](char c) { return c >= 1 && c < ' '; });
-    Tree expected{{names[i] + ".galaxy", ismap ? convertedmap : oldmap}};
-    if (ismap)
-      expected[names[i] + ".galold"] = oldmap;
-    EXPECT_EQ(tree(folderof(i)), expected);
+    Tree expected{{names[i] + ".galaxy", is_map ? converted_map : old_map}};
+    if (is_map)
+      expected[names[i] + ".galold"] = old_map;
+    EXPECT_EQ(tree(folder_of(i)), expected);
   }
 }
 
@@ -176,11 +177,11 @@ TEST_F(OddMachine, ALargeMapAndLargeTemplates) {
     old += "s$1\r\nsection" + number + "\r\n";
     current += "s$1\r\nnewsection" + number + "\r\n";
   }
-  writefile(machine.data / "voldstruct3.txt", old);
-  writefile(machine.data / "vnewstruct3.txt", current);
+  write_file(machine.data / "voldstruct3.txt", old);
+  write_file(machine.data / "vnewstruct3.txt", current);
   const std::size_t size = (sanitized ? 5 : 200) * megabyte;
   const std::string lines = repeated("a line that is carried over as it stands\r\n", size);
-  writefile(folder / "a.galaxy", "MAP\r\nversion 3\r\n" + lines + "section49999\r\n");
+  write_file(folder / "a.galaxy", "MAP\r\nversion 3\r\n" + lines + "section49999\r\n");
   EXPECT_EQ(run(4 * size / megabyte + 16 + 16).said, "");
-  EXPECT_EQ(readfile(folder / "a.galaxy"), "MAP\r\nversion 4\r\n" + lines + "newsection49999\r\n");
+  EXPECT_EQ(read_file(folder / "a.galaxy"), "MAP\r\nversion 4\r\n" + lines + "newsection49999\r\n");
 }

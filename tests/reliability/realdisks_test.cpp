@@ -19,7 +19,7 @@ namespace {
 
 constexpr uid_t nobody = 65534;
 
-void becomenobody() {
+void become_nobody() {
   if (::setgroups(0, nullptr) != 0 || ::setresgid(nobody, nobody, nobody) != 0 ||
       ::setresuid(nobody, nobody, nobody) != 0)
     ::_exit(126);
@@ -28,17 +28,17 @@ void becomenobody() {
 class RealDisks : public testing::Test {
 protected:
   RealDisks() {
-    machine.writedata();
+    machine.write_data();
     machine.install("vora", {1, 2, 3, 4});
     fs::create_directories(folder);
   }
 
   TestMachine machine;
-  const fs::path folder = machine.userfolder;
+  const fs::path folder = machine.user_folder;
 };
 
 // A file system of the test's own, that goes with it.
-bool mountsmall(const fs::path& folder, const char* size) {
+bool mount_small(const fs::path& folder, const char* size) {
   return ::unshare(CLONE_NEWNS) == 0 &&
          ::mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0 &&
          ::mount("none", folder.c_str(), "tmpfs", 0, size) == 0;
@@ -50,7 +50,7 @@ TEST_F(RealDisks, WhatAUserMayNotDoIsToldAndTheRestIsConverted) {
   if (::geteuid() != 0)
     GTEST_SKIP() << "only root can become another user";
   fs::permissions(machine.prefix.parent_path(), fs::perms(0755));
-  const std::string longname = std::string(248, 'x') + ".galaxy";
+  const std::string long_name = std::string(248, 'x') + ".galaxy";
   const struct {
     std::string file;
     bool ours;  // the folder and the map are the user's
@@ -59,12 +59,12 @@ TEST_F(RealDisks, WhatAUserMayNotDoIsToldAndTheRestIsConverted) {
   } cases[] = {
       {"readonly/a.galaxy", false, 0644, "Permission denied"},
       {"unreadable/b.galaxy", false, 0600, "Permission denied"},
-      {"longname/" + longname, true, 0644, "File name too long"},
+      {"longname/" + long_name, true, 0644, "File name too long"},
       {"taken/c.galaxy", true, 0644, "a folder has the name c.galold"},
       {"fine/d.galaxy", true, 0640, nullptr},
   };
   for (const auto& c : cases) {
-    writefile(folder / c.file, oldmap);
+    write_file(folder / c.file, old_map);
     ASSERT_EQ(::chmod((folder / c.file).c_str(), c.mode), 0);
     const uid_t owner = c.ours ? nobody : 0;
     for (const fs::path& path : {(folder / c.file).parent_path(), folder / c.file})
@@ -73,27 +73,27 @@ TEST_F(RealDisks, WhatAUserMayNotDoIsToldAndTheRestIsConverted) {
   // Where nobody may link to a file that is somebody else's, its backup must be a copy. What the
   // user makes of a stranger's file does nothing in the user's name, nor shows the user's group
   // what was another group's.
-  writefile(folder / "nolinks/e.galaxy", oldmap);
+  write_file(folder / "nolinks/e.galaxy", old_map);
   ASSERT_EQ(::chmod((folder / "nolinks/e.galaxy").c_str(), 06664), 0);
   ASSERT_EQ(::chown((folder / "nolinks").c_str(), nobody, nobody), 0);
-  writefile(folder / "longname" / (std::string(248, 'x') + ".galold"), "older");
+  write_file(folder / "longname" / (std::string(248, 'x') + ".galold"), "older");
   fs::create_directory(folder / "taken/c.galold");
-  const auto ended = runsilently(machine, becomenobody);
+  const auto ended = run_silently(machine, become_nobody);
   EXPECT_EQ(ended.status, 1);
   for (const auto& c : cases) {
     const std::string name = fs::path(c.file).filename().string();
-    EXPECT_EQ(readfile(folder / c.file), c.reason ? oldmap : convertedmap) << name;
+    EXPECT_EQ(read_file(folder / c.file), c.reason ? old_map : converted_map) << name;
     const auto told = ended.said.find(name);
     EXPECT_EQ(told != ended.said.npos, c.reason != nullptr) << ended.said;
     EXPECT_NE(ended.said.find(c.reason ? c.reason : ""), ended.said.npos) << ended.said;
   }
-  EXPECT_EQ(tree(folder / "nolinks"), (Tree{{"e.galaxy", convertedmap}, {"e.galold", oldmap}}));
+  EXPECT_EQ(tree(folder / "nolinks"), (Tree{{"e.galaxy", converted_map}, {"e.galold", old_map}}));
   struct stat result {
   }, backup{};
   EXPECT_EQ(::stat((folder / "nolinks/e.galaxy").c_str(), &result), 0);
   EXPECT_EQ(result.st_mode & 07777, 0604u);
   EXPECT_EQ(::stat((folder / "nolinks/e.galold").c_str(), &backup), 0);
-  if (readfile("/proc/sys/fs/protected_hardlinks") == "1\n")
+  if (read_file("/proc/sys/fs/protected_hardlinks") == "1\n")
     EXPECT_EQ(backup.st_uid, nobody) << "it is no copy";
   else
     std::cout << "no copy was needed: anybody may link to anybody's files here\n";
@@ -101,17 +101,17 @@ TEST_F(RealDisks, WhatAUserMayNotDoIsToldAndTheRestIsConverted) {
 }
 
 TEST_F(RealDisks, AFullDiskLosesNothingAndIsFinishedLater) {
-  if (::geteuid() != 0 || !mountsmall(folder, "size=320k"))
+  if (::geteuid() != 0 || !mount_small(folder, "size=320k"))
     GTEST_SKIP() << "a file system of its own cannot be mounted here";
   const fs::path maps = folder / "maps";
   const Galaxies galaxies{"v", 40};
   galaxies.fill(maps);
-  const auto ended = runsilently(machine);
+  const auto ended = run_silently(machine);
   EXPECT_EQ(ended.status, 1);
   EXPECT_NE(ended.said.find("No space left on device"), ended.said.npos) << ended.said;
   EXPECT_EQ(broken(galaxies, tree(maps)), "");
   ASSERT_EQ(::mount("none", folder.c_str(), "tmpfs", MS_REMOUNT, "size=4m"), 0);
-  EXPECT_EQ(runsilently(machine).said, "");
+  EXPECT_EQ(run_silently(machine).said, "");
   EXPECT_EQ(unfinished(galaxies, tree(maps)), "");
   EXPECT_EQ(::umount(folder.c_str()), 0);
 }
@@ -123,7 +123,7 @@ TEST_F(RealDisks, BackupsAreCopiedWhereThereAreNoHardLinks) {
       continue;
     const Galaxies galaxies{"v", 40};
     galaxies.fill(folder / "maps");
-    EXPECT_EQ(runsilently(machine).said, "");
+    EXPECT_EQ(run_silently(machine).said, "");
     EXPECT_EQ(unfinished(galaxies, tree(folder / "maps")), "");
     return;
   }
@@ -140,24 +140,24 @@ protected:
   // In debug mode the expansion searches the whole drive of the current folder, so this must not be
   // the one that holds everything.
   Elsewhere() {
-    machine.data = machine.drivec / "data";
-    machine.writedata();
+    machine.data = machine.drive_c / "data";
+    machine.write_data();
     if (mode.debug)
-      writefile(machine.data / "targetvoraver.txt", "\r\n\r\n\r\n\r\n\r\n\r\ndebug\r\n");
-    machine.install(isbase ? "vora" : "voratarnfall",
-                    isbase ? VersionParts{1, 2, 3, 4} : VersionParts{5, 6, 7, 8});
-    writefile(elsewhere / "victim", oldmap);
-    writefile(elsewhere / "outside.galaxy", oldmap);
+      write_file(machine.data / "targetvoraver.txt", "\r\n\r\n\r\n\r\n\r\n\r\ndebug\r\n");
+    machine.install(is_base ? "vora" : "voratarnfall",
+                    is_base ? VersionParts{1, 2, 3, 4} : VersionParts{5, 6, 7, 8});
+    write_file(elsewhere / "victim", old_map);
+    write_file(elsewhere / "outside.galaxy", old_map);
     fs::create_symlink(elsewhere / "victim", machine.data / "info.txt");
   }
 
   // Two maps of such a version, with links to elsewhere wherever the program may want to write.
   void makemaps(const std::string& version) {
     fs::remove_all(folder);
-    map = std::string(oldmap) + "..\\..\\outside.galaxy\r\n";
+    map = std::string(old_map) + "..\\..\\outside.galaxy\r\n";
     map.replace(map.find(" 3"), 2, version);
     for (const char* name : {"a", "x.."}) {
-      writefile(folder / (std::string(name) + ".galaxy"), map);
+      write_file(folder / (std::string(name) + ".galaxy"), map);
       for (const char* ending : {".galold", ".galfix", ".galtst"})
         fs::create_symlink(elsewhere / "victim", folder / (std::string(name) + ending));
     }
@@ -169,9 +169,9 @@ protected:
   // What becomes of them. Where the version has no templates, the first map ends the run; it gets
   // its backup all the same, but for debug mode.
   Tree made(Tree left, bool converts) const {
-    const std::string rest = map.substr(std::string(oldmap).size());
+    const std::string rest = map.substr(std::string(old_map).size());
     // In debug mode the fix pass takes the map itself, in which it recognises nothing.
-    const std::string result = isbase ? convertedmap + rest : mode.debug ? map : fixedmap + rest;
+    const std::string result = is_base ? converted_map + rest : mode.debug ? map : fixed_map + rest;
     for (const std::string name : {"a", "x.."}) {
       if (mode.debug && converts)
         left[name + ".galtst"] = result;
@@ -180,16 +180,16 @@ protected:
       left[name + ".galold2"] = std::exchange(left[name + ".galold"], map);
       if (converts)
         left[name + ".galaxy"] = result;
-      if (converts && !isbase)
-        left[name + ".galfix"] = convertedmap + rest;
+      if (converts && !is_base)
+        left[name + ".galfix"] = converted_map + rest;
     }
     return left;
   }
 
   const Mode mode = GetParam();
-  const bool isbase = mode.edition == std::string("v");
+  const bool is_base = mode.edition == std::string("v");
   TestMachine machine;
-  const fs::path folder = (isbase ? machine.userfolder : machine.expansionfolder) / "maps";
+  const fs::path folder = (is_base ? machine.user_folder : machine.expansion_folder) / "maps";
   const fs::path elsewhere = machine.prefix.parent_path() / "elsewhere";
   std::string map;
 };
@@ -204,16 +204,16 @@ TEST_P(Elsewhere, IsNothingWritten) {
   for (const std::string version : {" 3", "..", "\\a", "/a", "C:", "*?", "\x01\x02", " "}) {
     SCOPED_TRACE(version);
     makemaps(version);
-    const Tree machinebefore = tree(machine.drivec);
+    const Tree machine_before = tree(machine.drive_c);
     const Tree expected = made(tree(folder), version == " 3");
-    const auto ended = runsilently(machine);
+    const auto ended = run_silently(machine);
 
     EXPECT_EQ(tree(elsewhere), before);
-    Tree machineafter = tree(machine.drivec);
-    std::erase_if(machineafter,
+    Tree machine_after = tree(machine.drive_c);
+    std::erase_if(machine_after,
                   [&](const auto& file) { return file.first.find("/maps/") != std::string::npos; });
-    for (const auto& [name, content] : machineafter)
-      EXPECT_TRUE(machinebefore.contains(name) && machinebefore.at(name) == content) << name;
+    for (const auto& [name, content] : machine_after)
+      EXPECT_TRUE(machine_before.contains(name) && machine_before.at(name) == content) << name;
 
     EXPECT_EQ(ended.status, version == " 3" ? 0 : 1) << ended.said;
     EXPECT_EQ(tree(folder), expected) << ended.said;

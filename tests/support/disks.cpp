@@ -12,13 +12,13 @@ namespace {
 
 using Tree = std::map<std::string, std::string>;
 
-ino_t inodeof(int folder, const char* name) {
+ino_t inode_of(int folder, const char* name) {
   struct stat status {};
   ::fstatat(folder, name, &status, AT_EMPTY_PATH | AT_SYMLINK_NOFOLLOW);
   return status.st_ino;
 }
 
-ino_t inodeof(int file) { return inodeof(file, ""); }
+ino_t inode_of(int file) { return inode_of(file, ""); }
 
 bool refuses(int error) {
   if (error)
@@ -86,7 +86,7 @@ ssize_t WatchedDisk::names(int folder, char* into, std::size_t size) {
 }
 
 int WatchedDisk::rename(int folder, const char* from, const char* to, unsigned flags) {
-  if (fails() || refuses(flags ? unknown.renamefree : 0))
+  if (fails() || refuses(flags ? unknown.rename_no_replace : 0))
     return -1;
   return Disk::rename(folder, from, to, flags);
 }
@@ -99,21 +99,21 @@ int WatchedDisk::remove(int folder, const char* name) {
   return fails() ? -1 : Disk::remove(folder, name);
 }
 
-ModelDisk::ModelDisk(const fs::path& folder, Unknown itsunknown,
-                     const std::function<bool(const std::string&)>& isunflushed)
-    : unknown(itsunknown) {
+ModelDisk::ModelDisk(const fs::path& folder, Unknown unknown_in,
+                     const std::function<bool(const std::string&)>& is_unflushed)
+    : unknown(unknown_in) {
   for (const auto& [name, content] : tree(folder)) {
     struct stat status {};
     ::stat((folder / name).c_str(), &status);
     before[name] = status.st_ino;
-    contents[status.st_ino] = isunflushed(name) ? unflushed : content;
+    contents[status.st_ino] = is_unflushed(name) ? unflushed : content;
   }
 }
 
-void ModelDisk::addcut(const std::function<bool(std::size_t)>& isleft) {
+void ModelDisk::add_cut(const std::function<bool(std::size_t)>& is_left) {
   Names names = before;
   for (std::size_t i = 0; i < changes.size(); ++i) {
-    if (!isleft(i))
+    if (!is_left(i))
       continue;
     names.erase(changes[i].gone);
     if (!changes[i].made.empty())
@@ -125,42 +125,42 @@ void ModelDisk::addcut(const std::function<bool(std::size_t)>& isleft) {
   cuts.insert(std::move(left));
 }
 
-void ModelDisk::addcuts() {
-  addcut([](std::size_t) { return true; });
+void ModelDisk::add_cuts() {
+  add_cut([](std::size_t) { return true; });
   for (std::size_t lone = 0; lone < changes.size(); ++lone) {
     if (changes[lone].flushed)
       continue;
-    addcut([&](std::size_t i) { return i != lone; });
-    addcut([&](std::size_t i) { return i == lone || changes[i].flushed; });
+    add_cut([&](std::size_t i) { return i != lone; });
+    add_cut([&](std::size_t i) { return i == lone || changes[i].flushed; });
   }
 }
 
 void ModelDisk::changed(Change change) {
   changes.push_back(std::move(change));
-  addcuts();
+  add_cuts();
 }
 
 int ModelDisk::open(int folder, const char* name, int flags, unsigned mode) {
   const int file = Disk::open(folder, name, flags, mode);
   if (file < 0 || !(flags & O_CREAT))
     return file;
-  contents[inodeof(file)] = unflushed;
-  changed({"", name, inodeof(file), false});
+  contents[inode_of(file)] = unflushed;
+  changed({"", name, inode_of(file), false});
   return file;
 }
 
 int ModelDisk::flush(int file) {
-  const ino_t inode = inodeof(file);
-  contents[inode] = readfile("/proc/self/fd/" + std::to_string(file));
+  const ino_t inode = inode_of(file);
+  contents[inode] = read_file("/proc/self/fd/" + std::to_string(file));
   for (Change& change : changes)
     change.flushed |= change.inode == inode;
-  addcuts();
+  add_cuts();
   return 0;
 }
 
 int ModelDisk::rename(int folder, const char* from, const char* to, unsigned flags) {
-  const ino_t inode = inodeof(folder, from);
-  if (refuses(flags ? unknown.renamefree : 0) || Disk::rename(folder, from, to, flags) != 0)
+  const ino_t inode = inode_of(folder, from);
+  if (refuses(flags ? unknown.rename_no_replace : 0) || Disk::rename(folder, from, to, flags) != 0)
     return -1;
   changed({from, to, inode, false});
   return 0;
@@ -169,12 +169,12 @@ int ModelDisk::rename(int folder, const char* from, const char* to, unsigned fla
 int ModelDisk::link(int folder, const char* from, const char* to) {
   if (refuses(unknown.link) || Disk::link(folder, from, to) != 0)
     return -1;
-  changed({"", to, inodeof(folder, from), false});
+  changed({"", to, inode_of(folder, from), false});
   return 0;
 }
 
 int ModelDisk::remove(int folder, const char* name) {
-  const ino_t inode = inodeof(folder, name);
+  const ino_t inode = inode_of(folder, name);
   if (Disk::remove(folder, name) != 0)
     return -1;
   changed({name, "", inode, false});

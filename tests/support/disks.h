@@ -23,8 +23,8 @@ struct InMemory {
 
 // What a file system answers to that it does not know: an error, or 0 when it does.
 struct Unknown {
-  int link = 0;        // a second name for a file
-  int renamefree = 0;  // a renaming that replaces nothing
+  int link = 0;               // a second name for a file
+  int rename_no_replace = 0;  // a renaming that replaces nothing
 };
 
 // A disk on which something happens before one of the calls. It flushes nothing: no test that stays
@@ -37,8 +37,8 @@ public:
   static constexpr int half = -1;
 
   explicit WatchedDisk(
-      Before whattodo = [](int) { return 0; }, Unknown itsunknown = {})
-      : before(std::move(whattodo)), unknown(itsunknown) {}
+      Before what_to_do = [](int) { return 0; }, Unknown unknown_in = {})
+      : before(std::move(what_to_do)), unknown(unknown_in) {}
 
   int open(int folder, const char* name, int flags, unsigned mode) override;
   int close(int file) override;
@@ -72,9 +72,9 @@ private:
 // left alone, or be missing while all others are there.
 class ModelDisk : public Disk {
 public:
-  // The folder's files have long been flushed, except for those whose content `isunflushed`.
-  ModelDisk(const std::filesystem::path& folder, Unknown itsunknown,
-            const std::function<bool(const std::string& name)>& isunflushed);
+  // The folder's files have long been flushed, except for those whose content `is_unflushed`.
+  ModelDisk(const std::filesystem::path& folder, Unknown unknown_in,
+            const std::function<bool(const std::string& name)>& is_unflushed);
 
   int open(int folder, const char* name, int flags, unsigned mode) override;
   int flush(int file) override;
@@ -97,8 +97,8 @@ private:
   };
 
   void changed(Change change);
-  void addcuts();
-  void addcut(const std::function<bool(std::size_t change)>& isleft);
+  void add_cuts();
+  void add_cut(const std::function<bool(std::size_t change)>& is_left);
 
   const Unknown unknown;
   Names before;  // the first change

@@ -12,29 +12,29 @@ public:
   std::map<std::string, std::string> registry;
   std::optional<OsVersion> version = OsVersion{2, 6, 2};
   FolderPath folder{FolderPath::ok, "C:\\folder"};
-  std::uint32_t askedfolder = 0;
+  std::uint32_t asked_folder = 0;
   std::optional<ProductVersion> product;
   std::string own = "C:\\program";
 
-  std::optional<std::string> regread(const std::string& valuepath) override {
-    const auto value = registry.find(valuepath);
+  std::optional<std::string> reg_read(const std::string& value_path) override {
+    const auto value = registry.find(value_path);
     return value == registry.end() ? std::nullopt : std::optional(value->second);
   }
-  bool regwrite(const std::string& valuepath, const std::string& data,
-                const std::string& type) override {
-    registry[valuepath] = type + ":" + data;
+  bool reg_write(const std::string& value_path, const std::string& data,
+                 const std::string& type) override {
+    registry[value_path] = type + ":" + data;
     return true;
   }
-  bool regdelete(const std::string& valuepath) override { return registry.erase(valuepath) > 0; }
+  bool reg_delete(const std::string& value_path) override { return registry.erase(value_path) > 0; }
   std::string environment(const std::string&) override { return ""; }
-  std::optional<OsVersion> osversion() override { return version; }
-  FolderPath folderpath(std::uint32_t csidl) override {
-    askedfolder = csidl;
+  std::optional<OsVersion> os_version() override { return version; }
+  FolderPath folder_path(std::uint32_t csidl) override {
+    asked_folder = csidl;
     return folder;
   }
-  std::optional<ProductVersion> productversion(const std::string&) override { return product; }
+  std::optional<ProductVersion> product_version(const std::string&) override { return product; }
   std::vector<std::string> drives() override { return {}; }
-  std::string appfolder() override { return own; }
-  std::string argumenttext() override { return ""; }
+  std::string app_folder() override { return own; }
+  std::string argument_text() override { return ""; }
   std::string lowercase(std::string_view text) override { return ::lowercase(text); }
 };

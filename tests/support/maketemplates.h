@@ -6,13 +6,13 @@
 #include <string>
 
 // Lines separated by LF in a test stand for lines of a file.
-inline std::string fileof(const std::string& text) {
+inline std::string file_of(const std::string& text) {
   std::string file;
   for (const char c : text)
     file += c == '\n' ? std::string("\r\n") : std::string(1, c);
   return file;
 }
 
-inline LineArray linesof(const std::string& text) { return LineArray::split(fileof(text)); }
-inline OldTemplate oldof(const std::string& text) { return indexold("old.txt", fileof(text)); }
-inline NewTemplate newof(const std::string& text) { return indexnew("new.txt", fileof(text)); }
+inline LineArray lines_of(const std::string& text) { return LineArray::split(file_of(text)); }
+inline OldTemplate old_of(const std::string& text) { return index_old("old.txt", file_of(text)); }
+inline NewTemplate new_of(const std::string& text) { return index_new("new.txt", file_of(text)); }

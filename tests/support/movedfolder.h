@@ -13,7 +13,7 @@
 // made for the tests: where they are broken off, it stays there.
 class MovedFolder {
 public:
-  MovedFolder(const wchar_t* itsname, const std::string& folder) : name(itsname) {
+  MovedFolder(const wchar_t* name_in, const std::string& folder) : name(name_in) {
     DWORD size = sizeof before;
     known = RegGetValueW(HKEY_CURRENT_USER, key, name, RRF_RT_ANY | RRF_NOEXPAND, nullptr, before,
                          &size) == ERROR_SUCCESS;

@@ -44,9 +44,9 @@ Process::Ended Process::wait() {
   struct rusage usage {};
   ::wait4(process, &status, 0, &usage);
   return {WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status), usage.ru_maxrss,
-          readfile(output)};
+          read_file(output)};
 }
 
-Process::Ended runsilently(const TestMachine& machine, const std::function<void()>& before) {
+Process::Ended run_silently(const TestMachine& machine, const std::function<void()>& before) {
   return Process(machine, before).wait();
 }

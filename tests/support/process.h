@@ -28,4 +28,4 @@ private:
 };
 
 // Starts "/silent" and waits for its end.
-Process::Ended runsilently(const TestMachine& machine, const std::function<void()>& before = {});
+Process::Ended run_silently(const TestMachine& machine, const std::function<void()>& before = {});

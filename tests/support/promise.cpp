@@ -15,34 +15,34 @@ std::string numbered(std::string text, int i) {
   return text.insert(at + 3, std::to_string(i));
 }
 
-std::string contentof(const Tree& left, const std::string& name) {
+std::string content_of(const Tree& left, const std::string& name) {
   const auto found = left.find(name);
   return found == left.end() ? "none" : found->second;
 }
 
 }  // namespace
 
-std::string Galaxies::old(int i) const { return numbered(oldmap, i); }
+std::string Galaxies::old(int i) const { return numbered(old_map, i); }
 
 std::string Galaxies::converted(int i) const {
-  return numbered(edition == "v" ? convertedmap : fixedmap, i);
+  return numbered(edition == "v" ? converted_map : fixed_map, i);
 }
 
-std::string Galaxies::backup(int i) const { return i % 3 == 1 ? numbered(oldmap, 1000 + i) : ""; }
+std::string Galaxies::backup(int i) const { return i % 3 == 1 ? numbered(old_map, 1000 + i) : ""; }
 
 void Galaxies::fill(const fs::path& folder) const {
   fs::remove_all(folder);
   fs::create_directories(folder);
   for (int i = 0; i < count; ++i) {
-    writefile(folder / (name(i) + ".galaxy"), old(i));
+    write_file(folder / (name(i) + ".galaxy"), old(i));
     if (!backup(i).empty())
-      writefile(folder / (name(i) + (edition == "v" ? ".galold" : ".GALold")), backup(i));
-    if (hasequalbackup(i))
-      writefile(folder / (name(i) + ".galold"), old(i));
+      write_file(folder / (name(i) + (edition == "v" ? ".galold" : ".GALold")), backup(i));
+    if (has_equal_backup(i))
+      write_file(folder / (name(i) + ".galold"), old(i));
   }
 }
 
-bool hasbackup(const Tree& left, const std::string& name, const std::string& content) {
+bool has_backup(const Tree& left, const std::string& name, const std::string& content) {
   return std::any_of(left.begin(), left.end(), [&](const auto& file) {
     return lowercase(file.first).starts_with(name + ".galold") && file.second == content;
   });
@@ -51,12 +51,12 @@ bool hasbackup(const Tree& left, const std::string& name, const std::string& con
 std::string broken(const Galaxies& galaxies, const Tree& left) {
   for (int i = 0; i < galaxies.count; ++i) {
     const std::string name = galaxies.name(i);
-    const std::string own = contentof(left, name + ".galaxy");
+    const std::string own = content_of(left, name + ".galaxy");
     if (own != galaxies.old(i) && own != galaxies.converted(i))
       return name + " is half converted: " + own;
-    if (own != galaxies.old(i) && !hasbackup(left, name, galaxies.old(i)))
+    if (own != galaxies.old(i) && !has_backup(left, name, galaxies.old(i)))
       return name + " is lost";
-    if (!galaxies.backup(i).empty() && !hasbackup(left, name, galaxies.backup(i)))
+    if (!galaxies.backup(i).empty() && !has_backup(left, name, galaxies.backup(i)))
       return name + "'s older backup is lost";
   }
   return "";
@@ -64,10 +64,10 @@ std::string broken(const Galaxies& galaxies, const Tree& left) {
 
 std::string unfinished(const Galaxies& galaxies, const Tree& left) {
   for (int i = 0; i < galaxies.count; ++i)
-    if (contentof(left, galaxies.name(i) + ".galaxy") != galaxies.converted(i))
+    if (content_of(left, galaxies.name(i) + ".galaxy") != galaxies.converted(i))
       return galaxies.name(i) + " is not converted";
   for (const auto& [name, content] : left)
-    if (MapFolder::istemporary(name))
+    if (MapFolder::is_temporary(name))
       return name + " stayed behind";
   return broken(galaxies, left);
 }

@@ -19,14 +19,14 @@ struct Galaxies {
   std::string old(int i) const;        // the map as it was
   std::string converted(int i) const;  // what the edition makes of it
   std::string backup(int i) const;     // the content of its older backup
-  bool hasequalbackup(int i) const { return i % 3 == 2; }
+  bool has_equal_backup(int i) const { return i % 3 == 2; }
 
   // Makes the folder anew, with these maps and nothing else.
   void fill(const std::filesystem::path& folder) const;
 };
 
 // Whether a map's content is there under one of its backup names.
-bool hasbackup(const Tree& left, const std::string& name, const std::string& content);
+bool has_backup(const Tree& left, const std::string& name, const std::string& content);
 
 // What is broken in what is left of the folder, empty when the promise holds: each map is there
 // under its own name, as it was or converted; as it was it is there under its own or a backup name;

@@ -24,7 +24,7 @@ bool does(const std::string& command) {
 }
 
 Handle opened(const fs::path& folder) {
-  return openpath(systemdisk(), folder.string(), O_RDONLY | O_DIRECTORY);
+  return open_path(system_disk(), folder.string(), O_RDONLY | O_DIRECTORY);
 }
 
 }  // namespace
@@ -52,7 +52,7 @@ bool RealDisk::mount() const {
 void RealDisk::flush() const { ::syncfs(opened(folder).get()); }
 
 // The call is named after the kind that had it first; 2 is to lose what waits to be written.
-bool RealDisk::cutpower() const {
+bool RealDisk::cut_power() const {
   const std::uint32_t how = 2;
   return ::ioctl(opened(folder).get(), _IOR('X', 125, std::uint32_t), &how) == 0;
 }

@@ -20,7 +20,7 @@ public:
 
   // Stops the file system as a power cut would: what is not on the disk yet never gets there. False
   // where the system knows no such thing of this kind.
-  [[nodiscard]] bool cutpower() const;
+  [[nodiscard]] bool cut_power() const;
 
   // Lets the file system find its way back, as it does when the power returns.
   [[nodiscard]] bool restart() const;

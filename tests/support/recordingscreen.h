@@ -11,12 +11,12 @@
 class RecordingScreen : public Screen {
 public:
   void show() override { shown = true; }
-  void showcaption(const std::string& text) override { caption = text; }
+  void show_caption(const std::string& text) override { caption = text; }
   void refresh(const Control&) override {}
   void appended(const Control&, std::string_view) override {}
-  void messagebox(const std::string& text) override { messages.push_back(text); }
-  void standarderror(const std::string& text) override { errors.push_back(text); }
-  void processmessages() override {
+  void message_box(const std::string& text) override { messages.push_back(text); }
+  void print_error(const std::string& text) override { errors.push_back(text); }
+  void process_messages() override {
     if (pending)
       pending();
   }

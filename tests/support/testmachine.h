@@ -26,14 +26,14 @@ public:
   TestMachine& operator=(const TestMachine&) = delete;
 
   std::filesystem::path prefix;  // the folder that holds the machine; empty on Windows
-  std::filesystem::path drivec, program;
-  std::filesystem::path data;             // the current folder of the programs made from now on
-  std::filesystem::path userfolder;       // the base edition's user space
-  std::filesystem::path expansionfolder;  // the expansion's
+  std::filesystem::path drive_c, program;
+  std::filesystem::path data;              // the current folder of the programs made from now on
+  std::filesystem::path user_folder;       // the base edition's user space
+  std::filesystem::path expansion_folder;  // the expansion's
 
   // Sets a text value below HKEY_LOCAL_MACHINE.
-  void setregistry(const std::string& key, const std::string& name, const std::string& text);
-  void setversion(const std::string& version);  // of Windows, such as "6.1"
+  void set_registry(const std::string& key, const std::string& name, const std::string& text);
+  void set_version(const std::string& version);  // of Windows, such as "6.1"
 
   // Registers an edition ("vora", "vorazendrel" or "voratarnfall") in C:\Games\<edition> and puts
   // its executable there.
@@ -44,29 +44,29 @@ public:
   std::unique_ptr<System> system(const std::string& arguments) const;
 
   // The steps of a replacement of one of its maps.
-  std::unique_ptr<MapFolder> mapfolder(const std::filesystem::path& map) const;
+  std::unique_ptr<MapFolder> map_folder(const std::filesystem::path& map) const;
 
   // A small set of data files for format version 4, with templates for version 3 and the
   // expansion's fix pass; the target releases are 1.2.3.4 and 5.6.7.8.
-  void writedata();
+  void write_data();
 
 private:
-  void makefolders();
+  void make_folders();
 };
 
-// The maps that `writedata` is for, and what becomes of them.
-extern const char oldmap[];        // of version 3
-extern const char convertedmap[];  // by the first pass
-extern const char fixedmap[];      // by the expansion's fix pass after it
+// The maps that `write_data` is for, and what becomes of them.
+extern const char old_map[];        // of version 3
+extern const char converted_map[];  // by the first pass
+extern const char fixed_map[];      // by the expansion's fix pass after it
 
 // Reads a map and replaces it.
-Result<Done> replacemap(Files& files, const Replacement& replacement);
+Result<Done> replace_map(Files& files, const Replacement& replacement);
 
 // The Windows path of a path on drive Z:.
-std::string zpath(const std::filesystem::path& path);
+std::string z_path(const std::filesystem::path& path);
 
-void writefile(const std::filesystem::path& path, std::string_view text);
-std::string readfile(const std::filesystem::path& path);
+void write_file(const std::filesystem::path& path, std::string_view text);
+std::string read_file(const std::filesystem::path& path);
 
 // The names below a folder, relative to it, folders left out, each with its file's content; links
 // have their target.
@@ -76,15 +76,15 @@ std::map<std::string, std::string> tree(const std::filesystem::path& folder);
 struct Program {
   // `disk` must outlive the object.
   explicit Program(const TestMachine& machine, const std::string& arguments = "");
-  Program(std::unique_ptr<Files> itsfiles, std::unique_ptr<System> itssystem);
+  Program(std::unique_ptr<Files> files_in, std::unique_ptr<System> system_in);
 
-  const std::unique_ptr<Files> ownfiles;
-  const std::unique_ptr<System> ownsystem;
-  Files& files = *ownfiles;
+  const std::unique_ptr<Files> own_files;
+  const std::unique_ptr<System> own_system;
+  Files& files = *own_files;
   RecordingScreen screen;
-  Form1 form{files, *ownsystem, screen};
+  Form1 form{files, *own_system, screen};
 
   // Runs `action`. The exit status when it ended the program, -1 when it returned.
-  static constexpr int goeson = -1;
+  static constexpr int returned = -1;
   int run(const std::function<void()>& action);
 };

@@ -14,12 +14,12 @@ namespace {
 class Handlers : public testing::Test {
 protected:
   Handlers() {
-    machine.writedata();
+    machine.write_data();
     machine.install("vora", {1, 2, 3, 4});
-    writefile(machine.userfolder / "settings.txt", "");
+    write_file(machine.user_folder / "settings.txt", "");
     for (const char* name : {"a.galaxy", "b.galaxy", "sub/c.galaxy"})
-      writefile(machine.userfolder / name, oldmap);
-    program.run([&] { loadform(form); });
+      write_file(machine.user_folder / name, old_map);
+    program.run([&] { load_form(form); });
   }
 
   TestMachine machine;
@@ -34,12 +34,12 @@ TEST_F(Handlers, ADisabledButtonDoesNothingAndLeavesTheKeyboardToTheNextStep) {
   press(form, form.Command1);
   press(form, form.Command1);
   EXPECT_EQ(form.Label8.text(), "1");
-  EXPECT_EQ(&focusafter(form), &form.Command2);
+  EXPECT_EQ(&focus_after(form), &form.Command2);
   press(form, form.Command6);
   EXPECT_FALSE(form.Command6.enabled());
-  EXPECT_EQ(&focusafter(form), &form.Command2);
+  EXPECT_EQ(&focus_after(form), &form.Command2);
   press(form, form.Command2);
-  EXPECT_EQ(&focusafter(form), &form.Command1);
+  EXPECT_EQ(&focus_after(form), &form.Command1);
 }
 
 TEST_F(Handlers, AFolderIsShownOrTheReasonWhyNot) {
@@ -49,9 +49,9 @@ TEST_F(Handlers, AFolderIsShownOrTheReasonWhyNot) {
   EXPECT_EQ(form.File1.names(), (std::vector<std::string>{"a.galaxy", "b.galaxy"}));
   EXPECT_EQ(form.Drive1.drives(), (std::vector<std::string>{"C:", "Z:"}));
 
-  fs::remove_all(machine.drivec / "Games");
+  fs::remove_all(machine.drive_c / "Games");
   press(form, form.Command4);
-  selectdrive(form, "Q:");
+  select_drive(form, "Q:");
   ASSERT_EQ(messages.size(), 2u);
   EXPECT_NE(messages[0].find("C:\\Games\\vora\\"), std::string::npos);
   EXPECT_NE(messages[1].find("Q:\\"), std::string::npos);
@@ -65,7 +65,7 @@ TEST(Layout, HasEveryControlOnceInsideTheWindow) {
   Program program(machine);
   ASSERT_EQ(layout().size(), program.form.controls().size());
   for (const ControlLayout& row : layout()) {
-    EXPECT_LE(row.left + row.width, windowwidth) << row.name;
-    EXPECT_LE(row.top + row.height, windowheight) << row.name;
+    EXPECT_LE(row.left + row.width, window_width) << row.name;
+    EXPECT_LE(row.top + row.height, window_height) << row.name;
   }
 }

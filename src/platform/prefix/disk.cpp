@@ -47,7 +47,7 @@ int Disk::link(int folder, const char* from, const char* to) {
 
 int Disk::remove(int folder, const char* name) { return ::unlinkat(folder, name, 0); }
 
-Disk& systemdisk() {
+Disk& system_disk() {
   static Disk disk;
   return disk;
 }

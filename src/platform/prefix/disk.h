@@ -41,4 +41,4 @@ public:
 };
 
 // The disk of everybody who needs no other.
-Disk& systemdisk();
+Disk& system_disk();

@@ -11,30 +11,30 @@
 
 namespace {
 
-// `eachname` of a folder that may have been read before.
-bool readagain(const Handle& folder, const Visit& visit) {
-  return eachname(opennameat(folder, ".", O_RDONLY | O_DIRECTORY), visit);
+// `for_each_name` of a folder that may have been read before.
+bool read_again(const Handle& folder, const Visit& visit) {
+  return for_each_name(open_at(folder, ".", O_RDONLY | O_DIRECTORY), visit);
 }
 
 // The name that differs from `name` in letter case alone; the first in byte order of several.
-std::string findfolded(const Handle& folder, const std::string& name) {
+std::string find_folded(const Handle& folder, const std::string& name) {
   const std::string wanted = lowercase(name);
   std::string found;
-  readagain(folder, [&](const char* other, unsigned char) {
+  read_again(folder, [&](const char* other, unsigned char) {
     if (lowercase(other) == wanted && (found.empty() || other < found))
       found = other;
   });
   return found;
 }
 
-bool hasname(const Handle& folder, const std::string& name) {
+bool has_name(const Handle& folder, const std::string& name) {
   struct stat ignored;
-  return lookat(folder, name, ignored);
+  return stat_at(folder, name, ignored);
 }
 
 }  // namespace
 
-bool eachname(const Handle& folder, const Visit& visit) {
+bool for_each_name(const Handle& folder, const Visit& visit) {
   if (!folder)
     return false;
   alignas(dirent64) char buffer[1 << 15];
@@ -52,8 +52,8 @@ bool eachname(const Handle& folder, const Visit& visit) {
   }
 }
 
-std::string findname(const Handle& folder, const std::string& name) {
-  return hasname(folder, name) ? name : findfolded(folder, name);
+std::string find_name(const Handle& folder, const std::string& name) {
+  return has_name(folder, name) ? name : find_folded(folder, name);
 }
 
 std::size_t FolderNames::Folded::operator()(const std::string& name) const {
@@ -64,7 +64,7 @@ bool FolderNames::Folded::operator()(const std::string& one, const std::string& 
   return lowercase(one) == lowercase(other);
 }
 
-FolderNames::Stamp FolderNames::stampof(const Handle& folder) {
+FolderNames::Stamp FolderNames::stamp_of(const Handle& folder) {
   struct stat status;
   if (!describe(folder, status))
     return {};
@@ -72,30 +72,30 @@ FolderNames::Stamp FolderNames::stampof(const Handle& folder) {
 }
 
 void FolderNames::refresh(const Handle& folder) {
-  const Stamp now = stampof(folder);
+  const Stamp now = stamp_of(folder);
   if (stamp == now)
     return;
   stamp = now;
   hashes.clear();
   spellings.reset();
-  if (!readagain(folder, [&](const char* name, unsigned char) { hashes.insert(Folded()(name)); }))
+  if (!read_again(folder, [&](const char* name, unsigned char) { hashes.insert(Folded()(name)); }))
     stamp = {};  // to be read again for the next question
 }
 
 std::string FolderNames::find(const Handle& folder, const std::string& name) {
-  if (hasname(folder, name))
+  if (has_name(folder, name))
     return name;
   if (!hashes.contains(Folded()(name)))
     return "";
   if (!spellings) {
     spellings.emplace();
-    if (!readagain(folder, [&](const char* other, unsigned char) { spellings->insert(other); }))
+    if (!read_again(folder, [&](const char* other, unsigned char) { spellings->insert(other); }))
       stamp = {};
   }
   const auto [begin, end] = spellings->equal_range(name);
   std::string found;
   for (auto other = begin; other != end; ++other)
-    if ((found.empty() || *other < found) && hasname(folder, *other))
+    if ((found.empty() || *other < found) && has_name(folder, *other))
       found = *other;
   return found;
 }
@@ -111,5 +111,5 @@ void FolderNames::added(const std::string& name) {
 
 void FolderNames::changed(const Handle& folder) {
   if (stamp != Stamp{})
-    stamp = stampof(folder);
+    stamp = stamp_of(folder);
 }

@@ -14,11 +14,11 @@
 // and its type (DT_REG, DT_DIR, ...). False, with errno set, when the folder cannot be read to its
 // end.
 using Visit = std::function<void(const char* name, unsigned char type)>;
-bool eachname(const Handle& folder, const Visit& visit);
+bool for_each_name(const Handle& folder, const Visit& visit);
 
 // The spelling of `name` in a folder: the exact one when it is there, else the first one that
 // differs in letter case alone, else the empty text.
-std::string findname(const Handle& folder, const std::string& name);
+std::string find_name(const Handle& folder, const std::string& name);
 
 // Remembers which names one folder holds, so that many questions about it cost one reading.
 class FolderNames {
@@ -26,7 +26,7 @@ public:
   // Reads the folder, unless nothing has changed since it was last read. Call it before the rest.
   void refresh(const Handle& folder);
 
-  // The same answer as `findname`.
+  // The same answer as `find_name`.
   std::string find(const Handle& folder, const std::string& name);
 
   // Tells of a name that the caller is about to make. The caller says when it is done, so that its
@@ -48,7 +48,7 @@ private:
   };
   using Spellings = std::unordered_multiset<std::string, Folded, Folded>;
 
-  static Stamp stampof(const Handle& folder);
+  static Stamp stamp_of(const Handle& folder);
 
   Stamp stamp;
   // Nearly always there is no such name in any letter case, which hashes tell in a tenth of the

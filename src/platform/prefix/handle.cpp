@@ -15,7 +15,7 @@ bool Handle::close() {
 }
 
 // A longer path than the system takes is walked in pieces, each relative to the one before.
-Handle openpath(Disk& disk, const std::string& path, int flags, unsigned mode) {
+Handle open_path(Disk& disk, const std::string& path, int flags, unsigned mode) {
   Handle folder;
   std::string_view rest = path;
   int base = AT_FDCWD;
@@ -33,12 +33,12 @@ Handle openpath(Disk& disk, const std::string& path, int flags, unsigned mode) {
   return Handle(disk, disk.open(base, std::string(rest).c_str(), flags | O_CLOEXEC, mode));
 }
 
-Handle opennameat(const Handle& folder, const std::string& name, int flags, unsigned mode) {
+Handle open_at(const Handle& folder, const std::string& name, int flags, unsigned mode) {
   Disk& disk = folder.disk();
   return Handle(disk, disk.open(folder.get(), name.c_str(), flags | O_CLOEXEC, mode));
 }
 
-bool writeall(const Handle& file, std::string_view text) {
+bool write_all(const Handle& file, std::string_view text) {
   while (!text.empty()) {
     const ssize_t written = file.disk().write(file.get(), text.data(), text.size());
     if (written < 0 && errno != EINTR)
@@ -48,8 +48,8 @@ bool writeall(const Handle& file, std::string_view text) {
   return true;
 }
 
-std::optional<std::size_t> readall(const Handle& file, char* buffer, std::size_t size,
-                                   std::size_t from) {
+std::optional<std::size_t> read_all(const Handle& file, char* buffer, std::size_t size,
+                                    std::size_t from) {
   std::size_t done = 0;
   while (done < size) {
     const ssize_t length =
@@ -67,8 +67,8 @@ bool describe(const Handle& file, struct stat& status) {
   return file.disk().status(file.get(), "", AT_EMPTY_PATH, status) == 0;
 }
 
-bool lookat(const Handle& folder, const std::string& name, struct stat& status) {
+bool stat_at(const Handle& folder, const std::string& name, struct stat& status) {
   return folder.disk().status(folder.get(), name.c_str(), AT_SYMLINK_NOFOLLOW, status) == 0;
 }
 
-std::string systemreason() { return std::generic_category().message(errno); }
+std::string system_reason() { return std::generic_category().message(errno); }

@@ -12,16 +12,16 @@ namespace fs = std::filesystem;
 
 namespace {
 
-bool isprefix(const fs::path& folder) {
+bool is_prefix(const fs::path& folder) {
   std::error_code ignored;
   return fs::exists(folder / "system.reg", ignored) &&
          (fs::exists(folder / "dosdevices", ignored) || fs::exists(folder / "drive_c", ignored));
 }
 
 // The nearest prefix that holds `folder`.
-std::optional<std::string> prefixabove(fs::path folder) {
+std::optional<std::string> prefix_above(fs::path folder) {
   for (; !folder.empty(); folder = folder.parent_path()) {
-    if (isprefix(folder))
+    if (is_prefix(folder))
       return folder.string();
     if (folder == folder.root_path())
       break;
@@ -36,24 +36,24 @@ std::string homefolder() {
   return user ? user->pw_dir : "";
 }
 
-std::string findprefix(const Machine& machine) {
+std::string find_prefix(const Machine& machine) {
   if (const char* prefix = std::getenv("WINEPREFIX"); prefix && *prefix)
-    return (fs::path(machine.currentfolder) / prefix).lexically_normal().string();
-  if (auto prefix = prefixabove(machine.currentfolder))
+    return (fs::path(machine.current_folder) / prefix).lexically_normal().string();
+  if (auto prefix = prefix_above(machine.current_folder))
     return *prefix;
-  if (auto prefix = prefixabove(machine.programfolder))
+  if (auto prefix = prefix_above(machine.program_folder))
     return *prefix;
   return homefolder() + "/.wine";
 }
 
 }  // namespace
 
-Machine findmachine() {
+Machine find_machine() {
   std::error_code ignored;
   Machine machine;
-  machine.currentfolder = fs::current_path(ignored).string();
-  machine.programfolder = fs::read_symlink("/proc/self/exe", ignored).parent_path().string();
-  machine.folder = findprefix(machine);
+  machine.current_folder = fs::current_path(ignored).string();
+  machine.program_folder = fs::read_symlink("/proc/self/exe", ignored).parent_path().string();
+  machine.folder = find_prefix(machine);
   while (machine.folder.size() > 1 && machine.folder.ends_with('/'))
     machine.folder.pop_back();
   return machine;

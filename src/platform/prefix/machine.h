@@ -5,12 +5,12 @@
 
 // POSIX paths, without "/" at their ends.
 struct Machine {
-  std::string folder;         // the Wine prefix; it need not exist
-  std::string currentfolder;  // the process's current folder
-  std::string programfolder;  // the folder that holds the program's executable
+  std::string folder;          // the Wine prefix; it need not exist
+  std::string current_folder;  // the process's current folder
+  std::string program_folder;  // the folder that holds the program's executable
 };
 
 // The machine of this process: the prefix is $WINEPREFIX; when that is unset, the nearest folder
 // above the current one, or else above the program's, that holds `dosdevices` or `drive_c` beside a
 // `system.reg`; else `~/.wine`.
-Machine findmachine();
+Machine find_machine();

@@ -3,8 +3,8 @@
 
 #include <malloc.h>
 
-void keepmemory() {
-  constexpr int largestkept = 4 << 20;  // of a text, in bytes
-  mallopt(M_MMAP_THRESHOLD, largestkept);
-  mallopt(M_TRIM_THRESHOLD, 2 * largestkept);
+void keep_freed_memory() {
+  constexpr int max_kept = 4 << 20;  // of a text, in bytes
+  mallopt(M_MMAP_THRESHOLD, max_kept);
+  mallopt(M_TRIM_THRESHOLD, 2 * max_kept);
 }

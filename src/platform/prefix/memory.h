@@ -2,4 +2,4 @@
 #pragma once
 
 // Keeps the memory that one map needed for the next. Call it once, before the first map.
-void keepmemory();
+void keep_freed_memory();

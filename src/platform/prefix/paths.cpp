@@ -18,57 +18,57 @@ namespace fs = std::filesystem;
 
 namespace {
 
-constexpr std::string_view unixprefix = R"(\\?\unix\)";
+constexpr std::string_view unix_namespace = R"(\\?\unix\)";
 
 char upper(char c) { return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c; }
 
-bool isseparator(char c) { return c == '\\' || c == '/'; }
+bool is_separator(char c) { return c == '\\' || c == '/'; }
 
 // The path without links, empty when there is nothing.
-std::string realpath(const std::string& path) {
+std::string resolve_symlinks(const std::string& path) {
   const std::unique_ptr<char, decltype(&std::free)> real(::realpath(path.c_str(), nullptr),
                                                          &std::free);
   return real ? real.get() : "";
 }
 
 // Every link "x:" of the folder `dosdevices` is a drive.
-std::map<char, std::string> linkeddrives(const fs::path& dosdevices) {
+std::map<char, std::string> linked_drives(const fs::path& dosdevices) {
   std::map<char, std::string> roots;
   std::error_code failed;
   for (fs::directory_iterator entry(dosdevices, failed), end; !failed && entry != end;
        entry.increment(failed)) {
     const std::string name = entry->path().filename().string();
-    if (name.size() == 2 && hasdrive(name))
-      roots[upper(name[0])] = realpath(entry->path().string());
+    if (name.size() == 2 && has_drive(name))
+      roots[upper(name[0])] = resolve_symlinks(entry->path().string());
   }
   return roots;
 }
 
-std::map<char, std::string> drivesof(const std::string& machine) {
+std::map<char, std::string> drives_of(const std::string& machine) {
   std::error_code ignored;
   const fs::path dosdevices = fs::path(machine) / "dosdevices";
   if (fs::is_directory(dosdevices, ignored))
-    return linkeddrives(dosdevices);
-  return {{'C', realpath(machine + "/drive_c")}, {'Z', "/"}};
+    return linked_drives(dosdevices);
+  return {{'C', resolve_symlinks(machine + "/drive_c")}, {'Z', "/"}};
 }
 
 // A root's path to which "/" and a name can be added.
-std::string withoutslash(std::string path) {
+std::string without_slash(std::string path) {
   while (path.ends_with('/'))
     path.pop_back();
   return path;
 }
 
 bool holds(const std::string& root, const std::string& path) {
-  const std::string base = withoutslash(root);
+  const std::string base = without_slash(root);
   return path.starts_with(base) && (path.size() == base.size() || path[base.size()] == '/');
 }
 
-bool existsat(Disk& disk, const std::string& path) {
+bool exists_at(Disk& disk, const std::string& path) {
   struct stat ignored;
   if (disk.status(AT_FDCWD, path.c_str(), AT_SYMLINK_NOFOLLOW, ignored) == 0)
     return true;
-  return errno == ENAMETOOLONG && openpath(disk, path, O_PATH | O_NOFOLLOW);
+  return errno == ENAMETOOLONG && open_path(disk, path, O_PATH | O_NOFOLLOW);
 }
 
 Failure missing(const std::string& path) {
@@ -76,26 +76,26 @@ Failure missing(const std::string& path) {
 }
 
 // The failure for a folder on the way that errno tells of.
-Failure nothere(const std::string& path) {
-  const bool nosuch = errno == ENOENT || errno == ENOTDIR;
-  return nosuch ? missing(path) : Failure{path, "find it", systemreason()};
+Failure path_failure(const std::string& path) {
+  const bool no_such = errno == ENOENT || errno == ENOTDIR;
+  return no_such ? missing(path) : Failure{path, "find it", system_reason()};
 }
 
 }  // namespace
 
-Paths::Paths(const Machine& machine, Disk& itsdisk)
-    : disk(itsdisk), currentfolder(machine.currentfolder), roots(drivesof(machine.folder)) {}
+Paths::Paths(const Machine& machine, Disk& disk_in)
+    : disk(disk_in), current_folder(machine.current_folder), roots(drives_of(machine.folder)) {}
 
 // The POSIX path of the root that `path` starts from, which is the current drive's unless it names
 // one.
-Result<std::string> Paths::driveroot(const std::string& path) const {
-  const std::string from = hasdrive(path) ? path : windowspath(currentfolder);
+Result<std::string> Paths::drive_root(const std::string& path) const {
+  const std::string from = has_drive(path) ? path : windows_path(current_folder);
   const auto root = roots.find(upper(from[0]));
   if (root == roots.end())
     return Failure{path, "find it", "there is no such drive", true};
   if (root->second.empty())
     return Failure{path, "find it", "the drive is not ready"};
-  return withoutslash(root->second);
+  return without_slash(root->second);
 }
 
 Result<Paths::Parsed> Paths::parse(const std::string& path) const {
@@ -103,16 +103,16 @@ Result<Paths::Parsed> Paths::parse(const std::string& path) const {
     return missing(path);
   std::string_view rest = path;
   Parsed parsed;
-  if (path.starts_with(unixprefix)) {
-    rest.remove_prefix(unixprefix.size());
-  } else if (hasdrive(path) || isseparator(path[0])) {
-    const auto root = driveroot(path);
+  if (path.starts_with(unix_namespace)) {
+    rest.remove_prefix(unix_namespace.size());
+  } else if (has_drive(path) || is_separator(path[0])) {
+    const auto root = drive_root(path);
     if (!root)
       return root.failure();
     parsed.root = *root;
-    rest.remove_prefix(hasdrive(path) ? 2 : 1);
+    rest.remove_prefix(has_drive(path) ? 2 : 1);
   } else {
-    parsed.components = splitpath(currentfolder, "/");
+    parsed.components = split_names(current_folder, "/");
   }
   auto names = resolve(std::move(parsed.components), rest, path);
   if (!names)
@@ -142,36 +142,36 @@ Result<Location> Paths::find(const std::string& path) const {
   const auto parsed = parse(path);
   if (!parsed)
     return parsed.failure();
-  if (Location exact = exactly(*parsed); exact.name.empty() || existsat(disk, exact.path()))
+  if (Location exact = exactly(*parsed); exact.name.empty() || exists_at(disk, exact.path()))
     return exact;
   Location found{parsed->root, ""};
   for (const std::string& component : parsed->components) {
     if (!found.name.empty())
       found.folder += "/" + found.name;
-    const Handle folder = openpath(disk, found.folder + "/", O_PATH | O_DIRECTORY);
+    const Handle folder = open_path(disk, found.folder + "/", O_PATH | O_DIRECTORY);
     if (!folder)
-      return nothere(path);
-    const std::string spelled = findname(folder, component);
+      return path_failure(path);
+    const std::string spelled = find_name(folder, component);
     found.exists = !spelled.empty();
     found.name = found.exists ? spelled : component;
   }
   return found;
 }
 
-std::string Paths::windowspath(const std::string& path, char preferred) const {
+std::string Paths::windows_path(const std::string& path, char preferred) const {
   char letter = 0;
   std::string base;
   for (const auto& [drive, root] : roots) {
-    const bool deeper = letter == 0 || withoutslash(root).size() > base.size();
-    const bool equal = withoutslash(root).size() == base.size() && drive == upper(preferred);
+    const bool deeper = letter == 0 || without_slash(root).size() > base.size();
+    const bool equal = without_slash(root).size() == base.size() && drive == upper(preferred);
     if (root.empty() || !holds(root, path) || (!deeper && !equal))
       continue;
     letter = drive;
-    base = withoutslash(root);
+    base = without_slash(root);
   }
   std::string names = path.substr(std::min(base.size() + 1, path.size()));
   std::replace(names.begin(), names.end(), '/', '\\');
-  return (letter ? std::string{letter, ':', '\\'} : std::string(unixprefix)) + names;
+  return (letter ? std::string{letter, ':', '\\'} : std::string(unix_namespace)) + names;
 }
 
 std::vector<std::string> Paths::drives() const {

@@ -21,8 +21,8 @@ struct Location {
 
 class Paths {
 public:
-  // `itsdisk` must outlive the object.
-  explicit Paths(const Machine& machine, Disk& itsdisk = systemdisk());
+  // `disk_in` must outlive the object.
+  explicit Paths(const Machine& machine, Disk& disk_in = system_disk());
 
   // Where a Windows path leads if all its names are spelled as on the disk; the disk is not asked.
   // Fails when its drive is not there, and when Windows would not allow one of its names.
@@ -35,7 +35,7 @@ public:
   // The Windows path of a POSIX path, seen from the deepest drive that holds it; of several such,
   // from `preferred` when that is one, else from the first. What is on no drive is named in the way
   // of Wine: `\\?\unix\` and the path.
-  std::string windowspath(const std::string& path, char preferred = 0) const;
+  std::string windows_path(const std::string& path, char preferred = 0) const;
 
   // The drives' letters, in order, each with its colon.
   std::vector<std::string> drives() const;
@@ -48,9 +48,9 @@ private:
 
   static Location exactly(const Parsed& parsed);
   Result<Parsed> parse(const std::string& path) const;
-  Result<std::string> driveroot(const std::string& path) const;
+  Result<std::string> drive_root(const std::string& path) const;
 
   Disk& disk;
-  std::string currentfolder;
+  std::string current_folder;
   std::map<char, std::string> roots;  // POSIX path by upper-case letter, empty where not ready
 };

@@ -9,15 +9,15 @@
 
 class PrefixFiles : public Files {
 public:
-  // `itsdisk` must outlive the object.
-  explicit PrefixFiles(const Machine& machine, Disk& itsdisk = systemdisk())
-      : disk(itsdisk), paths(machine, itsdisk) {}
+  // `disk_in` must outlive the object.
+  explicit PrefixFiles(const Machine& machine, Disk& disk_in = system_disk())
+      : disk(disk_in), paths(machine, disk_in) {}
 
   Result<std::string> lookup(const std::string& path, Match match) override;
   Result<std::vector<Entry>> list(const std::string& folder, std::string_view pattern) override;
-  Result<std::string> fullpath(const std::string& folder) override;
+  Result<std::string> full_path(const std::string& folder) override;
   Result<std::string> read(const std::string& path) override;
-  Result<std::unique_ptr<OpenMap>> openmap(const std::string& path) override;
+  Result<std::unique_ptr<OpenMap>> open_map(const std::string& path) override;
   Result<Done> write(const std::string& path, std::string_view text) override;
   Result<Done> append(const std::string& path, std::string_view text) override;
 
@@ -39,9 +39,9 @@ private:
   // Opens what a path names. Most names are spelled as on the disk, so that is tried first.
   // `action` tells what the caller is about to do.
   Result<Opened> open(const std::string& path, int flags, const char* action) const;
-  Result<Opened> openfolder(const std::string& folder) const;
+  Result<Opened> open_folder(const std::string& folder) const;
   Result<Content> content(const std::string& path);
-  Result<Done> writetext(const std::string& path, std::string_view text, int flags) const;
+  Result<Done> write_text(const std::string& path, std::string_view text, int flags) const;
 
   Disk& disk;
   Paths paths;

@@ -18,10 +18,10 @@ using Reason = MapFolder::Reason;
 constexpr int attempts = 100;        // to find a free name
 constexpr std::time_t coarsest = 2;  // seconds between the time stamps of some file systems
 
-Reason lasterror() { return {systemreason()}; }
+Reason last_error() { return {system_reason()}; }
 
 // A file system, or a kind of file, that knows no second names.
-bool nohardlinks(int error) {
+bool lacks_hard_links(int error) {
   return error == EPERM || error == EOPNOTSUPP || error == ENOSYS || error == EMLINK;
 }
 
@@ -31,24 +31,24 @@ constexpr mode_t groups = 0070;
 // Gives a file, which is described by `own`, the owner and the group of another one, and answers
 // which permissions it may take over: only root may give files away, and another group must not get
 // what was not meant for it.
-mode_t giveaway(const Handle& file, const struct stat& own, const struct stat& like) {
+mode_t copy_owner(const Handle& file, const struct stat& own, const struct stat& like) {
   const bool same = own.st_uid == like.st_uid && own.st_gid == like.st_gid;
   if (same || ::fchown(file.get(), like.st_uid, like.st_gid) == 0)
     return like.st_mode & permissions;
-  const bool samegroup = ::fchown(file.get(), static_cast<uid_t>(-1), like.st_gid) == 0;
-  return like.st_mode & (samegroup ? permissions : permissions & ~groups);
+  const bool same_group = ::fchown(file.get(), static_cast<uid_t>(-1), like.st_gid) == 0;
+  return like.st_mode & (same_group ? permissions : permissions & ~groups);
 }
 
 // Whether a new file is this run's alone. A run that clears up may have taken it for a leftover
 // before it was locked, and has removed it or is about to.
-bool isours(const Handle& file, struct stat& status) {
+bool is_ours(const Handle& file, struct stat& status) {
   if (file.disk().lock(file.get()) != 0 && errno == EWOULDBLOCK)
     return false;
   return describe(file, status) && status.st_nlink > 0;
 }
 
 // Renames to a name that must be free: EEXIST when it is not. False, with errno set, on failure.
-bool renametofree(const Handle& folder, const std::string& from, const std::string& to) {
+bool rename_at_no_replace(const Handle& folder, const std::string& from, const std::string& to) {
   Disk& disk = folder.disk();
   const int at = folder.get();
   if (disk.rename(at, from.c_str(), to.c_str(), RENAME_NOREPLACE) == 0)
@@ -57,7 +57,7 @@ bool renametofree(const Handle& folder, const std::string& from, const std::stri
     return false;
   // The file system knows no such renaming.
   struct stat taken;
-  if (lookat(folder, to, taken)) {
+  if (stat_at(folder, to, taken)) {
     errno = EEXIST;
     return false;
   }
@@ -76,7 +76,7 @@ MapFolder::Stamp PrefixMapFolder::stamp(const struct stat& status) {
           time.tv_sec < std::time(nullptr) - coarsest};
 }
 
-// Where the file system has no locks, two runs at once are kept apart by `stampof` alone.
+// Where the file system has no locks, two runs at once are kept apart by `stamp_of` alone.
 MapFolder::Answer<std::optional<MapFolder::Stamp>> PrefixMapFolder::lock() {
   if (folder.disk().lock(map.handle.get()) != 0 && errno == EWOULDBLOCK)
     return std::optional<Stamp>();
@@ -84,28 +84,28 @@ MapFolder::Answer<std::optional<MapFolder::Stamp>> PrefixMapFolder::lock() {
 }
 
 template <class Use> auto PrefixMapFolder::with(const std::string& name, Use use) const {
-  return name == mapname ? use(map.handle)
-                         : use(opennameat(folder, name, O_RDONLY | O_NOFOLLOW | O_NONBLOCK));
+  return name == map_name ? use(map.handle)
+                          : use(open_at(folder, name, O_RDONLY | O_NOFOLLOW | O_NONBLOCK));
 }
 
-MapFolder::Answer<MapFolder::Kind> PrefixMapFolder::kindof(const std::string& name) {
+MapFolder::Answer<MapFolder::Kind> PrefixMapFolder::kind_of(const std::string& name) {
   struct stat status;
-  if (!lookat(folder, name, status)) {
+  if (!stat_at(folder, name, status)) {
     if (errno == ENOENT)
       return Kind::nothing;
-    return lasterror();
+    return last_error();
   }
   if (S_ISDIR(status.st_mode))
     return Kind::folder;
   return S_ISREG(status.st_mode) ? Kind::file : Kind::other;
 }
 
-MapFolder::Answer<MapFolder::Stamp> PrefixMapFolder::stampof(const std::string& name) {
+MapFolder::Answer<MapFolder::Stamp> PrefixMapFolder::stamp_of(const std::string& name) {
   struct stat status;
-  if (!lookat(folder, name, status))
-    return lasterror();
+  if (!stat_at(folder, name, status))
+    return last_error();
   if (!S_ISREG(status.st_mode))
-    return notordinary;
+    return not_ordinary;
   return stamp(status);
 }
 
@@ -113,16 +113,16 @@ MapFolder::Answer<bool> PrefixMapFolder::holds(const std::string& name, std::str
   return with(name, [&](const Handle& file) -> Answer<bool> {
     struct stat status;
     if (!file || !describe(file, status))
-      return lasterror();
+      return last_error();
     if (!S_ISREG(status.st_mode) || static_cast<std::size_t>(status.st_size) != text.size())
       return false;
     std::size_t from = 0;
     const auto read = [&](char* into, std::size_t size) {
-      return readall(file, into, size, std::exchange(from, from + size));
+      return read_all(file, into, size, std::exchange(from, from + size));
     };
     const auto same = reads(read, text);
     if (!same)
-      return lasterror();
+      return last_error();
     return *same;
   });
 }
@@ -130,38 +130,38 @@ MapFolder::Answer<bool> PrefixMapFolder::holds(const std::string& name, std::str
 MapFolder::Answer<Done> PrefixMapFolder::flush(const std::string& name) {
   return with(name, [&](const Handle& file) -> Answer<Done> {
     if (!file || folder.disk().flush(file.get()) != 0)
-      return lasterror();
+      return last_error();
     return Done{};
   });
 }
 
-MapFolder::Answer<std::string> PrefixMapFolder::makefile(Handle& file, struct stat& status) {
+MapFolder::Answer<std::string> PrefixMapFolder::make_file(Handle& file, struct stat& status) {
   for (int attempt = 0; attempt < attempts; ++attempt) {
-    std::string free = temporaryname();
-    file = opennameat(folder, free, O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW, 0600);
+    std::string free = temporary_name();
+    file = open_at(folder, free, O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW, 0600);
     if (!file && errno != EEXIST)
       break;
-    if (file && isours(file, status))
+    if (file && is_ours(file, status))
       return free;
     if (file)
       remove(free);
   }
-  return lasterror();
+  return last_error();
 }
 
-MapFolder::Answer<std::string> PrefixMapFolder::writetemporary(std::string_view text) {
+MapFolder::Answer<std::string> PrefixMapFolder::write_temporary(std::string_view text) {
   Handle file;
   struct stat status;
-  auto made = makefile(file, status);
+  auto made = make_file(file, status);
   if (!made)
     return made;
-  const mode_t mode = giveaway(file, status, map.status);
+  const mode_t mode = copy_owner(file, status, map.status);
   // It stays open for its lock: what was flushed no failing close can take back.
-  if (writeall(file, text) && folder.disk().flush(file.get()) == 0) {
+  if (write_all(file, text) && folder.disk().flush(file.get()) == 0) {
     written.push_back({*made, std::move(file), mode});
     return made;
   }
-  Reason reason = lasterror();
+  Reason reason = last_error();
   remove(*made);
   return reason;
 }
@@ -184,32 +184,32 @@ bool PrefixMapFolder::permit(const std::string& name) {
 MapFolder::Answer<Done> PrefixMapFolder::rename(const std::string& from, const std::string& to,
                                                 const std::string&) {
   if (!permit(from) || folder.disk().rename(folder.get(), from.c_str(), to.c_str(), 0) != 0)
-    return lasterror();
+    return last_error();
   names.added(to);
   return Done{};
 }
 
-MapFolder::Answer<bool> PrefixMapFolder::renamefree(const std::string& from,
-                                                    const std::string& to) {
+MapFolder::Answer<bool> PrefixMapFolder::rename_no_replace(const std::string& from,
+                                                           const std::string& to) {
   names.added(to);
-  if (permit(from) && renametofree(folder, from, to))
+  if (permit(from) && rename_at_no_replace(folder, from, to))
     return true;
   if (errno == EEXIST)
     return false;
-  return lasterror();
+  return last_error();
 }
 
 MapFolder::Answer<bool> PrefixMapFolder::link(const std::string& from, const std::string& to) {
   names.added(to);
   if (folder.disk().link(folder.get(), from.c_str(), to.c_str()) == 0)
     return true;
-  if (nohardlinks(errno))
+  if (lacks_hard_links(errno))
     return false;
-  return lasterror();
+  return last_error();
 }
 
-void clearleftover(const Handle& folder, const std::string& name) {
-  const Handle file = opennameat(folder, name, O_RDONLY | O_NOFOLLOW | O_NONBLOCK);
+void remove_stale_temporary(const Handle& folder, const std::string& name) {
+  const Handle file = open_at(folder, name, O_RDONLY | O_NOFOLLOW | O_NONBLOCK);
   struct stat status;
   if (!file || !describe(file, status) || !S_ISREG(status.st_mode))
     return;

@@ -21,23 +21,23 @@ struct MapFile {
 class PrefixMapFolder : public MapFolder {
 public:
   // The folder is open; what is passed must outlive the object.
-  PrefixMapFolder(const Handle& open, FolderNames& known, const MapFile& itsmap)
-      : MapFolder(itsmap.name), folder(open), names(known), map(itsmap) {}
+  PrefixMapFolder(const Handle& open, FolderNames& known, const MapFile& map_in)
+      : MapFolder(map_in.name), folder(open), names(known), map(map_in) {}
 
   // The stamp of a file that was just described.
   static Stamp stamp(const struct stat& status);
 
   std::string spelled(const std::string& name) override;
   Answer<std::optional<Stamp>> lock() override;
-  Answer<Kind> kindof(const std::string& name) override;
-  Answer<Stamp> stampof(const std::string& name) override;
+  Answer<Kind> kind_of(const std::string& name) override;
+  Answer<Stamp> stamp_of(const std::string& name) override;
   Answer<bool> holds(const std::string& name, std::string_view text) override;
   Answer<Done> flush(const std::string& name) override;
-  Answer<std::string> writetemporary(std::string_view text) override;
+  Answer<std::string> write_temporary(std::string_view text) override;
   void remove(const std::string& name) override;
   Answer<Done> rename(const std::string& from, const std::string& to,
                       const std::string& kept) override;
-  Answer<bool> renamefree(const std::string& from, const std::string& to) override;
+  Answer<bool> rename_no_replace(const std::string& from, const std::string& to) override;
   Answer<bool> link(const std::string& from, const std::string& to) override;
 
 private:
@@ -48,7 +48,7 @@ private:
     mode_t mode;
   };
 
-  Answer<std::string> makefile(Handle& file, struct stat& status);
+  Answer<std::string> make_file(Handle& file, struct stat& status);
   bool permit(const std::string& name);
 
   // What `use` answers for the open file of a name.
@@ -61,7 +61,7 @@ private:
 };
 
 // Removes the temporary file `name` that a killed run left in an open folder. The rule: the name is
-// exactly one of `MapFolder::temporaryname`, it is an ordinary file and no link, and its lock can
+// exactly one of `MapFolder::temporary_name`, it is an ordinary file and no link, and its lock can
 // be had: a run holds those of its files, and the system lets go of them when the run is killed.
 // Where the file system has no locks everything stays.
-void clearleftover(const Handle& folder, const std::string& name);
+void remove_stale_temporary(const Handle& folder, const std::string& name);

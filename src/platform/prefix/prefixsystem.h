@@ -8,34 +8,34 @@
 
 class PrefixSystem : public System {
 public:
-  // `argumentline` is what `argumenttext` gives.
-  PrefixSystem(const Machine& machine, std::string argumentline);
+  // `argument_line` is what `argument_text` gives.
+  PrefixSystem(const Machine& machine, std::string argument_line);
 
-  std::optional<std::string> regread(const std::string& valuepath) override;
-  bool regwrite(const std::string& valuepath, const std::string& data,
-                const std::string& type) override;
-  bool regdelete(const std::string& valuepath) override;
+  std::optional<std::string> reg_read(const std::string& value_path) override;
+  bool reg_write(const std::string& value_path, const std::string& data,
+                 const std::string& type) override;
+  bool reg_delete(const std::string& value_path) override;
 
   // The process's own variables come first, then those of the registry.
   std::string environment(const std::string& name) override;
 
   // Held at 6.2, as Windows itself answers a program that declares no newer version.
-  std::optional<OsVersion> osversion() override;
+  std::optional<OsVersion> os_version() override;
 
-  FolderPath folderpath(std::uint32_t csidl) override;
-  std::optional<ProductVersion> productversion(const std::string& path) override;
+  FolderPath folder_path(std::uint32_t csidl) override;
+  std::optional<ProductVersion> product_version(const std::string& path) override;
   std::vector<std::string> drives() override;
-  std::string appfolder() override;
-  std::string argumenttext() override;
+  std::string app_folder() override;
+  std::string argument_text() override;
   std::string lowercase(std::string_view text) override;
 
 private:
   std::optional<std::string> variable(const std::string& name);
   std::string expand(std::string_view text);
-  void makefolder(const std::string& path);
+  void make_folder(const std::string& path);
 
   Paths paths;
   Registry registry;
-  const std::string programfolder;
+  const std::string program_folder;
   const std::string arguments;
 };

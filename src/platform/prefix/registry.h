@@ -24,7 +24,7 @@ public:
   // file together, when one of them is first asked for, and once more after a change; a file that
   // is missing, cannot be read or has more than 1 GiB counts as empty. %NAME% in an expandable text
   // is left as it is.
-  std::optional<RegistryValue> read(const std::string& valuepath);
+  std::optional<RegistryValue> read(const std::string& value_path);
 
   // Sets a value, making its key where that is missing. `type` is REG_SZ, REG_EXPAND_SZ, REG_DWORD
   // or REG_BINARY in any letter case, the empty text REG_SZ. The data of the last two is a decimal
@@ -32,11 +32,11 @@ public:
   // is changed as it stands at that moment, and replaced in one step with its permissions kept.
   // False, and nothing is changed, for any other type or data, a file that is there but cannot be
   // read, a machine folder that does not exist, or a failure to write.
-  bool write(const std::string& valuepath, const std::string& data, const std::string& type);
+  bool write(const std::string& value_path, const std::string& data, const std::string& type);
 
   // Deletes a value, or for a path that ends in "\" the key with everything below it. False, and
   // nothing is changed, where there is no such thing, for a root key, or on a failure to write.
-  bool remove(const std::string& valuepath);
+  bool remove(const std::string& value_path);
 
 private:
   // One of the two files.
@@ -53,8 +53,8 @@ private:
   };
 
   // The file of a root key, null for a root that is not kept.
-  Hive* findhive(const std::string& root);
+  Hive* find_hive(const std::string& root);
 
-  Hive localmachine;
-  Hive currentuser;
+  Hive local_machine;
+  Hive current_user;
 };

@@ -7,7 +7,7 @@ namespace {
 constexpr char32_t lowest[] = {0, 0, 0x80, 0x800, 0x10000};
 constexpr char32_t highest = 0x10FFFF;
 
-std::size_t lengthfrom(unsigned char first) {
+std::size_t sequence_length(unsigned char first) {
   if (first < 0x80)
     return 1;
   if (first < 0xC0)
@@ -17,9 +17,9 @@ std::size_t lengthfrom(unsigned char first) {
 
 }  // namespace
 
-std::size_t decodeutf8(std::string_view text, char32_t& character) {
+std::size_t decode_utf8(std::string_view text, char32_t& character) {
   const auto first = static_cast<unsigned char>(text.front());
-  const std::size_t length = lengthfrom(first);
+  const std::size_t length = sequence_length(first);
   if (length == 0 || text.size() < length)
     return 0;
   character = length == 1 ? first : first & (0x7Fu >> length);
@@ -32,7 +32,7 @@ std::size_t decodeutf8(std::string_view text, char32_t& character) {
   return character >= lowest[length] && character <= highest ? length : 0;
 }
 
-void appendutf8(std::string& text, char32_t character) {
+void append_utf8(std::string& text, char32_t character) {
   if (character < 0x80) {
     text += static_cast<char>(character);
     return;

@@ -7,7 +7,7 @@
 
 // Reads the character at the start of `text`, which must not be empty. Gives its length in bytes; 0
 // when the bytes there are no character.
-std::size_t decodeutf8(std::string_view text, char32_t& character);
+std::size_t decode_utf8(std::string_view text, char32_t& character);
 
 // Adds a character to the end of `text`.
-void appendutf8(std::string& text, char32_t character);
+void append_utf8(std::string& text, char32_t character);

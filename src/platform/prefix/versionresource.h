@@ -12,4 +12,4 @@
 // first version resource of a PE file (PE32 or PE32+). Nothing where the stream is no such file, or
 // holds no version resource, or one that is damaged or cut off. The stream must be opened in binary
 // mode and seekable; its position and state afterwards mean nothing.
-std::optional<ProductVersion> readproductversion(std::istream& executable);
+std::optional<ProductVersion> read_product_version(std::istream& executable);

@@ -12,11 +12,11 @@ struct CloseFind {
 };
 
 // An empty drive root has not even a "." to be found.
-bool isempty(DWORD error) { return error == ERROR_FILE_NOT_FOUND || error == ERROR_NO_MORE_FILES; }
+bool is_empty(DWORD error) { return error == ERROR_FILE_NOT_FOUND || error == ERROR_NO_MORE_FILES; }
 
 }  // namespace
 
-std::optional<WIN32_FIND_DATAW> findfile(const std::wstring& path) {
+std::optional<WIN32_FIND_DATAW> find_file(const std::wstring& path) {
   WIN32_FIND_DATAW entry;
   const HANDLE find =
       FindFirstFileExW(path.c_str(), FindExInfoBasic, &entry, FindExSearchNameMatch, nullptr, 0);
@@ -26,24 +26,24 @@ std::optional<WIN32_FIND_DATAW> findfile(const std::wstring& path) {
   return entry;
 }
 
-bool eachentry(const std::wstring& folder,
-               const std::function<void(const WIN32_FIND_DATAW&)>& visit) {
+bool for_each_entry(const std::wstring& folder,
+                    const std::function<void(const WIN32_FIND_DATAW&)>& visit) {
   const std::wstring all = folder + (folder.ends_with(L'\\') ? L"*" : L"\\*");
   WIN32_FIND_DATAW entry;
   const HANDLE first = FindFirstFileExW(all.c_str(), FindExInfoBasic, &entry, FindExSearchNameMatch,
                                         nullptr, FIND_FIRST_EX_LARGE_FETCH);
   if (first == INVALID_HANDLE_VALUE)
-    return isempty(GetLastError());
+    return is_empty(GetLastError());
   const std::unique_ptr<HANDLE, CloseFind> find(first);
   do {
     const std::wstring_view name = entry.cFileName;
     if (name != L"." && name != L"..")
       visit(entry);
   } while (FindNextFileW(find.get(), &entry));
-  return isempty(GetLastError());
+  return is_empty(GetLastError());
 }
 
-bool islink(const WIN32_FIND_DATAW& entry) {
+bool is_link(const WIN32_FIND_DATAW& entry) {
   if (!(entry.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT))
     return false;
   const DWORD tag = entry.dwReserved0;  // which has no name of its own; Wine gives its links none

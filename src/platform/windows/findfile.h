@@ -9,13 +9,13 @@
 
 // The entry of a path's last name, which holds no wildcard. Nothing when there is none, the last
 // error saying why.
-std::optional<WIN32_FIND_DATAW> findfile(const std::wstring& path);
+std::optional<WIN32_FIND_DATAW> find_file(const std::wstring& path);
 
 // Calls `visit` with each entry of a folder, "." and ".." left out. False, with the last error set,
 // when the folder cannot be read to its end.
-bool eachentry(const std::wstring& folder,
-               const std::function<void(const WIN32_FIND_DATAW&)>& visit);
+bool for_each_entry(const std::wstring& folder,
+                    const std::function<void(const WIN32_FIND_DATAW&)>& visit);
 
 // Whether an entry is another name's stand-in, a link or a junction. Files that are kept elsewhere
 // and come when they are read are none.
-bool islink(const WIN32_FIND_DATAW& entry);
+bool is_link(const WIN32_FIND_DATAW& entry);

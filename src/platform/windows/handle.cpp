@@ -7,7 +7,7 @@
 
 namespace {
 
-constexpr DWORD longestwait = 480;  // milliseconds; 945 in all
+constexpr DWORD longest_wait = 480;  // milliseconds; 945 in all
 
 DWORD piece(std::size_t size) {
   return static_cast<DWORD>(std::min<std::size_t>(size, 1 << 20));  // of one call
@@ -20,41 +20,41 @@ bool Handle::close() {
   return closing == INVALID_HANDLE_VALUE || CloseHandle(closing);
 }
 
-bool Patience::retry(std::initializer_list<DWORD> errors, const std::function<bool()>& attempt) {
+bool RetryBudget::retry(std::initializer_list<DWORD> errors, const std::function<bool()>& attempt) {
   for (;; next *= 2) {
     if (attempt())
       return true;
     const DWORD error = GetLastError();
-    if (next > longestwait || std::find(errors.begin(), errors.end(), error) == errors.end())
+    if (next > longest_wait || std::find(errors.begin(), errors.end(), error) == errors.end())
       return false;
     wait(next);
   }
 }
 
-Handle openfile(const std::wstring& path, DWORD access, DWORD creation, DWORD flags) {
+Handle open_file(const std::wstring& path, DWORD access, DWORD creation, DWORD flags) {
   return Handle(CreateFileW(path.c_str(), access,
                             FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
                             creation, flags, nullptr));
 }
 
-Handle openheld(Patience& patience, const std::wstring& path, DWORD access, DWORD creation,
-                DWORD flags) {
+Handle open_with_retry(RetryBudget& retry_budget, const std::wstring& path, DWORD access,
+                       DWORD creation, DWORD flags) {
   Handle file;
-  patience.retry(held, [&] {
-    file = openfile(path, access, creation, flags);
+  retry_budget.retry(sharing_errors, [&] {
+    file = open_file(path, access, creation, flags);
     return bool(file);
   });
   return file;
 }
 
-std::optional<BY_HANDLE_FILE_INFORMATION> informationof(const Handle& file) {
+std::optional<BY_HANDLE_FILE_INFORMATION> file_information(const Handle& file) {
   BY_HANDLE_FILE_INFORMATION information;
   if (!GetFileInformationByHandle(file.get(), &information))
     return std::nullopt;
   return information;
 }
 
-bool writeall(const Handle& file, std::string_view text) {
+bool write_all(const Handle& file, std::string_view text) {
   while (!text.empty()) {
     DWORD written = 0;
     if (!WriteFile(file.get(), text.data(), piece(text.size()), &written, nullptr))
@@ -64,7 +64,7 @@ bool writeall(const Handle& file, std::string_view text) {
   return true;
 }
 
-std::optional<std::size_t> readall(const Handle& file, char* buffer, std::size_t size) {
+std::optional<std::size_t> read_all(const Handle& file, char* buffer, std::size_t size) {
   std::size_t done = 0;
   while (done < size) {
     DWORD length = 0;
@@ -77,7 +77,7 @@ std::optional<std::size_t> readall(const Handle& file, char* buffer, std::size_t
   return done;
 }
 
-std::string systemreason() {
+std::string system_reason() {
   const DWORD error = GetLastError();
   wchar_t words[512];
   const DWORD length =

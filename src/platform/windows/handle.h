@@ -38,19 +38,19 @@ private:
 
 // The errors of a file that another program holds, and, for an entry that is to give way, also what
 // Windows answers while somebody has it open.
-inline constexpr std::initializer_list<DWORD> held = {ERROR_SHARING_VIOLATION,
-                                                      ERROR_LOCK_VIOLATION};
-inline constexpr std::initializer_list<DWORD> heldordenied = {
+inline constexpr std::initializer_list<DWORD> sharing_errors = {ERROR_SHARING_VIOLATION,
+                                                                ERROR_LOCK_VIOLATION};
+inline constexpr std::initializer_list<DWORD> sharing_or_access_errors = {
     ERROR_SHARING_VIOLATION, ERROR_LOCK_VIOLATION, ERROR_ACCESS_DENIED, ERROR_USER_MAPPED_FILE};
 
 // Waits for files that another program holds for a moment, as virus scanners and indexers do. The
 // waits double and last under a second in all, however many files are waited for: a map is waited
 // for under two seconds, once to be read and once to be replaced.
-class Patience {
+class RetryBudget {
 public:
   using Wait = std::function<void(DWORD milliseconds)>;
 
-  explicit Patience(Wait itswait = Sleep) : wait(std::move(itswait)) {}
+  explicit RetryBudget(Wait wait_in = Sleep) : wait(std::move(wait_in)) {}
 
   // Makes an attempt, and makes it again while it fails with one of `errors`.
   bool retry(std::initializer_list<DWORD> errors, const std::function<bool()>& attempt);
@@ -61,20 +61,20 @@ private:
 };
 
 // Opens a file as CreateFileW does, shared with everybody. No handle on failure.
-Handle openfile(const std::wstring& path, DWORD access, DWORD creation, DWORD flags);
+Handle open_file(const std::wstring& path, DWORD access, DWORD creation, DWORD flags);
 
 // The same, waiting for a file that is held.
-Handle openheld(Patience& patience, const std::wstring& path, DWORD access, DWORD creation,
-                DWORD flags);
+Handle open_with_retry(RetryBudget& retry_budget, const std::wstring& path, DWORD access,
+                       DWORD creation, DWORD flags);
 
 // What a handle leads to: nothing on failure.
-std::optional<BY_HANDLE_FILE_INFORMATION> informationof(const Handle& file);
+std::optional<BY_HANDLE_FILE_INFORMATION> file_information(const Handle& file);
 
 // Writes all of `text`; false on failure.
-bool writeall(const Handle& file, std::string_view text);
+bool write_all(const Handle& file, std::string_view text);
 
 // Reads up to `size` bytes, less only at the file's end: how many, nothing on failure.
-std::optional<std::size_t> readall(const Handle& file, char* buffer, std::size_t size);
+std::optional<std::size_t> read_all(const Handle& file, char* buffer, std::size_t size);
 
 // The system's own words for the last error.
-std::string systemreason();
+std::string system_reason();

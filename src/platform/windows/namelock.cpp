@@ -11,17 +11,17 @@ namespace {
 
 // The folder's path by which every way to it, over links and drives' other letters, is the same;
 // as it was given where the system knows none.
-std::wstring finalpath(const std::wstring& folder) {
+std::wstring final_path(const std::wstring& folder) {
   const Handle open =
-      openfile(folder, FILE_READ_ATTRIBUTES, OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS);
-  const std::wstring path = systemtext([&](wchar_t* text, DWORD size) {
+      open_file(folder, FILE_READ_ATTRIBUTES, OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS);
+  const std::wstring path = system_text([&](wchar_t* text, DWORD size) {
     return GetFinalPathNameByHandleW(open.get(), text, size, VOLUME_NAME_DOS);
   });
   return path.empty() ? folder : path;
 }
 
 // FNV-1a: a mutex's name holds no path, which has separators and may be longer.
-std::uint64_t hashof(std::string_view text) {
+std::uint64_t hash_of(std::string_view text) {
   std::uint64_t hash = 14695981039346656037u;
   for (const char c : text)
     hash = (hash ^ static_cast<unsigned char>(c)) * 1099511628211u;
@@ -30,9 +30,9 @@ std::uint64_t hashof(std::string_view text) {
 
 }  // namespace
 
-Handle lockname(const std::wstring& folder, const std::wstring& name) {
-  const std::string path = lowercase(narrow(finalpath(folder) + L"\\" + name));
-  const std::wstring mutex = L"Global\\vora-map-updater-" + std::to_wstring(hashof(path));
+Handle lock_name(const std::wstring& folder, const std::wstring& name) {
+  const std::string path = lowercase(narrow(final_path(folder) + L"\\" + name));
+  const std::wstring mutex = L"Global\\vora-map-updater-" + std::to_wstring(hash_of(path));
   SetLastError(ERROR_SUCCESS);
   Handle lock(CreateMutexW(nullptr, FALSE, mutex.c_str()));
   const DWORD error = GetLastError();

@@ -8,4 +8,4 @@
 // Locks a name in a folder, whether there is such a file or not, until the handle is closed or the
 // process ends, however it does: nothing stays behind, and no file is opened. No handle on failure,
 // the last error being ERROR_ALREADY_EXISTS when the name is locked already.
-Handle lockname(const std::wstring& folder, const std::wstring& name);
+Handle lock_name(const std::wstring& folder, const std::wstring& name);

@@ -11,20 +11,20 @@
 namespace {
 
 constexpr std::string_view verbatim = R"(\\?\)";
-constexpr std::string_view verbatimshare = R"(\\?\UNC\)";
+constexpr std::string_view verbatim_share = R"(\\?\UNC\)";
 constexpr std::string_view share = R"(\\)";
 
-bool isseparator(char c) { return c == '\\' || c == '/'; }
+bool is_separator(char c) { return c == '\\' || c == '/'; }
 
 char upper(char c) { return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c; }
 
-std::string currentfolder() {
+std::string current_folder() {
   return narrow(
-      systemtext([](wchar_t* folder, DWORD size) { return GetCurrentDirectoryW(size, folder); }));
+      system_text([](wchar_t* folder, DWORD size) { return GetCurrentDirectoryW(size, folder); }));
 }
 
 // `rest` with the names of a share's server and folder taken off.
-std::string takeshare(std::string_view& rest) {
+std::string take_share(std::string_view& rest) {
   std::string root(share);
   for (int name = 0; name < 2; ++name) {
     const auto length = std::min(rest.find_first_of("\\/"), rest.size());
@@ -35,17 +35,17 @@ std::string takeshare(std::string_view& rest) {
 }
 
 // Takes the root off a path that names one; empty for any other path.
-std::string takeroot(std::string_view& rest) {
-  const bool isshare = rest.starts_with(verbatimshare);
-  if (isshare || (rest.starts_with(share) && !rest.starts_with(verbatim))) {
-    rest.remove_prefix(isshare ? verbatimshare.size() : share.size());
-    return takeshare(rest);
+std::string take_root(std::string_view& rest) {
+  const bool is_share = rest.starts_with(verbatim_share);
+  if (is_share || (rest.starts_with(share) && !rest.starts_with(verbatim))) {
+    rest.remove_prefix(is_share ? verbatim_share.size() : share.size());
+    return take_share(rest);
   }
-  const bool verbatimpath = rest.starts_with(verbatim);
-  if (verbatimpath)
+  const bool is_verbatim = rest.starts_with(verbatim);
+  if (is_verbatim)
     rest.remove_prefix(verbatim.size());
-  if (!hasdrive(rest))
-    return std::string(verbatimpath ? verbatim : "");
+  if (!has_drive(rest))
+    return std::string(is_verbatim ? verbatim : "");
   const std::string root{upper(rest[0]), ':', '\\'};
   rest.remove_prefix(2);
   return root;
@@ -58,7 +58,7 @@ std::wstring Location::wide() const {
   if (root.starts_with(verbatim))
     return widen(path);
   if (root.starts_with(share))
-    return widen(verbatimshare) + widen(path.substr(share.size()));
+    return widen(verbatim_share) + widen(path.substr(share.size()));
   return widen(verbatim) + widen(path);
 }
 
@@ -73,13 +73,13 @@ Result<Location> locate(const std::string& path) {
   if (path.empty())
     return Failure{path, "find it", "it has no name", true};
   std::string_view rest = path;
-  Location location{takeroot(rest), {}};
+  Location location{take_root(rest), {}};
   if (location.root.empty()) {
-    const std::string folder = currentfolder();
+    const std::string folder = current_folder();
     std::string_view below = folder;
-    location.root = takeroot(below);
-    if (!isseparator(rest[0]))
-      location.names = splitpath(below);
+    location.root = take_root(below);
+    if (!is_separator(rest[0]))
+      location.names = split_names(below);
   }
   auto names = resolve(std::move(location.names), rest, path);
   if (!names)

@@ -7,9 +7,9 @@ class WindowsFiles : public Files {
 public:
   Result<std::string> lookup(const std::string& path, Match match) override;
   Result<std::vector<Entry>> list(const std::string& folder, std::string_view pattern) override;
-  Result<std::string> fullpath(const std::string& folder) override;
+  Result<std::string> full_path(const std::string& folder) override;
   Result<std::string> read(const std::string& path) override;
-  Result<std::unique_ptr<OpenMap>> openmap(const std::string& path) override;
+  Result<std::unique_ptr<OpenMap>> open_map(const std::string& path) override;
   Result<Done> write(const std::string& path, std::string_view text) override;
   Result<Done> append(const std::string& path, std::string_view text) override;
 };

@@ -14,12 +14,12 @@
 
 namespace {
 
-constexpr char noscripthost[] =
+constexpr char no_script_host[] =
     "The Windows script host, through which the registry is read, is not available.\r\n"
     "The program goes on as if no edition of the game were registered.";
 
 // The block of the version information of a file by its wide name; empty when there is none.
-std::string wideinformation(const std::wstring& name) {
+std::string wide_information(const std::wstring& name) {
   DWORD unused = 0;
   const DWORD size = GetFileVersionInfoSizeW(name.c_str(), &unused);
   std::string block(size, '\0');
@@ -27,10 +27,10 @@ std::string wideinformation(const std::wstring& name) {
 }
 
 // The same, by the name that a file has in the code page, where it has one.
-std::string versioninformation(const std::string& path) {
-  const auto name = codepagepath(path);
+std::string version_information(const std::string& path) {
+  const auto name = code_page_path(path);
   if (!name)
-    return wideinformation(widen(path));
+    return wide_information(widen(path));
   DWORD unused = 0;
   const DWORD size = GetFileVersionInfoSizeA(name->c_str(), &unused);
   std::string block(size, '\0');
@@ -39,8 +39,8 @@ std::string versioninformation(const std::string& path) {
 
 }  // namespace
 
-WindowsSystem::WindowsSystem(Tell itsnotice)
-    : com(std::make_unique<ComLibrary>()), notice(std::move(itsnotice)) {
+WindowsSystem::WindowsSystem(Tell notice_in)
+    : com(std::make_unique<ComLibrary>()), notice(std::move(notice_in)) {
   // A drive without a disk is told by the program, not by a box of the system's own.
   SetErrorMode(SEM_FAILCRITICALERRORS | SEM_NOOPENFILEERRORBOX);
 }
@@ -50,35 +50,35 @@ WindowsSystem::~WindowsSystem() = default;
 std::optional<ScriptShell> WindowsSystem::shell() {
   auto created = ScriptShell::create();
   if (!created && notice)
-    std::exchange(notice, nullptr)(noscripthost);
+    std::exchange(notice, nullptr)(no_script_host);
   return created;
 }
 
-std::optional<std::string> WindowsSystem::regread(const std::string& valuepath) {
+std::optional<std::string> WindowsSystem::reg_read(const std::string& value_path) {
   const auto object = shell();
-  const auto value = object ? object->call(L"RegRead", {valuepath}) : std::nullopt;
+  const auto value = object ? object->call(L"RegRead", {value_path}) : std::nullopt;
   return value ? value->text() : std::nullopt;
 }
 
-bool WindowsSystem::regwrite(const std::string& valuepath, const std::string& data,
-                             const std::string& type) {
+bool WindowsSystem::reg_write(const std::string& value_path, const std::string& data,
+                              const std::string& type) {
   const auto object = shell();
-  return object && object->call(L"RegWrite", {valuepath, data, type});
+  return object && object->call(L"RegWrite", {value_path, data, type});
 }
 
-bool WindowsSystem::regdelete(const std::string& valuepath) {
+bool WindowsSystem::reg_delete(const std::string& value_path) {
   const auto object = shell();
-  return object && object->call(L"RegDelete", {valuepath});
+  return object && object->call(L"RegDelete", {value_path});
 }
 
 std::string WindowsSystem::environment(const std::string& name) {
   const std::wstring wide = widen(name);
-  return narrow(systemtext([&](wchar_t* value, DWORD size) {
+  return narrow(system_text([&](wchar_t* value, DWORD size) {
     return GetEnvironmentVariableW(wide.c_str(), value, size);
   }));
 }
 
-std::optional<OsVersion> WindowsSystem::osversion() {
+std::optional<OsVersion> WindowsSystem::os_version() {
   OSVERSIONINFOA version{};
   version.dwOSVersionInfoSize = sizeof version;
   if (GetVersionExA(&version) != 1)
@@ -86,23 +86,23 @@ std::optional<OsVersion> WindowsSystem::osversion() {
   return OsVersion{version.dwPlatformId, version.dwMajorVersion, version.dwMinorVersion};
 }
 
-FolderPath WindowsSystem::folderpath(std::uint32_t csidl) {
+FolderPath WindowsSystem::folder_path(std::uint32_t csidl) {
   const int folder = static_cast<int>(csidl);
   std::array<char, MAX_PATH> path{};
   const HRESULT status =
       SHGetFolderPathA(nullptr, folder, nullptr, SHGFP_TYPE_CURRENT, path.data());
-  FolderPath answer{static_cast<std::uint32_t>(status), fromcodepage(path.data())};
+  FolderPath answer{static_cast<std::uint32_t>(status), from_code_page(path.data())};
   // The code page's answer has other characters for those that it lacks.
   std::array<wchar_t, MAX_PATH> wide{};
   if (answer.status == FolderPath::ok &&
       SHGetFolderPathW(nullptr, folder, nullptr, SHGFP_TYPE_CURRENT, wide.data()) == S_OK &&
-      !tocodepage(narrow(wide.data())))
+      !to_code_page(narrow(wide.data())))
     answer.path = narrow(wide.data());
   return answer;
 }
 
-std::optional<ProductVersion> WindowsSystem::productversion(const std::string& path) {
-  const std::string block = versioninformation(path);
+std::optional<ProductVersion> WindowsSystem::product_version(const std::string& path) {
+  const std::string block = version_information(path);
   void* found = nullptr;
   UINT length = 0;
   if (block.empty() || !VerQueryValueA(block.data(), "\\", &found, &length))
@@ -123,7 +123,7 @@ std::vector<std::string> WindowsSystem::drives() {
   return letters;
 }
 
-std::string WindowsSystem::appfolder() {
+std::string WindowsSystem::app_folder() {
   std::wstring path(MAX_PATH, L'\0');
   DWORD length = 0;
   while ((length = GetModuleFileNameW(nullptr, path.data(), static_cast<DWORD>(path.size()))) ==
@@ -134,21 +134,21 @@ std::string WindowsSystem::appfolder() {
   return folder.ends_with(':') ? folder + "\\" : folder;
 }
 
-std::string WindowsSystem::argumenttext() { return afterprogram(narrow(GetCommandLineW())); }
+std::string WindowsSystem::argument_text() { return after_program_name(narrow(GetCommandLineW())); }
 
 std::string WindowsSystem::lowercase(std::string_view text) { return ::lowercase(text); }
 
-std::string afterprogram(std::string_view commandline) {
+std::string after_program_name(std::string_view command_line) {
   bool quoted = false;
   std::size_t end = 0;
-  for (; end < commandline.size(); ++end) {
-    const char c = commandline[end];
+  for (; end < command_line.size(); ++end) {
+    const char c = command_line[end];
     if (!quoted && (c == ' ' || c == '\t'))
       break;
     if (c == '"')
       quoted = !quoted;
   }
-  commandline.remove_prefix(end);
-  const auto start = commandline.find_first_not_of(" \t");
-  return std::string(start == std::string_view::npos ? "" : commandline.substr(start));
+  command_line.remove_prefix(end);
+  const auto start = command_line.find_first_not_of(" \t");
+  return std::string(start == std::string_view::npos ? "" : command_line.substr(start));
 }

@@ -11,24 +11,24 @@ class ScriptShell;
 
 class WindowsSystem : public System {
 public:
-  // `itsnotice` is told once when the system has no scripting host: nothing is registered then.
-  explicit WindowsSystem(Tell itsnotice);
+  // `notice_in` is told once when the system has no scripting host: nothing is registered then.
+  explicit WindowsSystem(Tell notice_in);
   ~WindowsSystem() override;
 
-  std::optional<std::string> regread(const std::string& valuepath) override;
-  bool regwrite(const std::string& valuepath, const std::string& data,
-                const std::string& type) override;
-  bool regdelete(const std::string& valuepath) override;
+  std::optional<std::string> reg_read(const std::string& value_path) override;
+  bool reg_write(const std::string& value_path, const std::string& data,
+                 const std::string& type) override;
+  bool reg_delete(const std::string& value_path) override;
   std::string environment(const std::string& name) override;
 
   // Held at 6.2 by Windows: the program's manifest declares no newer version.
-  std::optional<OsVersion> osversion() override;
+  std::optional<OsVersion> os_version() override;
 
-  FolderPath folderpath(std::uint32_t csidl) override;
-  std::optional<ProductVersion> productversion(const std::string& path) override;
+  FolderPath folder_path(std::uint32_t csidl) override;
+  std::optional<ProductVersion> product_version(const std::string& path) override;
   std::vector<std::string> drives() override;
-  std::string appfolder() override;
-  std::string argumenttext() override;
+  std::string app_folder() override;
+  std::string argument_text() override;
   std::string lowercase(std::string_view text) override;
 
 private:
@@ -39,4 +39,4 @@ private:
 };
 
 // What follows the program's own name in the text of a command line, and the blanks after it.
-std::string afterprogram(std::string_view commandline);
+std::string after_program_name(std::string_view command_line);

@@ -4,17 +4,17 @@
 #include "ui/loadform.h"
 #include "ui/standarderror.h"
 
-void ConsoleScreen::standarderror(const std::string& text) { writestandarderror(text); }
+void ConsoleScreen::print_error(const std::string& text) { write_stderr(text); }
 
 void ConsoleScreen::end(int status) { throw ProgramEnd{status}; }
 
-int runconsole(Files& files, System& system) {
+int run_console(Files& files, System& system) {
   ConsoleScreen screen;
   Form1 form(files, system, screen);
   try {
-    loadform(form);
-    screen.standarderror("There is no window to wait in. To find and convert all maps, start the "
-                         "program with the argument /silent.");
+    load_form(form);
+    screen.print_error("There is no window to wait in. To find and convert all maps, start the "
+                       "program with the argument /silent.");
     return 1;
   } catch (const ProgramEnd& end) {
     return end.status;

@@ -8,14 +8,14 @@
 class ConsoleScreen : public Screen {
 public:
   void show() override {}
-  void showcaption(const std::string&) override {}
+  void show_caption(const std::string&) override {}
   void refresh(const Control&) override {}
   void appended(const Control&, std::string_view) override {}
-  void messagebox(const std::string& text) override { standarderror(text); }
-  void standarderror(const std::string& text) override;
-  void processmessages() override {}
+  void message_box(const std::string& text) override { print_error(text); }
+  void print_error(const std::string& text) override;
+  void process_messages() override {}
   [[noreturn]] void end(int status) override;
 };
 
 // Runs the program on a machine to its end; gives the exit status.
-int runconsole(Files& files, System& system);
+int run_console(Files& files, System& system);

@@ -19,7 +19,7 @@ QStringList families(const char* name) {
 
 }  // namespace
 
-QFont fontof(const Font& font) {
+QFont font_of(const Font& font) {
   QFont result(families(font.name));
   result.setPointSizeF(font.points);
   result.setBold(font.bold);
@@ -41,7 +41,7 @@ QFont fitted(const QFont& font, const QString& text, const Room& room) {
     result.setStretch(lettering.stretch);
     return result;
   };
-  return lettered(fitlettering(font.pointSizeF(), [&](const Lettering& lettering) {
+  return lettered(fit_lettering(font.pointSizeF(), [&](const Lettering& lettering) {
     return fits(lettered(lettering), text, room);
   }));
 }

@@ -9,7 +9,7 @@
 
 // A font of the layout; where it is not installed, the installed one that is closest in its
 // metrics.
-QFont fontof(const Font& font);
+QFont font_of(const Font& font);
 
 // What a caption may take: a size in pixels, and whether it may be broken into lines at its blanks.
 struct Room {

@@ -11,37 +11,37 @@
 
 namespace {
 
-constexpr const char* displayvariables[] = {"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM"};
+constexpr const char* display_variables[] = {"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM"};
 
-bool hasdisplay() {
-  for (const char* variable : displayvariables)
+bool has_display() {
+  for (const char* variable : display_variables)
     if (const char* value = std::getenv(variable); value && *value)
       return true;
   return false;
 }
 
-std::string findlibrary(const std::string& programfolder) {
-  const std::string beside = programfolder + "/" + WINDOWLIBRARY;
+std::string find_library(const std::string& program_folder) {
+  const std::string beside = program_folder + "/" + WINDOWLIBRARY;
   return std::filesystem::exists(beside)
              ? beside
-             : programfolder + "/" + LIBRARYFOLDER + "/" + WINDOWLIBRARY;
+             : program_folder + "/" + LIBRARYFOLDER + "/" + WINDOWLIBRARY;
 }
 
 }  // namespace
 
-RunWindow* loadwindow(const std::string& programfolder) {
-  if (!hasdisplay())
+RunWindow* load_window(const std::string& program_folder) {
+  if (!has_display())
     return nullptr;
   // Never unloaded: the window lives as long as the process.
-  void* library = dlopen(findlibrary(programfolder).c_str(), RTLD_NOW);
-  void* entry = library ? dlsym(library, "runwindow") : nullptr;
+  void* library = dlopen(find_library(program_folder).c_str(), RTLD_NOW);
+  void* entry = library ? dlsym(library, "run_window") : nullptr;
   if (!entry)
-    writestandarderror(std::string("The window cannot be shown: ") + dlerror());
+    write_stderr(std::string("The window cannot be shown: ") + dlerror());
   return reinterpret_cast<RunWindow*>(entry);
 }
 
-void restartwithoutdisplay(char** argv) {
-  for (const char* variable : displayvariables)
+void restart_without_display(char** argv) {
+  for (const char* variable : display_variables)
     unsetenv(variable);
   execv("/proc/self/exe", argv);
   std::abort();

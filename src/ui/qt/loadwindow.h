@@ -11,9 +11,9 @@
 using RunWindow = int(Files& files, System& system, char** argv);
 
 // The window's entry. Nothing when there is no display, and when the window cannot be loaded, which
-// standard error then tells. The library lies beside the program in `programfolder` or, once
+// standard error then tells. The library lies beside the program in `program_folder` or, once
 // installed, in its own folder among the system's libraries.
-RunWindow* loadwindow(const std::string& programfolder);
+RunWindow* load_window(const std::string& program_folder);
 
 // Starts the process anew, as if there were no display: the one that it was told of takes nobody.
-[[noreturn]] void restartwithoutdisplay(char** argv);
+[[noreturn]] void restart_without_display(char** argv);

@@ -11,7 +11,7 @@
 namespace {
 
 // A frame around the window's list or text box that has the focus, which many styles do not show.
-void showfocus(QWidget* window) {
+void show_focus(QWidget* window) {
   auto* frame = new QFocusFrame(window);
   const auto follow = [frame, window](QWidget*, QWidget* now) {
     const bool ours = now && now->window() == window;
@@ -21,7 +21,7 @@ void showfocus(QWidget* window) {
 }
 
 // Rounds the corners, not the sizes, so that neighbours stay neighbours on any screen.
-QRect pixelrect(const Place& place, const QWidget& widget) {
+QRect pixel_rect(const Place& place, const QWidget& widget) {
   const auto corner = [&](int left, int top) {
     return QPoint(pixels(left, widget), pixels(top, widget));
   };
@@ -31,17 +31,17 @@ QRect pixelrect(const Place& place, const QWidget& widget) {
 
 }  // namespace
 
-MainWindow::MainWindow(Form1& itsform) : form(itsform) {
+MainWindow::MainWindow(Form1& form_in) : form(form_in) {
   setWindowIcon(QIcon(":/vora-map-updater.png"));
-  setMinimumSize(pixels(windowwidth, *this), pixels(windowheight, *this));
+  setMinimumSize(pixels(window_width, *this), pixels(window_height, *this));
   resize(minimumSize());
   for (const ControlLayout& row : ::layout())
     for (const Control* control : form.controls())
       if (control->name() == row.name)
-        mirrors.emplace(control, makemirror(row, form, this));
+        mirrors.emplace(control, make_mirror(row, form, this));
   for (const Control* control : form.controls())
     refresh(*control);
-  showfocus(this);
+  show_focus(this);
   place();
 }
 
@@ -49,19 +49,19 @@ void MainWindow::refresh(const Control& control) {
   const Mirror& mirror = mirrors.at(&control);
   mirror.show();
   mirror.widget->setEnabled(control.enabled());
-  mirror.widget->setToolTip(plaintip(control.tooltip()));
+  mirror.widget->setToolTip(plain_tip(control.tooltip()));
   const bool appears = control.visible() && mirror.widget->isHidden();
   mirror.widget->setVisible(control.visible());
   if (!appears || !isVisible())
     return;
-  makeroom();
+  make_room();
   repaint();  // the work of a silent run may follow, which does not yield
 }
 
 // What appears takes room from the labels beside it.
-void MainWindow::makeroom() const {
+void MainWindow::make_room() const {
   for (const auto& [control, mirror] : mirrors)
-    if (mirror.row->sizedtotext)
+    if (mirror.row->sized_to_text)
       mirror.show();
 }
 
@@ -69,16 +69,16 @@ void MainWindow::append(const Control& control, std::string_view text) {
   static_cast<TextBox*>(mirrors.at(&control).widget)->add(text);
 }
 
-void MainWindow::closeEvent(QCloseEvent*) { endprogram(form); }
+void MainWindow::closeEvent(QCloseEvent*) { end_program(form); }
 
 void MainWindow::resizeEvent(QResizeEvent*) { place(); }
 
 void MainWindow::place() {
-  const double twips = double(twipsperinch) / logicalDpiX();
+  const double twips = double(twips_per_inch) / logicalDpiX();
   for (const auto& [control, mirror] : mirrors) {
-    const Place at = placeof(*mirror.row, qRound(width() * twips), qRound(height() * twips));
-    const QRect rect = pixelrect(at, *this);
-    if (mirror.row->sizedtotext)
+    const Place at = place_of(*mirror.row, qRound(width() * twips), qRound(height() * twips));
+    const QRect rect = pixel_rect(at, *this);
+    if (mirror.row->sized_to_text)
       mirror.widget->move(rect.topLeft());
     else
       mirror.widget->setGeometry(rect);

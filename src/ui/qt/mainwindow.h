@@ -13,7 +13,7 @@
 class MainWindow : public QWidget {
 public:
   // Mirrors the form as it is. The form must outlive the window.
-  explicit MainWindow(Form1& itsform);
+  explicit MainWindow(Form1& form_in);
 
   // Shows a control as it is now.
   void refresh(const Control& control);
@@ -26,7 +26,7 @@ protected:
   void resizeEvent(QResizeEvent* event) override;
 
 private:
-  void makeroom() const;
+  void make_room() const;
   void place();
 
   Form1& form;

@@ -12,17 +12,17 @@
 namespace {
 
 // The most that a text may take of the screen, in heights of a line; it scrolls beyond.
-constexpr QSize mostlines(40, 24);
+constexpr QSize most_lines(40, 24);
 
 // As large as its text, as far as that goes. It shows plain text: it holds names by strangers.
-QPlainTextEdit* textbox(const QString& text) {
+QPlainTextEdit* text_box(const QString& text) {
   auto* box = new QPlainTextEdit(text);
   box->setReadOnly(true);
   box->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
-  box->setAccessibleName(programtitle);
+  box->setAccessibleName(program_title);
   const QFontMetrics metrics = box->fontMetrics();
   const int line = metrics.lineSpacing();
-  const QRect most(QPoint(0, 0), mostlines * line);
+  const QRect most(QPoint(0, 0), most_lines * line);
   const QSize needed = metrics.boundingRect(most, Qt::TextWordWrap, box->toPlainText()).size();
   box->setMinimumSize((needed + QSize(3, 2) * line).boundedTo(most.size()));
   return box;
@@ -30,13 +30,13 @@ QPlainTextEdit* textbox(const QString& text) {
 
 }  // namespace
 
-void showmessage(QWidget* parent, const QString& text) {
+void show_message(QWidget* parent, const QString& text) {
   QDialog dialog(parent);
-  dialog.setWindowTitle(programtitle);
+  dialog.setWindowTitle(program_title);
   auto* buttons = new QDialogButtonBox(QDialogButtonBox::Ok);
   QObject::connect(buttons, &QDialogButtonBox::accepted, &dialog, &QDialog::accept);
   auto* column = new QVBoxLayout(&dialog);
-  column->addWidget(textbox(text));
+  column->addWidget(text_box(text));
   column->addWidget(buttons);
   buttons->button(QDialogButtonBox::Ok)->setFocus();
   dialog.resize(dialog.minimumSizeHint());

@@ -5,4 +5,4 @@
 #include <QWidget>
 
 // Shows a text, which can be selected, and returns when it is answered. A long text scrolls.
-void showmessage(QWidget* parent, const QString& text);
+void show_message(QWidget* parent, const QString& text);

@@ -16,28 +16,28 @@
 namespace {
 
 // How long a window may take to appear before the program goes on without having seen it.
-constexpr int appearancemilliseconds = 1000;
-constexpr int pollmilliseconds = 5;
+constexpr int max_appearance_ms = 1000;
+constexpr int poll_interval_ms = 5;
 
 }  // namespace
 
 void QtScreen::show() {
   window->show();
-  const QDeadlineTimer deadline(appearancemilliseconds);
+  const QDeadlineTimer deadline(max_appearance_ms);
   while (!window->windowHandle()->isExposed() && !deadline.hasExpired()) {
     QCoreApplication::processEvents();
-    QThread::msleep(pollmilliseconds);
+    QThread::msleep(poll_interval_ms);
   }
   QCoreApplication::processEvents();
 }
 
-void QtScreen::showcaption(const std::string& caption) { window->setWindowTitle(qtext(caption)); }
+void QtScreen::show_caption(const std::string& caption) { window->setWindowTitle(to_qt(caption)); }
 
-void QtScreen::messagebox(const std::string& text) { showmessage(window.get(), qtext(text)); }
+void QtScreen::message_box(const std::string& text) { show_message(window.get(), to_qt(text)); }
 
-void QtScreen::standarderror(const std::string& text) { writestandarderror(text); }
+void QtScreen::print_error(const std::string& text) { write_stderr(text); }
 
-void QtScreen::processmessages() { QCoreApplication::processEvents(); }
+void QtScreen::process_messages() { QCoreApplication::processEvents(); }
 
 void QtScreen::end(int status) {
   std::fflush(nullptr);

@@ -12,14 +12,14 @@ public:
   void open(Form1& form) { window = std::make_unique<MainWindow>(form); }
 
   void show() override;
-  void showcaption(const std::string& caption) override;
+  void show_caption(const std::string& caption) override;
   void refresh(const Control& control) override { window->refresh(control); }
   void appended(const Control& control, std::string_view text) override {
     window->append(control, text);
   }
-  void messagebox(const std::string& text) override;
-  void standarderror(const std::string& text) override;
-  void processmessages() override;
+  void message_box(const std::string& text) override;
+  void print_error(const std::string& text) override;
+  void process_messages() override;
 
   // Leaves the process without unwinding, since no exception may pass Qt's frames, and without the
   // destructors of Qt's own objects, which are in use. Nothing of the program's waits to be

@@ -12,25 +12,25 @@ namespace {
 char** arguments;  // the process's own
 
 // Qt would end the process when a display does not answer.
-void handlefatal(QtMsgType type, const QMessageLogContext&, const QString& text) {
+void handle_fatal(QtMsgType type, const QMessageLogContext&, const QString& text) {
   std::fprintf(stderr, "%s\n", qPrintable(text));
   if (type == QtFatalMsg)
-    restartwithoutdisplay(arguments);
+    restart_without_display(arguments);
 }
 
 }  // namespace
 
-extern "C" int runwindow(Files& files, System& system, char** argv) {
+extern "C" int run_window(Files& files, System& system, char** argv) {
   arguments = argv;
-  int onlyname = 1;  // the arguments are the program's, not Qt's
-  const QtMessageHandler usual = qInstallMessageHandler(handlefatal);
-  QApplication application(onlyname, argv);
+  int only_name = 1;  // the arguments are the program's, not Qt's
+  const QtMessageHandler usual = qInstallMessageHandler(handle_fatal);
+  QApplication application(only_name, argv);
   qInstallMessageHandler(usual);
   QApplication::setDesktopFileName("vora-map-updater");
 
   QtScreen screen;
   Form1 form(files, system, screen);
   screen.open(form);
-  loadform(form);
+  load_form(form);
   return QApplication::exec();
 }

@@ -13,22 +13,22 @@ TextBox::TextBox(QWidget* parent) : QPlainTextEdit(parent) {
   setUndoRedoEnabled(false);  // undoing would take away what the program has told
 }
 
-void TextBox::tell(Control& control) {
+void TextBox::report_typing_to(Control& control) {
   connect(this, &QPlainTextEdit::textChanged, [this, &control] {
-    addwaiting();
-    control.typed(formtext(toPlainText()));
+    insert_pending();
+    control.typed(form_text(toPlainText()));
   });
 }
 
 void TextBox::add(std::string_view text) {
-  if (waiting.empty())
-    QTimer::singleShot(0, this, [this] { addwaiting(); });
-  waiting += text;
+  if (pending.empty())
+    QTimer::singleShot(0, this, [this] { insert_pending(); });
+  pending += text;
 }
 
-void TextBox::addwaiting() {
-  const QSignalBlocker nottyped(this);
+void TextBox::insert_pending() {
+  const QSignalBlocker not_typed(this);
   QTextCursor cursor(document());
   cursor.movePosition(QTextCursor::End);
-  cursor.insertText(qtext(std::exchange(waiting, "")));
+  cursor.insertText(to_qt(std::exchange(pending, "")));
 }

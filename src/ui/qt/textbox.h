@@ -13,14 +13,14 @@ public:
   explicit TextBox(QWidget* parent);
 
   // Tells a control what the user types.
-  void tell(Control& control);
+  void report_typing_to(Control& control);
 
   // Adds to the end. The text is seen when messages are processed next: laying it out once is
   // ten times faster than doing so line by line.
   void add(std::string_view text);
 
 private:
-  void addwaiting();
+  void insert_pending();
 
-  std::string waiting;  // added, but not yet laid out
+  std::string pending;  // added, but not yet laid out
 };

@@ -21,29 +21,29 @@
 
 namespace {
 
-constexpr int pathrole = Qt::UserRole;
-constexpr QSize buttonframe(6, 2);  // what a button's frame takes of its pixels
-constexpr int indentation = 12;     // of a subfolder, in pixels
+constexpr int path_role = Qt::UserRole;
+constexpr QSize button_frame(6, 2);  // what a button's frame takes of its pixels
+constexpr int indentation = 12;      // of a subfolder, in pixels
 
-Control& controlof(const ControlLayout& row, Form1& form) {
+Control& control_of(const ControlLayout& row, Form1& form) {
   return **std::find_if(form.controls().begin(), form.controls().end(),
                         [&](const Control* control) { return control->name() == row.name; });
 }
 
-std::function<void()> makebutton(const ControlLayout& row, Form1& form, QPushButton* button) {
-  Control& control = controlof(row, form);
+std::function<void()> make_button(const ControlLayout& row, Form1& form, QPushButton* button) {
+  Control& control = control_of(row, form);
   button->setAutoDefault(true);  // Enter presses it as well
   QObject::connect(button, &QPushButton::clicked, [&form, &control, button] {
     press(form, control);
     if (control.enabled())
       return;
-    const QString next = QString::fromStdString(focusafter(form).name());
+    const QString next = QString::fromStdString(focus_after(form).name());
     if (auto* widget = button->window()->findChild<QWidget*>(next))
       widget->setFocus();
   });
   return [&row, &form, &control, button] {
-    const QString caption = qtext(control.text());
-    button->setFont(fitted(fontof(row.font), caption, roomfor(row, form, *button)));
+    const QString caption = to_qt(control.text());
+    button->setFont(fitted(font_of(row.font), caption, room_for(row, form, *button)));
     button->setText(caption);
   };
 }
@@ -54,35 +54,35 @@ Qt::Alignment alignment(Align align) {
   return (align == Align::right ? Qt::AlignRight : Qt::AlignHCenter) | Qt::AlignTop;
 }
 
-std::function<void()> makelabel(const ControlLayout& row, Form1& form, QLabel* label) {
-  const Control& control = controlof(row, form);
+std::function<void()> make_label(const ControlLayout& row, Form1& form, QLabel* label) {
+  const Control& control = control_of(row, form);
   label->setTextFormat(Qt::PlainText);
   label->setAlignment(alignment(row.align));
-  label->setWordWrap(!row.sizedtotext);
+  label->setWordWrap(!row.sized_to_text);
   return [&row, &form, &control, label] {
-    const QString caption = qtext(control.text());
-    label->setFont(fitted(fontof(row.font), caption, roomfor(row, form, *label)));
+    const QString caption = to_qt(control.text());
+    label->setFont(fitted(font_of(row.font), caption, room_for(row, form, *label)));
     label->setText(caption);
-    if (row.sizedtotext)
+    if (row.sized_to_text)
       label->adjustSize();
   };
 }
 
-// Its text comes and goes by `add` and `tell`.
-std::function<void()> maketextbox(const ControlLayout& row, Form1& form, TextBox* box) {
-  box->tell(controlof(row, form));
+// Its text comes and goes by `add` and `report_typing_to`.
+std::function<void()> make_text_box(const ControlLayout& row, Form1& form, TextBox* box) {
+  box->report_typing_to(control_of(row, form));
   return [] {};
 }
 
-std::function<void()> makedrivelist(Form1& form, QComboBox* list) {
+std::function<void()> make_drive_list(Form1& form, QComboBox* list) {
   const auto show = [&form, list] {
     list->clear();
     for (const std::string& drive : form.Drive1.drives())
-      list->addItem(qtext(drive));
-    list->setCurrentIndex(list->findText(qtext(form.Drive1.text())));
+      list->addItem(to_qt(drive));
+    list->setCurrentIndex(list->findText(to_qt(form.Drive1.text())));
   };
   QObject::connect(list, &QComboBox::activated, [&form, list, show] {
-    selectdrive(form, list->currentText().toStdString());
+    select_drive(form, list->currentText().toStdString());
     show();  // the drive may not have been ready, or a search is running
   });
   return show;
@@ -96,11 +96,11 @@ public:
   QVariant data(const QModelIndex& index, int role) const override {
     const QVariant own =
         QStringListModel::data(index, role == Qt::ToolTipRole ? Qt::DisplayRole : role);
-    return role == Qt::ToolTipRole ? plaintip(own.toString().toStdString()) : own;
+    return role == Qt::ToolTipRole ? plain_tip(own.toString().toStdString()) : own;
   }
 };
 
-std::function<void()> makefilelist(Form1& form, QListView* list) {
+std::function<void()> make_file_list(Form1& form, QListView* list) {
   auto* names = new NameModel(list);
   list->setModel(names);
   list->setUniformItemSizes(true);
@@ -108,7 +108,7 @@ std::function<void()> makefilelist(Form1& form, QListView* list) {
   return [&form, names] {
     QStringList texts;
     for (const std::string& name : form.File1.names())
-      texts.append(qtext(name));
+      texts.append(to_qt(name));
     names->setStringList(texts);
   };
 }
@@ -117,12 +117,12 @@ std::function<void()> makefilelist(Form1& form, QListView* list) {
 class FolderItem : public QStandardItem {
 public:
   FolderItem(const FolderRow& row, const QIcon& icon)
-      : QStandardItem(icon, qtext(row.name)), path(row.path) {}
+      : QStandardItem(icon, to_qt(row.name)), path(row.path) {}
 
   QVariant data(int role) const override {
-    if (role == pathrole)
+    if (role == path_role)
       return QByteArray::fromStdString(path);  // names may hold bytes that are no text
-    return role == Qt::ToolTipRole ? plaintip(path) : QStandardItem::data(role);
+    return role == Qt::ToolTipRole ? plain_tip(path) : QStandardItem::data(role);
   }
 
 private:
@@ -131,8 +131,8 @@ private:
 
 // The folders as items, each below the one that holds it. Gives the list's own folder; nothing when
 // there is none.
-QStandardItem* fillfolders(const DirectoryList& folders, QStandardItemModel& model,
-                           const QStyle& style) {
+QStandardItem* fill_folders(const DirectoryList& folders, QStandardItemModel& model,
+                            const QStyle& style) {
   const QIcon open = style.standardIcon(QStyle::SP_DirOpenIcon);
   const QIcon closed = style.standardIcon(QStyle::SP_DirIcon);
   const std::vector<FolderRow> rows = folders.rows();
@@ -160,7 +160,7 @@ protected:
   void drawBranches(QPainter*, const QRect&, const QModelIndex&) const override {}
 };
 
-void setuptree(QTreeView* tree) {
+void set_up_tree(QTreeView* tree) {
   tree->setHeaderHidden(true);
   tree->setRootIsDecorated(false);
   tree->setItemsExpandable(false);
@@ -172,14 +172,14 @@ void setuptree(QTreeView* tree) {
   tree->header()->setSectionResizeMode(QHeaderView::ResizeToContents);
 }
 
-std::function<void()> makedirectorylist(Form1& form, QTreeView* tree) {
+std::function<void()> make_directory_list(Form1& form, QTreeView* tree) {
   auto* model = new QStandardItemModel(tree);
   tree->setModel(model);
-  setuptree(tree);
+  set_up_tree(tree);
   const auto open = [&form, tree] {
-    const std::string path = tree->currentIndex().data(pathrole).toByteArray().toStdString();
+    const std::string path = tree->currentIndex().data(path_role).toByteArray().toStdString();
     if (!path.empty())
-      openfolder(form, path);
+      open_folder(form, path);
   };
   QObject::connect(tree, &QTreeView::doubleClicked, open);
   for (const Qt::Key key : {Qt::Key_Return, Qt::Key_Enter})
@@ -187,7 +187,7 @@ std::function<void()> makedirectorylist(Form1& form, QTreeView* tree) {
                      &QShortcut::activated, open);
   return [&form, tree, model] {
     model->clear();
-    const QStandardItem* own = fillfolders(form.Dir1, *model, *tree->style());
+    const QStandardItem* own = fill_folders(form.Dir1, *model, *tree->style());
     tree->expandAll();
     if (!own)
       return;
@@ -204,7 +204,7 @@ template <class Widget, class Make>
 Mirror mirror(const ControlLayout& row, QWidget* window, const Make& make) {
   auto* widget = new Widget(window);
   widget->setObjectName(row.name);
-  widget->setFont(fontof(row.font));
+  widget->setFont(font_of(row.font));
   if (*row.holds)
     widget->setAccessibleName(row.holds);
   return {&row, widget, make(widget)};
@@ -213,34 +213,34 @@ Mirror mirror(const ControlLayout& row, QWidget* window, const Make& make) {
 }  // namespace
 
 int pixels(int twips, const QWidget& widget) {
-  return qRound(twips * widget.logicalDpiX() / double(twipsperinch));
+  return qRound(twips * widget.logicalDpiX() / double(twips_per_inch));
 }
 
-Room roomfor(const ControlLayout& row, const Form1& form, const QWidget& widget) {
-  if (row.sizedtotext)
-    return {{pixels(roomof(row, form), widget), QWIDGETSIZE_MAX}};
+Room room_for(const ControlLayout& row, const Form1& form, const QWidget& widget) {
+  if (row.sized_to_text)
+    return {{pixels(room_of(row, form), widget), QWIDGETSIZE_MAX}};
   const QSize size(pixels(row.width, widget), pixels(row.height, widget));
   if (row.kind == Kind::button)
-    return {size - buttonframe};
+    return {size - button_frame};
   return {size, true};
 }
 
-Mirror makemirror(const ControlLayout& row, Form1& form, QWidget* window) {
+Mirror make_mirror(const ControlLayout& row, Form1& form, QWidget* window) {
   switch (row.kind) {
-  case Kind::drivelist:
-    return mirror<QComboBox>(row, window, [&](auto* list) { return makedrivelist(form, list); });
-  case Kind::filelist:
-    return mirror<QListView>(row, window, [&](auto* list) { return makefilelist(form, list); });
-  case Kind::directorylist:
+  case Kind::drive_list:
+    return mirror<QComboBox>(row, window, [&](auto* list) { return make_drive_list(form, list); });
+  case Kind::file_list:
+    return mirror<QListView>(row, window, [&](auto* list) { return make_file_list(form, list); });
+  case Kind::directory_list:
     return mirror<FolderTree>(row, window,
-                              [&](auto* tree) { return makedirectorylist(form, tree); });
+                              [&](auto* tree) { return make_directory_list(form, tree); });
   case Kind::button:
     return mirror<QPushButton>(row, window,
-                               [&](auto* button) { return makebutton(row, form, button); });
-  case Kind::textbox:
-    return mirror<TextBox>(row, window, [&](auto* box) { return maketextbox(row, form, box); });
+                               [&](auto* button) { return make_button(row, form, button); });
+  case Kind::text_box:
+    return mirror<TextBox>(row, window, [&](auto* box) { return make_text_box(row, form, box); });
   case Kind::label:
     break;
   }
-  return mirror<QLabel>(row, window, [&](auto* label) { return makelabel(row, form, label); });
+  return mirror<QLabel>(row, window, [&](auto* label) { return make_label(row, form, label); });
 }

@@ -17,10 +17,10 @@ struct Mirror {
 
 // Makes the widget of a row in `window`, which owns it. What the user does with the widget goes to
 // the form's handlers.
-Mirror makemirror(const ControlLayout& row, Form1& form, QWidget* window);
+Mirror make_mirror(const ControlLayout& row, Form1& form, QWidget* window);
 
 // What the caption of a row's button or label may take.
-Room roomfor(const ControlLayout& row, const Form1& form, const QWidget& widget);
+Room room_for(const ControlLayout& row, const Form1& form, const QWidget& widget);
 
 // The pixels on a widget's screen of a length in twips.
 int pixels(int twips, const QWidget& widget);

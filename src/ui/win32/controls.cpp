@@ -22,21 +22,21 @@ constexpr DWORD child = WS_CHILD | WS_CLIPSIBLINGS | WS_GROUP;
 constexpr DWORD list = child | WS_TABSTOP | WS_VSCROLL;
 
 DWORD alignment(const ControlLayout& row) {
-  if (row.sizedtotext)
+  if (row.sized_to_text)
     return SS_LEFTNOWORDWRAP;
   return row.align == Align::left ? SS_LEFT : row.align == Align::right ? SS_RIGHT : SS_CENTER;
 }
 
-Style styleof(const ControlLayout& row) {
+Style style_of(const ControlLayout& row) {
   switch (row.kind) {
-  case Kind::drivelist:
+  case Kind::drive_list:
     return {L"COMBOBOX", list | CBS_DROPDOWNLIST, 0};
-  case Kind::filelist:
-  case Kind::directorylist:
+  case Kind::file_list:
+  case Kind::directory_list:
     return {L"LISTBOX", list | WS_HSCROLL | LBS_NOTIFY | LBS_NOINTEGRALHEIGHT, WS_EX_CLIENTEDGE};
   case Kind::button:
     return {L"BUTTON", child | WS_TABSTOP | BS_PUSHBUTTON, 0};
-  case Kind::textbox:
+  case Kind::text_box:
     return {L"EDIT", list | ES_MULTILINE | ES_AUTOVSCROLL | ES_WANTRETURN, WS_EX_CLIENTEDGE};
   case Kind::label:
     break;
@@ -44,27 +44,27 @@ Style styleof(const ControlLayout& row) {
   return {L"STATIC", child | SS_NOPREFIX | alignment(row), 0};
 }
 
-std::wstring textof(HWND window) {
+std::wstring text_of(HWND window) {
   std::wstring text(static_cast<std::size_t>(GetWindowTextLengthW(window)), L'\0');
   GetWindowTextW(window, text.data(), static_cast<int>(text.size()) + 1);
   return text;
 }
 
 // A box with several lines would take Tab for itself, and close the window at Escape.
-LRESULT CALLBACK boxprocedure(HWND box, UINT message, WPARAM word, LPARAM detail, UINT_PTR,
-                              DWORD_PTR) {
-  constexpr WPARAM controla = 1;
+LRESULT CALLBACK edit_box_procedure(HWND box, UINT message, WPARAM word, LPARAM detail, UINT_PTR,
+                                    DWORD_PTR) {
+  constexpr WPARAM control_a = 1;
   if (message == WM_GETDLGCODE) {
     const auto* key = reinterpret_cast<const MSG*>(detail);
     const LRESULT wanted = DefSubclassProc(box, message, word, 0) & ~LRESULT{DLGC_WANTALLKEYS};
     return key && key->wParam == VK_RETURN ? wanted | DLGC_WANTMESSAGE : wanted;
   }
-  if (message == WM_CHAR && word == controla)
+  if (message == WM_CHAR && word == control_a)
     return SendMessageW(box, EM_SETSEL, 0, -1);
   return DefSubclassProc(box, message, word, detail);
 }
 
-void fillrows(const Mirror& mirror, const std::vector<std::wstring>& rows) {
+void fill_rows(const Mirror& mirror, const std::vector<std::wstring>& rows) {
   constexpr int margin = 8;
   const HWND window = mirror.window;
   SendMessageW(window, WM_SETREDRAW, FALSE, 0);
@@ -73,31 +73,31 @@ void fillrows(const Mirror& mirror, const std::vector<std::wstring>& rows) {
     SendMessageW(window, LB_ADDSTRING, 0, reinterpret_cast<LPARAM>(row.c_str()));
   int width = 0;
   for (const std::wstring& row : rows)
-    width = std::max(width, textwidth(mirror.font.get(), row));
+    width = std::max(width, text_width(mirror.font.get(), row));
   SendMessageW(window, LB_SETHORIZONTALEXTENT, static_cast<WPARAM>(width + margin), 0);
   SendMessageW(window, WM_SETREDRAW, TRUE, 0);
   InvalidateRect(window, nullptr, TRUE);
 }
 
-void showfiles(const Mirror& mirror, const FileList& files) {
+void show_files(const Mirror& mirror, const FileList& files) {
   std::vector<std::wstring> rows;
   for (const std::string& name : files.names())
     rows.push_back(widen(name));
-  fillrows(mirror, rows);
+  fill_rows(mirror, rows);
 }
 
 // The folders that lead to the list's own, each further in, and below it the subfolders.
-void showfolders(const Mirror& mirror, const DirectoryList& folders) {
+void show_folders(const Mirror& mirror, const DirectoryList& folders) {
   constexpr std::size_t indentation = 3;  // in blanks
   std::vector<std::wstring> rows;
   for (const FolderRow& row : folders.rows())
     rows.push_back(std::wstring(row.depth * indentation, L' ') + widen(row.name));
-  fillrows(mirror, rows);
+  fill_rows(mirror, rows);
   SendMessageW(mirror.window, LB_SETCURSEL, rows.size() - folders.subfolders().size() - 1, 0);
 }
 
 // The drives are filled in once: the list may be open while another one is selected.
-void showdrives(HWND window, const DriveList& drives) {
+void show_drives(HWND window, const DriveList& drives) {
   const std::vector<std::string>& all = drives.drives();
   if (SendMessageW(window, CB_GETCOUNT, 0, 0) == 0)
     for (const std::string& drive : all)
@@ -106,47 +106,47 @@ void showdrives(HWND window, const DriveList& drives) {
   SendMessageW(window, CB_SETCURSEL, static_cast<WPARAM>(selected - all.begin()), 0);
 }
 
-void selectedindrives(HWND window, Form1& form) {
+void drive_selected(HWND window, Form1& form) {
   const auto index = static_cast<std::size_t>(SendMessageW(window, CB_GETCURSEL, 0, 0));
   if (index < form.Drive1.drives().size())
-    selectdrive(form, std::string(form.Drive1.drives()[index]));
-  showdrives(window, form.Drive1);  // the drive may not have been ready, or a search is running
+    select_drive(form, std::string(form.Drive1.drives()[index]));
+  show_drives(window, form.Drive1);  // the drive may not have been ready, or a search is running
 }
 
-void openselected(HWND window, Form1& form) {
+void open_selected(HWND window, Form1& form) {
   const auto index = static_cast<std::size_t>(SendMessageW(window, LB_GETCURSEL, 0, 0));
   const std::vector<FolderRow> rows = form.Dir1.rows();
   if (index < rows.size())
-    openfolder(form, rows[index].path);
+    open_folder(form, rows[index].path);
 }
 
 }  // namespace
 
-HWND makecontrol(const ControlLayout& row, HWND parent, int identifier) {
-  const Style style = styleof(row);
+HWND make_control(const ControlLayout& row, HWND parent, int identifier) {
+  const Style style = style_of(row);
   const HWND window =
       CreateWindowExW(style.extended, style.type, L"", style.style, 0, 0, 0, 0, parent,
                       reinterpret_cast<HMENU>(static_cast<INT_PTR>(identifier)), nullptr, nullptr);
-  if (window && row.kind == Kind::textbox) {
+  if (window && row.kind == Kind::text_box) {
     SendMessageW(window, EM_SETLIMITTEXT, 0, 0);  // 0: as much as memory holds
-    SetWindowSubclass(window, boxprocedure, 0, 0);
+    SetWindowSubclass(window, edit_box_procedure, 0, 0);
   }
   return window;
 }
 
-void showcontrol(const Mirror& mirror, const Form1& form) {
-  if (mirror.row->kind == Kind::drivelist)
-    return showdrives(mirror.window, form.Drive1);
-  if (mirror.row->kind == Kind::directorylist)
-    return showfolders(mirror, form.Dir1);
-  if (mirror.row->kind == Kind::filelist)
-    return showfiles(mirror, form.File1);
+void show_control(const Mirror& mirror, const Form1& form) {
+  if (mirror.row->kind == Kind::drive_list)
+    return show_drives(mirror.window, form.Drive1);
+  if (mirror.row->kind == Kind::directory_list)
+    return show_folders(mirror, form.Dir1);
+  if (mirror.row->kind == Kind::file_list)
+    return show_files(mirror, form.File1);
   const std::wstring text = widen(mirror.control->text());
-  if (textof(mirror.window) != text)
+  if (text_of(mirror.window) != text)
     SetWindowTextW(mirror.window, text.c_str());
 }
 
-void appendtext(HWND box, std::string_view text) {
+void append_text(HWND box, std::string_view text) {
   const int end = GetWindowTextLengthW(box);
   SendMessageW(box, EM_SETSEL, static_cast<WPARAM>(end), end);
   SendMessageW(box, EM_REPLACESEL, FALSE, reinterpret_cast<LPARAM>(widen(text).c_str()));
@@ -155,17 +155,17 @@ void appendtext(HWND box, std::string_view text) {
 void notified(const Mirror& mirror, Form1& form, WORD code) {
   if (mirror.row->kind == Kind::button && code == BN_CLICKED)
     press(form, *mirror.control);
-  if (mirror.row->kind == Kind::drivelist && code == CBN_SELCHANGE)
-    selectedindrives(mirror.window, form);
-  if (mirror.row->kind == Kind::directorylist && code == LBN_DBLCLK)
-    openselected(mirror.window, form);
-  if (mirror.row->kind == Kind::textbox && code == EN_CHANGE)
-    mirror.control->typed(narrow(textof(mirror.window)));
+  if (mirror.row->kind == Kind::drive_list && code == CBN_SELCHANGE)
+    drive_selected(mirror.window, form);
+  if (mirror.row->kind == Kind::directory_list && code == LBN_DBLCLK)
+    open_selected(mirror.window, form);
+  if (mirror.row->kind == Kind::text_box && code == EN_CHANGE)
+    mirror.control->typed(narrow(text_of(mirror.window)));
 }
 
 void entered(const Mirror& mirror, Form1& form) {
   if (mirror.row->kind == Kind::button)
     press(form, *mirror.control);
-  if (mirror.row->kind == Kind::directorylist)
-    openselected(mirror.window, form);
+  if (mirror.row->kind == Kind::directory_list)
+    open_selected(mirror.window, form);
 }

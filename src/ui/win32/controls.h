@@ -19,13 +19,13 @@ struct Mirror {
 };
 
 // Makes the control of a row in `parent`, which owns it. Null on failure.
-HWND makecontrol(const ControlLayout& row, HWND parent, int identifier);
+HWND make_control(const ControlLayout& row, HWND parent, int identifier);
 
 // Shows the control's text or rows.
-void showcontrol(const Mirror& mirror, const Form1& form);
+void show_control(const Mirror& mirror, const Form1& form);
 
 // Adds to the end of a text box, after what the user has typed into it.
-void appendtext(HWND box, std::string_view text);
+void append_text(HWND box, std::string_view text);
 
 // What the user did with a control: `code` is that of its notification.
 void notified(const Mirror& mirror, Form1& form, WORD code);

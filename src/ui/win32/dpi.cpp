@@ -7,16 +7,16 @@ namespace {
 
 // A function of a library of the system by its name; null where it is not known. The library stays
 // loaded.
-template <class Function> Function functionof(const wchar_t* library, const char* name) {
+template <class Function> Function system_function(const wchar_t* library, const char* name) {
   const HMODULE loaded = LoadLibraryExW(library, nullptr, LOAD_LIBRARY_SEARCH_SYSTEM32);
   const FARPROC found = loaded ? GetProcAddress(loaded, name) : nullptr;
   return reinterpret_cast<Function>(reinterpret_cast<void*>(found));
 }
 
 // That of the window's monitor as Windows 8.1 and the first 10 tell it; 0 where they are older.
-UINT monitordpi(HWND window) {
+UINT monitor_dpi(HWND window) {
   using Ask = HRESULT(WINAPI*)(HMONITOR, int, UINT*, UINT*);
-  static const auto ask = functionof<Ask>(L"shcore.dll", "GetDpiForMonitor");
+  static const auto ask = system_function<Ask>(L"shcore.dll", "GetDpiForMonitor");
   constexpr int effective = 0;
   UINT across = 0;
   UINT down = 0;
@@ -26,7 +26,7 @@ UINT monitordpi(HWND window) {
 }
 
 // That of all monitors, on a system that does not tell them apart.
-UINT systemdpi() {
+UINT system_dpi() {
   const HDC screen = GetDC(nullptr);
   const int dpi = GetDeviceCaps(screen, LOGPIXELSX);
   ReleaseDC(nullptr, screen);
@@ -35,25 +35,25 @@ UINT systemdpi() {
 
 }  // namespace
 
-UINT dpiof(HWND window) {
-  static const auto ask = functionof<UINT(WINAPI*)(HWND)>(L"user32.dll", "GetDpiForWindow");
+UINT dpi_of(HWND window) {
+  static const auto ask = system_function<UINT(WINAPI*)(HWND)>(L"user32.dll", "GetDpiForWindow");
   if (ask)
     return ask(window);
-  const UINT dpi = monitordpi(window);
-  return dpi ? dpi : systemdpi();
+  const UINT dpi = monitor_dpi(window);
+  return dpi ? dpi : system_dpi();
 }
 
-SIZE framedsize(HWND window, SIZE client) {
-  static const auto ask = functionof<BOOL(WINAPI*)(RECT*, DWORD, BOOL, DWORD, UINT)>(
+SIZE framed_size(HWND window, SIZE client) {
+  static const auto ask = system_function<BOOL(WINAPI*)(RECT*, DWORD, BOOL, DWORD, UINT)>(
       L"user32.dll", "AdjustWindowRectExForDpi");
   const auto style = static_cast<DWORD>(GetWindowLongPtrW(window, GWL_STYLE));
   const auto extended = static_cast<DWORD>(GetWindowLongPtrW(window, GWL_EXSTYLE));
   RECT frame{0, 0, client.cx, client.cy};
   if (ask)
-    ask(&frame, style, FALSE, extended, dpiof(window));
+    ask(&frame, style, FALSE, extended, dpi_of(window));
   else
     AdjustWindowRectEx(&frame, style, FALSE, extended);
   return {frame.right - frame.left, frame.bottom - frame.top};
 }
 
-int pixels(int twips, UINT dpi) { return MulDiv(twips, static_cast<int>(dpi), twipsperinch); }
+int pixels(int twips, UINT dpi) { return MulDiv(twips, static_cast<int>(dpi), twips_per_inch); }

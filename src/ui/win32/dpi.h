@@ -4,10 +4,10 @@
 
 #include <windows.h>
 
-UINT dpiof(HWND window);
+UINT dpi_of(HWND window);
 
 // The size of a window whose client area has the size of `client`, in pixels.
-SIZE framedsize(HWND window, SIZE client);
+SIZE framed_size(HWND window, SIZE client);
 
 // The pixels of a length in twips.
 int pixels(int twips, UINT dpi);

@@ -7,7 +7,7 @@
 
 namespace {
 
-constexpr double pointsperinch = 72;
+constexpr double points_per_inch = 72;
 
 // The screen with a font, for measuring.
 class Measure {
@@ -28,10 +28,10 @@ private:
 };
 
 // `width`: that of an average letter in pixels; 0: the font's own.
-FontHandle fontofwidth(const Font& font, UINT dpi, LONG width) {
+FontHandle font_of_width(const Font& font, UINT dpi, LONG width) {
   LOGFONTW wanted{};
   // A negative height is that of the letters, without the space between lines.
-  wanted.lfHeight = -static_cast<LONG>(std::lround(font.points * dpi / pointsperinch));
+  wanted.lfHeight = -static_cast<LONG>(std::lround(font.points * dpi / points_per_inch));
   wanted.lfWidth = width;
   wanted.lfWeight = font.bold ? FW_BOLD : FW_NORMAL;
   wanted.lfItalic = font.italic;
@@ -45,12 +45,12 @@ FontHandle fontofwidth(const Font& font, UINT dpi, LONG width) {
 
 }  // namespace
 
-FontHandle makefont(const Font& font, UINT dpi, int stretch) {
-  FontHandle own = fontofwidth(font, dpi, 0);
+FontHandle make_font(const Font& font, UINT dpi, int stretch) {
+  FontHandle own = font_of_width(font, dpi, 0);
   TEXTMETRICW metrics{};
   if (stretch == 100 || !GetTextMetricsW(Measure(own.get()), &metrics))
     return own;
-  return fontofwidth(font, dpi, std::lround(metrics.tmAveCharWidth * stretch / 100.0));
+  return font_of_width(font, dpi, std::lround(metrics.tmAveCharWidth * stretch / 100.0));
 }
 
 bool fits(HFONT font, const std::wstring& text, const Room& room) {
@@ -60,22 +60,23 @@ bool fits(HFONT font, const std::wstring& text, const Room& room) {
   return needed.right <= room.width && (!room.wraps || needed.bottom <= room.height);
 }
 
-FontHandle makefitting(const Font& font, UINT dpi, const std::wstring& text, const Room& room) {
+FontHandle make_fitting_font(const Font& font, UINT dpi, const std::wstring& text,
+                             const Room& room) {
   FontHandle made;
-  fitlettering(font.points, [&](const Lettering& lettering) {
+  fit_lettering(font.points, [&](const Lettering& lettering) {
     Font tried = font;
     tried.points = lettering.points;
-    made = makefont(tried, dpi, lettering.stretch);
+    made = make_font(tried, dpi, lettering.stretch);
     return fits(made.get(), text, room);
   });
   return made;
 }
 
-HFONT fontof(HWND control) {
+HFONT font_of(HWND control) {
   return reinterpret_cast<HFONT>(SendMessageW(control, WM_GETFONT, 0, 0));
 }
 
-int textwidth(HFONT font, const std::wstring& text) {
+int text_width(HFONT font, const std::wstring& text) {
   SIZE size{};
   GetTextExtentPoint32W(Measure(font), text.c_str(), static_cast<int>(text.size()), &size);
   return size.cx;

@@ -15,7 +15,7 @@ struct DeleteFont {
 using FontHandle = std::unique_ptr<HFONT, DeleteFont>;
 
 // `stretch`: the letters' width in hundredths of their own.
-FontHandle makefont(const Font& font, UINT dpi, int stretch = 100);
+FontHandle make_font(const Font& font, UINT dpi, int stretch = 100);
 
 // What a caption may take: a width in pixels, and where it is broken into lines a height as well.
 struct Room {
@@ -27,10 +27,11 @@ struct Room {
 bool fits(HFONT font, const std::wstring& text, const Room& room);
 
 // `font` in the lettering in which `text` fits.
-FontHandle makefitting(const Font& font, UINT dpi, const std::wstring& text, const Room& room);
+FontHandle make_fitting_font(const Font& font, UINT dpi, const std::wstring& text,
+                             const Room& room);
 
 // The font that a control shows its text in.
-HFONT fontof(HWND control);
+HFONT font_of(HWND control);
 
 // The pixels that a line of text takes.
-int textwidth(HFONT font, const std::wstring& text);
+int text_width(HFONT font, const std::wstring& text);

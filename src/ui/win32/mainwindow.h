@@ -10,13 +10,13 @@
 #include <windows.h>
 
 // The window's class, and the identifier of the layout's first control: the others follow it.
-inline constexpr wchar_t windowclass[] = L"VoraMapUpdater";
-inline constexpr int firstcontrol = 100;
+inline constexpr wchar_t window_class[] = L"VoraMapUpdater";
+inline constexpr int first_control_id = 100;
 
 class MainWindow {
 public:
   // Mirrors the form as it is. The form must outlive the window.
-  explicit MainWindow(Form1& itsform);
+  explicit MainWindow(Form1& form_in);
   MainWindow(const MainWindow&) = delete;
   MainWindow& operator=(const MainWindow&) = delete;
 
@@ -38,25 +38,25 @@ private:
   static LRESULT CALLBACK procedure(HWND window, UINT message, WPARAM word, LPARAM detail);
   LRESULT handle(UINT message, WPARAM word, LPARAM detail);
 
-  bool makecontrols();
-  void maketooltips();
-  void settooltip(const Mirror& mirror);
-  void makefonts();
+  bool make_controls();
+  void make_tooltips();
+  void set_tooltip(const Mirror& mirror);
+  void make_fonts();
   void fit(Mirror& mirror);
-  Room roomfor(const ControlLayout& row) const;
-  void makeroom();
-  SIZE leastsize() const;
-  void moveintoview();
+  Room room_for(const ControlLayout& row) const;
+  void make_room();
+  SIZE min_size() const;
+  void move_into_view();
   void place();
-  SIZE clientsize() const;
-  void placecontrol(const Mirror& mirror, SIZE client) const;
-  void limitsize(MINMAXINFO& limits) const;
-  void changedpi(UINT newdpi, const RECT& suggested);
+  SIZE client_size() const;
+  void place_control(const Mirror& mirror, SIZE client) const;
+  void limit_size(MINMAXINFO& limits) const;
+  void change_dpi(UINT new_dpi, const RECT& suggested);
   void command(WORD identifier, WORD code);
-  void keepfocus(bool active);
-  void leavedisabled(const Mirror& mirror);
-  const Mirror* mirrorof(HWND control) const;
-  Mirror& mirrorof(const Control& control);
+  void keep_focus(bool active);
+  void leave_disabled_control(const Mirror& mirror);
+  const Mirror* mirror_of(HWND control) const;
+  Mirror& mirror_of(const Control& control);
 
   Form1& form;
   HWND window = nullptr;

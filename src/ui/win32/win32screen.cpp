@@ -7,7 +7,7 @@
 namespace {
 
 // Where messages go: what the program was started with, else the console that it was started from.
-Handle erroroutput() {
+Handle error_output() {
   const HANDLE given = GetStdHandle(STD_ERROR_HANDLE);
   HANDLE own = INVALID_HANDLE_VALUE;
   if (given && given != INVALID_HANDLE_VALUE &&
@@ -15,7 +15,7 @@ Handle erroroutput() {
                       DUPLICATE_SAME_ACCESS))
     return Handle(own);
   AttachConsole(ATTACH_PARENT_PROCESS);
-  return openfile(L"CONOUT$", GENERIC_READ | GENERIC_WRITE, OPEN_EXISTING, 0);
+  return open_file(L"CONOUT$", GENERIC_READ | GENERIC_WRITE, OPEN_EXISTING, 0);
 }
 
 }  // namespace
@@ -34,29 +34,29 @@ void Win32Screen::run() {
 
 void Win32Screen::show() {
   window->show();
-  processmessages();
+  process_messages();
 }
 
-void Win32Screen::showcaption(const std::string& caption) {
+void Win32Screen::show_caption(const std::string& caption) {
   SetWindowTextW(window->handle(), widen(caption).c_str());
 }
 
-void Win32Screen::messagebox(const std::string& text) {
-  MessageBoxW(window ? window->handle() : nullptr, widen(text).c_str(), widen(programtitle).c_str(),
-              MB_OK);
+void Win32Screen::message_box(const std::string& text) {
+  MessageBoxW(window ? window->handle() : nullptr, widen(text).c_str(),
+              widen(program_title).c_str(), MB_OK);
 }
 
-void Win32Screen::standarderror(const std::string& text) {
-  const Handle output = erroroutput();
+void Win32Screen::print_error(const std::string& text) {
+  const Handle output = error_output();
   const std::wstring line = widen(text + "\r\n");
   DWORD mode = 0;
   if (GetConsoleMode(output.get(), &mode))
     WriteConsoleW(output.get(), line.data(), static_cast<DWORD>(line.size()), &mode, nullptr);
   else if (output)
-    static_cast<void>(writeall(output, narrow(line)));
+    static_cast<void>(write_all(output, narrow(line)));
 }
 
-void Win32Screen::processmessages() {
+void Win32Screen::process_messages() {
   MSG message;
   while (PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE))
     window->dispatch(message);

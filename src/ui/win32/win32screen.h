@@ -16,14 +16,14 @@ public:
   [[noreturn]] void run();
 
   void show() override;
-  void showcaption(const std::string& caption) override;
+  void show_caption(const std::string& caption) override;
   void refresh(const Control& control) override { window->refresh(control); }
   void appended(const Control& control, std::string_view text) override {
     window->append(control, text);
   }
-  void messagebox(const std::string& text) override;
-  void standarderror(const std::string& text) override;
-  void processmessages() override;
+  void message_box(const std::string& text) override;
+  void print_error(const std::string& text) override;
+  void process_messages() override;
   [[noreturn]] void end(int status) override;
 
 private:

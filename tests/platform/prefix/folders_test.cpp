@@ -19,7 +19,7 @@ namespace fs = std::filesystem;
 namespace {
 
 // Of letters in both cases, some of more than one byte, and of bytes that are no letter.
-std::string randomname(std::mt19937& chance) {
+std::string random_name(std::mt19937& chance) {
   static const char* const letters[] = {"a",        "A",        "b",       "B", "_",
                                         "\xC3\xA9", "\xC3\x89", "k",       "K", "\xE2\x84\xAA",
                                         "\xC3",     "\x89",     "\xD0\x96"};
@@ -35,8 +35,8 @@ TEST(Folders, EntriesAreSortedAsTheirLoweredNamesAre) {
   std::mt19937 chance(1);
   std::vector<Entry> entries;
   for (int i = 0; i < 20'000; ++i)
-    entries.push_back({randomname(chance), false, false});
-  sortentries(entries, lowercase);
+    entries.push_back({random_name(chance), false, false});
+  sort_entries(entries, lowercase);
   EXPECT_TRUE(std::is_sorted(entries.begin(), entries.end(), [](const Entry& a, const Entry& b) {
     return std::tuple(lowercase(a.name), a.name) < std::tuple(lowercase(b.name), b.name);
   }));
@@ -60,27 +60,27 @@ TEST(Folders, HashesAreKnownWhenTheyWereInserted) {
 // Among the names are the folder's own, those that the caller makes, and those of somebody else.
 TEST(Folders, NamesAreFoundInOtherLetterCase) {
   TestMachine machine;
-  const fs::path path = machine.drivec / "f";
+  const fs::path path = machine.drive_c / "f";
   for (const char* name : {"One", "two", "TWO", "tWo"})
-    writefile(path / name, "");
-  const auto folder = openpath(systemdisk(), path.string(), O_RDONLY | O_DIRECTORY);
+    write_file(path / name, "");
+  const auto folder = open_path(system_disk(), path.string(), O_RDONLY | O_DIRECTORY);
   FolderNames names;
   names.refresh(folder);
   const auto found = [&](const char* name) { return names.find(folder, name); };
   EXPECT_EQ(found("four"), "");
   names.added("Three");
-  writefile(path / "Three", "");
+  write_file(path / "Three", "");
   names.changed(folder);
   EXPECT_EQ(found("three"), "Three");
   EXPECT_EQ(found("one"), "One");
   EXPECT_EQ(found("TwO"), "TWO");
   EXPECT_EQ(found("two"), "two");
   names.added("Four");
-  writefile(path / "Four", "");
+  write_file(path / "Four", "");
   EXPECT_EQ(found("four"), "Four");
   fs::remove(path / "One");
   EXPECT_EQ(found("one"), "");
-  writefile(path / "Five", "");
+  write_file(path / "Five", "");
   names.refresh(folder);
   EXPECT_EQ(found("five"), "Five");
 }

@@ -23,9 +23,9 @@ std::string found(const Paths& paths, const std::string& path, const fs::path& r
 TEST(Paths, FindsNamesIgnoringLetterCase) {
   TestMachine machine;
   for (const char* name : {"Maps/a.galaxy", "Maps/A.galaxy", "maps2/x", "\xC3\x89t\xC3\xA9/y"})
-    writefile(machine.drivec / name, "");
-  fs::create_symlink("Maps", machine.drivec / "Link");
-  const Paths paths(machineof(machine));
+    write_file(machine.drive_c / name, "");
+  fs::create_symlink("Maps", machine.drive_c / "Link");
+  const Paths paths(machine_of(machine));
   const std::string missing = "? there is no such file or folder";
   const std::string rejected = "? Windows does not allow such a name";
   const std::pair<std::string, std::string> cases[] = {
@@ -48,21 +48,21 @@ TEST(Paths, FindsNamesIgnoringLetterCase) {
       {"C:\\", "."},
   };
   for (const auto& [path, location] : cases)
-    EXPECT_EQ(found(paths, path, machine.drivec), location) << path;
+    EXPECT_EQ(found(paths, path, machine.drive_c), location) << path;
 }
 
 TEST(Paths, NamesWithoutADriveStartAtTheCurrentFolder) {
   TestMachine machine;
-  writefile(machine.data / "file.txt", "");
-  const Paths paths(machineof(machine));
+  write_file(machine.data / "file.txt", "");
+  const Paths paths(machine_of(machine));
   EXPECT_EQ(found(paths, "FILE.txt", machine.data), "file.txt");
   EXPECT_EQ(found(paths, "..\\data\\file.txt", machine.data), "file.txt");
   EXPECT_EQ(paths.find("\\")->path(), "/");
-  writefile(machine.data / "back\\slash" / "here.txt", "");
+  write_file(machine.data / "back\\slash" / "here.txt", "");
   machine.data += "/back\\slash";
-  EXPECT_TRUE(Paths(machineof(machine)).find("here.txt")->exists);
-  machine.data = machine.drivec;
-  EXPECT_EQ(found(Paths(machineof(machine)), "\\users", machine.drivec), "users");
+  EXPECT_TRUE(Paths(machine_of(machine)).find("here.txt")->exists);
+  machine.data = machine.drive_c;
+  EXPECT_EQ(found(Paths(machine_of(machine)), "\\users", machine.drive_c), "users");
 }
 
 TEST(Paths, DrivesAreTheLinksOfDosdevices) {
@@ -76,19 +76,19 @@ TEST(Paths, DrivesAreTheLinksOfDosdevices) {
   fs::create_symlink("f:", devices / "f:");
   fs::create_symlink("/nowhere", devices / "G:");
   fs::create_symlink("../other", devices / "h::");
-  writefile(machine.prefix / "other/file", "");
-  const Paths paths(machineof(machine));
+  write_file(machine.prefix / "other/file", "");
+  const Paths paths(machine_of(machine));
   EXPECT_EQ(paths.drives(), (std::vector<std::string>{"C:", "D:", "E:", "F:", "G:"}));
   EXPECT_EQ(found(paths, "C:\\file", machine.prefix / "other"), "file");
   EXPECT_EQ(found(paths, "F:\\", machine.prefix), "? the drive is not ready");
   EXPECT_EQ(found(paths, "G:\\", machine.prefix), "? the drive is not ready");
 
-  const std::string user = (machine.drivec / "users/me").string();
-  EXPECT_EQ(paths.windowspath(user), "D:\\me");
-  EXPECT_EQ(paths.windowspath(user, 'e'), "E:\\me");
-  EXPECT_EQ(paths.windowspath(machine.drivec / "users"), "D:\\");
+  const std::string user = (machine.drive_c / "users/me").string();
+  EXPECT_EQ(paths.windows_path(user), "D:\\me");
+  EXPECT_EQ(paths.windows_path(user, 'e'), "E:\\me");
+  EXPECT_EQ(paths.windows_path(machine.drive_c / "users"), "D:\\");
   // On no drive at all.
-  const std::string outside = paths.windowspath(machine.data);
+  const std::string outside = paths.windows_path(machine.data);
   EXPECT_TRUE(outside.starts_with("\\\\?\\unix\\")) << outside;
   EXPECT_EQ(paths.find(outside)->path(), machine.data.string());
   EXPECT_FALSE(bool(paths.find("\\")));

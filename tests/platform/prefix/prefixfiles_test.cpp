@@ -23,11 +23,11 @@ std::string names(const std::vector<Entry>& entries) {
 TEST(PrefixFiles, LooksUpWhatAPathMatchesAndReadsThroughLinks) {
   TestMachine machine;
   for (const char* name : {"f/b.txt", "f/A.txt", "f/.hidden", "f/sub/x"})
-    writefile(machine.drivec / name, "");
-  fs::create_directories(machine.drivec / "empty/only folders");
-  fs::create_symlink("f/b.txt", machine.drivec / "link");
-  fs::create_symlink("f", machine.drivec / "folderlink");
-  fs::create_symlink("nowhere", machine.drivec / "dangling");
+    write_file(machine.drive_c / name, "");
+  fs::create_directories(machine.drive_c / "empty/only folders");
+  fs::create_symlink("f/b.txt", machine.drive_c / "link");
+  fs::create_symlink("f", machine.drive_c / "folderlink");
+  fs::create_symlink("nowhere", machine.drive_c / "dangling");
   const struct {
     const char* path;
     const char* file;   // what is found among files,
@@ -49,10 +49,10 @@ TEST(PrefixFiles, LooksUpWhatAPathMatchesAndReadsThroughLinks) {
       {"Q:\\", "", ""},
       {"", "", ""},
   };
-  PrefixFiles files(machineof(machine));
+  PrefixFiles files(machine_of(machine));
   for (const auto& c : cases) {
     EXPECT_EQ(*files.lookup(c.path, Match::files), c.file) << c.path;
-    EXPECT_EQ(*files.lookup(c.path, Match::filesandfolders), c.entry) << c.path;
+    EXPECT_EQ(*files.lookup(c.path, Match::files_and_folders), c.entry) << c.path;
   }
   EXPECT_FALSE(bool(files.lookup("C:\\f\\*.txt", Match::files)));
   EXPECT_TRUE(bool(files.read("C:\\link")));
@@ -61,16 +61,16 @@ TEST(PrefixFiles, LooksUpWhatAPathMatchesAndReadsThroughLinks) {
 
 TEST(PrefixFiles, ListsInOrderOfLoweredNames) {
   TestMachine machine;
-  const fs::path folder = machine.drivec / "l";
+  const fs::path folder = machine.drive_c / "l";
   for (const char* name :
        {"b.galaxy", "A.galaxy", "a.galaxy", "C.GALAXY", "_.galaxy", "\xC3\x89.galaxy",
         "\xC3\xA8.galaxy", "x.txt", ".h.galaxy", "a:b.galaxy", "sub/x", "Sub2.galaxy/x"})
-    writefile(folder / name, "");
+    write_file(folder / name, "");
   fs::create_symlink("sub", folder / "slink");
   fs::create_symlink("b.galaxy", folder / "flink.galaxy");
   fs::create_symlink("gone", folder / "gone.galaxy");
   ASSERT_EQ(::mkfifo((folder / "fifo.galaxy").c_str(), 0600), 0);
-  PrefixFiles files(machineof(machine));
+  PrefixFiles files(machine_of(machine));
   EXPECT_EQ(names(*files.list("C:\\l", "*.galaxy")),
             "_.galaxy A.galaxy a.galaxy b.galaxy C.GALAXY flink.galaxy@ slink/@ sub/ "
             "Sub2.galaxy/ \xC3\xA8.galaxy \xC3\x89.galaxy ");
@@ -82,23 +82,23 @@ TEST(PrefixFiles, ListsInOrderOfLoweredNames) {
 
 TEST(PrefixFiles, FullPathsAreSpelledAsOnTheDisk) {
   TestMachine machine;
-  fs::create_directories(machine.drivec / "Games/Vorakai");
-  fs::create_symlink("Games", machine.drivec / "Play");
-  PrefixFiles files(machineof(machine));
-  EXPECT_EQ(*files.fullpath("c:\\games\\\\VORAKAI\\"), "C:\\Games\\Vorakai");
-  EXPECT_EQ(*files.fullpath("C:\\play\\Vorakai"), "C:\\Play\\Vorakai");
-  EXPECT_EQ(*files.fullpath("c:\\"), "C:\\");
-  EXPECT_EQ(*files.fullpath(zpath(machine.drivec / "Games")), "C:\\Games");
-  EXPECT_EQ(*files.fullpath("."), zpath(machine.data));
-  EXPECT_TRUE(files.fullpath("C:\\nowhere").failure().missing);
+  fs::create_directories(machine.drive_c / "Games/Vorakai");
+  fs::create_symlink("Games", machine.drive_c / "Play");
+  PrefixFiles files(machine_of(machine));
+  EXPECT_EQ(*files.full_path("c:\\games\\\\VORAKAI\\"), "C:\\Games\\Vorakai");
+  EXPECT_EQ(*files.full_path("C:\\play\\Vorakai"), "C:\\Play\\Vorakai");
+  EXPECT_EQ(*files.full_path("c:\\"), "C:\\");
+  EXPECT_EQ(*files.full_path(z_path(machine.drive_c / "Games")), "C:\\Games");
+  EXPECT_EQ(*files.full_path("."), z_path(machine.data));
+  EXPECT_TRUE(files.full_path("C:\\nowhere").failure().missing);
 }
 
 TEST(PrefixFiles, WritesTextFilesInPlaceButNeverThroughALink) {
   TestMachine machine;
-  PrefixFiles files(machineof(machine));
+  PrefixFiles files(machine_of(machine));
   EXPECT_TRUE(bool(files.append("info.txt", "a")));
   EXPECT_TRUE(bool(files.append("INFO.TXT", "b")));
-  EXPECT_EQ(readfile(machine.data / "info.txt"), "ab");
+  EXPECT_EQ(read_file(machine.data / "info.txt"), "ab");
   EXPECT_TRUE(bool(files.write("info.txt", "c")));
   EXPECT_EQ(*files.read("info.txt"), "c");
   fs::create_symlink(machine.program / "out", machine.data / "link.txt");

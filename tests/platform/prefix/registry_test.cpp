@@ -55,8 +55,8 @@ std::string show(const std::optional<RegistryValue>& value) {
   return types[static_cast<std::size_t>(value->type)] + value->text + number + value->bytes;
 }
 
-std::string dataof(const std::string& data) {
-  return show(findvalue("[K]\n\"v\"=" + data + "\n", "K", "v"));
+std::string data_of(const std::string& data) {
+  return show(find_value("[K]\n\"v\"=" + data + "\n", "K", "v"));
 }
 
 std::string crlf(std::string text) {
@@ -65,7 +65,7 @@ std::string crlf(std::string text) {
   return text;
 }
 
-RegistryValue textvalue(const std::string& text) { return {.type = Type::text, .text = text}; }
+RegistryValue text_value(const std::string& text) { return {.type = Type::text, .text = text}; }
 
 TEST(RegistryText, FindsValues) {
   const struct {
@@ -90,8 +90,8 @@ TEST(RegistryText, FindsValues) {
       {"Software\\Tools] 1700000000", "Path", "none"},
   };
   for (const auto& each : cases) {
-    EXPECT_EQ(show(findvalue(sample, each.key, each.name)), each.shown) << each.key;
-    EXPECT_EQ(show(findvalue(crlf(sample), each.key, each.name)), each.shown) << each.key;
+    EXPECT_EQ(show(find_value(sample, each.key, each.name)), each.shown) << each.key;
+    EXPECT_EQ(show(find_value(crlf(sample), each.key, each.name)), each.shown) << each.key;
   }
 }
 
@@ -127,7 +127,7 @@ TEST(RegistryText, ReadsEveryForm) {
       {"hex:41,\\\n  42,\\\n43", "binary ABC"},
   };
   for (const auto& each : cases)
-    EXPECT_EQ(dataof(each.data), each.shown) << each.data;
+    EXPECT_EQ(data_of(each.data), each.shown) << each.data;
 }
 
 TEST(RegistryText, MalformedLinesCountAsMissing) {
@@ -137,12 +137,12 @@ TEST(RegistryText, MalformedLinesCountAsMissing) {
        "str(:\"a\"", "text",          "dword:",     "dword:123456789", "dword:xyz",   "dword:-1",
        "hex",        "hex(",          "hex(3",      "hex(3)41",        "hex(zz):41",  "hex:4x",
        "hex():41",   "str():dword:1", "hex:123",    "hex:41 42",       "hex:,41",     "-"})
-    EXPECT_EQ(dataof(data), "none") << data;
+    EXPECT_EQ(data_of(data), "none") << data;
   for (const char* text : {"", "[", "[K", "[K\n\"v\"=\"x\"", "[K]", "[K]\n\"v", "[K]\n\"v\"",
                            "[K]\n\"v\"=", "K]\n", "\"v\"=\"x\"\n[K]\n", "[K\\]\n\"v\"=\"x\"",
                            "[]\n\"v\"=\"x\"", "[K]\nv=\"x\"\n", "[K]\n;\"v\"=\"x\"\n",
                            "[K]\n#\"v\"=\"x\"\n", "[K]\n\"v\" \"x\"\n", "[K]\n[L]\n\"v\"=\"x\"\n"})
-    EXPECT_EQ(show(findvalue(text, "K", "v")), "none") << text;
+    EXPECT_EQ(show(find_value(text, "K", "v")), "none") << text;
 }
 
 TEST(RegistryText, ComparesNamesAsTheyAreMeant) {
@@ -157,17 +157,17 @@ TEST(RegistryText, ComparesNamesAsTheyAreMeant) {
       {"[]\n@=\"found\"", "", ""},
   };
   for (const auto& each : cases)
-    EXPECT_EQ(show(findvalue(each.text, each.key, each.name)), "text found") << each.text;
+    EXPECT_EQ(show(find_value(each.text, each.key, each.name)), "text found") << each.text;
 }
 
 TEST(RegistryText, TheLastOfSeveralWins) {
   const std::string text = "[K]\n\"v\"=\"1\"\n\"V\"=\"2\"\n[L]\n\"v\"=\"x\"\n[k]\n\"v\"=\"3\"\n";
-  EXPECT_EQ(show(findvalue(text, "K", "v")), "text 3");
-  EXPECT_EQ(show(findvalue(text + "[K]\n\"v\"=\"cut", "K", "v")), "text 3");
-  EXPECT_EQ(show(findvalue(text + "[K]\n", "K", "v")), "text 3");
-  const auto changed = withvalue(text, "K", "v", textvalue("4"));
-  EXPECT_EQ(show(findvalue(changed, "K", "v")), "text 4");
-  EXPECT_EQ(withoutvalue(changed, "K", "v"), "[K]\n[L]\n\"v\"=\"x\"\n[k]\n");
+  EXPECT_EQ(show(find_value(text, "K", "v")), "text 3");
+  EXPECT_EQ(show(find_value(text + "[K]\n\"v\"=\"cut", "K", "v")), "text 3");
+  EXPECT_EQ(show(find_value(text + "[K]\n", "K", "v")), "text 3");
+  const auto changed = with_value(text, "K", "v", text_value("4"));
+  EXPECT_EQ(show(find_value(changed, "K", "v")), "text 4");
+  EXPECT_EQ(without_value(changed, "K", "v"), "[K]\n[L]\n\"v\"=\"x\"\n[k]\n");
 }
 
 TEST(RegistryText, WritesOnlyItsOwnLines) {
@@ -186,8 +186,8 @@ TEST(RegistryText, WritesOnlyItsOwnLines) {
   for (const auto& each : cases) {
     auto expected = sample;
     expected.replace(expected.find(each.old), std::string(each.old).size(), each.now);
-    EXPECT_EQ(withvalue(sample, each.key, each.name, textvalue("new")), expected);
-    EXPECT_EQ(withvalue(crlf(sample), each.key, each.name, textvalue("new")), crlf(expected));
+    EXPECT_EQ(with_value(sample, each.key, each.name, text_value("new")), expected);
+    EXPECT_EQ(with_value(crlf(sample), each.key, each.name, text_value("new")), crlf(expected));
   }
 }
 
@@ -207,8 +207,8 @@ TEST(RegistryText, WritesToDamagedTexts) {
       {"\n\n", "\n\n\n[K]\n\"v\"=\"n\"\n"},
   };
   for (const auto& each : cases) {
-    EXPECT_EQ(withvalue(each.old, "K", "v", textvalue("n")), each.now) << each.old;
-    EXPECT_EQ(show(findvalue(each.now, "K", "v")), "text n");
+    EXPECT_EQ(with_value(each.old, "K", "v", text_value("n")), each.now) << each.old;
+    EXPECT_EQ(show(find_value(each.now, "K", "v")), "text n");
   }
 }
 
@@ -217,18 +217,18 @@ TEST(RegistryText, EscapesAsWineDoes) {
     RegistryValue value;
     std::string line;
   } cases[] = {
-      {textvalue("a\\b\"[c]"), R"("a\\b\"[c]")"},
-      {textvalue("\u00e9z\u00e9a\u00e9"), R"("\xe9z\x00e9a\xe9")"},
-      {textvalue("\U0001f600"), R"("\xd83d\xde00")"},
-      {textvalue("\a\b\t\n\v\f\r\x1b"), R"("\a\b\t\n\v\f\r\e")"},
-      {textvalue("\x01x\x01"
-                 "7\x7f"),
+      {text_value("a\\b\"[c]"), R"("a\\b\"[c]")"},
+      {text_value("\u00e9z\u00e9a\u00e9"), R"("\xe9z\x00e9a\xe9")"},
+      {text_value("\U0001f600"), R"("\xd83d\xde00")"},
+      {text_value("\a\b\t\n\v\f\r\x1b"), R"("\a\b\t\n\v\f\r\e")"},
+      {text_value("\x01x\x01"
+                  "7\x7f"),
        "\"\\1x\\0017\x7f\""},
-      {textvalue("\xff"
-                 "z\xe9"
-                 "a"),
+      {text_value("\xff"
+                  "z\xe9"
+                  "a"),
        R"("\xfffdz\xfffda")"},
-      {{.type = Type::expandtext, .text = "%A%\\b"}, R"(str(2):"%A%\\b")"},
+      {{.type = Type::expandable_text, .text = "%A%\\b"}, R"(str(2):"%A%\\b")"},
       {{.type = Type::number, .number = 0xBEEF}, "dword:0000beef"},
       {{.type = Type::binary, .bytes = std::string("\x00\xff", 2)}, "hex:00,ff"},
       {{.type = Type::binary}, "hex:"},
@@ -237,8 +237,8 @@ TEST(RegistryText, EscapesAsWineDoes) {
        "  01,01,01,01,01,01,01"},
   };
   for (const auto& each : cases)
-    EXPECT_EQ(withvalue("[K]\n", "K", "v", each.value), "[K]\n\"v\"=" + each.line + "\n");
-  EXPECT_EQ(withvalue(sample, "K", "v", {.type = Type::other}), sample);
+    EXPECT_EQ(with_value("[K]\n", "K", "v", each.value), "[K]\n\"v\"=" + each.line + "\n");
+  EXPECT_EQ(with_value(sample, "K", "v", {.type = Type::other}), sample);
 }
 
 TEST(RegistryText, EveryCharacterSurvivesTheRoundTrip) {
@@ -247,26 +247,26 @@ TEST(RegistryText, EveryCharacterSurvivesTheRoundTrip) {
     all += std::string{c, '7', c, 'f', c};
   all += "\u00e9"
          "1\u00e9g\u20ac\U0001f600\U0010ffff";
-  const auto text = withvalue("", "Key \\" + std::string("[\u00e9]a"), all, textvalue(all));
-  EXPECT_EQ(show(findvalue(text, "Key \\[\u00e9]a", all)), "text " + all);
+  const auto text = with_value("", "Key \\" + std::string("[\u00e9]a"), all, text_value(all));
+  EXPECT_EQ(show(find_value(text, "Key \\[\u00e9]a", all)), "text " + all);
 }
 
 TEST(RegistryText, Removes) {
-  const auto value = withoutvalue(sample, "software\\tools\\odd [name] here", "long");
+  const auto value = without_value(sample, "software\\tools\\odd [name] here", "long");
   auto expected = sample;
   expected.erase(expected.find("\"Long\""),
                  std::string("\"Long\"=hex(3):00,01,02,\\\n  03,04,\\\n  05\n").size());
   EXPECT_EQ(value, expected);
-  EXPECT_EQ(withoutvalue(sample, "Software\\Tools", "none"), sample);
-  EXPECT_EQ(withoutkey(sample, "Software\\Tool"), sample);
+  EXPECT_EQ(without_value(sample, "Software\\Tools", "none"), sample);
+  EXPECT_EQ(without_key(sample, "Software\\Tool"), sample);
 
   const auto first = sample.find("\n[Software\\\\Tools]"),
              last = sample.find("\n[Software\\\\Toolset]");
-  EXPECT_EQ(withoutkey(sample, "software\\tools"), sample.substr(0, first) + sample.substr(last));
-  EXPECT_EQ(withoutkey(sample, "Software\\Toolset"), sample.substr(0, last));
-  EXPECT_EQ(withoutkey(sample, "Software"), sample.substr(0, first));
-  EXPECT_EQ(withoutkey(crlf(sample), "Software"), crlf(sample.substr(0, first)));
-  EXPECT_EQ(withoutkey("[A]\n[B]\n\n\n[A\\\\C]\n", "A"), "[B]\n");
+  EXPECT_EQ(without_key(sample, "software\\tools"), sample.substr(0, first) + sample.substr(last));
+  EXPECT_EQ(without_key(sample, "Software\\Toolset"), sample.substr(0, last));
+  EXPECT_EQ(without_key(sample, "Software"), sample.substr(0, first));
+  EXPECT_EQ(without_key(crlf(sample), "Software"), crlf(sample.substr(0, first)));
+  EXPECT_EQ(without_key("[A]\n[B]\n\n\n[A\\\\C]\n", "A"), "[B]\n");
 }
 
 TEST(RegistryText, LargeHostileTextsTakeLinearTime) {
@@ -275,8 +275,8 @@ TEST(RegistryText, LargeHostileTextsTakeLinearTime) {
     std::string text = "[K]\n";
     while (text.size() < 1 << 20)
       text += piece;
-    EXPECT_EQ(withoutvalue(text, "K", "absent"), text);
-    EXPECT_EQ(show(findvalue(withvalue(text, "K", "v", textvalue("n")), "K", "v")), "text n");
+    EXPECT_EQ(without_value(text, "K", "absent"), text);
+    EXPECT_EQ(show(find_value(with_value(text, "K", "v", text_value("n")), "K", "v")), "text n");
   }
 }
 
@@ -291,8 +291,8 @@ protected:
 };
 
 TEST_F(RegistryFiles, RootsChooseTheFile) {
-  writefile(system, "[A\\\\B]\n@=\"key\"\n\"v\"=\"machine\"\n\n[]\n\"v\"=\"root\"\n");
-  writefile(user, "[A\\\\B]\n\"v\"=\"user\"\n");
+  write_file(system, "[A\\\\B]\n@=\"key\"\n\"v\"=\"machine\"\n\n[]\n\"v\"=\"root\"\n");
+  write_file(user, "[A\\\\B]\n\"v\"=\"user\"\n");
   Registry registry(folder);
   const struct {
     const char *path, *shown;
@@ -323,8 +323,8 @@ TEST_F(RegistryFiles, KeysAreFoundAcrossPieces) {
   constexpr std::size_t piece = 1 << 16;
   const std::string large = "\"large\"=\"" + std::string(3 * piece, 'x') + "\"\n";
   for (std::size_t before = piece - 40; before < piece + 2; ++before) {
-    writefile(system, "[Fill]\n" + std::string(before - 8, ';') + "\n[K\\\\A]\n\"v\"=\"first\"\n" +
-                          large + "[Other]\n[K\\\\B]\n@=\"beside\"\n[K\\\\A]\n\"w\"=\"last\"\n");
+    write_file(system, "[Fill]\n" + std::string(before - 8, ';') + "\n[K\\\\A]\n\"v\"=\"first\"\n" +
+                           large + "[Other]\n[K\\\\B]\n@=\"beside\"\n[K\\\\A]\n\"w\"=\"last\"\n");
     Registry registry(folder);
     EXPECT_EQ(show(registry.read("HKLM\\K\\A\\v")), "text first") << before;
     EXPECT_EQ(show(registry.read("HKLM\\K\\A\\w")), "text last") << before;
@@ -337,7 +337,7 @@ TEST_F(RegistryFiles, WhatWasReadIsKnownUntilItIsChanged) {
   Registry registry(folder);
   EXPECT_FALSE(registry.read("HKLM\\A\\v"));
   EXPECT_EQ(tree(folder), Tree());
-  writefile(system, "[A]\n\"v\"=\"late\"\n");
+  write_file(system, "[A]\n\"v\"=\"late\"\n");
   EXPECT_FALSE(registry.read("HKLM\\A\\v"));
   EXPECT_TRUE(registry.write("HKLM\\A\\w", "new", "REG_SZ"));
   EXPECT_EQ(tree(folder), (Tree{{"system.reg", "[A]\n\"v\"=\"late\"\n\"w\"=\"new\"\n"}}));
@@ -363,18 +363,18 @@ TEST_F(RegistryFiles, WritesEveryType) {
       {"1", "string", "fails"},
   };
   for (const auto& each : cases) {
-    writefile(system, "[K]\n\"v\"=\"old\"\n");
+    write_file(system, "[K]\n\"v\"=\"old\"\n");
     Registry registry(folder);
     const bool fails = std::string(each.shown) == "fails";
     EXPECT_EQ(registry.write("HKLM\\K\\v", each.data, each.type), !fails) << each.data;
     EXPECT_EQ(show(Registry(folder).read("HKLM\\K\\v")), fails ? "text old" : each.shown);
   }
   EXPECT_TRUE(Registry(folder).write("HKCU\\New\\Key\\", "default", ""));
-  EXPECT_EQ(readfile(user), "WINE REGISTRY Version 2\n\n[New\\\\Key]\n@=\"default\"\n");
+  EXPECT_EQ(read_file(user), "WINE REGISTRY Version 2\n\n[New\\\\Key]\n@=\"default\"\n");
 }
 
 TEST_F(RegistryFiles, Removes) {
-  writefile(
+  write_file(
       system,
       "[]\n@=\"r\"\n\n[K]\n@=\"d\"\n\"v\"=\"1\"\n\n[K\\\\L]\n\"v\"=\"2\"\n\n[KL]\n\"v\"=\"3\"\n");
   Registry registry(folder);
@@ -388,7 +388,7 @@ TEST_F(RegistryFiles, Removes) {
 }
 
 TEST_F(RegistryFiles, KeepsPermissionsAndLinks) {
-  writefile(folder / "real.reg", "[K]\n");
+  write_file(folder / "real.reg", "[K]\n");
   fs::permissions(folder / "real.reg", fs::perms{0640});
   fs::create_symlink("real.reg", system);
   EXPECT_TRUE(Registry(folder).write("HKLM\\K\\v", "new", ""));
@@ -412,7 +412,7 @@ TEST_F(RegistryFiles, AFailedWriteChangesNothing) {
 
 TEST_F(RegistryFiles, AWriteThatBreaksOffLeavesTheOldFile) {
   const std::string old = "[K]\n\"v\"=\"" + std::string(100000, 'x') + "\"\n";
-  writefile(system, old);
+  write_file(system, old);
   rlimit before{};
   ASSERT_EQ(getrlimit(RLIMIT_FSIZE, &before), 0);
   const rlimit small{50000, before.rlim_max};

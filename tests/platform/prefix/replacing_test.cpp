@@ -35,7 +35,7 @@ public:
 
 class ReplaceOnPosix : public testing::Test {
 protected:
-  ReplaceOnPosix() { writefile(maps / "a.galaxy", "old"); }
+  ReplaceOnPosix() { write_file(maps / "a.galaxy", "old"); }
 
   static Replacement wanted() {
     return {"C:\\m\\a.galaxy",
@@ -43,30 +43,30 @@ protected:
             {{"C:\\m\\a.galfix", "fix"}, {"C:\\m\\a.galaxy", "new"}},
             "C:\\m\\a.galold"};
   }
-  Result<Done> replace() { return replacemap(files, wanted()); }
+  Result<Done> replace() { return replace_map(files, wanted()); }
 
   // Replaces a new map, in debug mode or with everything, while `before` is told the number of each
   // call to the disk; how many calls that were.
-  int replacewith(bool debug, const std::function<void(int call)>& before) {
+  int replace_with(bool debug, const std::function<void(int call)>& before) {
     fs::remove_all(maps);
-    writefile(maps / "a.galaxy", "old");
+    write_file(maps / "a.galaxy", "old");
     WatchedDisk watched([&](int call) {
       before(call);
       return 0;
     });
-    PrefixFiles watchedfiles(machineof(machine), watched);
+    PrefixFiles watched_files(machine_of(machine), watched);
     std::vector<NewFile> put = {{"C:\\m\\a.galtst", "new"}};
     if (!debug)
       put = {{"C:\\m\\a.galfix", "new"}, {"C:\\m\\a.galaxy", "new"}};
-    static_cast<void>(
-        replacemap(watchedfiles, {"C:\\m\\a.galaxy", "old", put, debug ? "" : "C:\\m\\a.galold"}));
+    static_cast<void>(replace_map(watched_files,
+                                  {"C:\\m\\a.galaxy", "old", put, debug ? "" : "C:\\m\\a.galold"}));
     return watched.calls;
   }
 
   TestMachine machine;
-  const fs::path maps = machine.drivec / "m";
+  const fs::path maps = machine.drive_c / "m";
   PermittingDisk disk;
-  PrefixFiles files{machineof(machine), disk};
+  PrefixFiles files{machine_of(machine), disk};
 };
 
 }  // namespace
@@ -77,7 +77,7 @@ TEST_F(ReplaceOnPosix, KeepsPermissionsAndOwner) {
   for (const mode_t mode : {0440, 0000, 06750}) {
     if (mode == 0 && !root)
       continue;
-    writefile(maps / "a.galaxy", "old");
+    write_file(maps / "a.galaxy", "old");
     ASSERT_TRUE(!root || ::chown((maps / "a.galaxy").c_str(), 1234, 1234) == 0);
     ::chmod((maps / "a.galaxy").c_str(), mode);
     EXPECT_TRUE(bool(replace()));
@@ -107,7 +107,7 @@ TEST_F(ReplaceOnPosix, TellsOfPermissionsThatCannotBeSet) {
 }
 
 TEST_F(ReplaceOnPosix, LinksAreNeverFollowed) {
-  writefile(machine.drivec / "elsewhere", "untouched");
+  write_file(machine.drive_c / "elsewhere", "untouched");
   fs::create_symlink("../elsewhere", maps / "a.galold");
   fs::create_symlink("nowhere", maps / "a.galold2");
   fs::create_symlink("../elsewhere", maps / "a.galfix");
@@ -117,56 +117,56 @@ TEST_F(ReplaceOnPosix, LinksAreNeverFollowed) {
                               {"a.galfix", "fix"},
                               {"a.galold2", "-> nowhere"},
                               {"a.galold3", "-> ../elsewhere"}}));
-  EXPECT_EQ(readfile(machine.drivec / "elsewhere"), "untouched");
+  EXPECT_EQ(read_file(machine.drive_c / "elsewhere"), "untouched");
 }
 
 // Until a companion is about to take its name, the map must be the one that was read.
 TEST_F(ReplaceOnPosix, AMapThatIsReplacedMeanwhileGetsNoCompanion) {
-  constexpr int callsbehindthelook = 2;  // permissions and name
+  constexpr int calls_after_last_look = 2;  // permissions and name
   for (const bool debug : {false, true}) {
     const fs::path companion = maps / (debug ? "a.galtst" : "a.galfix");
     int late = 0;
     for (int moment = 1, calls = moment; moment <= calls; ++moment) {
       bool replaced = false;
-      calls = replacewith(debug, [&](int call) {
+      calls = replace_with(debug, [&](int call) {
         if (call == 1)
-          writefile(companion, "older");
-        if (call != moment || readfile(companion) != "older")
+          write_file(companion, "older");
+        if (call != moment || read_file(companion) != "older")
           return;
-        writefile(machine.drivec / "theirs", "theirs");
-        fs::rename(machine.drivec / "theirs", maps / "a.galaxy");
+        write_file(machine.drive_c / "theirs", "theirs");
+        fs::rename(machine.drive_c / "theirs", maps / "a.galaxy");
         replaced = true;
       });
-      late += replaced && readfile(companion) != "older";
-      EXPECT_EQ(readfile(maps / "a.galaxy") == "theirs", replaced) << moment;
+      late += replaced && read_file(companion) != "older";
+      EXPECT_EQ(read_file(maps / "a.galaxy") == "theirs", replaced) << moment;
     }
-    EXPECT_LE(late, callsbehindthelook) << debug;
+    EXPECT_LE(late, calls_after_last_look) << debug;
   }
 }
 
 // Another file has the map's name for the length of one call: it must not become the backup.
 TEST_F(ReplaceOnPosix, ABackupIsTheMapThatWasRead) {
-  const fs::path map = maps / "a.galaxy", aside = machine.drivec / "aside";
+  const fs::path map = maps / "a.galaxy", aside = machine.drive_c / "aside";
   for (int moment = 1, calls = moment; moment <= calls; ++moment) {
     bool away = false;
-    calls = replacewith(false, [&](int call) {
-      if (call == moment && readfile(map) == "old") {
+    calls = replace_with(false, [&](int call) {
+      if (call == moment && read_file(map) == "old") {
         fs::rename(map, aside);
-        writefile(map, "theirs");
+        write_file(map, "theirs");
         away = true;
       } else if (call == moment + 1 && away) {
         fs::rename(aside, map);
       }
     });
-    const bool converted = readfile(map) == "new";
-    EXPECT_TRUE(!converted || readfile(maps / "a.galold") == "old") << moment;
+    const bool converted = read_file(map) == "new";
+    EXPECT_TRUE(!converted || read_file(maps / "a.galold") == "old") << moment;
   }
 }
 
 // What has the map's name when it is to be replaced, and is no map, as it is made by each of these.
 TEST_F(ReplaceOnPosix, WhatIsNoOrdinaryFileIsLeftAlone) {
-  const fs::path map = maps / "a.galaxy", other = machine.drivec / "other";
-  writefile(other, "old");
+  const fs::path map = maps / "a.galaxy", other = machine.drive_c / "other";
+  write_file(other, "old");
   const std::function<void()> makers[] = {
       [&] { fs::create_directory(map); },
       [&] { fs::create_symlink("gone", map); },
@@ -176,12 +176,12 @@ TEST_F(ReplaceOnPosix, WhatIsNoOrdinaryFileIsLeftAlone) {
   };
   for (const auto& make : makers) {
     fs::remove_all(map);
-    writefile(map, "old");
-    const auto opened = files.openmap("C:\\m\\a.galaxy");
+    write_file(map, "old");
+    const auto opened = files.open_map("C:\\m\\a.galaxy");
     fs::remove(map);
     make();
     EXPECT_EQ((*opened)->replace(wanted()).failure().reason, "it is not an ordinary file any more");
     EXPECT_EQ(std::distance(fs::directory_iterator(maps), {}), 1);
   }
-  EXPECT_EQ(readfile(other), "old");
+  EXPECT_EQ(read_file(other), "old");
 }

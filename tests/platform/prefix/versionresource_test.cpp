@@ -10,12 +10,12 @@
 
 namespace {
 
-const Executable sample{.productversion = {1, 2, 3, 4}};
+const Executable sample{.product_version = {1, 2, 3, 4}};
 const ExecutableLayout at(false);
 
-std::string releaseof(const std::string& bytes) {
+std::string release_of(const std::string& bytes) {
   std::istringstream stream(bytes);
-  const auto version = readproductversion(stream);
+  const auto version = read_product_version(stream);
   if (!version)
     return "none";
   std::ostringstream text;
@@ -29,23 +29,23 @@ TEST(VersionResource, GivesTheProductVersion) {
     Executable executable;
     const char* release;
   } cases[] = {
-      {{.productversion = {1, 2, 3, 4}}, "1.2.3.4"},
-      {{.productversion = {1, 2, 3, 4}, .wide = true}, "1.2.3.4"},
-      {{.productversion = {0, 0, 0, 0}}, "0.0.0.0"},
-      {{.productversion = {32768, 65535, 32767, 40000}}, "32768.65535.32767.40000"},
-      {{.productversion = {4, 0, 0, 1}, .fileversion = {5, 6, 7, 8}, .wide = true}, "4.0.0.1"},
-      {{.productversion = {1, 2, 3, 4}, .versionresource = false}, "none"},
-      {{.productversion = {1, 2, 3, 4}, .wide = true, .versionresource = false}, "none"},
+      {{.product_version = {1, 2, 3, 4}}, "1.2.3.4"},
+      {{.product_version = {1, 2, 3, 4}, .wide = true}, "1.2.3.4"},
+      {{.product_version = {0, 0, 0, 0}}, "0.0.0.0"},
+      {{.product_version = {32768, 65535, 32767, 40000}}, "32768.65535.32767.40000"},
+      {{.product_version = {4, 0, 0, 1}, .file_version = {5, 6, 7, 8}, .wide = true}, "4.0.0.1"},
+      {{.product_version = {1, 2, 3, 4}, .version_resource = false}, "none"},
+      {{.product_version = {1, 2, 3, 4}, .wide = true, .version_resource = false}, "none"},
   };
   for (const auto& each : cases)
-    EXPECT_EQ(releaseof(each.executable.bytes()), each.release);
+    EXPECT_EQ(release_of(each.executable.bytes()), each.release);
 }
 
 TEST(VersionResource, FindsItAmongOthers) {
   auto bytes = sample.bytes();
   bytes.append(0x400, '\0');
   const std::size_t other = at.end;  // a directory of types in which three others come first
-  put32(bytes, at.sectiontable + 16, 0x600);
+  put32(bytes, at.section_table + 16, 0x600);
   put16(bytes, other + 12, 1);  // one with a name, whose offset happens to be the wanted number
   put16(bytes, other + 14, 3);
   put32(bytes, other + 16, 16);
@@ -54,21 +54,21 @@ TEST(VersionResource, FindsItAmongOthers) {
   put32(bytes, other + 36, 0x80000018);
   put32(bytes, other + 40, 24);
   put32(bytes, at.directories + 16, 0x1200);
-  EXPECT_EQ(releaseof(bytes), "none") << "the offsets still count from the old directory";
+  EXPECT_EQ(release_of(bytes), "none") << "the offsets still count from the old directory";
   bytes.replace(other + 0x40, 0x60, bytes, at.names, 0x60);
   put32(bytes, other + 36, 0x80000040);
   put32(bytes, other + 0x40 + 20, 0x80000058);
   put32(bytes, other + 0x58 + 20, 0x70);
-  EXPECT_EQ(releaseof(bytes), "1.2.3.4");
+  EXPECT_EQ(release_of(bytes), "1.2.3.4");
 }
 
 TEST(VersionResource, CutAnywhereGivesNothing) {
   for (const bool wide : {false, true}) {
-    const auto bytes = Executable{.productversion = {1, 2, 3, 4}, .wide = wide}.bytes();
-    const std::size_t needed = ExecutableLayout(wide).fixedinfo + 52;
+    const auto bytes = Executable{.product_version = {1, 2, 3, 4}, .wide = wide}.bytes();
+    const std::size_t needed = ExecutableLayout(wide).fixed_info + 52;
     for (std::size_t length = 0; length < needed; ++length)
-      ASSERT_EQ(releaseof(bytes.substr(0, length)), "none") << length;
-    EXPECT_EQ(releaseof(bytes.substr(0, needed)), "1.2.3.4");
+      ASSERT_EQ(release_of(bytes.substr(0, length)), "none") << length;
+    EXPECT_EQ(release_of(bytes.substr(0, needed)), "1.2.3.4");
   }
 }
 
@@ -90,9 +90,9 @@ TEST(VersionResource, DamageGivesNothing) {
       {"no resources", at.directories + 16, 0},
       {"resources outside the section", at.directories + 16, 0xFFFFFFF0},
       {"resources at the section's end", at.directories + 16, 0x11FC},
-      {"section elsewhere in memory", at.sectiontable + 12, 0x1001},
-      {"section without data", at.sectiontable + 16, 0},
-      {"section beyond the file", at.sectiontable + 20, 0xFFFFFE00},
+      {"section elsewhere in memory", at.section_table + 12, 0x1001},
+      {"section without data", at.section_table + 16, 0},
+      {"section beyond the file", at.section_table + 20, 0xFFFFFE00},
       {"no types", at.types + 14, 0, false},
       {"another type", at.types + 16, 17},
       {"a type without names", at.types + 20, 0x18},
@@ -101,16 +101,16 @@ TEST(VersionResource, DamageGivesNothing) {
       {"a name without languages", at.names + 20, 0x30},
       {"no languages", at.languages + 14, 0, false},
       {"names that lead back to the types", at.types + 20, 0x80000000},
-      {"data beyond the section", at.dataentry, 0x11F0},
-      {"data too short", at.dataentry + 4, 91},
-      {"data longer than the section", at.dataentry + 4, 0x1A9},
-      {"data of any length", at.dataentry + 4, 0xFFFFFFFF},
-      {"block too short", at.versioninfo, 91, false},
-      {"block without a value", at.versioninfo + 2, 0, false},
-      {"value too short", at.versioninfo + 2, 51, false},
-      {"another block", at.versioninfo + 6, 'X', false},
-      {"a longer key", at.versioninfo + 36, 'X', false},
-      {"no signature", at.fixedinfo, 0xBD04EFFE},
+      {"data beyond the section", at.data_entry, 0x11F0},
+      {"data too short", at.data_entry + 4, 91},
+      {"data longer than the section", at.data_entry + 4, 0x1A9},
+      {"data of any length", at.data_entry + 4, 0xFFFFFFFF},
+      {"block too short", at.version_info, 91, false},
+      {"block without a value", at.version_info + 2, 0, false},
+      {"value too short", at.version_info + 2, 51, false},
+      {"another block", at.version_info + 6, 'X', false},
+      {"a longer key", at.version_info + 36, 'X', false},
+      {"no signature", at.fixed_info, 0xBD04EFFE},
   };
   for (const auto& each : cases) {
     auto bytes = sample.bytes();
@@ -118,7 +118,7 @@ TEST(VersionResource, DamageGivesNothing) {
       put32(bytes, each.offset, each.value);
     else
       put16(bytes, each.offset, static_cast<std::uint16_t>(each.value));
-    EXPECT_EQ(releaseof(bytes), "none") << each.what;
+    EXPECT_EQ(release_of(bytes), "none") << each.what;
   }
 }
 
@@ -126,8 +126,8 @@ TEST(VersionResource, TheOptionalHeaderMustReachTheResources) {
   auto bytes = sample.bytes();
   const std::size_t end = at.directories + 2 * 8;
   put16(bytes, at.header + 20, static_cast<std::uint16_t>(end - at.optional));
-  bytes.replace(end + 8, 16, bytes, at.sectiontable + 8, 16);
-  EXPECT_EQ(releaseof(bytes), "none");
+  bytes.replace(end + 8, 16, bytes, at.section_table + 8, 16);
+  EXPECT_EQ(release_of(bytes), "none");
 }
 
 TEST(VersionResource, WildCountsStayBounded) {
@@ -135,9 +135,9 @@ TEST(VersionResource, WildCountsStayBounded) {
   put16(bytes, at.types + 12, 65535);
   put16(bytes, at.types + 14, 65535);
   put16(bytes, at.header + 6, 65535);
-  EXPECT_EQ(releaseof(bytes), "none");
+  EXPECT_EQ(release_of(bytes), "none");
   bytes.append(std::size_t{1} << 21, '\xFF');
-  EXPECT_EQ(releaseof(bytes), "none");
+  EXPECT_EQ(release_of(bytes), "none");
 }
 
 }  // namespace

@@ -25,23 +25,23 @@ protected:
   }
 
   Result<Done> replace() {
-    const auto map = files.openmap(scratch / "a.galaxy");
+    const auto map = files.open_map(scratch / "a.galaxy");
     return map ? (*map)->replace(wanted()) : map.failure();
   }
 
   // Holds a file as a virus scanner does, sharing nothing or reading alone.
   Handle hold(const char* name, DWORD share) const {
-    Handle holder(CreateFileW(systempath(scratch / name).c_str(), GENERIC_READ, share, nullptr,
+    Handle holder(CreateFileW(system_path(scratch / name).c_str(), GENERIC_READ, share, nullptr,
                               OPEN_EXISTING, 0, nullptr));
     EXPECT_TRUE(bool(holder));
     return holder;
   }
 
   // Replaces the map; `waiting` is called instead of each wait, which `waits` counts.
-  Result<Done> replacewaiting(const std::function<void()>& waiting) {
+  Result<Done> replace_waiting(const std::function<void()>& waiting) {
     waits.clear();
-    WindowsMapFolder folder(systempath(scratch.path).wstring(), "a.galaxy",
-                            Patience([&](DWORD milliseconds) {
+    WindowsMapFolder folder(system_path(scratch.path).wstring(), "a.galaxy",
+                            RetryBudget([&](DWORD milliseconds) {
                               waits.push_back(milliseconds);
                               waiting();
                             }));
@@ -68,15 +68,15 @@ TEST_F(Replace, LeavesTheBackupAndNothingElse) {
   ASSERT_TRUE(bool(replace()));
   EXPECT_EQ(scratch.tree(), replaced);
   for (const char* name : {"a.galaxy", "a.galfix", "a.galold"})
-    EXPECT_FALSE(scratch.attributesof(name) & (FILE_ATTRIBUTE_HIDDEN | FILE_ATTRIBUTE_READONLY));
+    EXPECT_FALSE(scratch.attributes_of(name) & (FILE_ATTRIBUTE_HIDDEN | FILE_ATTRIBUTE_READONLY));
 }
 
 TEST_F(Replace, CopiesTheBackupWhereThereAreNoSecondNames) {
-  WithoutLinks folder(systempath(scratch.path).wstring(), "a.galaxy");
+  WithoutLinks folder(system_path(scratch.path).wstring(), "a.galaxy");
   const Replacement replacement = wanted();
   ASSERT_TRUE(bool(Replacing(folder, replacement).run()));
   EXPECT_EQ(scratch.tree(), replaced);
-  EXPECT_FALSE(scratch.attributesof("a.galold") & FILE_ATTRIBUTE_HIDDEN);
+  EXPECT_FALSE(scratch.attributes_of("a.galold") & FILE_ATTRIBUTE_HIDDEN);
 }
 
 TEST_F(Replace, AReadOnlyMapStaysReadOnly) {
@@ -85,7 +85,7 @@ TEST_F(Replace, AReadOnlyMapStaysReadOnly) {
   ASSERT_TRUE(bool(replace()));
   EXPECT_EQ(scratch.tree(), replaced);
   for (const char* name : {"a.galaxy", "a.galfix", "a.galold"})
-    EXPECT_TRUE(scratch.attributesof(name) & FILE_ATTRIBUTE_READONLY) << name;
+    EXPECT_TRUE(scratch.attributes_of(name) & FILE_ATTRIBUTE_READONLY) << name;
 }
 
 TEST_F(Replace, KeepsTheFirstBackupAndTakesOneThatHoldsTheSame) {
@@ -95,7 +95,7 @@ TEST_F(Replace, KeepsTheFirstBackupAndTakesOneThatHoldsTheSame) {
   expected["A.GALOLD2"] = "first";
   EXPECT_EQ(scratch.tree(), expected);
   scratch.add("a.galaxy", "old");
-  SetFileAttributesW(systempath(scratch / "a.galold").c_str(), FILE_ATTRIBUTE_READONLY);
+  SetFileAttributesW(system_path(scratch / "a.galold").c_str(), FILE_ATTRIBUTE_READONLY);
   ASSERT_TRUE(bool(replace()));
   EXPECT_EQ(scratch.tree(), expected);
 }
@@ -106,7 +106,7 @@ TEST_F(Replace, WaitsForFilesThatAreHeldForAMoment) {
     scratch.add("a.galfix", "earlier");
     Handle map = hold("a.galaxy", share);
     Handle companion = hold("a.galfix", share);
-    const auto done = replacewaiting([&] {
+    const auto done = replace_waiting([&] {
       if (waits.size() == 2)
         map = Handle();
       if (waits.size() == 4)
@@ -125,7 +125,7 @@ TEST_F(Replace, LeavesAloneAMapWhoseFilesAreHeldForLong) {
   const Tree before = scratch.tree();
   Handle map = hold("a.galaxy", 0);
   Handle companion = hold("a.galfix", 0);
-  const auto done = replacewaiting([&] {
+  const auto done = replace_waiting([&] {
     if (waits.size() == 5)
       map = Handle();
   });

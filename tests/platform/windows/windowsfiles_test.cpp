@@ -44,25 +44,25 @@ TEST_F(WindowsFilesTest, LooksUpNamesButNeverHiddenOnesOrPatterns) {
       {"mAP.GALAXY", Match::files, "Map.galaxy"},
       {"sub\\..\\.\\Map.galaxy", Match::files, "Map.galaxy"},
       {"sub", Match::files, ""},
-      {"SUB", Match::filesandfolders, "sub"},
+      {"SUB", Match::files_and_folders, "sub"},
       {"sub\\", Match::files, "inside.txt"},
-      {"sub\\", Match::filesandfolders, "."},
-      {"sub\\.", Match::filesandfolders, "."},
+      {"sub\\", Match::files_and_folders, "."},
+      {"sub\\.", Match::files_and_folders, "."},
       {"sub\\.", Match::files, ""},
       {"empty\\", Match::files, ""},
-      {"missing\\", Match::filesandfolders, ""},
+      {"missing\\", Match::files_and_folders, ""},
       {"missing\\x", Match::files, ""},
-      {"Map.galaxy\\", Match::filesandfolders, ""},
+      {"Map.galaxy\\", Match::files_and_folders, ""},
       {"hidden.txt", Match::files, ""},
-      {"system.txt", Match::filesandfolders, ""},
+      {"system.txt", Match::files_and_folders, ""},
       {"*.galaxy", Match::files, "failed"},
       {"Map?galaxy", Match::files, "failed"},
       {"Map.galaxy:stream", Match::files, "failed"},
   };
   for (const auto& c : cases)
     EXPECT_EQ(lookup(scratch / c.name, c.match), c.found) << c.name;
-  EXPECT_EQ(lookup("C:\\", Match::filesandfolders), ".");
-  EXPECT_EQ(lookup("Q:\\", Match::filesandfolders), "");
+  EXPECT_EQ(lookup("C:\\", Match::files_and_folders), ".");
+  EXPECT_EQ(lookup("Q:\\", Match::files_and_folders), "");
   EXPECT_EQ(lookup("", Match::files), "failed");
 }
 
@@ -104,7 +104,7 @@ TEST_F(WindowsFilesTest, ReachesTreesThatAreDeepAndSpelledInAnyScript) {
   scratch.add(map, "old");
   EXPECT_EQ(lookup(scratch / map), "Ægir 銀河.galaxy");
   EXPECT_EQ(names(scratch / deep, "*.galaxy"), std::vector<std::string>{"Ægir 銀河.galaxy"});
-  const auto opened = files.openmap(scratch / map);
+  const auto opened = files.open_map(scratch / map);
   ASSERT_TRUE(bool(opened));
   ASSERT_TRUE(bool((*opened)->replace({scratch / map, "old", {{scratch / map, "new"}}, ""})));
   EXPECT_EQ(*files.read(scratch / map), "new");
@@ -112,17 +112,17 @@ TEST_F(WindowsFilesTest, ReachesTreesThatAreDeepAndSpelledInAnyScript) {
 
 TEST_F(WindowsFilesTest, GivesFullPathsAsTheDiskSpellsThem) {
   scratch.add("Maps\\Old School\\x", "x");
-  EXPECT_EQ(*files.fullpath(scratch / "maps\\\\OLD school\\"), scratch / "Maps\\Old School");
-  EXPECT_EQ(*files.fullpath("c:\\"), "C:\\");
+  EXPECT_EQ(*files.full_path(scratch / "maps\\\\OLD school\\"), scratch / "Maps\\Old School");
+  EXPECT_EQ(*files.full_path("c:\\"), "C:\\");
   ASSERT_TRUE(SetCurrentDirectoryW(widen(scratch / "Maps").c_str()));
-  EXPECT_EQ(*files.fullpath("old school"), scratch / "Maps\\Old School");
-  EXPECT_EQ(*files.fullpath(".."), scratch.path);
-  EXPECT_EQ(*files.fullpath("\\"), scratch.path.substr(0, 3));
+  EXPECT_EQ(*files.full_path("old school"), scratch / "Maps\\Old School");
+  EXPECT_EQ(*files.full_path(".."), scratch.path);
+  EXPECT_EQ(*files.full_path("\\"), scratch.path.substr(0, 3));
   SetCurrentDirectoryW(L"C:\\");
-  const auto missing = files.fullpath(scratch / "missing");
+  const auto missing = files.full_path(scratch / "missing");
   ASSERT_FALSE(bool(missing));
   EXPECT_TRUE(missing.failure().missing);
-  EXPECT_FALSE(bool(files.fullpath(scratch / "Maps\\Old School\\x")));
+  EXPECT_FALSE(bool(files.full_path(scratch / "Maps\\Old School\\x")));
 }
 
 TEST_F(WindowsFilesTest, ReadsAndWritesBytes) {

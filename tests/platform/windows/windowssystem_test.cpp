@@ -23,7 +23,7 @@ protected:
   }
 
   std::string read(const std::string& name) {
-    return system.regread(key + name).value_or("nothing");
+    return system.reg_read(key + name).value_or("nothing");
   }
 
   std::vector<std::string> notices;
@@ -43,18 +43,18 @@ TEST_F(WindowsSystemTest, ReadsTheRegistryAsTheScriptHostDoes) {
   EXPECT_EQ(read("expand"), "value\\x");
   EXPECT_EQ(read("bytes"), "nothing");
   EXPECT_EQ(read("missing"), "nothing");
-  EXPECT_FALSE(system.regread("no such root\\x"));
+  EXPECT_FALSE(system.reg_read("no such root\\x"));
   EXPECT_TRUE(notices.empty());
 }
 
 TEST_F(WindowsSystemTest, WritesTheRegistry) {
-  EXPECT_TRUE(system.regwrite(std::string(key) + "written", "C:\\Ж", "REG_SZ"));
+  EXPECT_TRUE(system.reg_write(std::string(key) + "written", "C:\\Ж", "REG_SZ"));
   EXPECT_EQ(read("written"), "C:\\Ж");
   EXPECT_EQ(regaccess(system, "READ", std::string(key) + "written", "", ""), "C:\\Ж");
 }
 
 TEST_F(WindowsSystemTest, KnowsTheVersionThatTheNameTableHas) {
-  const auto version = system.osversion();
+  const auto version = system.os_version();
   ASSERT_TRUE(version);
   EXPECT_EQ(version->platform, 2u);
   EXPECT_EQ(version->major, 6u);
@@ -66,13 +66,13 @@ TEST_F(WindowsSystemTest, FindsTheUsersFoldersWhateverTheirNames) {
   for (const char* name : {"plain", "Łukasz", "Дмитрий", "漢字"}) {
     const std::string expected = scratch / name;
     const MovedFolder moved(L"Local AppData", expected);
-    const FolderPath answer = system.folderpath(0x801C);
+    const FolderPath answer = system.folder_path(0x801C);
     EXPECT_EQ(answer.status, FolderPath::ok);
     EXPECT_EQ(answer.path, expected);
-    EXPECT_TRUE(std::filesystem::is_directory(systempath(expected)));
+    EXPECT_TRUE(std::filesystem::is_directory(system_path(expected)));
   }
-  EXPECT_EQ(system.folderpath(0x8005).status, FolderPath::ok);
-  EXPECT_EQ(system.folderpath(0x7FFF).status, FolderPath::invalididentifier);
+  EXPECT_EQ(system.folder_path(0x8005).status, FolderPath::ok);
+  EXPECT_EQ(system.folder_path(0x7FFF).status, FolderPath::invalid_identifier);
 }
 
 TEST_F(WindowsSystemTest, ReadsProductVersions) {
@@ -80,20 +80,20 @@ TEST_F(WindowsSystemTest, ReadsProductVersions) {
   for (const bool wide : {false, true}) {
     for (const char* name : {"game.exe", "Größe\\game.exe", "Игры\\漢字\\game.exe"}) {
       scratch.add(name, Executable{{1, 40000, 0, 65535}, {9, 9, 9, 9}, wide}.bytes());
-      const auto version = system.productversion(scratch / name);
+      const auto version = system.product_version(scratch / name);
       ASSERT_TRUE(version) << name << wide;
       EXPECT_EQ(version->high, 1u << 16 | 40000u);
       EXPECT_EQ(version->low, 65535u);
     }
   }
   Executable without;
-  without.versionresource = false;
+  without.version_resource = false;
   scratch.add("without.exe", without.bytes());
   scratch.add("Игры\\without.exe", without.bytes());
   scratch.add("text.exe", "no executable");
   for (const char* name :
        {"without.exe", "Игры\\without.exe", "text.exe", "missing.exe", "", "漢字.exe"})
-    EXPECT_FALSE(system.productversion(scratch / name)) << name;
+    EXPECT_FALSE(system.product_version(scratch / name)) << name;
 }
 
 TEST_F(WindowsSystemTest, KnowsItsSurroundings) {
@@ -104,7 +104,7 @@ TEST_F(WindowsSystemTest, KnowsItsSurroundings) {
   EXPECT_EQ(system.lowercase("/SILENT ÄÖŽЖ 漢"), "/silent äöžж 漢");
   const auto drives = system.drives();
   EXPECT_NE(std::find(drives.begin(), drives.end(), "C:"), drives.end());
-  EXPECT_FALSE(system.appfolder().ends_with('\\'));
+  EXPECT_FALSE(system.app_folder().ends_with('\\'));
 }
 
 TEST(CommandLine, TheArgumentsBeginAfterTheProgramsName) {
@@ -124,7 +124,7 @@ TEST(CommandLine, TheArgumentsBeginAfterTheProgramsName) {
       {"", ""},
   };
   for (const auto& c : cases)
-    EXPECT_EQ(afterprogram(c.line), c.arguments) << c.line;
+    EXPECT_EQ(after_program_name(c.line), c.arguments) << c.line;
 }
 
 TEST(Wide, TextsSurviveTheWayToWindowsAndBack) {
@@ -132,11 +132,11 @@ TEST(Wide, TextsSurviveTheWayToWindowsAndBack) {
   EXPECT_EQ(narrow(widen(text)), text);
   EXPECT_EQ(narrow(widen("")), "");
   EXPECT_EQ(widen("\xFF"), L"\xFFFD");
-  EXPECT_EQ(fromcodepage(tocodepage("plain").value()), "plain");
-  EXPECT_TRUE(GetACP() == CP_UTF8 || !tocodepage("漢字 Ж ü"));
+  EXPECT_EQ(from_code_page(to_code_page("plain").value()), "plain");
+  EXPECT_TRUE(GetACP() == CP_UTF8 || !to_code_page("漢字 Ж ü"));
   const ScratchFolder scratch;
   scratch.add("漢字 Ж\\x", "");
-  const auto path = codepagepath(scratch / "漢字 Ж\\x");
+  const auto path = code_page_path(scratch / "漢字 Ж\\x");
   EXPECT_TRUE(!path || GetFileAttributesA(path->c_str()) != INVALID_FILE_ATTRIBUTES);
 }
 

@@ -4,6 +4,6 @@
 #include "platform/prefix/machine.h"
 #include "tests/support/testmachine.h"
 
-inline Machine machineof(const TestMachine& machine) {
+inline Machine machine_of(const TestMachine& machine) {
   return {machine.prefix.string(), machine.data.string(), machine.program.string()};
 }

@@ -48,7 +48,7 @@ struct CrowdedFiles : PrefixFiles {
 // The program in its window, on a machine.
 struct WindowProgram {
   explicit WindowProgram(const TestMachine& machine, const std::string& arguments = "")
-      : files(machineof(machine)), system(machineof(machine), arguments),
+      : files(machine_of(machine)), system(machine_of(machine), arguments),
         form(files, system, screen) {
     screen.open(form);
   }
@@ -83,7 +83,7 @@ std::shared_ptr<std::string> answer(const std::function<void(QDialog&)>& look = 
   QTimer::singleShot(0, [said, look] {
     auto* box = qobject_cast<QDialog*>(QApplication::activeModalWidget());
     ASSERT_NE(box, nullptr);
-    *said = formtext(box->findChild<QPlainTextEdit*>()->toPlainText());
+    *said = form_text(box->findChild<QPlainTextEdit*>()->toPlainText());
     if (look)
       look(*box);
     box->findChild<QPushButton*>()->click();
@@ -94,17 +94,17 @@ std::shared_ptr<std::string> answer(const std::function<void(QDialog&)>& look = 
 class TheWindow : public testing::Test {
 protected:
   TheWindow() {
-    machine.writedata();
+    machine.write_data();
     machine.install("vora", {1, 2, 3, 4});
-    writefile(machine.userfolder / "settings.txt", "");
+    write_file(machine.user_folder / "settings.txt", "");
     for (const char* name : {"a.galaxy", "b.galaxy", "sub/c.galaxy"})
-      writefile(machine.userfolder / name, oldmap);
-    writefile(machine.drivec / "Games/vora/galaxies/own.galaxy", oldmap);
+      write_file(machine.user_folder / name, old_map);
+    write_file(machine.drive_c / "Games/vora/galaxies/own.galaxy", old_map);
   }
 
   WindowProgram& started() {
     program.emplace(machine);
-    loadform(program->form);
+    load_form(program->form);
     return *program;
   }
 
@@ -127,7 +127,7 @@ QModelIndex folder(const QTreeView& tree, const char* name) {
       .value(0);
 }
 
-void doubleclick(QTreeView& tree, const char* name) {
+void double_click(QTreeView& tree, const char* name) {
   tree.scrollTo(folder(tree, name));
   const QPoint at = tree.visualRect(folder(tree, name)).center();
   QTest::mouseClick(tree.viewport(), Qt::LeftButton, {}, at);
@@ -142,11 +142,12 @@ TEST_F(TheWindow, EveryControlIsAtItsPlace) {
   EXPECT_EQ(client.size(), QSize(681, 496));
   EXPECT_EQ(client.minimumSize(), client.size());
   EXPECT_FALSE(client.windowIcon().pixmap(48).isNull());
-  const int twipsperpixel = 1440 / client.logicalDpiX();
+  const int twips_per_pixel = 1440 / client.logicalDpiX();
   for (const ControlLayout& row : layout()) {
     const QRect at = window.widget(row.name).geometry();
-    EXPECT_EQ(at.topLeft() * twipsperpixel, QPoint(row.left, row.top)) << row.name;
-    const QSize size = row.sizedtotext ? QSize(row.width, row.height) : at.size() * twipsperpixel;
+    EXPECT_EQ(at.topLeft() * twips_per_pixel, QPoint(row.left, row.top)) << row.name;
+    const QSize size =
+        row.sized_to_text ? QSize(row.width, row.height) : at.size() * twips_per_pixel;
     EXPECT_EQ(size, QSize(row.width, row.height)) << row.name;
     EXPECT_EQ(window.widget(row.name).isHidden(), !row.visible) << row.name;
     const bool captioned = row.kind == Kind::button || row.kind == Kind::label;
@@ -175,21 +176,21 @@ TEST_F(TheWindow, TheListsGrowWithIt) {
 
 TEST_F(TheWindow, NoCaptionIsClipped) {
   WindowProgram& window = started();
-  window.form.Label4.settext("100000");
-  window.form.Label6.settext("100000");
-  window.form.Label8.settext("1000");
-  window.form.Label11.settext("AMD64 type");
-  window.form.Label18.settext("Windows_NT O.S.");
-  window.form.Label19.setvisible(true);
+  window.form.Label4.set_text("100000");
+  window.form.Label6.set_text("100000");
+  window.form.Label8.set_text("1000");
+  window.form.Label11.set_text("AMD64 type");
+  window.form.Label18.set_text("Windows_NT O.S.");
+  window.form.Label19.set_visible(true);
   for (const ControlLayout& row : layout()) {
     const QWidget& widget = window.widget(row.name);
     const QString caption = widget.property("text").toString();
-    EXPECT_TRUE(row.kind > Kind::textbox || row.kind == Kind::button || caption.isEmpty());
-    if (row.sizedtotext) {
+    EXPECT_TRUE(row.kind > Kind::text_box || row.kind == Kind::button || caption.isEmpty());
+    if (row.sized_to_text) {
       EXPECT_GE(widget.width(), QFontMetrics(widget.font()).horizontalAdvance(caption)) << row.name;
-      EXPECT_LE(widget.geometry().right() * 15, row.left + roomof(row, window.form)) << row.name;
+      EXPECT_LE(widget.geometry().right() * 15, row.left + room_of(row, window.form)) << row.name;
     } else if (row.kind == Kind::button || row.kind == Kind::label) {
-      EXPECT_TRUE(fits(widget.font(), caption, roomfor(row, window.form, widget))) << row.name;
+      EXPECT_TRUE(fits(widget.font(), caption, room_for(row, window.form, widget))) << row.name;
     }
     EXPECT_GE(widget.fontInfo().pixelSize(), 6) << row.name;
   }
@@ -197,8 +198,8 @@ TEST_F(TheWindow, NoCaptionIsClipped) {
 
 TEST_F(TheWindow, TabGoesThroughTheTable) {
   WindowProgram& window = started();
-  window.form.Command2.setenabled(true);
-  window.form.Command7.setenabled(true);
+  window.form.Command2.set_enabled(true);
+  window.form.Command7.set_enabled(true);
   window.screen.window->activateWindow();
   window.widget("Drive1").setFocus();
   for (const ControlLayout& row : layout()) {
@@ -218,11 +219,11 @@ TEST_F(TheWindow, TabGoesThroughTheTable) {
 }
 
 TEST_F(TheWindow, GoesThroughItsStates) {
-  writefile(machine.userfolder / "sub/damaged.galaxy", "one line");
+  write_file(machine.user_folder / "sub/damaged.galaxy", "one line");
   WindowProgram& window = started();
   const auto buttons = {"Command1", "Command2", "Command3", "Command4",
                         "Command5", "Command6", "Command7"};
-  EXPECT_EQ(window.screen.window->windowTitle().toStdString(), windowcaption);
+  EXPECT_EQ(window.screen.window->windowTitle().toStdString(), window_caption);
   EXPECT_EQ(window.usable(buttons), "1011110");
   EXPECT_EQ(window.widget("Command5").toolTip().toStdString(), window.form.pathlist[0]);
 
@@ -234,7 +235,7 @@ TEST_F(TheWindow, GoesThroughItsStates) {
     EXPECT_EQ(window.usable(buttons), "1011110");
     for (const char* button : {"Command1", "Command4", "Command6"})
       window.click(button);
-    doubleclick(window.widget<QTreeView>("Dir1"), "Z:\\");
+    double_click(window.widget<QTreeView>("Dir1"), "Z:\\");
     QTest::keyClick(&window.widget("Drive1"), Qt::Key_Up);
     EXPECT_EQ(window.form.Dir1.path(), shown);
     EXPECT_EQ(window.widget<QComboBox>("Drive1").currentText(), "Z:");
@@ -252,9 +253,9 @@ TEST_F(TheWindow, GoesThroughItsStates) {
   EXPECT_EQ(window.usable(buttons), "1011110");
   EXPECT_EQ(window.text("Text2"), "c.galaxy\na.galaxy\nb.galaxy\n");
   EXPECT_EQ(window.caption("Label8"), "2");
-  EXPECT_EQ(readfile(machine.userfolder / "sub/c.galaxy"), convertedmap);
-  EXPECT_EQ(readfile(machine.userfolder / "sub/c.galold"), oldmap);
-  EXPECT_EQ(readfile(machine.drivec / "Games/vora/galaxies/own.galaxy"), oldmap);
+  EXPECT_EQ(read_file(machine.user_folder / "sub/c.galaxy"), converted_map);
+  EXPECT_EQ(read_file(machine.user_folder / "sub/c.galold"), old_map);
+  EXPECT_EQ(read_file(machine.drive_c / "Games/vora/galaxies/own.galaxy"), old_map);
 
   window.click("Command1");
   EXPECT_EQ(window.caption("Label8"), "3");
@@ -262,7 +263,7 @@ TEST_F(TheWindow, GoesThroughItsStates) {
 }
 
 TEST_F(TheWindow, TheListsFollowMouseAndKeyboard) {
-  fs::create_directories(machine.drivec / "Games/vora/deep/deeper");
+  fs::create_directories(machine.drive_c / "Games/vora/deep/deeper");
   const WindowProgram& window = started();
   auto& folders = window.widget<QTreeView>("Dir1");
   auto& files = window.widget<QListView>("File1");
@@ -284,19 +285,19 @@ TEST_F(TheWindow, TheListsFollowMouseAndKeyboard) {
   EXPECT_EQ(window.form.Dir1.path(), "C:\\Games\\vora\\galaxies");
   EXPECT_EQ(rows(*files.model()), std::vector<std::string>{"own.galaxy"});
   EXPECT_EQ(files.model()->index(0, 0).data(Qt::ToolTipRole).toString(), "own.galaxy");
-  doubleclick(folders, "C:\\");
+  double_click(folders, "C:\\");
   EXPECT_EQ(window.form.Dir1.path(), "C:\\");
   EXPECT_EQ(rows(*files.model()), std::vector<std::string>{});
-  doubleclick(folders, "Games");
+  double_click(folders, "Games");
   EXPECT_EQ(window.form.Dir1.path(), "C:\\Games");
 
   QTest::keyClick(&drives, Qt::Key_Up);
   EXPECT_EQ(window.form.Dir1.path(), "C:\\");
   EXPECT_EQ(window.form.rootpath, "C:\\");
 
-  fs::remove_all(machine.drivec / "Games");
+  fs::remove_all(machine.drive_c / "Games");
   const auto said = answer();
-  doubleclick(folders, "Games");
+  double_click(folders, "Games");
   EXPECT_NE(said->find("C:\\Games"), std::string::npos);
   EXPECT_EQ(window.form.Dir1.path(), "C:\\");
 }
@@ -312,7 +313,7 @@ TEST_F(TheWindow, TypingStaysAndIsAppendedTo) {
   QTest::keyClicks(&box, "<b>");
   EXPECT_EQ(window.form.Text1.text(),
             "<b>my own\r\nc.galaxy\r\na.galaxy\r\nb.galaxy\r\nown.galaxy\r\n");
-  EXPECT_EQ(formtext(box.toPlainText()), window.form.Text1.text());
+  EXPECT_EQ(form_text(box.toPlainText()), window.form.Text1.text());
 }
 
 // Ten times as many take near ten times the work, where quadratic work would take a hundred.
@@ -328,21 +329,21 @@ TEST_F(TheWindow, ManyNamesTakeNoMoreWorkEach) {
     const double few = taken(2000);
     return taken(20000) / few;
   };
-  const auto fillbox = [&](int count) {
+  const auto fill_box = [&](int count) {
     for (int i = 0; i < count; ++i)
       window.form.Text1.append("a map of some length.galaxy\r\n");
   };
-  const auto filllists = [&](int count) {
+  const auto fill_lists = [&](int count) {
     window.files.crowd = count;
-    EXPECT_TRUE(bool(window.form.Dir1.setpath(count > 2000 ? "C:\\" : "C:\\users")));
+    EXPECT_TRUE(bool(window.form.Dir1.set_path(count > 2000 ? "C:\\" : "C:\\users")));
   };
-  EXPECT_LT(growth(fillbox), 40);
-  EXPECT_LT(growth(filllists), 40);
+  EXPECT_LT(growth(fill_box), 40);
+  EXPECT_LT(growth(fill_lists), 40);
 }
 
 TEST_F(TheWindow, AnEditionIsChosenOnAMachineWithBoth) {
   machine.install("voratarnfall", {5, 6, 7, 8});
-  writefile(machine.expansionfolder / "t.galaxy", oldmap);
+  write_file(machine.expansion_folder / "t.galaxy", old_map);
   WindowProgram& window = started();
   EXPECT_EQ(window.usable({"Command6", "Command7"}), "11");
   const auto said = answer();
@@ -356,17 +357,17 @@ TEST_F(TheWindow, AnEditionIsChosenOnAMachineWithBoth) {
   window.click("Command1");
   window.click("Command2");
   EXPECT_EQ(window.text("Text2"), "t.galaxy\n");
-  EXPECT_EQ(readfile(machine.expansionfolder / "t.galaxy"), fixedmap);
+  EXPECT_EQ(read_file(machine.expansion_folder / "t.galaxy"), fixed_map);
 }
 
 TEST_F(TheWindow, MessagesStayOnScreenAndArePlainText) {
   WindowProgram& window = started();
-  std::string longtext = "<b>names</b>";
+  std::string long_text = "<b>names</b>";
   for (int i = 0; i < 5000; ++i)
-    longtext += "\r\nC:\\users\\me\\a folder\\map " + std::to_string(i) + ".galaxy";
-  for (const std::string& text : {std::string("short & <i>plain</i>"), longtext}) {
+    long_text += "\r\nC:\\users\\me\\a folder\\map " + std::to_string(i) + ".galaxy";
+  for (const std::string& text : {std::string("short & <i>plain</i>"), long_text}) {
     const auto said = answer([](QDialog& box) {
-      EXPECT_EQ(box.windowTitle().toStdString(), programtitle);
+      EXPECT_EQ(box.windowTitle().toStdString(), program_title);
       EXPECT_TRUE(box.isModal());
       EXPECT_EQ(box.findChildren<QPushButton*>().size(), 1);
       EXPECT_TRUE(box.screen()->availableGeometry().contains(box.frameGeometry()));
@@ -374,7 +375,7 @@ TEST_F(TheWindow, MessagesStayOnScreenAndArePlainText) {
       EXPECT_TRUE(shown.isReadOnly());
       EXPECT_TRUE(shown.textInteractionFlags() & Qt::TextSelectableByKeyboard);
     });
-    window.screen.messagebox(text);
+    window.screen.message_box(text);
     EXPECT_EQ(*said, text);
   }
 }
@@ -400,7 +401,7 @@ TEST_F(TheWindow, StartUpEndsInItsOtherWays) {
     QTimer timer;
     QObject::connect(&timer, &QTimer::timeout, meanwhile);
     timer.start(0);
-    loadform(window.form);
+    load_form(window.form);
     std::_Exit(42);
   };
   const auto silent = [&] {
@@ -419,7 +420,7 @@ TEST_F(TheWindow, StartUpEndsInItsOtherWays) {
     }
   };
   EXPECT_EXIT(start("/x", press), testing::ExitedWithCode(1), "Invalid argument: /x");
-  writefile(machine.data / "targetvoraver.txt", "9.9.9.9\r\n");
+  write_file(machine.data / "targetvoraver.txt", "9.9.9.9\r\n");
   EXPECT_EXIT(start("/s", press), testing::ExitedWithCode(1), "need vora version :9.9.9.9:");
 }
 

@@ -38,7 +38,7 @@ bool waitfor(const std::function<bool()>& ready) {
   return false;
 }
 
-std::string textof(HWND window) {
+std::string text_of(HWND window) {
   std::wstring text(static_cast<std::size_t>(SendMessageW(window, WM_GETTEXTLENGTH, 0, 0)) + 1, 0);
   text.resize(static_cast<std::size_t>(
       SendMessageW(window, WM_GETTEXT, text.size(), reinterpret_cast<LPARAM>(text.data()))));
@@ -46,13 +46,13 @@ std::string textof(HWND window) {
 }
 
 // The text of a message box, which may have an icon before it.
-std::string messageof(HWND box) {
+std::string message_of(HWND box) {
   std::string text;
   for (HWND label = nullptr; text.empty();) {
     label = FindWindowExW(box, label, L"Static", nullptr);
     if (!label)
       break;
-    text = textof(label);
+    text = text_of(label);
   }
   return text;
 }
@@ -98,7 +98,7 @@ protected:
     fs::copy(project / "sample/base/drive_c/users/player/AppData/Local" / maps, user, all);
     fs::copy(project / "sample/base/drive_c/Program Files (x86)/Vorakai", game, all);
     fs::copy(project / "data", data.path, all);
-    setrelease({1, 4, 2, 918});
+    set_release({1, 4, 2, 918});
     RegSetKeyValueW(HKEY_LOCAL_MACHINE, (std::wstring(registration) + L"\\vora").c_str(), L"Path",
                     REG_SZ, widen(game).c_str(), sizeof game * sizeof(wchar_t));
   }
@@ -113,12 +113,12 @@ protected:
   }
 
   void clean() const {
-    removefolder(user.wstring());
-    removefolder(widen(game));
+    remove_folder(user.wstring());
+    remove_folder(widen(game));
     RegDeleteTreeW(HKEY_LOCAL_MACHINE, registration);
   }
 
-  void setrelease(const VersionParts& release) const {
+  void set_release(const VersionParts& release) const {
     std::ofstream(fs::path(game) / "Vorakai.exe", std::ios::binary) << Executable{release}.bytes();
   }
 
@@ -139,7 +139,7 @@ protected:
   void open() {
     start();
     ASSERT_TRUE(waitfor([&] {
-      window = FindWindowW(windowclass, nullptr);
+      window = FindWindowW(window_class, nullptr);
       return window && IsWindowVisible(window) && !enabled("Command2");
     }));
   }
@@ -148,11 +148,11 @@ protected:
   std::string answer() const {
     HWND box = nullptr;
     if (!waitfor([&] {
-          box = FindWindowW(L"#32770", widen(programtitle).c_str());
+          box = FindWindowW(L"#32770", widen(program_title).c_str());
           return box && IsWindowVisible(box);
         }))
       return "no box";
-    const std::string said = messageof(box);
+    const std::string said = message_of(box);
     SendMessageW(GetDlgItem(box, IDOK), BM_CLICK, 0, 0);
     return said;
   }
@@ -162,7 +162,7 @@ protected:
     WaitForSingleObject(process.hProcess, INFINITE);
   }
 
-  DWORD exitcode() const {
+  DWORD exit_code() const {
     EXPECT_EQ(WaitForSingleObject(process.hProcess, 60000), WAIT_OBJECT_0);
     DWORD code = 0;
     GetExitCodeProcess(process.hProcess, &code);
@@ -170,7 +170,7 @@ protected:
   }
 
   HWND control(const std::string& name) const {
-    int identifier = firstcontrol;
+    int identifier = first_control_id;
     for (const ControlLayout& row : layout()) {
       if (name == row.name)
         return GetDlgItem(window, identifier);
@@ -179,7 +179,7 @@ protected:
     return nullptr;
   }
 
-  std::string text(const std::string& name) const { return textof(control(name)); }
+  std::string text(const std::string& name) const { return text_of(control(name)); }
   // Asked when the program has done what it is doing: a message waits for that, a look does not.
   bool enabled(const std::string& name) const {
     send(name, WM_NULL);
@@ -234,7 +234,7 @@ protected:
 
 TEST_F(ProgramWindow, WaitsForTheUserAsTheLayoutSays) {
   open();
-  EXPECT_EQ(textof(window), windowcaption);
+  EXPECT_EQ(text_of(window), window_caption);
   for (const ControlLayout& row : layout()) {
     EXPECT_NE(control(row.name), nullptr) << row.name;
     EXPECT_EQ(IsWindowVisible(control(row.name)) != 0, row.visible) << row.name;
@@ -247,7 +247,7 @@ TEST_F(ProgramWindow, WaitsForTheUserAsTheLayoutSays) {
   EXPECT_LE(place("Label11").right, place("Label17").left);
   EXPECT_EQ(focus(), control("Drive1"));
   PostMessageW(window, WM_CLOSE, 0, 0);
-  EXPECT_EQ(exitcode(), 0u);
+  EXPECT_EQ(exit_code(), 0u);
 }
 
 TEST_F(ProgramWindow, FindsAndFixesWithTheKeyboard) {
@@ -275,13 +275,13 @@ TEST_F(ProgramWindow, FindsAndFixesWithTheKeyboard) {
 
   EXPECT_TRUE(waitfor([&] { return focus() == control("Command1"); }));
   send("Command3", BM_CLICK);
-  EXPECT_EQ(exitcode(), 0u);
+  EXPECT_EQ(exit_code(), 0u);
 }
 
 // A box of the system's own takes some thirty thousand characters unless it is told otherwise.
 TEST_F(ProgramWindow, ListsMoreThanATextBoxTakesByItself) {
   constexpr int count = 150;
-  removefolder(user.wstring());
+  remove_folder(user.wstring());
   fs::create_directory(user);
   std::string names;
   for (int i = 0; i < count; ++i) {
@@ -340,7 +340,7 @@ TEST_F(ProgramWindow, AToolTipTellsTheFolderOfAButton) {
     tip = FindWindowW(L"tooltips_class32", nullptr);
     return IsWindowVisible(tip) != 0;
   }));
-  EXPECT_EQ(textof(tip), narrow((user / "").wstring()));
+  EXPECT_EQ(text_of(tip), narrow((user / "").wstring()));
 }
 
 TEST_F(ProgramWindow, KeysInATextBoxWriteOrLeaveIt) {
@@ -390,18 +390,18 @@ TEST_F(ProgramWindow, SaysWhatIsWrongAndEnds) {
       {L" \"/s\"", {1, 4, 2, 918}, "Invalid argument: \"/s\""},
   };
   for (const auto& c : cases) {
-    setrelease(c.release);
+    set_release(c.release);
     start(c.arguments);
     const std::string said = answer();
     EXPECT_TRUE(said.starts_with(c.said)) << said;
-    EXPECT_EQ(exitcode(), 1u);
+    EXPECT_EQ(exit_code(), 1u);
     EXPECT_FALSE(fs::exists(user / "Amber Reach.galold"));
   }
 }
 
 TEST_F(ProgramWindow, ASilentRunNeedsNobody) {
   start(L"   /Silent");
-  EXPECT_EQ(exitcode(), 0u);
+  EXPECT_EQ(exit_code(), 0u);
   EXPECT_TRUE(fs::exists(user / "Amber Reach.galold"));
 }
 
@@ -413,8 +413,8 @@ TEST_F(ProgramWindow, TellsThatThereIsNoScriptHostByABoxOnlyWhereSomebodyIs) {
     const std::string box = silent ? "" : answer();
     EXPECT_EQ(box.starts_with("The Windows script host"), !silent) << box;
     EXPECT_TRUE(answer().starts_with("found vora version ::"));
-    EXPECT_EQ(exitcode(), 1u);
-    const std::string told = read(systempath(data / "said"));
+    EXPECT_EQ(exit_code(), 1u);
+    const std::string told = read(system_path(data / "said"));
     EXPECT_EQ(told.starts_with("The Windows script host"), silent) << told;
   }
 }
@@ -432,7 +432,7 @@ TEST_F(ProgramWindow, AKilledRunLosesNoMap) {
   constexpr int count = 20;
   std::mt19937 random{GetTickCount()};
   for (int round = 0; round < 6; ++round) {
-    removefolder(folder.wstring());
+    remove_folder(folder.wstring());
     fs::create_directory(folder);
     for (int i = 0; i < count; ++i)
       std::ofstream(name(i, ".galaxy"), std::ios::binary) << old;
@@ -447,7 +447,7 @@ TEST_F(ProgramWindow, AKilledRunLosesNoMap) {
     }
   }
   start(L" /s");
-  EXPECT_EQ(exitcode(), 0u);
+  EXPECT_EQ(exit_code(), 0u);
   for (int i = 0; i < count; ++i)
     EXPECT_EQ(read(name(i, ".galaxy")), converted) << i;
   EXPECT_EQ(std::distance(fs::directory_iterator(folder), {}), 2 * count);
