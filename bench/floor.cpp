@@ -1,7 +1,7 @@
 // The least that a conversion can cost: each map below a folder is read and replaced by itself,
 // with the care that the program takes, and nothing is looked at in between.
-#include "platform/prefix/memory.h"
-#include "platform/prefix/prefixfiles.h"
+#include "platform/prefix/prefix_files.h"
+#include "platform/prefix/process.h"
 
 #include <cstdio>
 #include <filesystem>

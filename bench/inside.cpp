@@ -1,11 +1,11 @@
 // Times the program's parts one by one.
 #include "bench/scratch.h"
-#include "convert/passes.h"
-#include "convert/templates.h"
 #include "discover/search.h"
-#include "platform/prefix/prefixfiles.h"
-#include "platform/prefix/prefixsystem.h"
-#include "ui/console/consolescreen.h"
+#include "engine/passes.h"
+#include "engine/templates.h"
+#include "platform/prefix/prefix_files.h"
+#include "platform/prefix/prefix_system.h"
+#include "ui/console/console_screen.h"
 
 #include <benchmark/benchmark.h>
 

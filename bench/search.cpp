@@ -1,8 +1,8 @@
 // The program's search alone: finds the maps below a folder and says how many there are.
 #include "discover/search.h"
-#include "platform/prefix/prefixfiles.h"
-#include "platform/prefix/prefixsystem.h"
-#include "ui/console/consolescreen.h"
+#include "platform/prefix/prefix_files.h"
+#include "platform/prefix/prefix_system.h"
+#include "ui/console/console_screen.h"
 
 #include <cstdio>
 #include <filesystem>

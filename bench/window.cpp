@@ -1,9 +1,9 @@
 // Times the window: its start, and its boxes and lists as the names in them grow.
 #include "bench/scratch.h"
-#include "platform/prefix/prefixfiles.h"
-#include "platform/prefix/prefixsystem.h"
-#include "ui/loadform.h"
-#include "ui/qt/qtscreen.h"
+#include "platform/prefix/prefix_files.h"
+#include "platform/prefix/prefix_system.h"
+#include "ui/handlers.h"
+#include "ui/qt/qt_screen.h"
 
 #include <benchmark/benchmark.h>
 

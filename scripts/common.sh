@@ -35,8 +35,8 @@ build() {
 
 # Copies a sample machine and the data files to a folder of their own, and writes the game's
 # executable, whose release is the one that the target file asks for unless another is given.
-# makesample <base|expansion> <folder> [build folder] [release]
-makesample() {
+# make_sample <base|expansion> <folder> [build folder] [release]
+make_sample() {
   local name=$1 folder=$2 built=${3:-build/release} line=1 executable='Vorakai/Vorakai.exe'
   if [ "$name" = expansion ]; then
     line=5
@@ -46,6 +46,6 @@ makesample() {
   mkdir -p "$folder"
   cp -r "sample/$name" "$folder/machine"
   cp -r data "$folder/data"
-  "$built/makeexe" "$folder/machine/drive_c/Program Files (x86)/$executable" \
+  "$built/make_executable" "$folder/machine/drive_c/Program Files (x86)/$executable" \
     "${4:-$(sed -n "${line}p" data/targetvoraver.txt | tr -d '\r')}"
 }

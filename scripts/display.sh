@@ -1,19 +1,19 @@
 # A display of its own, for a script that drives the window. Source it after common.sh; the script
-# calls stopdisplay when it exits.
+# calls stop_display when it exits.
 
-startdisplay() {
+start_display() {
   local number
-  exec {numberpipe}<> <(:)
-  Xvfb -displayfd "$numberpipe" -screen 0 1024x768x24 -nolisten tcp 2>/dev/null &
-  displayprocess=$!
-  read -r -t 60 -u "$numberpipe" number
+  exec {number_pipe}<> <(:)
+  Xvfb -displayfd "$number_pipe" -screen 0 1024x768x24 -nolisten tcp 2>/dev/null &
+  display_process=$!
+  read -r -t 60 -u "$number_pipe" number
   export DISPLAY=:$number
 }
 
-stopdisplay() { kill "$displayprocess" 2>/dev/null || true; }
+stop_display() { kill "$display_process" 2>/dev/null || true; }
 
 # Waits until a command succeeds, a minute at most.
-waitfor() {
+wait_for() {
   local tries
   for ((tries = 0; tries < 600; tries++)); do
     if "$@" > /dev/null 2>&1; then return 0; fi
@@ -24,7 +24,7 @@ waitfor() {
 }
 
 # Clicks on a control of the window, which stands in the screen's corner; the layout knows where.
-clickon() {
+click_on() {
   local left top width height
   read -r left top width height < <(sed -nE \
     "s/.*\\{\"$1\", [^\"]*\"[^\"]*\", ([0-9]+), ([0-9]+), ([0-9]+), ([0-9]+).*/\\1 \\2 \\3 \\4/p" \

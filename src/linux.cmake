@@ -1,21 +1,21 @@
 # The program on Linux, for a Windows machine that is kept in a folder.
 layer(prefix BELOW platform SOURCES
-  platform/prefix/disk.cpp platform/prefix/folders.cpp platform/prefix/handle.cpp
-  platform/prefix/hashset.cpp platform/prefix/lettercase.cpp platform/prefix/machine.cpp
-  platform/prefix/memory.cpp platform/prefix/paths.cpp platform/prefix/prefixfiles.cpp
-  platform/prefix/prefixmapfolder.cpp platform/prefix/prefixsystem.cpp
-  platform/prefix/registry.cpp platform/prefix/registrytext.cpp platform/prefix/utf8.cpp
-  platform/prefix/versionresource.cpp)
-layer(console BELOW ui SOURCES ui/console/consolescreen.cpp)
+  platform/prefix/disk.cpp platform/prefix/folder_names.cpp platform/prefix/handle.cpp
+  platform/prefix/hashset.cpp platform/prefix/letter_case.cpp platform/prefix/machine.cpp
+  platform/prefix/process.cpp platform/prefix/paths.cpp platform/prefix/prefix_files.cpp
+  platform/prefix/prefix_map.cpp platform/prefix/prefix_system.cpp
+  platform/prefix/registry.cpp platform/prefix/registry_text.cpp platform/prefix/utf8.cpp
+  platform/prefix/version_resource.cpp)
+layer(console BELOW ui SOURCES ui/console/console_screen.cpp)
 
-set(windowlibrary vora-map-updater-window.so)
-set(windowfolder ${CMAKE_INSTALL_LIBDIR}/vora-map-updater)
-file(RELATIVE_PATH fromprogram /${CMAKE_INSTALL_BINDIR} /${windowfolder})
+set(window_library vora-map-updater-window.so)
+set(window_folder ${CMAKE_INSTALL_LIBDIR}/vora-map-updater)
+file(RELATIVE_PATH from_program /${CMAKE_INSTALL_BINDIR} /${window_folder})
 
-add_executable(vora-map-updater main.cpp ui/qt/loadwindow.cpp)
+add_executable(vora-map-updater main.cpp ui/qt/load_window.cpp)
 target_link_libraries(vora-map-updater PRIVATE console prefix ${CMAKE_DL_LIBS})
 target_compile_definitions(vora-map-updater PRIVATE
-  WINDOWLIBRARY="${windowlibrary}" LIBRARYFOLDER="${fromprogram}")
+  WINDOWLIBRARY="${window_library}" LIBRARYFOLDER="${from_program}")
 set_target_properties(vora-map-updater PROPERTIES
   RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR} ENABLE_EXPORTS ON)
 

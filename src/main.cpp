@@ -1,10 +1,10 @@
 // Chooses the machine and the front end: the window where there is a display, else the console.
 #include "platform/prefix/machine.h"
-#include "platform/prefix/memory.h"
-#include "platform/prefix/prefixfiles.h"
-#include "platform/prefix/prefixsystem.h"
-#include "ui/console/consolescreen.h"
-#include "ui/qt/loadwindow.h"
+#include "platform/prefix/prefix_files.h"
+#include "platform/prefix/prefix_system.h"
+#include "platform/prefix/process.h"
+#include "ui/console/console_screen.h"
+#include "ui/qt/load_window.h"
 
 #include <string>
 

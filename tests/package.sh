@@ -24,17 +24,17 @@ man --warnings "$installed/share/man/man1/vora-map-updater.1" 2>&1 > /dev/null |
 folder=$(sed -n 's/^Path=//p' "$desktop")
 [ -f "$folder/targetvoraver.txt" ] || fail "there are no data files in $folder"
 diff -r data "$folder"
-makesample base "$scratch/sample" "$build"
+make_sample base "$scratch/sample" "$build"
 chmod -R a-w "$folder"
 said=$(cd "$folder" && QT_QPA_PLATFORM=offscreen LD_DEBUG=files WINEPREFIX=$scratch/sample/machine \
   "$installed/bin/vora-map-updater" /silent 2>&1)
 chmod -R u+w "$folder"
 grep -q 'calling init:.*vora-map-updater-window.so' <<< "$said" || fail 'the window is not loaded'
-allconverted() {
+all_converted() {
   [ "$(find "$scratch/sample/machine" -name '*.galold' | wc -l)" = \
     "$(find tests/expected/base -name '*.galold' | wc -l)" ] || fail "the maps are not converted: $1"
 }
-allconverted 'installed'
+all_converted 'installed'
 
 (cd "$build" && cpack -B "$scratch/package" > /dev/null)
 package=$(echo "$scratch"/package/*.deb)
@@ -48,10 +48,10 @@ done
 dpkg-deb -x "$package" "$scratch/unpacked"
 grep -qx 'Path=/usr/share/vora-map-updater' \
   "$scratch/unpacked/usr/share/applications/vora-map-updater.desktop" || fail 'the package starts in another folder'
-makesample base "$scratch/sample" "$build"
+make_sample base "$scratch/sample" "$build"
 (cd "$scratch/sample/data" && env -u DISPLAY -u WAYLAND_DISPLAY WINEPREFIX="$PWD/../machine" \
   "$scratch/unpacked/usr/bin/vora-map-updater" /silent)
-allconverted 'unpacked'
+all_converted 'unpacked'
 
 if [ "$(id -u)" = 0 ]; then
   root=$scratch/root

@@ -27,7 +27,7 @@ run() { # run <arguments...>: sets status and said
 maps() { (cd "$1" && find drive_c -type f -iname '*.gal*' -exec cksum {} + | sort -k 3); }
 
 for edition in base expansion; do
-  makesample "$edition" "$scratch" "$build"
+  make_sample "$edition" "$scratch" "$build"
   run /silent
   check "$edition: exit status" 0 "$status"
   check "$edition: what it says" "" "$said"
@@ -41,13 +41,13 @@ done
 # expansion's case the user's, since its game folder is not searched.
 for edition in base expansion; do
   folder=$([ $edition = base ] && echo drive_c || echo drive_c/users)
-  makesample "$edition" "$scratch" "$build"
+  make_sample "$edition" "$scratch" "$build"
   letter=$([ $edition = base ] && echo v || echo t)
   python3 bench/convert.py "$scratch/machine/$folder" --edition $letter --data data > /dev/null
   check "$edition: the plain script" "$(maps "tests/expected/$edition")" "$(maps "$scratch/machine")"
 done
 
-makesample base "$scratch" "$build" 9.9.9.9
+make_sample base "$scratch" "$build" 9.9.9.9
 run /silent
 check "mismatch: exit status" 1 "$status"
 check "mismatch: first line" "found vora version :9.9.9.9:" "$(head -n 1 <<<"$said")"
@@ -55,7 +55,7 @@ check "mismatch: lines" 8 "$(wc -l <<<"$said")"
 check "mismatch: line ends" 0 "$(tr -dc '\r' <<<"$said" | wc -c)"
 check "mismatch: the maps" "$(maps sample/base)" "$(maps "$scratch/machine")"
 
-makesample base "$scratch" "$build"
+make_sample base "$scratch" "$build"
 run /x
 check "unknown argument" "1 Invalid argument: /x" "$status $said"
 run /s "" /s
@@ -68,13 +68,13 @@ check "no argument" "yes" "$([[ $said == *"/silent"* ]] && echo yes)"
 run ""
 check "one empty argument" "yes" "$([[ $said == *"/silent"* ]] && echo yes)"
 
-makesample base "$scratch" "$build"
+make_sample base "$scratch" "$build"
 rm "$scratch/data/vnewstruct9.txt"
 run /s
 check "template error: exit status" 1 "$status"
 check "template error: what it says" yes "$([[ $said == *"vnewstruct9.txt"* ]] && echo yes)"
 
-makesample base "$scratch" "$build"
+make_sample base "$scratch" "$build"
 printf 'only one line' >"$scratch/machine/drive_c/Program Files (x86)/Vorakai/bad.galaxy"
 run /s
 check "a map left alone: exit status" 1 "$status"

@@ -13,51 +13,54 @@ else()
   endif()
 endif()
 
-add_library(testsupport INTERFACE)
-target_include_directories(testsupport INTERFACE ${CMAKE_SOURCE_DIR})
-target_link_libraries(testsupport INTERFACE ui windows executable GTest::gtest_main)
+add_library(test_support INTERFACE)
+target_include_directories(test_support INTERFACE ${CMAKE_SOURCE_DIR})
+target_link_libraries(test_support INTERFACE ui windows executable GTest::gtest_main)
 
 # One program for the tests of a folder of the sources. They share the machine.
-function(testsof name)
+function(add_unit_tests name)
   add_executable(test-${name} ${ARGN})
-  target_link_libraries(test-${name} PRIVATE testsupport)
+  target_link_libraries(test-${name} PRIVATE test_support)
   add_test(NAME ${name} COMMAND test-${name})
   set_tests_properties(${name} PROPERTIES RESOURCE_LOCK machine)
 endfunction()
 
 # What changes the machine itself runs on one that Wine made, never on a developer's own.
 if(NOT CMAKE_CROSSCOMPILING)
-  testsof(platform platform/osversion_test.cpp)
-  testsof(form form/linearray_test.cpp form/text_test.cpp)
-  testsof(convert convert/passes_test.cpp)
+  add_unit_tests(platform platform/os_version_test.cpp)
+  add_unit_tests(engine
+    engine/line_array_test.cpp engine/numbers_test.cpp engine/passes_test.cpp)
   return()
 endif()
 
-testsof(windows
-  platform/windows/replacing_test.cpp platform/windows/windowsfiles_test.cpp
-  platform/windows/windowssystem_test.cpp)
+add_unit_tests(windows
+  platform/windows/replacing_test.cpp platform/windows/windows_files_test.cpp
+  platform/windows/windows_system_test.cpp)
 target_link_libraries(test-windows PRIVATE advapi32)
-testsof(window ui/win32/window_test.cpp)
+add_unit_tests(window ui/win32/window_test.cpp)
 target_link_libraries(test-window PRIVATE win32 advapi32)
 add_dependencies(test-window vora-map-updater)
 target_compile_definitions(test-window PRIVATE
   PROGRAM="$<TARGET_FILE:vora-map-updater>" PROJECT="${CMAKE_SOURCE_DIR}")
 
-add_library(testmachine STATIC support/testmachine.cpp support/windows/testmachine.cpp)
-target_link_libraries(testmachine PUBLIC testsupport advapi32)
+add_library(test_machine STATIC support/test_machine.cpp support/windows/test_machine.cpp)
+target_link_libraries(test_machine PUBLIC test_support advapi32)
 
-function(machinetestsof name)
-  testsof(${name} ${ARGN})
-  target_link_libraries(test-${name} PRIVATE testmachine)
+function(add_machine_tests name)
+  add_unit_tests(${name} ${ARGN})
+  target_link_libraries(test-${name} PRIVATE test_machine)
   target_compile_definitions(test-${name} PRIVATE DOCUMENTS="Z:${CMAKE_SOURCE_DIR}/docs")
 endfunction()
 
-machinetestsof(platform
-  platform/osversion_test.cpp platform/replacing_test.cpp platform/services_test.cpp)
-machinetestsof(form form/control_test.cpp form/linearray_test.cpp form/text_test.cpp)
-machinetestsof(convert
-  convert/conversion_test.cpp convert/linereader_test.cpp convert/originalmaps_test.cpp
-  convert/passes_test.cpp convert/templates_test.cpp docs/templates_test.cpp)
-machinetestsof(discover discover/search_test.cpp)
-machinetestsof(app app/commandline_test.cpp app/edition_test.cpp app/startup_test.cpp)
-machinetestsof(ui ui/handlers_test.cpp ui/layout_test.cpp)
+add_machine_tests(platform
+  platform/os_version_test.cpp platform/replacing_test.cpp platform/services_test.cpp)
+add_machine_tests(engine
+  engine/line_array_test.cpp engine/numbers_test.cpp engine/passes_test.cpp
+  docs/templates_test.cpp)
+add_machine_tests(form form/control_test.cpp)
+add_machine_tests(convert
+  convert/conversion_test.cpp convert/line_reader_test.cpp convert/original_maps_test.cpp
+  convert/template_files_test.cpp)
+add_machine_tests(discover discover/search_test.cpp)
+add_machine_tests(app app/command_line_test.cpp app/edition_test.cpp app/startup_test.cpp)
+add_machine_tests(ui ui/handlers_test.cpp ui/layout_test.cpp)

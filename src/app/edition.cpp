@@ -1,10 +1,9 @@
 // The game's editions, and what changes when one is selected.
 #include "app/edition.h"
 
-#include "app/infofile.h"
-#include "convert/originalmaps.h"
-#include "platform/exeversion.h"
-#include "platform/osversion.h"
+#include "app/target.h"
+#include "convert/original_maps.h"
+#include "platform/os_version.h"
 #include "platform/services.h"
 
 namespace {

@@ -2,9 +2,9 @@
 #include "app/installation.h"
 
 #include "app/edition.h"
-#include "app/infofile.h"
-#include "convert/originalmaps.h"
-#include "platform/exeversion.h"
+#include "app/target.h"
+#include "convert/original_maps.h"
+#include "platform/os_version.h"
 #include "platform/services.h"
 
 namespace {

@@ -1,12 +1,13 @@
-// The target file: which release of the game the program is for, and whether debug mode is on.
+// The target file, and the diagnostic file of debug mode.
 #include "app/target.h"
 
-#include "convert/linereader.h"
+#include "convert/line_reader.h"
 #include "platform/services.h"
 
 namespace {
 
 constexpr char target_file[] = "targetvoraver.txt";
+constexpr char infofile[] = "info.txt";
 
 // Lines of the target file, counted from 0.
 constexpr std::size_t base_release_line = 0;
@@ -41,4 +42,14 @@ void check_release(Form1& form) {
       form.targetlines[form.expansiononly ? expansion_release_line : base_release_line]);
   if (form.foundversion != target)
     end_with_message(form, mismatch_message(form, target));
+}
+
+void create_info(Form1& form) {
+  if (form.debugmode)
+    static_cast<void>(form.files.write(infofile, ""));
+}
+
+void write_info(Form1& form, const std::string& line) {
+  if (form.debugmode)
+    static_cast<void>(form.files.append(infofile, line + "\r\n"));
 }

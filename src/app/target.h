@@ -1,7 +1,10 @@
-// The target file: which release of the game the program is for, and whether debug mode is on.
+// The target file, which names the release of the game that the program is for and switches debug
+// mode on, and the diagnostic file "info.txt" of debug mode.
 #pragma once
 
 #include "form/form1.h"
+
+#include <string>
 
 // Reads the target file and switches debug mode on where it says so.
 void read_target(Form1& form);
@@ -9,3 +12,9 @@ void read_target(Form1& form);
 // Ends the program with a message when the installed release is not the target. There is no check
 // when both editions are found, a data file is missing or debug mode is on.
 void check_release(Form1& form);
+
+// In debug mode makes "info.txt" in the current folder anew, empty; a failure is ignored.
+void create_info(Form1& form);
+
+// In debug mode appends a line to it; a failure is ignored.
+void write_info(Form1& form, const std::string& line);

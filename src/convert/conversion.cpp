@@ -1,12 +1,12 @@
 // The conversion run over the maps that the search has found.
 #include "convert/conversion.h"
 
-#include "convert/matching.h"
-#include "convert/passes.h"
-#include "convert/templates.h"
-#include "form/linearray.h"
-#include "form/text.h"
+#include "convert/original_maps.h"
+#include "convert/template_files.h"
+#include "engine/numbers.h"
+#include "engine/passes.h"
 #include "platform/files.h"
+#include "platform/path_rules.h"
 
 #include <new>
 
@@ -37,15 +37,14 @@ public:
 private:
   void convert_map(const std::string& path);
   bool is_expansion() const { return form.edition == expansion_letter; }
-  bool is_original(const std::string& path) const;
   void skip(const Failure& failure) { skipped.push_back(failure); }
   void convert(const Map& map);
-  Result<std::string, TemplateError> fix(const LineArray& lines);
+  Result<std::string> fix(const LineArray& lines);
   void put_in_place(const Map& map, std::string_view first, std::string_view result);
-  [[noreturn]] void stop(const Map& map, const TemplateError& error);
+  [[noreturn]] void stop(const Map& map, const Failure& fault);
 
   Form1& form;
-  Templates templates;
+  TemplateFiles templates;
   double formatver = 0;
   long converted = 0;
   std::vector<Failure> skipped;
@@ -61,13 +60,6 @@ Run::Run(Form1& form_in) : form(form_in), templates(form.files, form.edition) {
                                                          : version.failure().text()));
 }
 
-bool Run::is_original(const std::string& path) const {
-  for (std::size_t i = 0; i < form.originalmaps.size(); ++i)
-    if (samefilename(form.system, path, form.originalmaps[i]))
-      return true;
-  return false;
-}
-
 void Run::convert_or_skip(const std::string& path) {
   try {
     convert_map(path);
@@ -78,12 +70,13 @@ void Run::convert_or_skip(const std::string& path) {
 
 void Run::convert_map(const std::string& path) {
   form.Label4.set_text(std::to_string(converted));
-  if (is_original(path))
+  if (is_original(form, path))
     return;
   const auto opened = form.files.open_map(path);
   const auto galaxylines = opened ? LineArray::split(std::move((*opened)->text)) : LineArray();
   const auto versiontext = version_of(galaxylines[1]);
-  if (numeric_value(versiontext) >= formatver)
+  const double filever = numeric_value(versiontext);
+  if (filever >= formatver)
     return;
   if (!opened)
     return skip(opened.failure());
@@ -108,7 +101,7 @@ void Run::convert(const Map& map) {
   put_in_place(map, first_lines.text(), *result);
 }
 
-Result<std::string, TemplateError> Run::fix(const LineArray& lines) {
+Result<std::string> Run::fix(const LineArray& lines) {
   templates.loadoldfix(formatver);
   templates.loadnewfix(formatver);
   return fix_pass(templates.oldtemplate(), templates.newtemplate(), lines);
@@ -134,13 +127,11 @@ void Run::put_in_place(const Map& map, std::string_view first, std::string_view 
 // Ends the program for a template that cannot write what the map asks of it. The map keeps its
 // content and gets its backup all the same: it is replaced by itself, so that the two are not one
 // file under two names.
-void Run::stop(const Map& map, const TemplateError& error) {
+void Run::stop(const Map& map, const Failure& fault) {
   const std::string_view was = map.lines.text();
   std::string text = map.path + ": the map is of version \"" +
                      std::string(version_of(map.lines[1])) +
-                     "\" and cannot be converted: template " + error.filename + ": " + error.what;
-  if (!error.header.empty())
-    text += ": " + error.header;
+                     "\" and cannot be converted: template " + fault.path + ": " + fault.reason;
   text = printable(text) + "\r\nThe map is as it was. No further map was converted.";
   if (!form.debugmode) {
     const auto done =

@@ -1,7 +1,7 @@
 // The search for maps below the two roots.
 #include "discover/search.h"
 
-#include "form/text.h"
+#include "platform/path_rules.h"
 
 namespace {
 

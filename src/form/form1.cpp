@@ -1,7 +1,7 @@
 // The one window as plain data: its controls and the values that its procedures share.
 #include "form/form1.h"
 
-#include "form/text.h"
+#include "engine/numbers.h"
 
 #include <cstdlib>
 
@@ -42,6 +42,19 @@ void report_troubles(Form1& form, const std::string& heading,
   for (const Failure& failure : failures)
     text += "\r\n" + printable(failure.text());
   report_trouble(form, text);
+}
+
+std::string printable(std::string_view text) {
+  constexpr char digits[] = "0123456789ABCDEF";
+  std::string shown;
+  for (const char c : text) {
+    const auto byte = static_cast<unsigned char>(c);
+    if (byte < 0x20 || byte == 0x7F)
+      shown += {'\\', 'x', digits[byte >> 4], digits[byte & 0xF]};
+    else
+      shown += c;
+  }
+  return shown;
 }
 
 void next_stage(Form1& form) {

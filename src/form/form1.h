@@ -1,9 +1,9 @@
 // The one window as plain data: its controls and the values that its procedures share.
 #pragma once
 
+#include "engine/line_array.h"
 #include "form/control.h"
-#include "form/foundlist.h"
-#include "form/linearray.h"
+#include "form/found_list.h"
 #include "form/screen.h"
 #include "platform/files.h"
 #include "platform/system.h"
@@ -124,6 +124,10 @@ void report_trouble(Form1& form, const std::string& text);
 
 // The same of several failures, a line each below a heading; says nothing when there are none.
 void report_troubles(Form1& form, const std::string& heading, const std::vector<Failure>& failures);
+
+// `text` with each control character written as "\x" and two hexadecimal digits: names of files
+// come from strangers.
+std::string printable(std::string_view text);
 
 // Adds one to the number that the stage counter `Label8` shows.
 void next_stage(Form1& form);

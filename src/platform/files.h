@@ -71,8 +71,8 @@ public:
   virtual Result<std::string> lookup(const std::string& path, Match match) = 0;
 
   // The subfolders of a folder and those of its files whose names match `pattern` (see
-  // platform/names.h), in ascending order of their names; hidden and system entries left out. The
-  // temporary files that a killed run left in the folder are removed on the way, nobody else's.
+  // platform/path_rules.h), in ascending order of their names; hidden and system entries left out.
+  // The temporary files that a killed run left in the folder are removed on the way, nobody else's.
   virtual Result<std::vector<Entry>> list(const std::string& folder, std::string_view pattern) = 0;
 
   // A folder's full path, with its drive, as its names are spelled, without "\" at the end except

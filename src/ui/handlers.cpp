@@ -1,9 +1,11 @@
-// What the window's buttons and lists do.
+// Loads the form, and says what its buttons and lists do.
 #include "ui/handlers.h"
 
 #include "app/edition.h"
+#include "app/startup.h"
 #include "convert/conversion.h"
 #include "discover/search.h"
+#include "ui/layout.h"
 
 #include <algorithm>
 #include <iterator>
@@ -74,6 +76,18 @@ constexpr Handler handlers[] = {
     {&Form1::Command7, Command7_Click},
 };
 
+// Makes the lists follow one another.
+void connect_lists(Form1& form) {
+  form.Dir1.changed = [&form] { Dir1_Change(form); };
+  form.Drive1.changed = [&form] { Drive1_Change(form); };
+}
+
+void show_current_folder(Form1& form) {
+  // A current folder that is on no drive leaves the lists empty.
+  static_cast<void>(form.Dir1.set_path("."));
+  form.Drive1.fill(form.system.drives(), form.Dir1.path().substr(0, 2));
+}
+
 }  // namespace
 
 void press(Form1& form, const Control& button) {
@@ -102,7 +116,13 @@ void select_drive(Form1& form, const std::string& drive) {
     form.Drive1.select(drive);
 }
 
-void connect_lists(Form1& form) {
-  form.Dir1.changed = [&form] { Dir1_Change(form); };
-  form.Drive1.changed = [&form] { Drive1_Change(form); };
+void load_form(Form1& form) {
+  try {
+    apply_layout(form);
+    connect_lists(form);
+    show_current_folder(form);
+    startup(form);
+  } catch (const std::bad_alloc&) {
+    end_out_of_memory(form);
+  }
 }

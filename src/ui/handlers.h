@@ -1,4 +1,4 @@
-// What the window's buttons and lists do.
+// Loads the form, and says what its buttons and lists do.
 #pragma once
 
 #include "form/form1.h"
@@ -15,5 +15,6 @@ void select_drive(Form1& form, const std::string& drive);
 // that comes next in the work, and never the exit button.
 Control& focus_after(Form1& form);
 
-// Makes the lists follow one another.
-void connect_lists(Form1& form);
+// Gives the form its layout, its handlers and the current folder, and runs start-up. Returns when
+// the window is to wait for the user.
+void load_form(Form1& form);

@@ -1,8 +1,8 @@
 // What selecting an edition by its button switches.
 #include "app/edition.h"
 
-#include "tests/support/testmachine.h"
-#include "ui/loadform.h"
+#include "tests/support/test_machine.h"
+#include "ui/handlers.h"
 
 #include <gtest/gtest.h>
 

@@ -1,9 +1,9 @@
 // Start-up over the combinations of installed editions, versions, debug mode and arguments.
 #include "app/startup.h"
 
-#include "tests/support/testmachine.h"
+#include "tests/support/test_machine.h"
+#include "ui/handlers.h"
 #include "ui/layout.h"
-#include "ui/loadform.h"
 
 #include <gtest/gtest.h>
 

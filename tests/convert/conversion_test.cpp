@@ -1,8 +1,8 @@
 // The conversion run: what it leaves on the disk and on the screen.
 #include "convert/conversion.h"
 
-#include "convert/originalmaps.h"
-#include "tests/support/testmachine.h"
+#include "convert/original_maps.h"
+#include "tests/support/test_machine.h"
 
 #include <gtest/gtest.h>
 

@@ -1,7 +1,7 @@
 // Which maps a search finds, in which order, and what it shows.
 #include "discover/search.h"
 
-#include "tests/support/testmachine.h"
+#include "tests/support/test_machine.h"
 
 #include <gtest/gtest.h>
 

@@ -1,5 +1,5 @@
 // The lists of the form.
-#include "tests/support/testmachine.h"
+#include "tests/support/test_machine.h"
 
 #include <gtest/gtest.h>
 

@@ -1,7 +1,7 @@
 // Templates and a map through both passes. The input is an old template, a new template and a map,
 // separated by bytes 0; their lines end in CR LF.
-#include "convert/passes.h"
-#include "convert/templates.h"
+#include "engine/passes.h"
+#include "engine/templates.h"
 
 #include <cstdint>
 #include <cstdlib>

@@ -1,5 +1,5 @@
 // The numeric value of any text: a number, whose text has the same value again.
-#include "form/text.h"
+#include "engine/numbers.h"
 
 #include <cmath>
 #include <cstdint>

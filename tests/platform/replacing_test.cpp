@@ -1,7 +1,7 @@
 // How a map gives way to its converted self.
 #include "platform/replacing.h"
 
-#include "tests/support/testmachine.h"
+#include "tests/support/test_machine.h"
 
 #include <gtest/gtest.h>
 

@@ -1,9 +1,9 @@
 // The program's own operations on top of the machine.
 #include "platform/services.h"
 
-#include "platform/exeversion.h"
-#include "tests/support/fakesystem.h"
-#include "tests/support/testmachine.h"
+#include "platform/os_version.h"
+#include "tests/support/fake_system.h"
+#include "tests/support/test_machine.h"
 
 #include <gtest/gtest.h>
 

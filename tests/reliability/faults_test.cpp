@@ -3,9 +3,9 @@
 #include "convert/conversion.h"
 #include "discover/search.h"
 
-#include "platform/prefix/prefixfiles.h"
+#include "platform/prefix/prefix_files.h"
 #include "tests/support/disks.h"
-#include "tests/support/prefix/machineof.h"
+#include "tests/support/prefix/machine_of.h"
 #include "tests/support/promise.h"
 
 #include <gtest/gtest.h>

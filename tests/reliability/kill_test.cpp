@@ -3,7 +3,7 @@
 // power is cut for each edition and file system, VORA_SEED repeats a run of this test.
 #include "tests/support/process.h"
 #include "tests/support/promise.h"
-#include "tests/support/realdisk.h"
+#include "tests/support/real_disk.h"
 
 #include <gtest/gtest.h>
 

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "platform/prefix/disk.h"
-#include "tests/support/testmachine.h"
+#include "tests/support/test_machine.h"
 
 #include <cstdlib>
 #include <filesystem>

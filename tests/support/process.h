@@ -1,7 +1,7 @@
 // The program itself, run on a test machine as a process of its own.
 #pragma once
 
-#include "tests/support/testmachine.h"
+#include "tests/support/test_machine.h"
 
 #include <functional>
 #include <string>

@@ -2,7 +2,7 @@
 #include "tests/support/promise.h"
 
 #include "platform/mapfolder.h"
-#include "platform/prefix/lettercase.h"
+#include "platform/prefix/letter_case.h"
 
 #include <algorithm>
 

@@ -1,7 +1,7 @@
 // Folders of maps to lose, and the promise that no map is ever lost.
 #pragma once
 
-#include "tests/support/testmachine.h"
+#include "tests/support/test_machine.h"
 
 #include <map>
 #include <string>

@@ -1,9 +1,8 @@
 // What the window's buttons and lists do, and when they do it.
 #include "ui/handlers.h"
 
-#include "tests/support/testmachine.h"
+#include "tests/support/test_machine.h"
 #include "ui/layout.h"
-#include "ui/loadform.h"
 
 #include <gtest/gtest.h>
 

@@ -1,7 +1,7 @@
 // The window's design: where its controls are, and how their captions are lettered.
 #include "ui/layout.h"
 
-#include "tests/support/testmachine.h"
+#include "tests/support/test_machine.h"
 
 #include <gtest/gtest.h>
 

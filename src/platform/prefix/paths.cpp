@@ -1,8 +1,8 @@
 // Windows paths on a machine kept in a folder, and the POSIX paths that they stand for.
 #include "platform/prefix/paths.h"
 
-#include "platform/names.h"
-#include "platform/prefix/folders.h"
+#include "platform/path_rules.h"
+#include "platform/prefix/folder_names.h"
 #include "platform/prefix/handle.h"
 
 #include <algorithm>

@@ -4,7 +4,7 @@
 
 #include "platform/files.h"
 #include "platform/prefix/handle.h"
-#include "platform/prefix/lettercase.h"
+#include "platform/prefix/letter_case.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>

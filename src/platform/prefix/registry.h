@@ -3,7 +3,7 @@
 // writes it over these files when it ends.
 #pragma once
 
-#include "platform/prefix/registrytext.h"
+#include "platform/prefix/registry_text.h"
 
 #include <filesystem>
 #include <functional>

@@ -1,7 +1,7 @@
 // Windows handles that close themselves, and the few operations on files that every user needs.
 #include "platform/windows/handle.h"
 
-#include "platform/windows/wide.h"
+#include "platform/windows/wide_text.h"
 
 #include <algorithm>
 

@@ -1,8 +1,8 @@
 // Paths as the program writes them, made absolute and long enough for every tree.
 #include "platform/windows/paths.h"
 
-#include "platform/names.h"
-#include "platform/windows/wide.h"
+#include "platform/path_rules.h"
+#include "platform/windows/wide_text.h"
 
 #include <algorithm>
 

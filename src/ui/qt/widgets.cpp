@@ -2,7 +2,7 @@
 #include "ui/qt/widgets.h"
 
 #include "ui/handlers.h"
-#include "ui/qt/textbox.h"
+#include "ui/qt/text_box.h"
 #include "ui/qt/texts.h"
 
 #include <QComboBox>

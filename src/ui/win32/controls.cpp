@@ -1,7 +1,7 @@
 // The system's own controls, which mirror those of the form.
 #include "ui/win32/controls.h"
 
-#include "platform/windows/wide.h"
+#include "platform/windows/wide_text.h"
 #include "ui/handlers.h"
 
 #include <algorithm>

@@ -1,7 +1,7 @@
 // A font of the layout, for a monitor, and captions that fit their room.
 #include "ui/win32/font.h"
 
-#include "platform/windows/wide.h"
+#include "platform/windows/wide_text.h"
 
 #include <cmath>
 

@@ -1,7 +1,7 @@
 // Where the prefix is looked for.
 #include "platform/prefix/machine.h"
 
-#include "tests/support/testmachine.h"
+#include "tests/support/test_machine.h"
 
 #include <gtest/gtest.h>
 

@@ -1,7 +1,7 @@
 // Windows paths and what they stand for.
 #include "platform/prefix/paths.h"
 
-#include "tests/support/prefix/machineof.h"
+#include "tests/support/prefix/machine_of.h"
 
 #include <gtest/gtest.h>
 

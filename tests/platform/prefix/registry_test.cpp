@@ -2,7 +2,7 @@
 // a folder behind the shell object's three operations.
 #include "platform/prefix/registry.h"
 
-#include "tests/support/testmachine.h"
+#include "tests/support/test_machine.h"
 
 #include <gtest/gtest.h>
 

@@ -1,8 +1,8 @@
 // What only a POSIX system has of a map: permissions, an owner and links.
-#include "platform/prefix/prefixfiles.h"
+#include "platform/prefix/prefix_files.h"
 
 #include "tests/support/disks.h"
-#include "tests/support/prefix/machineof.h"
+#include "tests/support/prefix/machine_of.h"
 
 #include <gtest/gtest.h>
 

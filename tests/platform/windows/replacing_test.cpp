@@ -1,9 +1,9 @@
 // How a map gives way to its converted self on Windows.
 #include "platform/replacing.h"
 
-#include "platform/windows/windowsfiles.h"
-#include "platform/windows/windowsmapfolder.h"
-#include "tests/support/scratchfolder.h"
+#include "platform/windows/windows_files.h"
+#include "platform/windows/windows_map.h"
+#include "tests/support/scratch_folder.h"
 
 #include <gtest/gtest.h>
 

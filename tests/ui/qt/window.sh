@@ -11,7 +11,7 @@ scratch=$(mktemp -d)
 program=
 cleanup() {
   [ -z "$program" ] || kill "$program" 2>/dev/null || true
-  stopdisplay
+  stop_display
   rm -rf "$scratch"
 }
 trap cleanup EXIT
@@ -24,7 +24,7 @@ fail() {
 machine() {
   rm -rf "$scratch/machine"
   cp -r sample/base "$scratch/machine"
-  "$build/makeexe" "$scratch/machine/drive_c/Program Files (x86)/Vorakai/Vorakai.exe" \
+  "$build/make_executable" "$scratch/machine/drive_c/Program Files (x86)/Vorakai/Vorakai.exe" \
     "$(sed -n 1p data/targetvoraver.txt | tr -d '\r')"
 }
 
@@ -37,7 +37,7 @@ start() {
 }
 
 ended() { # ended <what>: the program ends by itself, with the exit status 0
-  waitfor eval '! kill -0 '"$program" || fail "$1: it does not end"
+  wait_for eval '! kill -0 '"$program" || fail "$1: it does not end"
   wait "$program" || fail "$1: exit status $?"
   program=
 }
@@ -45,25 +45,25 @@ ended() { # ended <what>: the program ends by itself, with the exit status 0
 maps() { (cd "$1" && find drive_c -type f -iname '*.gal*' -exec cksum {} + | sort -k 3); }
 converted() { [ "$(maps tests/expected/base)" = "$(maps "$scratch/machine")" ]; }
 fix() {
-  clickon Command2
+  click_on Command2
   converted
 }
 
 ldd "$build/vora-map-updater" | grep -i qt && fail 'the program itself needs Qt'
 
-startdisplay
+start_display
 start
-waitfor xdotool search --onlyvisible --name 'map updater' || fail 'no window appears'
+wait_for xdotool search --onlyvisible --name 'map updater' || fail 'no window appears'
 xdotool windowmove "$(xdotool search --onlyvisible --name 'map updater')" 0 0
-clickon Command1
-waitfor fix || fail 'the maps are not converted'
-clickon Command3
+click_on Command1
+wait_for fix || fail 'the maps are not converted'
+click_on Command3
 ended 'the exit button'
 
 start /silent
 ended 'a silent run in a window'
 converted || fail 'a silent run in a window does not convert the maps'
-stopdisplay
+stop_display
 
 for display in '' ':987'; do
   DISPLAY=$display start /s

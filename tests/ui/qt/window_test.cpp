@@ -1,10 +1,10 @@
 // The window itself: its layout, its states, and what a user does with mouse and keyboard.
-#include "platform/prefix/prefixfiles.h"
-#include "platform/prefix/prefixsystem.h"
-#include "tests/support/prefix/machineof.h"
-#include "ui/loadform.h"
+#include "platform/prefix/prefix_files.h"
+#include "platform/prefix/prefix_system.h"
+#include "tests/support/prefix/machine_of.h"
+#include "ui/handlers.h"
 #include "ui/qt/fonts.h"
-#include "ui/qt/qtscreen.h"
+#include "ui/qt/qt_screen.h"
 #include "ui/qt/texts.h"
 
 #include <gtest/gtest.h>

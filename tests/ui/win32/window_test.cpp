@@ -2,10 +2,10 @@
 // they show.
 #include "form/form1.h"
 #include "platform/windows/handle.h"
-#include "tests/support/scratchfolder.h"
+#include "tests/support/scratch_folder.h"
 #include "tools/executable.h"
 #include "ui/layout.h"
-#include "ui/win32/mainwindow.h"
+#include "ui/win32/main_window.h"
 
 #include <gtest/gtest.h>
 

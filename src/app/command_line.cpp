@@ -1,0 +1,53 @@
+// The command line, which knows the silent run alone.
+#include "app/command_line.h"
+
+#include <algorithm>
+#include <iterator>
+
+namespace {
+
+constexpr const char* silent_arguments[] = {"-s", "/s", "/silent", "-silent"};
+
+// The text cut at every single space; nothing for the empty text.
+std::vector<std::string> pieces(const std::string& text) {
+  std::vector<std::string> result;
+  if (text.empty())
+    return result;
+  std::size_t start = 0;
+  for (auto space = text.find(' '); space != std::string::npos; space = text.find(' ', start)) {
+    result.push_back(text.substr(start, space - start));
+    start = space + 1;
+  }
+  result.push_back(text.substr(start));
+  return result;
+}
+
+bool asks_for_silence(System& system, const std::string& piece) {
+  return std::find(std::begin(silent_arguments), std::end(silent_arguments),
+                   system.lowercase(piece)) != std::end(silent_arguments);
+}
+
+void switch_silent(Form1& form) {
+  for (Control* command :
+       {&form.Command1, &form.Command2, &form.Command3, &form.Command4, &form.Command5})
+    command->set_enabled(false);
+  form.Label19.set_visible(true);
+  form.silentmode = true;
+}
+
+}  // namespace
+
+bool will_be_silent(System& system) {
+  const std::vector<std::string> all = pieces(system.argument_text());
+  return !all.empty() && std::all_of(all.begin(), all.end(), [&](const std::string& piece) {
+    return asks_for_silence(system, piece);
+  });
+}
+
+void examine_arguments(Form1& form) {
+  for (const std::string& piece : pieces(form.system.argument_text())) {
+    if (!asks_for_silence(form.system, piece))
+      end_with_message(form, "Invalid argument: " + piece);
+    switch_silent(form);
+  }
+}

@@ -1,0 +1,25 @@
+// Reads text files into line arrays.
+#include "convert/line_reader.h"
+
+namespace {
+
+constexpr std::size_t missing_file_lines = 11;
+constexpr std::size_t unreadable_file_lines = 1;
+
+static_assert(Files::max_file_size <= LineArray::max_text_size);
+
+}  // namespace
+
+Result<LineArray> read_text(Files& files, const std::string& path) {
+  auto text = files.read(path);
+  if (!text)
+    return text.failure();
+  return LineArray::split(std::move(*text));
+}
+
+LineArray readlines(Files& files, const std::string& path) {
+  auto lines = read_text(files, path);
+  if (lines)
+    return std::move(*lines);
+  return LineArray::empty(lines.failure().missing ? missing_file_lines : unreadable_file_lines);
+}

@@ -1,0 +1,29 @@
+// The list of the game's own maps, which are never converted.
+#include "convert/original_maps.h"
+
+#include "convert/line_reader.h"
+#include "platform/path_rules.h"
+#include "platform/services.h"
+
+namespace {
+
+constexpr char list_file[] = "original vora galaxies.txt";
+
+}  // namespace
+
+void loadoriginalmaps(Form1& form) {
+  if (first_file(form.files, list_file).empty())
+    form.missingdata = true;
+  form.originalmaps = form.missingdata ? LineArray::empty(1) : readlines(form.files, list_file);
+}
+
+bool samefilename(System& system, std::string_view path, std::string_view name) {
+  return filename(system.lowercase(path)) == system.lowercase(name);
+}
+
+bool is_original(const Form1& form, std::string_view path) {
+  for (std::size_t i = 0; i < form.originalmaps.size(); ++i)
+    if (samefilename(form.system, path, form.originalmaps[i]))
+      return true;
+  return false;
+}

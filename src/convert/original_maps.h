@@ -1,0 +1,16 @@
+// The list of the game's own maps, which are never converted.
+#pragma once
+
+#include "form/form1.h"
+
+#include <string_view>
+
+// Reads the list into `originalmaps`. When its file is missing, or `missingdata` is set already,
+// the list is a single empty entry and `missingdata` is set.
+void loadoriginalmaps(Form1& form);
+
+// Whether the file name of `path` is `name`, case-insensitively.
+bool samefilename(System& system, std::string_view path, std::string_view name);
+
+// Whether a map is one of the game's own.
+bool is_original(const Form1& form, std::string_view path);

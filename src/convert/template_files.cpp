@@ -1,0 +1,50 @@
+// Reads the structure templates that a conversion run needs from their files.
+#include "convert/template_files.h"
+
+#include "convert/line_reader.h"
+#include "engine/numbers.h"
+
+namespace {
+
+// The template of that file in `loaded`, indexed again if the file's text is not what it was.
+template <class Kind, class Index>
+const Kind* load(Files& files, std::map<std::string, Kind>& loaded, std::string filename,
+                 Index index) {
+  auto text = files.read(filename);
+  const auto before = loaded.find(filename);
+  const bool same = before != loaded.end() && bool(text) == !before->second.failure &&
+                    (!text || *text == before->second.lines.text());
+  if (same)
+    return &before->second;
+  Kind made = index(filename, std::move(text));
+  return &(loaded[std::move(filename)] = std::move(made));
+}
+
+}  // namespace
+
+void TemplateFiles::loadold(std::string_view ver) {
+  current_old =
+      load(files, loaded_old, edition + "oldstruct" + std::string(ver) + ".txt", index_old);
+}
+
+void TemplateFiles::loadnew(std::string_view ver) {
+  current_new =
+      load(files, loaded_new, edition + "newstruct" + std::string(ver) + ".txt", index_new);
+}
+
+void TemplateFiles::loadoldfix(double ver) {
+  current_old =
+      load(files, loaded_old, edition + "oldstructfix" + number_text(ver) + ".txt", index_old);
+}
+
+void TemplateFiles::loadnewfix(double ver) {
+  current_new =
+      load(files, loaded_new, edition + "newstructfix" + number_text(ver) + ".txt", index_new);
+}
+
+Result<double> TemplateFiles::initnew() {
+  const auto lines = read_text(files, edition + "newstruct0.txt");
+  if (!lines)
+    return lines.failure();
+  return numeric_value(version_of((*lines)[1]));
+}

@@ -1,0 +1,41 @@
+// Reads the structure templates that a conversion run needs from their files.
+#pragma once
+
+#include "engine/templates.h"
+#include "platform/files.h"
+
+#include <map>
+#include <string>
+#include <string_view>
+
+// The templates of one conversion run. Each call reads its file again; the template is indexed
+// again only when the file's bytes have changed.
+class TemplateFiles {
+public:
+  // The file names begin with the edition's letter.
+  TemplateFiles(Files& files_in, std::string letter)
+      : files(files_in), edition(std::move(letter)) {}
+
+  // Loads a template for the format version `ver`, as it stands in the map.
+  void loadold(std::string_view ver);
+  void loadnew(std::string_view ver);
+
+  // Loads a template of the expansion's fix pass.
+  void loadoldfix(double ver);
+  void loadnewfix(double ver);
+
+  // Reads the current format version from the baseline: 0 when it has no second line. Fails when
+  // the baseline is missing or cannot be read.
+  Result<double> initnew();
+
+  const OldTemplate& oldtemplate() const { return *current_old; }
+  const NewTemplate& newtemplate() const { return *current_new; }
+
+private:
+  Files& files;
+  std::string edition;
+  std::map<std::string, OldTemplate> loaded_old;
+  std::map<std::string, NewTemplate> loaded_new;
+  const OldTemplate* current_old = nullptr;
+  const NewTemplate* current_new = nullptr;
+};

@@ -1,0 +1,28 @@
+// The two passes that turn the lines of a map into its text in the new format.
+#pragma once
+
+#include "engine/templates.h"
+
+#include <cstddef>
+#include <string>
+
+// In all of these a failure's path is the template's file name, and its reason says why the
+// template cannot write a section that the map asks for.
+
+// Appends section `s` of the new template to `out`, with the values of the block of map lines that
+// starts at line `k`; a value beyond the map's end is empty. Returns the number of lines that the
+// block has by the old template. On failure nothing was appended.
+Result<long long> rewritesection(const OldTemplate& oldtemplate, const NewTemplate& newtemplate,
+                                 std::size_t s, const LineArray& galaxylines, std::size_t k,
+                                 std::string& out);
+
+// The first pass: every line that the old template recognises starts a block, which is replaced by
+// its section of the new template; every other line is carried over. Fails when the result would be
+// longer than `LineArray::max_text_size`.
+Result<std::string> first_pass(const OldTemplate& oldtemplate, const NewTemplate& newtemplate,
+                               const LineArray& galaxylines);
+
+// The expansion's fix pass: a block starts only where three lines in a row are recognised, and the
+// last two lines are carried over.
+Result<std::string> fix_pass(const OldTemplate& oldtemplate, const NewTemplate& newtemplate,
+                             const LineArray& galaxylines);

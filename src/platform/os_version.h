@@ -1,0 +1,17 @@
+// The version of the operating system, and the release of an executable.
+#pragma once
+
+#include "platform/system.h"
+
+#include <string>
+
+// The operating system's short name, such as "win7", and the two versions on which maps are
+// searched for elsewhere. Each call queries the system again; a query that fails gives the empty
+// text and false.
+std::string getosshortname(System& system);
+bool isvista(System& system);
+bool iswin7(System& system);
+
+// An executable's product version as four unsigned decimal numbers joined by "."; empty when the
+// file is missing or has no version resource.
+std::string getexeversion(System& system, const std::string& path);

@@ -1,0 +1,36 @@
+// The rules of Windows paths and names that every machine shares.
+#pragma once
+
+#include "platform/files.h"
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+// Whether a file's name matches `pattern`, letter case ignored. A pattern is "*" followed by the
+// end that the name must have ("*.galaxy"), "*" alone matches every name.
+bool matches_pattern(std::string_view name, std::string_view pattern);
+
+// Whether Windows would allow `name` as the name of a file or folder.
+bool is_allowed_name(std::string_view name);
+
+// The names of a path, which any of `separators` cuts; empty ones and "." say nothing.
+std::vector<std::string> split_names(std::string_view path, const char* separators = "\\/");
+
+// The names that lead from a drive's root to what `path` names: those of the folder that it starts
+// from, then those of its `rest`, in which ".." takes the one before it away. Fails when Windows
+// would not allow one of the latter.
+Result<std::vector<std::string>> resolve(std::vector<std::string> from, std::string_view rest,
+                                         const std::string& path);
+
+// Whether a path begins with a drive's letter and its colon.
+bool has_drive(std::string_view path);
+
+// Sorts in ascending order of the names as `lowercase` gives them, then of their exact bytes.
+void sort_entries(std::vector<Entry>& entries, std::string (*lowercase)(std::string_view));
+
+// The position, counted from 1, just after the last `separator`; 1 when there is none.
+std::size_t afterlast(std::string_view text, char separator);
+
+// The part of a path after its last "\".
+std::string_view filename(std::string_view path);

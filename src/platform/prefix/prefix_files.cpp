@@ -1,0 +1,223 @@
+// The files of a Windows machine that is kept in a folder.
+#include "platform/prefix/prefix_files.h"
+
+#include "platform/path_rules.h"
+#include "platform/prefix/letter_case.h"
+#include "platform/prefix/prefix_map.h"
+#include "platform/replacing.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <optional>
+
+#include <dirent.h>
+#include <fcntl.h>
+#include <linux/magic.h>
+#include <sys/stat.h>
+#include <sys/vfs.h>
+
+namespace {
+
+Failure failure(const std::string& path, const char* action) {
+  return {path, action, system_reason(), errno == ENOENT};
+}
+
+bool is_hidden(std::string_view name) { return name.starts_with('.'); }
+
+// File systems that are the kernel's own: they hold no maps, and walking them never ends well.
+bool is_kernel_file_system(const Handle& folder) {
+  struct statfs status;
+  if (::fstatfs(folder.get(), &status) != 0)
+    return false;
+  constexpr unsigned long kinds[] = {
+      PROC_SUPER_MAGIC, SYSFS_MAGIC,      CGROUP_SUPER_MAGIC, CGROUP2_SUPER_MAGIC, DEBUGFS_MAGIC,
+      TRACEFS_MAGIC,    SECURITYFS_MAGIC, DEVPTS_SUPER_MAGIC, BPF_FS_MAGIC,        PSTOREFS_MAGIC,
+      SELINUX_MAGIC,    EFIVARFS_MAGIC,   BINFMTFS_MAGIC,     AUTOFS_SUPER_MAGIC,  NSFS_MAGIC,
+  };
+  return std::find(std::begin(kinds), std::end(kinds), static_cast<unsigned long>(status.f_type)) !=
+         std::end(kinds);
+}
+
+// Whether a name in an open folder is a folder (true) or an ordinary file; nothing for any other
+// kind. A link counts as what it leads to.
+std::optional<bool> is_folder(const Handle& folder, const char* name) {
+  struct stat status;
+  if (!folder || folder.disk().status(folder.get(), name, 0, status) != 0)
+    return std::nullopt;
+  if (S_ISDIR(status.st_mode))
+    return true;
+  return S_ISREG(status.st_mode) ? std::optional(false) : std::nullopt;
+}
+
+// An entry for a name as readdir gave it; nothing when the name does not belong in a list.
+std::optional<Entry> make_entry(const Handle& folder, const char* name, unsigned char type,
+                                std::string_view pattern) {
+  if (is_hidden(name) || (type == DT_REG && !matches_pattern(name, pattern)) ||
+      !is_allowed_name(name))
+    return std::nullopt;
+  if (type == DT_DIR || type == DT_REG)
+    return Entry{name, type == DT_DIR, false};
+  if (type != DT_LNK && type != DT_UNKNOWN)
+    return std::nullopt;
+  const auto kind = is_folder(folder, name);
+  if (!kind || (!*kind && !matches_pattern(name, pattern)))
+    return std::nullopt;
+  struct stat status;
+  const bool known = stat_at(folder, name, status);
+  return Entry{name, *kind, !known || S_ISLNK(status.st_mode)};
+}
+
+class PrefixMap : public OpenMap {
+public:
+  // `known` must outlive the object.
+  PrefixMap(std::string content, std::string folder_in, MapFile file, FolderNames& known)
+      : OpenMap(std::move(content)), folder(std::move(folder_in)), map(std::move(file)),
+        names(known) {}
+
+  Result<Done> replace(const Replacement& replacement) override {
+    const Handle open = open_path(map.handle.disk(), folder + "/", O_RDONLY | O_DIRECTORY);
+    if (!open)
+      return failure(replacement.map, "open its folder");
+    names.refresh(open);
+    PrefixMapFolder map_folder(open, names, map);
+    auto done = Replacing(map_folder, replacement).run();
+    names.changed(open);
+    return done;
+  }
+
+private:
+  const std::string folder;  // its POSIX path
+  const MapFile map;
+  FolderNames& names;
+};
+
+}  // namespace
+
+Result<PrefixFiles::Opened> PrefixFiles::open(const std::string& path, int flags,
+                                              const char* action) const {
+  if (auto exact = paths.exact(path))
+    if (Handle handle = open_path(disk, exact->path(), flags))
+      return Opened{std::move(handle), *std::move(exact)};
+  auto location = paths.find(path);
+  if (!location)
+    return location.failure();
+  Handle handle = open_path(disk, location->path(), flags);
+  if (!handle)
+    return failure(path, action);
+  return Opened{std::move(handle), *std::move(location)};
+}
+
+Result<PrefixFiles::Opened> PrefixFiles::open_folder(const std::string& folder) const {
+  return open(folder, O_RDONLY | O_DIRECTORY, "open the folder");
+}
+
+Result<Done> PrefixFiles::write_text(const std::string& path, std::string_view text,
+                                     int flags) const {
+  const auto location = paths.find(path);
+  if (!location)
+    return location.failure();
+  Handle file =
+      open_path(disk, location->path(), O_WRONLY | O_CREAT | O_NOFOLLOW | O_NONBLOCK | flags, 0666);
+  if (!file || !write_all(file, text) || !file.close())
+    return failure(path, "write it");
+  return Done{};
+}
+
+Result<std::string> PrefixFiles::lookup(const std::string& path, Match match) {
+  const bool folders = match == Match::files_and_folders;
+  const bool inside = path.ends_with('\\');
+  if (folders && (inside || path.ends_with("\\.")))
+    return full_path(path) ? std::string(".") : std::string();
+  if (inside)
+    return first_listed_file(path);
+  const auto location = paths.find(path);
+  if (!location && !location.failure().missing)
+    return location.failure();
+  if (!location || !location->exists || is_hidden(location->name) || path.ends_with("\\."))
+    return std::string();
+  errno = 0;
+  const Handle folder = open_path(disk, location->folder + "/", O_PATH | O_DIRECTORY);
+  const auto kind = is_folder(folder, location->name.c_str());
+  if (!kind && errno != 0 && errno != ENOENT)
+    return failure(path, "find it");
+  return kind && (folders || !*kind) ? location->name : std::string();
+}
+
+Result<std::vector<Entry>> PrefixFiles::list(const std::string& folder, std::string_view pattern) {
+  const auto opened = open_folder(folder);
+  if (!opened)
+    return opened.failure();
+  const Handle& handle = opened->handle;
+  if (is_kernel_file_system(handle))
+    return Failure{folder, "list the folder", "it is the system's own"};
+  std::vector<Entry> entries;
+  std::vector<std::string> stale;
+  const bool complete = for_each_name(handle, [&](const char* name, unsigned char type) {
+    if (MapFolder::is_temporary(name))
+      stale.emplace_back(name);
+    if (auto entry = make_entry(handle, name, type, pattern))
+      entries.push_back(*std::move(entry));
+  });
+  if (!complete)
+    return failure(folder, "list the folder");
+  for (const std::string& name : stale)
+    remove_stale_temporary(handle, name);
+  sort_entries(entries, lowercase);
+  return entries;
+}
+
+Result<std::string> PrefixFiles::full_path(const std::string& folder) {
+  const auto opened = open_folder(folder);
+  if (!opened)
+    return opened.failure();
+  return paths.windows_path(opened->location.path(), folder[0]);
+}
+
+Result<PrefixFiles::Content> PrefixFiles::content(const std::string& path) {
+  const Failure missing{path, "read it", "the file is missing", true};
+  auto opened = open(path, O_RDONLY | O_NONBLOCK, "read it");
+  if (!opened) {
+    const auto name = lookup(path, Match::files);
+    return name && name->empty() ? missing : opened.failure();
+  }
+  struct stat status;
+  if (!describe(opened->handle, status))
+    return failure(path, "read it");
+  if (!S_ISREG(status.st_mode) || is_hidden(opened->location.name) || path.ends_with("\\.") ||
+      path.ends_with('\\'))
+    return missing;
+  if (status.st_size > max_file_size)
+    return Failure{path, "read it", "it is larger than 1 GiB"};
+  const auto stamp = PrefixMapFolder::stamp(status);
+  std::string text(static_cast<std::size_t>(status.st_size), '\0');
+  const auto length = read_all(opened->handle, text.data(), text.size());
+  if (!length)
+    return failure(path, "read it");
+  text.resize(*length);
+  return Content{*std::move(opened), status, stamp, std::move(text)};
+}
+
+Result<std::string> PrefixFiles::read(const std::string& path) {
+  auto read = content(path);
+  if (!read)
+    return read.failure();
+  return std::move(read->text);
+}
+
+Result<std::unique_ptr<OpenMap>> PrefixFiles::open_map(const std::string& path) {
+  auto read = content(path);
+  if (!read)
+    return read.failure();
+  auto& [handle, location] = read->opened;
+  MapFile map{std::move(location.name), std::move(handle), read->status, read->stamp};
+  return {std::make_unique<PrefixMap>(std::move(read->text), std::move(location.folder),
+                                      std::move(map), names)};
+}
+
+Result<Done> PrefixFiles::write(const std::string& path, std::string_view text) {
+  return write_text(path, text, O_TRUNC);
+}
+
+Result<Done> PrefixFiles::append(const std::string& path, std::string_view text) {
+  return write_text(path, text, O_APPEND);
+}

@@ -1,0 +1,49 @@
+// The files of a Windows machine that is kept in a folder.
+#pragma once
+
+#include "platform/files.h"
+#include "platform/prefix/folder_names.h"
+#include "platform/prefix/machine.h"
+#include "platform/prefix/paths.h"
+#include "platform/prefix/prefix_map.h"
+
+class PrefixFiles : public Files {
+public:
+  // `disk_in` must outlive the object.
+  explicit PrefixFiles(const Machine& machine, Disk& disk_in = system_disk())
+      : disk(disk_in), paths(machine, disk_in) {}
+
+  Result<std::string> lookup(const std::string& path, Match match) override;
+  Result<std::vector<Entry>> list(const std::string& folder, std::string_view pattern) override;
+  Result<std::string> full_path(const std::string& folder) override;
+  Result<std::string> read(const std::string& path) override;
+  Result<std::unique_ptr<OpenMap>> open_map(const std::string& path) override;
+  Result<Done> write(const std::string& path, std::string_view text) override;
+  Result<Done> append(const std::string& path, std::string_view text) override;
+
+private:
+  // An open file or folder, and where it is.
+  struct Opened {
+    Handle handle;
+    Location location;
+  };
+
+  // An open file, what it was before it was read, and what it holds.
+  struct Content {
+    Opened opened;
+    struct stat status;
+    MapFolder::Stamp stamp;
+    std::string text;
+  };
+
+  // Opens what a path names. Most names are spelled as on the disk, so that is tried first.
+  // `action` tells what the caller is about to do.
+  Result<Opened> open(const std::string& path, int flags, const char* action) const;
+  Result<Opened> open_folder(const std::string& folder) const;
+  Result<Content> content(const std::string& path);
+  Result<Done> write_text(const std::string& path, std::string_view text, int flags) const;
+
+  Disk& disk;
+  Paths paths;
+  FolderNames names;  // of the folder in which a map was last replaced
+};

@@ -1,0 +1,160 @@
+// The system of a Windows machine that is kept in a folder.
+#include "platform/prefix/prefix_system.h"
+
+#include "platform/prefix/letter_case.h"
+#include "platform/prefix/version_resource.h"
+
+#include <algorithm>
+#include <charconv>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <tuple>
+
+namespace fs = std::filesystem;
+
+namespace {
+
+constexpr char windows_nt[] = R"(HKEY_LOCAL_MACHINE\Software\Microsoft\Windows NT\CurrentVersion\)";
+constexpr char session_variables[] =
+    R"(HKEY_LOCAL_MACHINE\System\CurrentControlSet\Control\Session Manager\Environment\)";
+constexpr char shell_folders[] =
+    R"(HKEY_CURRENT_USER\Software\Microsoft\Windows\CurrentVersion\Explorer\Shell Folders\)";
+
+constexpr std::uint32_t create_flag = 0x8000;  // CSIDL_FLAG_CREATE
+constexpr std::uint32_t nt_family = 2;         // VER_PLATFORM_WIN32_NT
+
+// The names under which the registry keeps the folders of CSIDL values.
+const char* folder_name(std::uint32_t csidl) {
+  if (csidl == 0x1C)  // CSIDL_LOCAL_APPDATA
+    return "Local AppData";
+  return csidl == 0x05 ? "Personal" : nullptr;  // CSIDL_PERSONAL
+}
+
+// A version text such as "6.3".
+std::optional<OsVersion> parse_version(std::string_view text) {
+  OsVersion version{nt_family, 0, 0};
+  const char* const end = text.data() + text.size();
+  const auto major = std::from_chars(text.data(), end, version.major);
+  if (major.ec != std::errc() || major.ptr == end || *major.ptr != '.')
+    return std::nullopt;
+  const auto minor = std::from_chars(major.ptr + 1, end, version.minor);
+  return minor.ec == std::errc() ? std::optional(version) : std::nullopt;
+}
+
+OsVersion cap_version(const OsVersion& version) {
+  constexpr OsVersion newest{nt_family, 6, 2};
+  const bool newer = std::tie(version.major, version.minor) > std::tie(newest.major, newest.minor);
+  return newer ? newest : version;
+}
+
+}  // namespace
+
+PrefixSystem::PrefixSystem(const Machine& machine, std::string argument_line)
+    : paths(machine), registry(machine.folder), program_folder(machine.program_folder),
+      arguments(std::move(argument_line)) {}
+
+std::optional<std::string> PrefixSystem::reg_read(const std::string& value_path) {
+  const auto value = registry.read(value_path);
+  if (!value)
+    return std::nullopt;
+  switch (value->type) {
+  case RegistryValue::Type::text:
+    return value->text;
+  case RegistryValue::Type::expandable_text:
+    return expand(value->text);
+  case RegistryValue::Type::number:
+    return std::to_string(value->number);
+  default:
+    return std::nullopt;
+  }
+}
+
+bool PrefixSystem::reg_write(const std::string& value_path, const std::string& data,
+                             const std::string& type) {
+  return registry.write(value_path, data, type);
+}
+
+bool PrefixSystem::reg_delete(const std::string& value_path) { return registry.remove(value_path); }
+
+// A variable as it is set, not expanded. Wine itself sets the one that others build on.
+std::optional<std::string> PrefixSystem::variable(const std::string& name) {
+  const char* own = std::getenv(name.c_str());
+  if (own && *own)
+    return own;
+  const bool root = ::lowercase(name) == "systemroot";
+  const auto value = registry.read((root ? windows_nt : session_variables) + name);
+  return value ? std::optional(value->text) : std::nullopt;
+}
+
+std::string PrefixSystem::environment(const std::string& name) {
+  return expand(variable(name).value_or(""));
+}
+
+// Every %NAME% that is set gives way to its value, once.
+std::string PrefixSystem::expand(std::string_view text) {
+  std::string result;
+  while (!text.empty()) {
+    const auto open = std::min(text.find('%'), text.size());
+    result += text.substr(0, open);
+    text.remove_prefix(open);
+    const auto close = text.find('%', 1);
+    if (close == std::string_view::npos)
+      return result.append(text);
+    const auto value = variable(std::string(text.substr(1, close - 1)));
+    // A "%" that opens no name may still close the next one.
+    result += value ? *value : std::string(text.substr(0, close));
+    text.remove_prefix(value ? close + 1 : close);
+  }
+  return result;
+}
+
+std::optional<OsVersion> PrefixSystem::os_version() {
+  const auto text = reg_read(std::string(windows_nt) + "CurrentVersion");
+  const auto version = text ? parse_version(*text) : std::nullopt;
+  return version ? std::optional(cap_version(*version)) : std::nullopt;
+}
+
+FolderPath PrefixSystem::folder_path(std::uint32_t csidl) {
+  const char* const name = folder_name(csidl & ~create_flag);
+  if (!name)
+    return {FolderPath::invalid_identifier, ""};
+  const auto path = reg_read(std::string(shell_folders) + name);
+  if (!path || path->empty())
+    return {FolderPath::failed, ""};
+  if (csidl & create_flag)
+    make_folder(*path);
+  const auto location = paths.find(*path);
+  std::error_code ignored;
+  if (!location || !fs::is_directory(location->path(), ignored))
+    return {FolderPath::does_not_exist, ""};
+  return {FolderPath::ok, *path};
+}
+
+// Makes a folder and those above it where they are missing and can be made.
+void PrefixSystem::make_folder(const std::string& path) {
+  for (std::size_t end = 0; end < path.size(); ++end) {
+    end = std::min(path.find('\\', end), path.size());
+    const auto location = paths.find(path.substr(0, end));
+    std::error_code ignored;
+    if (location && !location->exists)
+      fs::create_directory(location->path(), ignored);
+  }
+}
+
+std::optional<ProductVersion> PrefixSystem::product_version(const std::string& path) {
+  const auto location = paths.find(path);
+  std::error_code failed;
+  if (!location || !fs::is_regular_file(location->path(), failed))
+    return std::nullopt;
+  std::ifstream executable(location->path(), std::ios::binary);
+  return read_product_version(executable);
+}
+
+std::vector<std::string> PrefixSystem::drives() { return paths.drives(); }
+
+std::string PrefixSystem::app_folder() { return paths.windows_path(program_folder); }
+
+std::string PrefixSystem::argument_text() { return arguments; }
+
+std::string PrefixSystem::lowercase(std::string_view text) { return ::lowercase(text); }

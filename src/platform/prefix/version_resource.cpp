@@ -1,0 +1,184 @@
+// Walks a PE file from its headers to the fixed part of its version resource. Names and offsets are
+// those of the published format of executables; every step gives nothing when the file lacks it.
+#include "platform/prefix/version_resource.h"
+
+#include <algorithm>
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <string_view>
+
+namespace {
+
+using Offset = std::uint64_t;  // from the beginning of the file; wide, so that sums cannot overflow
+
+constexpr std::uint32_t version_type = 16;  // RT_VERSION
+constexpr std::uint32_t fixed_signature = 0xFEEF04BD;
+constexpr std::uint32_t subdirectory = 0x80000000;  // a directory's entry leads to another one
+
+// The parts of the file, read where they are asked for.
+class Image {
+public:
+  explicit Image(std::istream& file) : stream(file) {}
+
+  std::optional<std::uint16_t> word(Offset at) {
+    const auto value = number<2>(at);
+    return value ? std::optional(static_cast<std::uint16_t>(*value)) : std::nullopt;
+  }
+
+  std::optional<std::uint32_t> dword(Offset at) { return number<4>(at); }
+
+  bool holds(Offset at, std::string_view expected) {
+    std::array<char, 32> found{};
+    return expected.size() <= found.size() && read(at, found.data(), expected.size()) &&
+           std::equal(expected.begin(), expected.end(), found.begin());
+  }
+
+private:
+  template <std::size_t size> std::optional<std::uint32_t> number(Offset at) {
+    std::array<char, size> bytes{};
+    if (!read(at, bytes.data(), size))
+      return std::nullopt;
+    std::uint32_t value = 0;
+    for (auto byte = bytes.rbegin(); byte != bytes.rend(); ++byte)
+      value = value << 8 | static_cast<unsigned char>(*byte);
+    return value;
+  }
+
+  bool read(Offset at, char* into, std::size_t size) {
+    stream.clear();
+    stream.seekg(static_cast<std::streamoff>(at));
+    return stream.read(into, static_cast<std::streamsize>(size)).good();
+  }
+
+  std::istream& stream;
+};
+
+struct Headers {
+  Offset section_table;
+  std::uint16_t sections;
+  std::uint32_t resources;  // the resource data's address in memory
+};
+
+std::optional<Headers> read_headers(Image& image) {
+  if (!image.holds(0, "MZ"))
+    return std::nullopt;
+  const auto start = image.dword(0x3C);  // e_lfanew
+  if (!start || !image.holds(*start, std::string_view("PE\0\0", 4)))
+    return std::nullopt;
+  const auto sections = image.word(*start + Offset{6});
+  const auto optional_size = image.word(*start + Offset{20});
+  const Offset optionalheader = *start + Offset{24};
+  const auto magic = image.word(optionalheader);
+  if (!sections || !optional_size || !magic || (*magic != 0x10B && *magic != 0x20B))
+    return std::nullopt;
+  const Offset directories = *magic == 0x20B ? 112 : 96;  // PE32+ has wider fields before them
+  const Offset resource_directory = directories + 2 * 8;  // the third: eight bytes each
+  const auto count = image.dword(optionalheader + directories - 4);
+  const auto resources = image.dword(optionalheader + resource_directory);
+  if (!count || *count < 3 || resource_directory + 8 > *optional_size)
+    return std::nullopt;
+  if (!resources || *resources == 0)
+    return std::nullopt;
+  return Headers{optionalheader + *optional_size, *sections, *resources};
+}
+
+// Where the file holds the `size` bytes at an address in memory, if one section holds them all.
+std::optional<Offset> find_address(Image& image, const Headers& headers, Offset address,
+                                   Offset size) {
+  for (std::uint16_t i = 0; i < headers.sections; ++i) {
+    const Offset section = headers.section_table + Offset{40} * i;
+    const auto start = image.dword(section + 12);
+    const auto length = image.dword(section + 16);
+    const auto data = image.dword(section + 20);
+    if (!start || !length || !data)
+      return std::nullopt;
+    if (address >= *start && address - *start + size <= *length)
+      return *data + (address - *start);
+  }
+  return std::nullopt;
+}
+
+// The target of a resource directory's entry for a numbered type.
+std::optional<std::uint32_t> find_type(Image& image, Offset directory, std::uint32_t type) {
+  const auto named = image.word(directory + 12);
+  const auto numbered = image.word(directory + 14);
+  if (!named || !numbered)
+    return std::nullopt;
+  for (std::uint16_t i = 0; i < *numbered; ++i) {
+    const Offset entry = directory + 16 + Offset{8} * (Offset{*named} + i);
+    const auto found = image.dword(entry);
+    if (!found)
+      return std::nullopt;
+    if (*found == type)
+      return image.dword(entry + 4);
+  }
+  return std::nullopt;
+}
+
+// The target of a resource directory's first entry.
+std::optional<std::uint32_t> first_entry(Image& image, Offset directory) {
+  const auto named = image.word(directory + 12);
+  const auto numbered = image.word(directory + 14);
+  if (!named || !numbered || *named + *numbered == 0)
+    return std::nullopt;
+  return image.dword(directory + 16 + 4);
+}
+
+// Where the version resource's data entry lies: below the type comes a name, below it a language.
+std::optional<Offset> find_data_entry(Image& image, Offset resources) {
+  const auto names = find_type(image, resources, version_type);
+  if (!names || !(*names & subdirectory))
+    return std::nullopt;
+  const auto languages = first_entry(image, resources + (*names & ~subdirectory));
+  if (!languages || !(*languages & subdirectory))
+    return std::nullopt;
+  const auto entry = first_entry(image, resources + (*languages & ~subdirectory));
+  if (!entry || (*entry & subdirectory))
+    return std::nullopt;
+  return resources + *entry;
+}
+
+// Where VS_VERSIONINFO keeps VS_FIXEDFILEINFO: behind three words and the key, at a multiple of 4.
+std::optional<Offset> find_fixed_info(Image& image, Offset block) {
+  using namespace std::string_view_literals;
+  constexpr auto key = "V\0S\0_\0V\0E\0R\0S\0I\0O\0N\0_\0I\0N\0F\0O\0\0\0"sv;
+  const auto length = image.word(block);
+  const auto value_length = image.word(block + 2);
+  if (!length || *length < 92 || !value_length || *value_length < 52)
+    return std::nullopt;
+  if (!image.holds(block + 6, key))
+    return std::nullopt;
+  if (image.dword(block + 40) != fixed_signature)
+    return std::nullopt;
+  return block + 40;
+}
+
+}  // namespace
+
+std::optional<ProductVersion> read_product_version(std::istream& executable) {
+  Image image(executable);
+  const auto headers = read_headers(image);
+  if (!headers)
+    return std::nullopt;
+  const auto resources = find_address(image, *headers, headers->resources, 16);
+  if (!resources)
+    return std::nullopt;
+  const auto entry = find_data_entry(image, *resources);
+  if (!entry)
+    return std::nullopt;
+  const auto address = image.dword(*entry);
+  const auto size = image.dword(*entry + 4);
+  if (!address || !size || *size < 92)
+    return std::nullopt;
+  const auto block = find_address(image, *headers, *address, *size);
+  if (!block)
+    return std::nullopt;
+  const auto fixed = find_fixed_info(image, *block);
+  if (!fixed)
+    return std::nullopt;
+  const auto high = image.dword(*fixed + 16);
+  const auto low = image.dword(*fixed + 20);
+  const bool whole = high && low && image.dword(*fixed + 48);
+  return whole ? std::optional(ProductVersion{*high, *low}) : std::nullopt;
+}

@@ -1,0 +1,45 @@
+// Locks on the names of files: each is a mutex of the system, named after the file, that exists for
+// as long as somebody holds the lock.
+#include "platform/windows/name_lock.h"
+
+#include "platform/windows/letter_case.h"
+#include "platform/windows/wide_text.h"
+
+#include <cstdint>
+
+namespace {
+
+// The folder's path by which every way to it, over links and drives' other letters, is the same;
+// as it was given where the system knows none.
+std::wstring final_path(const std::wstring& folder) {
+  const Handle open =
+      open_file(folder, FILE_READ_ATTRIBUTES, OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS);
+  const std::wstring path = system_text([&](wchar_t* text, DWORD size) {
+    return GetFinalPathNameByHandleW(open.get(), text, size, VOLUME_NAME_DOS);
+  });
+  return path.empty() ? folder : path;
+}
+
+// FNV-1a: a mutex's name holds no path, which has separators and may be longer.
+std::uint64_t hash_of(std::string_view text) {
+  std::uint64_t hash = 14695981039346656037u;
+  for (const char c : text)
+    hash = (hash ^ static_cast<unsigned char>(c)) * 1099511628211u;
+  return hash;
+}
+
+}  // namespace
+
+Handle lock_name(const std::wstring& folder, const std::wstring& name) {
+  const std::string path = lowercase(narrow(final_path(folder) + L"\\" + name));
+  const std::wstring mutex = L"Global\\vora-map-updater-" + std::to_wstring(hash_of(path));
+  SetLastError(ERROR_SUCCESS);
+  Handle lock(CreateMutexW(nullptr, FALSE, mutex.c_str()));
+  const DWORD error = GetLastError();
+  // Another user's is denied.
+  if (error != ERROR_ALREADY_EXISTS && error != ERROR_ACCESS_DENIED)
+    return lock;
+  lock = Handle();
+  SetLastError(ERROR_ALREADY_EXISTS);
+  return lock;
+}

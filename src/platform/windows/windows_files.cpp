@@ -1,0 +1,196 @@
+// The files of Windows itself.
+#include "platform/windows/windows_files.h"
+
+#include "platform/path_rules.h"
+#include "platform/replacing.h"
+#include "platform/windows/find_file.h"
+#include "platform/windows/handle.h"
+#include "platform/windows/letter_case.h"
+#include "platform/windows/paths.h"
+#include "platform/windows/wide_text.h"
+#include "platform/windows/windows_map.h"
+
+#include <optional>
+
+namespace {
+
+Failure failure(const std::string& path, const char* action) {
+  const DWORD error = GetLastError();
+  const bool missing = error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND;
+  return {path, action, system_reason(), missing};
+}
+
+// What a path leads to, links followed; nothing when that is not there.
+std::optional<BY_HANDLE_FILE_INFORMATION> follow(const std::wstring& path) {
+  const Handle file =
+      open_file(path, FILE_READ_ATTRIBUTES, OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS);
+  return file ? file_information(file) : std::nullopt;
+}
+
+bool is_folder(DWORD attributes) { return attributes & FILE_ATTRIBUTE_DIRECTORY; }
+
+// An entry as the program lists it, `path` being its own; nothing when it does not belong in a
+// list.
+std::optional<Entry> make_entry(const WIN32_FIND_DATAW& found, const std::wstring& path) {
+  constexpr DWORD excluded = FILE_ATTRIBUTE_HIDDEN | FILE_ATTRIBUTE_SYSTEM | FILE_ATTRIBUTE_DEVICE;
+  if (found.dwFileAttributes & excluded)
+    return std::nullopt;
+  Entry entry{narrow(found.cFileName), is_folder(found.dwFileAttributes), is_link(found)};
+  if (!entry.link)
+    return entry;
+  const auto target = follow(path);
+  if (!target)
+    return std::nullopt;
+  entry.folder = is_folder(target->dwFileAttributes);
+  return entry;
+}
+
+// Opens a folder so that it can be listed.
+Result<Location> find_folder(const std::string& folder) {
+  auto location = locate(folder);
+  if (!location)
+    return location;
+  const Handle open =
+      open_file(location->wide(), FILE_LIST_DIRECTORY, OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS);
+  const auto information = open ? file_information(open) : std::nullopt;
+  if (!information)
+    return failure(folder, "open the folder");
+  if (!is_folder(information->dwFileAttributes))
+    return Failure{folder, "open the folder", "it is not a folder"};
+  return location;
+}
+
+// Windows lets nobody rename what is open, so that a map is opened anew for each step.
+class WindowsMap : public OpenMap {
+public:
+  using OpenMap::OpenMap;
+
+  Result<Done> replace(const Replacement& replacement) override {
+    auto location = locate(replacement.map);
+    if (!location)
+      return location.failure();
+    const auto map = find_file(location->wide());
+    if (!map)
+      return failure(replacement.map, "convert it");
+    location->names.pop_back();
+    WindowsMapFolder folder(location->wide(), narrow(map->cFileName));
+    return Replacing(folder, replacement).run();
+  }
+};
+
+// Opens a text file to write at its beginning or end, never through a link.
+Result<Done> write_text(const std::string& path, std::string_view text, bool at_end) {
+  const auto location = locate(path);
+  if (!location)
+    return location.failure();
+  RetryBudget retry_budget;
+  Handle file =
+      open_with_retry(retry_budget, location->wide(), at_end ? FILE_APPEND_DATA : GENERIC_WRITE,
+                      OPEN_ALWAYS, FILE_ATTRIBUTE_NORMAL | FILE_FLAG_OPEN_REPARSE_POINT);
+  if (!file)
+    return failure(path, "write it");
+  const auto found = find_file(location->wide());
+  if (found && is_link(*found))
+    return Failure{path, "write it", "it is a link"};
+  if ((!at_end && !SetEndOfFile(file.get())) || !write_all(file, text) || !file.close())
+    return failure(path, "write it");
+  return Done{};
+}
+
+}  // namespace
+
+Result<std::string> WindowsFiles::lookup(const std::string& path, Match match) {
+  const bool folders = match == Match::files_and_folders;
+  const bool own = path.ends_with("\\.");  // the "." among a folder's entries
+  if (folders && (own || path.ends_with('\\')))
+    return full_path(path) ? std::string(".") : std::string();
+  if (path.ends_with('\\'))
+    return first_listed_file(path);
+  const auto location = locate(path);
+  if (!location)
+    return location.failure();
+  const auto found = own || location->names.empty() ? std::nullopt : find_file(location->wide());
+  const auto entry = found ? make_entry(*found, location->wide()) : std::nullopt;
+  return entry && (folders || !entry->folder) ? entry->name : std::string();
+}
+
+Result<std::vector<Entry>> WindowsFiles::list(const std::string& folder, std::string_view pattern) {
+  const auto location = locate(folder);
+  if (!location)
+    return location.failure();
+  const std::wstring path = location->wide();
+  const std::wstring start = path.ends_with(L'\\') ? path : path + L"\\";
+  std::vector<Entry> entries;
+  std::vector<std::wstring> stale;
+  const bool complete = for_each_entry(path, [&](const WIN32_FIND_DATAW& found) {
+    if (!is_folder(found.dwFileAttributes) && MapFolder::is_temporary(narrow(found.cFileName)))
+      stale.emplace_back(found.cFileName);
+    else if (auto entry = make_entry(found, start + found.cFileName);
+             entry && (entry->folder || matches_pattern(entry->name, pattern)))
+      entries.push_back(*std::move(entry));
+  });
+  if (!complete)
+    return failure(folder, "list the folder");
+  for (const std::wstring& name : stale)
+    remove_stale_temporary(start, name);
+  sort_entries(entries, lowercase);
+  return entries;
+}
+
+Result<std::string> WindowsFiles::full_path(const std::string& folder) {
+  auto location = find_folder(folder);
+  if (!location)
+    return location.failure();
+  Location spelled{location->root, {}};
+  for (const std::string& name : location->names) {
+    spelled.names.push_back(name);
+    // A name on the way that we may pass but not look up stays as it was written.
+    if (const auto found = find_file(spelled.wide()))
+      spelled.names.back() = narrow(found->cFileName);
+  }
+  return spelled.text();
+}
+
+Result<std::string> WindowsFiles::read(const std::string& path) {
+  const auto name = path.ends_with('\\') ? std::string() : lookup(path, Match::files);
+  if (!name)
+    return name.failure();
+  if (name->empty())
+    return Failure{path, "read it", "the file is missing", true};
+  const auto location = locate(path);
+  if (!location)
+    return location.failure();
+  RetryBudget retry_budget;
+  const Handle file =
+      open_with_retry(retry_budget, location->wide(), GENERIC_READ, OPEN_EXISTING, 0);
+  LARGE_INTEGER size;
+  if (!file)
+    return failure(path, "read it");
+  if (GetFileType(file.get()) != FILE_TYPE_DISK)
+    return Failure{path, "read it", "it is not an ordinary file"};
+  if (!GetFileSizeEx(file.get(), &size))
+    return failure(path, "read it");
+  if (size.QuadPart > max_file_size)
+    return Failure{path, "read it", "it is larger than 1 GiB"};
+  std::string text(static_cast<std::size_t>(size.QuadPart), '\0');
+  const auto length = read_all(file, text.data(), text.size());
+  if (!length)
+    return failure(path, "read it");
+  text.resize(*length);
+  return text;
+}
+
+Result<std::unique_ptr<OpenMap>> WindowsFiles::open_map(const std::string& path) {
+  auto text = read(path);
+  if (!text)
+    return text.failure();
+  return {std::make_unique<WindowsMap>(*std::move(text))};
+}
+
+Result<Done> WindowsFiles::write(const std::string& path, std::string_view text) {
+  return write_text(path, text, false);
+}
+
+Result<Done> WindowsFiles::append(const std::string& path, std::string_view text) {
+  return write_text(path, text, true);
+}

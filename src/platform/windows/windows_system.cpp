@@ -1,0 +1,154 @@
+// The system of Windows itself.
+#include "platform/windows/windows_system.h"
+
+#include "platform/windows/letter_case.h"
+#include "platform/windows/script_shell.h"
+#include "platform/windows/wide_text.h"
+
+#include <array>
+#include <utility>
+
+#include <windows.h>
+
+#include <shlobj.h>
+
+namespace {
+
+constexpr char no_script_host[] =
+    "The Windows script host, through which the registry is read, is not available.\r\n"
+    "The program goes on as if no edition of the game were registered.";
+
+// The block of the version information of a file by its wide name; empty when there is none.
+std::string wide_information(const std::wstring& name) {
+  DWORD unused = 0;
+  const DWORD size = GetFileVersionInfoSizeW(name.c_str(), &unused);
+  std::string block(size, '\0');
+  return size && GetFileVersionInfoW(name.c_str(), 0, size, block.data()) ? block : "";
+}
+
+// The same, by the name that a file has in the code page, where it has one.
+std::string version_information(const std::string& path) {
+  const auto name = code_page_path(path);
+  if (!name)
+    return wide_information(widen(path));
+  DWORD unused = 0;
+  const DWORD size = GetFileVersionInfoSizeA(name->c_str(), &unused);
+  std::string block(size, '\0');
+  return size && GetFileVersionInfoA(name->c_str(), 0, size, block.data()) ? block : "";
+}
+
+}  // namespace
+
+WindowsSystem::WindowsSystem(Tell notice_in)
+    : com(std::make_unique<ComLibrary>()), notice(std::move(notice_in)) {
+  // A drive without a disk is told by the program, not by a box of the system's own.
+  SetErrorMode(SEM_FAILCRITICALERRORS | SEM_NOOPENFILEERRORBOX);
+}
+
+WindowsSystem::~WindowsSystem() = default;
+
+std::optional<ScriptShell> WindowsSystem::shell() {
+  auto created = ScriptShell::create();
+  if (!created && notice)
+    std::exchange(notice, nullptr)(no_script_host);
+  return created;
+}
+
+std::optional<std::string> WindowsSystem::reg_read(const std::string& value_path) {
+  const auto object = shell();
+  const auto value = object ? object->call(L"RegRead", {value_path}) : std::nullopt;
+  return value ? value->text() : std::nullopt;
+}
+
+bool WindowsSystem::reg_write(const std::string& value_path, const std::string& data,
+                              const std::string& type) {
+  const auto object = shell();
+  return object && object->call(L"RegWrite", {value_path, data, type});
+}
+
+bool WindowsSystem::reg_delete(const std::string& value_path) {
+  const auto object = shell();
+  return object && object->call(L"RegDelete", {value_path});
+}
+
+std::string WindowsSystem::environment(const std::string& name) {
+  const std::wstring wide = widen(name);
+  return narrow(system_text([&](wchar_t* value, DWORD size) {
+    return GetEnvironmentVariableW(wide.c_str(), value, size);
+  }));
+}
+
+std::optional<OsVersion> WindowsSystem::os_version() {
+  OSVERSIONINFOA version{};
+  version.dwOSVersionInfoSize = sizeof version;
+  if (GetVersionExA(&version) != 1)
+    return std::nullopt;
+  return OsVersion{version.dwPlatformId, version.dwMajorVersion, version.dwMinorVersion};
+}
+
+FolderPath WindowsSystem::folder_path(std::uint32_t csidl) {
+  const int folder = static_cast<int>(csidl);
+  std::array<char, MAX_PATH> path{};
+  const HRESULT status =
+      SHGetFolderPathA(nullptr, folder, nullptr, SHGFP_TYPE_CURRENT, path.data());
+  FolderPath answer{static_cast<std::uint32_t>(status), from_code_page(path.data())};
+  // The code page's answer has other characters for those that it lacks.
+  std::array<wchar_t, MAX_PATH> wide{};
+  if (answer.status == FolderPath::ok &&
+      SHGetFolderPathW(nullptr, folder, nullptr, SHGFP_TYPE_CURRENT, wide.data()) == S_OK &&
+      !to_code_page(narrow(wide.data())))
+    answer.path = narrow(wide.data());
+  return answer;
+}
+
+std::optional<ProductVersion> WindowsSystem::product_version(const std::string& path) {
+  const std::string block = version_information(path);
+  void* found = nullptr;
+  UINT length = 0;
+  if (block.empty() || !VerQueryValueA(block.data(), "\\", &found, &length))
+    return std::nullopt;
+  VS_FIXEDFILEINFO fixed;
+  if (length < sizeof fixed)
+    return std::nullopt;
+  RtlMoveMemory(&fixed, found, sizeof fixed);
+  return ProductVersion{fixed.dwProductVersionMS, fixed.dwProductVersionLS};
+}
+
+std::vector<std::string> WindowsSystem::drives() {
+  std::vector<std::string> letters;
+  const DWORD present = GetLogicalDrives();
+  for (char letter = 'A'; letter <= 'Z'; ++letter)
+    if (present >> (letter - 'A') & 1)
+      letters.push_back({letter, ':'});
+  return letters;
+}
+
+std::string WindowsSystem::app_folder() {
+  std::wstring path(MAX_PATH, L'\0');
+  DWORD length = 0;
+  while ((length = GetModuleFileNameW(nullptr, path.data(), static_cast<DWORD>(path.size()))) ==
+         path.size())
+    path.resize(path.size() * 2);
+  const std::string program = narrow({path.data(), length});
+  const std::string folder = program.substr(0, program.rfind('\\'));
+  return folder.ends_with(':') ? folder + "\\" : folder;
+}
+
+std::string WindowsSystem::argument_text() { return after_program_name(narrow(GetCommandLineW())); }
+
+std::string WindowsSystem::lowercase(std::string_view text) { return ::lowercase(text); }
+
+std::string after_program_name(std::string_view command_line) {
+  bool quoted = false;
+  std::size_t end = 0;
+  for (; end < command_line.size(); ++end) {
+    const char c = command_line[end];
+    if (!quoted && (c == ' ' || c == '\t'))
+      break;
+    if (c == '"')
+      quoted = !quoted;
+  }
+  command_line.remove_prefix(end);
+  const auto start = command_line.find_first_not_of(" \t");
+  return std::string(start == std::string_view::npos ? "" : command_line.substr(start));
+}

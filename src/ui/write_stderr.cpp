@@ -1,0 +1,12 @@
+// Messages for nobody in particular: what a front end tells where no box would be answered.
+#include "ui/write_stderr.h"
+
+#include <iostream>
+
+void write_stderr(std::string_view text) {
+  for (auto end = text.find("\r\n"); end != std::string_view::npos; end = text.find("\r\n")) {
+    std::cerr << text.substr(0, end) << '\n';
+    text.remove_prefix(end + 2);
+  }
+  std::cerr << text << '\n';
+}

@@ -1,0 +1,36 @@
+// Which arguments are taken.
+#include "app/command_line.h"
+
+#include "tests/support/test_machine.h"
+
+#include <gtest/gtest.h>
+
+TEST(CommandLine, KnowsTheSilentRunInFourForms) {
+  const struct {
+    const char* arguments;
+    bool silent;
+    const char* rejected;  // the piece, null when all are taken
+  } cases[] = {
+      {"", false, nullptr},  {"/silent", true, nullptr}, {"-silent", true, nullptr},
+      {"/S", true, nullptr}, {"-s", true, nullptr},      {"/SILENT -S", true, nullptr},
+      {"/s  -s", true, ""},  {" /s", false, ""},         {"/s ", true, ""},
+      {"/x", false, "/x"},   {"/s /Xyz", true, "/Xyz"},  {"s", false, "s"},
+      {" ", false, ""},      {"/s\t", false, "/s\t"},
+  };
+  TestMachine machine;
+  for (const auto& c : cases) {
+    Program program(machine, c.arguments);
+    Form1& form = program.form;
+    form.Label19.set_visible(false);
+    const int status = program.run([&] { examine_arguments(form); });
+    EXPECT_EQ(status, c.rejected ? 1 : Program::returned) << c.arguments;
+    EXPECT_EQ(program.screen.messages,
+              c.rejected ? std::vector{"Invalid argument: " + std::string(c.rejected)}
+                         : std::vector<std::string>());
+    EXPECT_EQ(form.silentmode, c.silent) << c.arguments;
+    EXPECT_EQ(form.Label19.visible(), c.silent);
+    EXPECT_EQ(form.Command1.enabled(), !c.silent);
+    EXPECT_EQ(form.Command5.enabled(), !c.silent);
+    EXPECT_TRUE(form.Command6.enabled());
+  }
+}

@@ -1,0 +1,120 @@
+#!/usr/bin/env bash
+# Runs the Linux build and the Windows build on one machine, made by Wine, with the same maps: both
+# must leave the same files behind, and say the same.
+# both_builds.sh <Linux build folder> <Windows build folder>, by scripts/test-windows
+set -euo pipefail
+: "${VORA_THROWAWAY_MACHINE:?this changes the machine: run it by scripts/test-windows}"
+linux=$(cd "$1" && pwd)
+windows=$(cd "$2" && pwd)
+cd "$(dirname "$0")/.."
+source scripts/wine.sh
+c=$WINEPREFIX/drive_c
+user=$c/users/$(id -un)
+# On drive C:, since a run without search roots walks the whole drive of the current folder. One
+# folder for both programs: "info.txt" names it and its first file, and would differ in nothing else.
+scratch=$c/both
+rm -rf "$scratch"
+mkdir -p "$scratch/program" "$scratch/data"
+cp "$linux/vora-map-updater" "$windows/vora-map-updater.exe" "$scratch/program"
+
+failed=0
+check() { # check <what> <expected> <found>
+  [ "$2" = "$3" ] && return
+  printf 'FAILED %s\n  Linux:   %s\n  Windows: %s\n' "$1" "$2" "$3"
+  failed=1
+}
+
+key='HKLM\SOFTWARE\Wow6432Node\Orbwright\Paxhollow'
+register() { # register <edition> <folder>
+  "$wine" reg delete "$key" /f > /dev/null 2>&1 || true
+  "$wine" reg add "$key\\$1" /v Path /d "C:\\Program Files (x86)\\$2" /f > /dev/null
+  save_wine  # the Linux program reads the registry's files
+}
+
+# The maps of a sample, its own users' folders in those of the machine's user.
+put_maps() { # put_maps <base|expansion> <executable> <line of the target file>
+  local sample=sample/$1/drive_c
+  local programs="$c/Program Files (x86)"
+  rm -rf "$programs"/Vorakai* "$user/AppData/Local/Kettlewick Games" "$user/Documents/My Games"
+  cp -r "$sample/Program Files (x86)"/Vorakai* "$programs"
+  cp -r "$sample/users/player/AppData/Local"/. "$user/AppData/Local"
+  cp -r "$sample/users/player/Documents"/. "$user/Documents"
+  printf 'only one line' > "$programs/${2%/*}/bad.galaxy"
+  "$linux/make_executable" "$programs/$2" "$(sed -n "$3p" data/targetvoraver.txt | tr -d '\r')"
+  rm -rf "$scratch/data"
+  cp -r data "$scratch/data"
+}
+
+# What a program left: every file's name and checksum, folders and links by their names.
+left_behind() {
+  (cd "$c" && find "Program Files (x86)"/Vorakai* "users/$(id -un)/AppData/Local" \
+    "users/$(id -un)/Documents/" \( -type f -exec sha256sum {} + \) -o -print | LC_ALL=C sort -k 2)
+  (cd "$scratch" && find data -type f -exec sha256sum {} + | LC_ALL=C sort -k 2)
+}
+
+# Runs a program on a fresh copy of the maps: sets left, said and status.
+run_on() { # run_on <debug?> <maps and executable...> -- <command...>
+  local debug=$1 maps=()
+  shift
+  while [ "$1" != -- ]; do
+    maps+=("$1")
+    shift
+  done
+  shift
+  put_maps "${maps[@]}"
+  [ "$debug" = no ] || sed -i '7s/.*/debug\r/' "$scratch/data/targetvoraver.txt"
+  status=0
+  # Into a file: processes of the machine that outlive the program would keep a pipe open.
+  (cd "$scratch/data" && "$@" > "$scratch/said" 2>&1) || status=$?
+  said=$(tr -d '\r' < "$scratch/said")
+  left=$(left_behind)
+}
+
+# Runs a Windows program. One that waits for an answer that nobody gives ends with its machine.
+on_windows() {
+  local status=0
+  timeout 300 "$wine" "$@" || status=$?
+  [ $status != 124 ] || save_wine
+  return $status
+}
+
+plainly() { on_windows "$scratch/program/vora-map-updater.exe" /silent; }
+
+# As a user types it who wants to keep what it says: a blank after the argument would be one more.
+from_prompt() {
+  local status=0
+  on_windows cmd /c 'C:\both\program\vora-map-updater.exe 2> ..\told.txt /silent' || status=$?
+  cat ../told.txt
+  return $status
+}
+
+compare() { # compare <what> <how Windows starts it> <debug?> <maps and executable...>
+  local what=$1 start=$2
+  shift 2
+  run_on "$@" -- env -u DISPLAY "$scratch/program/vora-map-updater" /silent
+  local linuxleft=$left linuxsaid=$said linuxstatus=$status
+  local linuxinfo
+  linuxinfo=$(cat "$scratch/data/info.txt" 2>/dev/null) || true
+  run_on "$@" -- "$start"
+  check "$what: exit status" "$linuxstatus" "$status"
+  check "$what: what it says" "$linuxsaid" "$said"
+  local written=galold
+  [ "$1" = no ] || written=galtst
+  check "$what: maps converted" yes "$(grep -q "\.$written\$" <<< "$left" && echo yes || echo no)"
+  [ "$linuxleft" = "$left" ] && return
+  printf 'FAILED %s: what it leaves behind\n' "$what"
+  diff <(printf '%s\n' "$linuxleft") <(printf '%s\n' "$left") || true
+  diff <(printf '%s\n' "$linuxinfo") "$scratch/data/info.txt" || true
+  failed=1
+}
+
+register vora Vorakai
+compare base plainly no base Vorakai/Vorakai.exe 1
+compare "base, from a prompt" from_prompt no base Vorakai/Vorakai.exe 1
+compare "base, debug" plainly yes base Vorakai/Vorakai.exe 1
+register voratarnfall 'Vorakai Tarnfall'
+compare expansion plainly no expansion 'Vorakai Tarnfall/Vorakai Tarnfall.exe' 5
+compare "expansion, debug" plainly yes expansion 'Vorakai Tarnfall/Vorakai Tarnfall.exe' 5
+
+[ $failed = 0 ] && echo "both builds agree"
+exit $failed

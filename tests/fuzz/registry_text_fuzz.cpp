@@ -1,0 +1,44 @@
+// Finding, setting and deleting in the text of a registry file. The input is a key, a value's name
+// and the text, separated by bytes 0. What was set must be found again, and the part of the text
+// that a key and its neighbours have must hold the same values, even if the text is cut in two.
+#include "platform/prefix/registry_text.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <cstdlib>
+
+namespace {
+
+std::string cut(std::string_view& rest) {
+  const auto length = std::min(rest.find('\0'), rest.size());
+  const std::string piece(rest.substr(0, length));
+  rest.remove_prefix(std::min(length + 1, rest.size()));
+  return piece;
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  std::string_view rest(reinterpret_cast<const char*>(data), size);
+  const std::string key = cut(rest);
+  const std::string name = cut(rest);
+  const std::string text(rest);
+  const auto whole = find_value(text, key, name);
+  std::string keys, joined;
+  append_sibling_keys(text, key, keys);
+  const auto middle = find_last_key(text, text.size() / 2);
+  append_sibling_keys(rest.substr(0, middle), key, joined);
+  append_sibling_keys(rest.substr(middle), key, joined);
+  const auto part = find_value(keys, key, name);
+  if (bool(whole) != bool(part) || (whole && whole->text != part->text) || joined != keys)
+    std::abort();
+  static_cast<void>(without_key(text, key));
+  static_cast<void>(without_value(text, key, name));
+  const RegistryValue value{.type = RegistryValue::Type::number, .number = 7};
+  static_cast<void>(with_value(text, key, name, value));
+  const auto found =
+      find_value(with_value(text, "Game\\Maps", "Path", value), "Game\\Maps", "Path");
+  if (!found || found->number != 7)
+    std::abort();
+  return 0;
+}

@@ -1,0 +1,86 @@
+// Names of folders, as many as there may be: kept in order, and known again in any letter case.
+#include "platform/prefix/folder_names.h"
+
+#include "platform/path_rules.h"
+#include "platform/prefix/letter_case.h"
+#include "tests/support/test_machine.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <random>
+#include <set>
+#include <tuple>
+
+#include <fcntl.h>
+
+namespace fs = std::filesystem;
+
+namespace {
+
+// Of letters in both cases, some of more than one byte, and of bytes that are no letter.
+std::string random_name(std::mt19937& chance) {
+  static const char* const letters[] = {"a",        "A",        "b",       "B", "_",
+                                        "\xC3\xA9", "\xC3\x89", "k",       "K", "\xE2\x84\xAA",
+                                        "\xC3",     "\x89",     "\xD0\x96"};
+  std::string name;
+  for (auto left = chance() % 6; left > 0; --left)
+    name += letters[chance() % std::size(letters)];
+  return name;
+}
+
+}  // namespace
+
+TEST(Folders, EntriesAreSortedAsTheirLoweredNamesAre) {
+  std::mt19937 chance(1);
+  std::vector<Entry> entries;
+  for (int i = 0; i < 20'000; ++i)
+    entries.push_back({random_name(chance), false, false});
+  sort_entries(entries, lowercase);
+  EXPECT_TRUE(std::is_sorted(entries.begin(), entries.end(), [](const Entry& a, const Entry& b) {
+    return std::tuple(lowercase(a.name), a.name) < std::tuple(lowercase(b.name), b.name);
+  }));
+}
+
+TEST(Folders, HashesAreKnownWhenTheyWereInserted) {
+  std::mt19937_64 chance(1);
+  std::set<std::size_t> inserted{0};
+  HashSet hashes;
+  hashes.insert(0);
+  for (int i = 0; i < 100'000; ++i) {
+    const std::size_t hash = chance() >> (i % 2 ? 0 : 46);
+    EXPECT_EQ(hashes.contains(hash), hash < 2 || inserted.count(hash) == 1);
+    hashes.insert(hash);
+    inserted.insert(hash);
+  }
+  EXPECT_TRUE(std::all_of(inserted.begin(), inserted.end(),
+                          [&](std::size_t hash) { return hashes.contains(hash); }));
+}
+
+// Among the names are the folder's own, those that the caller makes, and those of somebody else.
+TEST(Folders, NamesAreFoundInOtherLetterCase) {
+  TestMachine machine;
+  const fs::path path = machine.drive_c / "f";
+  for (const char* name : {"One", "two", "TWO", "tWo"})
+    write_file(path / name, "");
+  const auto folder = open_path(system_disk(), path.string(), O_RDONLY | O_DIRECTORY);
+  FolderNames names;
+  names.refresh(folder);
+  const auto found = [&](const char* name) { return names.find(folder, name); };
+  EXPECT_EQ(found("four"), "");
+  names.added("Three");
+  write_file(path / "Three", "");
+  names.changed(folder);
+  EXPECT_EQ(found("three"), "Three");
+  EXPECT_EQ(found("one"), "One");
+  EXPECT_EQ(found("TwO"), "TWO");
+  EXPECT_EQ(found("two"), "two");
+  names.added("Four");
+  write_file(path / "Four", "");
+  EXPECT_EQ(found("four"), "Four");
+  fs::remove(path / "One");
+  EXPECT_EQ(found("one"), "");
+  write_file(path / "Five", "");
+  names.refresh(folder);
+  EXPECT_EQ(found("five"), "Five");
+}

@@ -1,0 +1,158 @@
+// The system of Windows itself.
+#include "platform/windows/windows_system.h"
+
+#include "tests/support/moved_folder.h"
+#include "tests/support/scratch_folder.h"
+#include "tools/executable.h"
+
+#include <gtest/gtest.h>
+
+#include <winreg.h>
+
+namespace {
+
+constexpr char key[] = R"(HKEY_CURRENT_USER\Software\Vora Map Updater Test\)";
+constexpr wchar_t subkey[] = L"Software\\Vora Map Updater Test";
+
+class WindowsSystemTest : public testing::Test {
+protected:
+  ~WindowsSystemTest() override { RegDeleteTreeW(HKEY_CURRENT_USER, subkey); }
+
+  template <class Value> void put(const wchar_t* name, DWORD type, const Value& value) {
+    RegSetKeyValueW(HKEY_CURRENT_USER, subkey, name, type, &value, sizeof value);
+  }
+
+  std::string read(const std::string& name) {
+    return system.reg_read(key + name).value_or("nothing");
+  }
+
+  std::vector<std::string> notices;
+  WindowsSystem system{[this](const std::string& text) { notices.push_back(text); }};
+};
+
+}  // namespace
+
+TEST_F(WindowsSystemTest, ReadsTheRegistryAsTheScriptHostDoes) {
+  put(L"text", REG_SZ, L"C:\\Spiele\\Größe Ж");
+  put(L"number", REG_DWORD, DWORD{0xFFFFFFFE});
+  put(L"expand", REG_EXPAND_SZ, L"%VORATEST%\\x");
+  put(L"bytes", REG_BINARY, DWORD{7});
+  SetEnvironmentVariableW(L"VORATEST", L"value");
+  EXPECT_EQ(read("text"), "C:\\Spiele\\Größe Ж");
+  EXPECT_EQ(read("number"), "4294967294");
+  EXPECT_EQ(read("expand"), "value\\x");
+  EXPECT_EQ(read("bytes"), "nothing");
+  EXPECT_EQ(read("missing"), "nothing");
+  EXPECT_FALSE(system.reg_read("no such root\\x"));
+  EXPECT_TRUE(notices.empty());
+}
+
+TEST_F(WindowsSystemTest, WritesTheRegistry) {
+  EXPECT_TRUE(system.reg_write(std::string(key) + "written", "C:\\Ж", "REG_SZ"));
+  EXPECT_EQ(read("written"), "C:\\Ж");
+  EXPECT_EQ(regaccess(system, "READ", std::string(key) + "written", "", ""), "C:\\Ж");
+}
+
+TEST_F(WindowsSystemTest, KnowsTheVersionThatTheNameTableHas) {
+  const auto version = system.os_version();
+  ASSERT_TRUE(version);
+  EXPECT_EQ(version->platform, 2u);
+  EXPECT_EQ(version->major, 6u);
+  EXPECT_LE(version->minor, 2u);
+}
+
+TEST_F(WindowsSystemTest, FindsTheUsersFoldersWhateverTheirNames) {
+  const ScratchFolder scratch;
+  for (const char* name : {"plain", "Łukasz", "Дмитрий", "漢字"}) {
+    const std::string expected = scratch / name;
+    const MovedFolder moved(L"Local AppData", expected);
+    const FolderPath answer = system.folder_path(0x801C);
+    EXPECT_EQ(answer.status, FolderPath::ok);
+    EXPECT_EQ(answer.path, expected);
+    EXPECT_TRUE(std::filesystem::is_directory(system_path(expected)));
+  }
+  EXPECT_EQ(system.folder_path(0x8005).status, FolderPath::ok);
+  EXPECT_EQ(system.folder_path(0x7FFF).status, FolderPath::invalid_identifier);
+}
+
+TEST_F(WindowsSystemTest, ReadsProductVersions) {
+  const ScratchFolder scratch;
+  for (const bool wide : {false, true}) {
+    for (const char* name : {"game.exe", "Größe\\game.exe", "Игры\\漢字\\game.exe"}) {
+      scratch.add(name, Executable{{1, 40000, 0, 65535}, {9, 9, 9, 9}, wide}.bytes());
+      const auto version = system.product_version(scratch / name);
+      ASSERT_TRUE(version) << name << wide;
+      EXPECT_EQ(version->high, 1u << 16 | 40000u);
+      EXPECT_EQ(version->low, 65535u);
+    }
+  }
+  Executable without;
+  without.version_resource = false;
+  scratch.add("without.exe", without.bytes());
+  scratch.add("Игры\\without.exe", without.bytes());
+  scratch.add("text.exe", "no executable");
+  for (const char* name :
+       {"without.exe", "Игры\\without.exe", "text.exe", "missing.exe", "", "漢字.exe"})
+    EXPECT_FALSE(system.product_version(scratch / name)) << name;
+}
+
+TEST_F(WindowsSystemTest, KnowsItsSurroundings) {
+  SetEnvironmentVariableW(L"VORATEST", L"Ж value");
+  EXPECT_EQ(system.environment("voratest"), "Ж value");
+  SetEnvironmentVariableW(L"VORATEST", nullptr);
+  EXPECT_EQ(system.environment("voratest"), "");
+  EXPECT_EQ(system.lowercase("/SILENT ÄÖŽЖ 漢"), "/silent äöžж 漢");
+  const auto drives = system.drives();
+  EXPECT_NE(std::find(drives.begin(), drives.end(), "C:"), drives.end());
+  EXPECT_FALSE(system.app_folder().ends_with('\\'));
+}
+
+TEST(CommandLine, TheArgumentsBeginAfterTheProgramsName) {
+  const struct {
+    const char* line;
+    const char* arguments;
+  } cases[] = {
+      {"program", ""},
+      {"program  ", ""},
+      {"program /s", "/s"},
+      {R"("C:\Program Files\a.exe" /s)", "/s"},
+      {R"("C:\Program Files\a.exe")", ""},
+      {R"(C:\"Program Files"\a.exe   /s  -s )", "/s  -s "},
+      {R"(program "/s")", R"("/s")"},
+      {"program\t/s", "/s"},
+      {"\"unclosed /s", ""},
+      {"", ""},
+  };
+  for (const auto& c : cases)
+    EXPECT_EQ(after_program_name(c.line), c.arguments) << c.line;
+}
+
+TEST(Wide, TextsSurviveTheWayToWindowsAndBack) {
+  const std::string text = "a Ä Ж 漢 \xF0\x9F\x9A\x80";
+  EXPECT_EQ(narrow(widen(text)), text);
+  EXPECT_EQ(narrow(widen("")), "");
+  EXPECT_EQ(widen("\xFF"), L"\xFFFD");
+  EXPECT_EQ(from_code_page(to_code_page("plain").value()), "plain");
+  EXPECT_TRUE(GetACP() == CP_UTF8 || !to_code_page("漢字 Ж ü"));
+  const ScratchFolder scratch;
+  scratch.add("漢字 Ж\\x", "");
+  const auto path = code_page_path(scratch / "漢字 Ж\\x");
+  EXPECT_TRUE(!path || GetFileAttributesA(path->c_str()) != INVALID_FILE_ATTRIBUTES);
+}
+
+TEST(Paths, AreMadeAbsolute) {
+  const struct {
+    const char* path;
+    const wchar_t* wide;
+  } cases[] = {
+      {"c:\\a/b\\\\.\\c\\..\\d", L"\\\\?\\C:\\a\\b\\d"},
+      {"C:", L"\\\\?\\C:\\"},
+      {"\\\\server\\share\\x\\", L"\\\\?\\UNC\\server\\share\\x"},
+      {"\\\\?\\UNC\\server\\share\\x", L"\\\\?\\UNC\\server\\share\\x"},
+      {"\\\\?\\C:\\x", L"\\\\?\\C:\\x"},
+      {"C:\\..\\..\\x", L"\\\\?\\C:\\x"},
+  };
+  for (const auto& c : cases)
+    EXPECT_EQ((*locate(c.path)).wide(), c.wide) << c.path;
+  EXPECT_EQ((*locate("\\\\server\\share\\x")).text(), "\\\\server\\share\\x");
+}

@@ -1,0 +1,97 @@
+// A small Windows machine in a throw-away folder.
+#include "tests/support/test_machine.h"
+
+#include "platform/prefix/prefix_files.h"
+#include "platform/prefix/prefix_map.h"
+#include "platform/prefix/prefix_system.h"
+#include "platform/prefix/registry_text.h"
+#include "tests/support/prefix/machine_of.h"
+
+#include <algorithm>
+#include <cstdlib>
+
+#include <fcntl.h>
+
+namespace fs = std::filesystem;
+
+namespace {
+
+constexpr char nt[] = "Software\\Microsoft\\Windows NT\\CurrentVersion";
+constexpr char session[] = "System\\CurrentControlSet\\Control\\Session Manager\\Environment";
+constexpr char shell[] = "Software\\Microsoft\\Windows\\CurrentVersion\\Explorer\\Shell Folders";
+
+void add_value(const fs::path& hive, const std::string& key, const std::string& name,
+               const std::string& text) {
+  const std::string before = fs::exists(hive) ? read_file(hive) : "";
+  write_file(hive, with_value(before, key, name, {RegistryValue::Type::text, text}));
+}
+
+// What the steps work with, and themselves.
+struct Opened {
+  explicit Opened(const fs::path& path)
+      : folder(open_path(system_disk(), path.parent_path().string() + "/", O_RDONLY | O_DIRECTORY)),
+        map{path.filename(), open_path(system_disk(), path.string(), O_RDONLY), {}, {}} {
+    names.refresh(folder);
+    describe(map.handle, map.status);
+    map.stamp = PrefixMapFolder::stamp(map.status);
+  }
+
+  Handle folder;
+  MapFile map;
+  FolderNames names;
+};
+class OpenedMapFolder : Opened, public PrefixMapFolder {
+public:
+  explicit OpenedMapFolder(const fs::path& path)
+      : Opened(path), PrefixMapFolder(Opened::folder, Opened::names, Opened::map) {}
+};
+
+}  // namespace
+
+TestMachine::TestMachine() {
+  std::string pattern = (fs::temp_directory_path() / "vora-test-XXXXXX").string();
+  const fs::path root = mkdtemp(pattern.data());
+  prefix = root / "prefix";
+  drive_c = prefix / "drive_c";
+  data = root / "data";
+  program = root / "program";
+  fs::create_directories(drive_c / "Program Files (x86)");
+  make_folders();
+  set_version("6.3");
+  set_registry(nt, "SystemRoot", "C:\\windows");
+  set_registry(session, "windir", "C:\\windows");
+  add_value(prefix / "user.reg", shell, "Local AppData", "C:\\users\\me\\AppData\\Local");
+  add_value(prefix / "user.reg", shell, "Personal", "C:\\users\\me\\Documents");
+}
+
+TestMachine::~TestMachine() {
+  std::error_code ignored;
+  fs::remove_all(prefix.parent_path(), ignored);
+}
+
+void TestMachine::set_registry(const std::string& key, const std::string& name,
+                               const std::string& text) {
+  add_value(prefix / "system.reg", key, name, text);
+}
+
+void TestMachine::set_version(const std::string& version) {
+  set_registry(nt, "CurrentVersion", version);
+}
+
+std::unique_ptr<Files> TestMachine::files() const {
+  return std::make_unique<PrefixFiles>(machine_of(*this));
+}
+
+std::unique_ptr<System> TestMachine::system(const std::string& arguments) const {
+  return std::make_unique<PrefixSystem>(machine_of(*this), arguments);
+}
+
+std::unique_ptr<MapFolder> TestMachine::map_folder(const fs::path& map) const {
+  return std::make_unique<OpenedMapFolder>(map);
+}
+
+std::string z_path(const fs::path& path) {
+  std::string text = "Z:" + path.string();
+  std::replace(text.begin(), text.end(), '/', '\\');
+  return text;
+}
