@@ -14,8 +14,9 @@ Result<Done> replace_by_itself(Files& files, const std::string& map) {
   const auto opened = files.open_map(map);
   if (!opened)
     return opened.failure();
-  const std::string& text = (*opened)->text;
-  return (*opened)->replace({map, text, {{map, text}}, map.substr(0, map.size() - 3) + "old"});
+  OpenMap& open = **opened;
+  const std::string backup = open.name.substr(0, open.name.size() - 3) + "old";
+  return replace_map(open, {open.text, {}, open.text, backup});
 }
 
 }  // namespace

@@ -12,26 +12,27 @@
 
 namespace {
 
-// A map's companion: its path with the last three characters replaced.
+// The name of a map's companion: the map's with the last three characters replaced.
 std::string companion(const std::string& path, const char* ending) {
-  return path.substr(0, path.size() - 3) + ending;
+  const std::string_view name = filename(path);
+  return std::string(name.substr(0, name.size() - 3)) + ending;
 }
 
 // A map that is being converted.
 struct Map {
-  const std::string& path;
   OpenMap& file;
-  const LineArray& lines;
+  const LineArray& galaxylines;
 };
 
 class Run {
 public:
   explicit Run(Form1& form_in);
 
-  // Converts the map `path`, unless it is to stay as it is or is too large for the memory.
+  // Converts the map `path` unless it is to stay as it is. A map that cannot be converted, for want
+  // of memory too, is skipped.
   void convert_or_skip(const std::string& path);
 
-  // Tells which maps were left alone, if any.
+  // Reports the maps that were skipped, if any.
   void report_skipped();
 
 private:
@@ -84,17 +85,17 @@ void Run::convert_map(const std::string& path) {
     return skip({path, "convert it", "it has no second line"});
   templates.loadold(versiontext);
   templates.loadnew(versiontext);
-  convert({path, **opened, galaxylines});
+  convert({**opened, galaxylines});
 }
 
 void Run::convert(const Map& map) {
-  auto result = first_pass(templates.oldtemplate(), templates.newtemplate(), map.lines);
+  auto result = first_pass(templates.oldtemplate(), templates.newtemplate(), map.galaxylines);
   LineArray first_lines;
   if (result && is_expansion() && !form.debugmode) {
     first_lines = LineArray::split(*std::move(result));
     result = fix(first_lines);
   } else if (result && is_expansion()) {
-    result = fix(map.lines);
+    result = fix(map.galaxylines);
   }
   if (!result)
     stop(map, result.failure());
@@ -108,39 +109,38 @@ Result<std::string> Run::fix(const LineArray& lines) {
 }
 
 void Run::put_in_place(const Map& map, std::string_view first, std::string_view result) {
-  Replacement replacement{map.path, map.lines.text(), {}, ""};
-  if (form.debugmode) {
-    replacement.files = {{companion(map.path, "tst"), result}};
-  } else {
-    if (is_expansion())
-      replacement.files = {{companion(map.path, "fix"), first}};
-    replacement.files.push_back({map.path, result});
-    replacement.backup = companion(map.path, "old");
-  }
-  const auto done = map.file.replace(replacement);
+  const std::string& path = map.file.path;
+  Replacement replacement{map.galaxylines.text(), {}, result, ""};
+  if (form.debugmode)
+    replacement.companions = {{companion(path, "tst"), result}};
+  else
+    replacement.backup = companion(path, "old");
+  if (is_expansion() && !form.debugmode)
+    replacement.companions = {{companion(path, "fix"), first}};
+  const auto done = replace_map(map.file, replacement);
   if (!done)
     return skip(done.failure());
   ++converted;
-  form.Text2.append(std::string(filename(map.path)) + "\r\n");
+  form.Text2.append(std::string(filename(path)) + "\r\n");
 }
 
 // Ends the program for a template that cannot write what the map asks of it. The map keeps its
-// content and gets its backup all the same: it is replaced by itself, so that the two are not one
-// file under two names.
+// content and gets its backup all the same: it is replaced by a copy of itself, so that the two are
+// not hard links to one file.
 void Run::stop(const Map& map, const Failure& fault) {
-  const std::string_view was = map.lines.text();
-  std::string text = map.path + ": the map is of version \"" +
-                     std::string(version_of(map.lines[1])) +
-                     "\" and cannot be converted: template " + fault.path + ": " + fault.reason;
-  text = printable(text) + "\r\nThe map is as it was. No further map was converted.";
+  const std::string& path = map.file.path;
+  const std::string_view was = map.galaxylines.text();
+  const std::string versiontext(version_of(map.galaxylines[1]));
+  const std::string text = path + ": the map is of version \"" + versiontext +
+                           "\" and cannot be converted: template " + fault.path + ": " +
+                           fault.reason;
   if (!form.debugmode) {
-    const auto done =
-        map.file.replace({map.path, was, {{map.path, was}}, companion(map.path, "old")});
+    const auto done = replace_map(map.file, {was, {}, was, companion(path, "old")});
     if (!done)
       skip(done.failure());
   }
   report_skipped();
-  report_trouble(form, text);
+  report_trouble(form, printable(text) + "\r\nThe map is as it was. No further map was converted.");
   end_program(form);
 }
 

@@ -7,6 +7,7 @@
 // leads to, except where a function says otherwise. Contents are bytes.
 #pragma once
 
+#include "platform/replacing.h"
 #include "platform/result.h"
 
 #include <memory>
@@ -21,44 +22,6 @@ struct Entry {
   std::string name;
   bool folder;
   bool link;  // met as a link, and described as what it leads to
-};
-
-// A file to be put in place as a whole.
-struct NewFile {
-  std::string path;
-  std::string_view text;
-};
-
-// How a map gives way to its converted self. The files take the map's owner and permissions to
-// read, write and execute, as far as the user may give them away; on Windows its attributes, while
-// who may do what comes from the folder.
-struct Replacement {
-  std::string map;
-  std::string_view was;        // the map's content, as it was read
-  std::vector<NewFile> files;  // put in place in this order, all in the map's folder
-  std::string backup;          // where the map stays as it was; empty: the map is not replaced
-};
-
-// A map that was read. Where an open file can be renamed it stays open, and no other file that has
-// got its name since is replaced; on Windows one that holds the same may be.
-class OpenMap {
-public:
-  explicit OpenMap(std::string content) : text(std::move(content)) {}
-  virtual ~OpenMap() = default;
-
-  std::string text;  // what was read, for the caller to take
-
-  // Puts the files of `replacement` in place, each whole and flushed before it takes its name. The
-  // last of them is the map itself when a backup is asked for: just before, the map gets its backup
-  // name as well, which is flushed too, so that at no instant is there neither the map nor its
-  // backup, whole. A backup that is already there stays: it is moved to its own name with 2, 3, ...
-  // appended, the first free one, unless it holds just what the map holds. Companions are found
-  // ignoring letter case; a link is moved aside or replaced like a file, never followed. Fails when
-  // a folder has the name of a companion, when the map is not what it `was`, and when another run
-  // is at it. On failure the map is as it was, and of the files only those before the one that
-  // failed are in place; an older backup may have moved, and the map may have its backup name as a
-  // second name.
-  virtual Result<Done> replace(const Replacement& replacement) = 0;
 };
 
 class Files {
@@ -85,7 +48,7 @@ public:
   static constexpr long long max_file_size = 1LL << 30;
   virtual Result<std::string> read(const std::string& path) = 0;
 
-  // Reads a map, like `read`, so that it can be replaced.
+  // Reads a map, like `read`, so that it can be replaced (see platform/replacing.h).
   virtual Result<std::unique_ptr<OpenMap>> open_map(const std::string& path) = 0;
 
   // Makes a text file anew, or adds to its end. Neither goes through a link.

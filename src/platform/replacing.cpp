@@ -1,217 +1,225 @@
-// Puts a converted map in the place of the old one, so that no instant is without the map.
+// How a map is replaced by its converted self so that no instant is without the map.
 #include "platform/replacing.h"
+
+#include <random>
+#include <utility>
 
 namespace {
 
-constexpr int first_backup_number = 2;  // of the backups that were moved aside
+constexpr std::string_view temporary_start = ".vora-map-updater-";
+constexpr std::string_view temporary_end = ".tmp";
 
-std::string name_of(const std::string& path) { return path.substr(path.rfind('\\') + 1); }
+constexpr int first_backup_number = 2;  // of backups that are renamed to make room
 
-}  // namespace
-
-Replacing::Temporary::~Temporary() {
-  if (!name.empty())
-    folder.remove(name);
+// Names what was tried when a step failed.
+template <class Value> Result<Value> doing(const std::string& action, Result<Value> result) {
+  if (result)
+    return result;
+  Failure failure = result.failure();
+  failure.action = action;
+  return failure;
 }
 
-MapFolder::Answer<Done> Replacing::Temporary::take(const std::string& new_name,
-                                                   const std::string& kept) {
-  auto taken = folder.rename(name, new_name, kept);
-  if (taken)
-    name.clear();
-  return taken;
-}
+// A temporary file in the map's folder. It is removed unless it is renamed.
+class Temporary {
+public:
+  Temporary(OpenMap& map_in, std::string name_in) : map(map_in), name(std::move(name_in)) {}
+  Temporary(Temporary&& other) noexcept : map(other.map), name(std::exchange(other.name, {})) {}
+  Temporary& operator=(Temporary&&) = delete;
+  ~Temporary() {
+    if (!name.empty())
+      map.remove(name);
+  }
 
-MapFolder::Answer<bool> Replacing::Temporary::take_no_replace(const std::string& new_name) {
-  auto taken = folder.rename_no_replace(name, new_name);
-  if (taken && *taken)
-    name.clear();
-  return taken;
-}
+  Result<Done> rename(const std::string& to, const std::string& kept) {
+    auto renamed = map.rename(name, to, kept);
+    if (renamed)
+      name.clear();
+    return renamed;
+  }
 
-Failure Replacing::failure(const std::string& action, const MapFolder::Reason& reason) const {
-  return {replacement.map, action, reason.words};
-}
+  Result<bool> rename_no_replace(const std::string& to) {
+    auto renamed = map.rename_no_replace(name, to);
+    if (renamed && *renamed)
+      name.clear();
+    return renamed;
+  }
 
-Failure Replacing::changed() const {
-  return {replacement.map, "convert it", "it has changed since it was read"};
-}
+private:
+  OpenMap& map;
+  std::string name;  // empty when there is no file
+};
 
-Result<MapFolder::Kind> Replacing::kind_of(const std::string& name) const {
-  const auto kind = folder.kind_of(name);
-  if (!kind)
-    return failure("look at " + name, kind.failure());
-  return *kind;
-}
+// A replacement in progress: its steps in the order in which they are taken.
+class Replacing {
+public:
+  Replacing(OpenMap& map_in, const Replacement& wanted) : map(map_in), replacement(wanted) {}
 
-Result<Done> Replacing::run() {
-  if (auto locked = lock_map(); !locked)
-    return locked;
-  if (auto free = check_companions(); !free)
-    return free;
-  if (auto ready = prepare(); !ready)
-    return ready;
-  if (auto checked = check_map(stamp.settled); !checked)
-    return checked;
-  return commit();
-}
+  Result<Done> lock();
+  Result<Done> find_companions();
+  Result<Done> write_temporaries();
+  Result<Done> check_map();
+  Result<Done> place_companions();
+  Result<Done> make_backup();
+  Result<Done> replace();
 
-Result<Done> Replacing::lock_map() {
-  const auto locked = folder.lock();
+private:
+  // A temporary file, and the name that it will get.
+  struct Prepared {
+    Temporary temporary;
+    std::string name;
+  };
+
+  Result<std::string> find_companion(const std::string& name);
+  Result<Done> write_temporary(const std::string& name, std::string_view text);
+  Result<Done> check_unchanged(bool by_stamp);
+  Result<Done> check_content();
+  Result<Done> check_stamp(const std::string& name);
+  Result<bool> is_backup(const std::string& name);
+  Result<Done> move_aside(const std::string& name);
+  Result<Done> link_or_copy_backup();
+  Result<Done> place(Prepared& file, const std::string& kept);
+  Result<OpenMap::Kind> kind_of(const std::string& name);
+  Result<Done> flush(const std::string& name) { return doing("flush " + name, map.flush(name)); }
+  Failure failure(std::string reason) const { return {map.path, "convert it", std::move(reason)}; }
+  Failure changed() const { return failure("it has changed since it was read"); }
+
+  OpenMap& map;
+  const Replacement& replacement;
+  OpenMap::Stamp stamp{};  // of the map when it was read, or compared again
+
+  std::vector<std::string> companions;  // their names as the folder spells them, in order
+  std::string backup;                // the older backup as the folder spells it, then the new one
+  bool backup_is_hard_link = false;  // to the map's own file
+  std::vector<Prepared> prepared;    // the companions, then the map
+};
+
+Result<Done> Replacing::lock() {
+  const auto locked = map.lock();
   if (!locked)
-    return failure("convert it", locked.failure());
-  if (!*locked)
-    return Failure{replacement.map, "convert it", "another program has locked it"};
-  stamp = **locked;
+    return locked.failure();
+  stamp = *locked;
   return Done{};
 }
 
-// The map must hold what was converted: what somebody else has saved since must not be lost.
-Result<Done> Replacing::check_content() {
-  const auto same = folder.holds(map_name, replacement.was);
-  if (!same)
-    return failure("convert it", same.failure());
-  return *same ? Result<Done>(Done{}) : changed();
+// Looks every name up once, before the first change to the folder.
+Result<Done> Replacing::find_companions() {
+  for (const NewFile& file : replacement.companions) {
+    const auto name = find_companion(file.name);
+    if (!name)
+      return name.failure();
+    companions.push_back(name->empty() ? file.name : *name);
+  }
+  if (replacement.backup.empty())
+    return Done{};
+  auto found = find_companion(replacement.backup);
+  if (!found)
+    return found.failure();
+  backup = *std::move(found);
+  return Done{};
 }
 
-// A name of the map must be that of the file that was read, and nobody may have written to it.
-Result<Done> Replacing::check_stamp(const std::string& name) {
-  const auto now = folder.stamp_of(name);
-  if (!now)
-    return failure("convert it", now.failure());
-  return *now == stamp ? Result<Done>(Done{}) : changed();
+// How the folder spells a companion; empty when there is none.
+Result<std::string> Replacing::find_companion(const std::string& name) {
+  std::string found = map.spelled(name);
+  if (found.empty())
+    return found;
+  const auto kind = kind_of(found);
+  if (!kind)
+    return kind.failure();
+  if (*kind == OpenMap::Kind::folder)
+    return failure("a folder has the name " + name);
+  return found;
 }
 
-// The map must be as it was read. The stamp does not tell it of a map that had been written just
-// before: it may have been written again without another stamp, or have got its stamp late.
-Result<Done> Replacing::check_map(bool by_stamp) {
+Result<Done> Replacing::write_temporaries() {
+  for (std::size_t i = 0; i < companions.size(); ++i) {
+    const NewFile& file = replacement.companions[i];
+    auto written = doing("write " + file.name, map.write_temporary(file.text));
+    if (!written)
+      return written.failure();
+    prepared.push_back({Temporary(map, *std::move(written)), companions[i]});
+  }
+  if (replacement.backup.empty())
+    return Done{};
+  auto written = doing("write " + map.name, map.write_temporary(replacement.result));
+  if (!written)
+    return written.failure();
+  prepared.push_back({Temporary(map, *std::move(written)), map.name});
+  return Done{};
+}
+
+Result<Done> Replacing::check_map() { return check_unchanged(stamp.settled); }
+
+// The map must be as it was read. A stamp that is not settled cannot show that: a map that was
+// written just before may be written again within the same time stamp, or get its time stamp late.
+Result<Done> Replacing::check_unchanged(bool by_stamp) {
   if (!by_stamp) {
-    const auto now = folder.stamp_of(map_name);
+    const auto now = map.stamp_of(map.name);
     if (!now)
-      return failure("convert it", now.failure());
+      return now.failure();
     if (!now->same_file(stamp))
       return changed();
     stamp = *now;
     if (auto checked = check_content(); !checked)
       return checked;
   }
-  return check_stamp(map_name);
+  return check_stamp(map.name);
 }
 
-// The name on the disk of a companion, which may be spelled in another letter case there; empty
-// when there is none.
-Result<std::string> Replacing::spelled(const std::string& path) {
-  const std::string name = name_of(path);
-  std::string found = folder.spelled(name);
-  if (found.empty())
-    return found;
-  const auto kind = kind_of(found);
-  if (!kind)
-    return kind.failure();
-  if (*kind == MapFolder::Kind::folder)
-    return Failure{replacement.map, "convert it", "a folder has the name " + name};
-  return found;
+// What somebody else has saved since the reading must not be lost.
+Result<Done> Replacing::check_content() {
+  const auto same = map.holds(map.name, replacement.was);
+  if (!same)
+    return same.failure();
+  return *same ? Result<Done>(Done{}) : changed();
 }
 
-// Looks every name up once, before the first change to the folder.
-Result<Done> Replacing::check_companions() {
-  for (const NewFile& file : replacement.files) {
-    const auto name = file.path == replacement.map ? map_name : spelled(file.path);
-    if (!name)
-      return name.failure();
-    names.push_back(name->empty() ? name_of(file.path) : *name);
-  }
+// A name must be that of the file that was read, and nobody may have written to that file.
+Result<Done> Replacing::check_stamp(const std::string& name) {
+  const auto now = map.stamp_of(name);
+  if (!now)
+    return now.failure();
+  return *now == stamp ? Result<Done>(Done{}) : changed();
+}
+
+Result<Done> Replacing::place_companions() {
+  for (std::size_t i = 0; i < companions.size(); ++i)
+    if (auto placed = place(prepared[i], ""); !placed)
+      return placed;
+  return Done{};
+}
+
+Result<Done> Replacing::place(Prepared& file, const std::string& kept) {
+  return doing("write " + file.name, file.temporary.rename(file.name, kept));
+}
+
+// Makes sure that the map has a backup, and that this is on the disk before the map's own name goes
+// to its successor: flushing a file flushes its names as well.
+Result<Done> Replacing::make_backup() {
   if (replacement.backup.empty())
     return Done{};
-  auto backup = spelled(replacement.backup);
-  if (!backup)
-    return backup.failure();
-  backup_name = *std::move(backup);
-  return Done{};
-}
-
-Result<Done> Replacing::prepare() {
-  for (const NewFile& file : replacement.files) {
-    auto written = folder.write_temporary(file.text);
-    if (!written)
-      return failure("write " + name_of(file.path), written.failure());
-    prepared.emplace_back(folder, *std::move(written));
+  if (!backup.empty()) {
+    const auto equal = is_backup(backup);
+    if (!equal)
+      return equal.failure();
+    if (*equal)
+      return flush(backup);
+    if (auto moved = move_aside(backup); !moved)
+      return moved;
   }
-  return Done{};
+  backup = replacement.backup;
+  return link_or_copy_backup();
 }
 
-Result<Done> Replacing::commit() {
-  const bool replaces_map = !replacement.backup.empty();
-  for (std::size_t i = 0; i + replaces_map < prepared.size(); ++i)
-    if (auto taken = take(i, ""); !taken)
-      return taken;
-  if (!replaces_map)
-    return Done{};
-  if (auto kept = keep_backup(); !kept)
-    return kept;
-  // The last looks stand behind all that is slow: what is saved while the map is compared, or while
-  // its backup is copied or flushed, is found out. Where the map's file goes away, even a writer
-  // who sets its time back must lose nothing.
-  if (auto checked = check_map(stamp.settled && backup_is_hard_link); !checked)
-    return checked;
-  return take(prepared.size() - 1, backup_name);
-}
-
-Result<Done> Replacing::take(std::size_t i, const std::string& kept) {
-  const auto taken = prepared[i].take(names[i], kept);
-  if (!taken)
-    return failure("write " + names[i], taken.failure());
-  return Done{};
-}
-
-// Sees to it that the map has its backup name too, and that this is on the disk before the map's
-// own name goes to its successor: flushing a file flushes its names as well.
-Result<Done> Replacing::keep_backup() {
-  const auto is_backup = holds_map(backup_name);
-  if (!is_backup)
-    return is_backup.failure();
-  return *is_backup ? flush(backup_name) : make_backup();
-}
-
-// Whether there is a backup that holds just what the map holds.
-Result<bool> Replacing::holds_map(const std::string& name) {
-  if (name.empty())
-    return false;
+// Whether an older backup holds just what the map holds.
+Result<bool> Replacing::is_backup(const std::string& name) {
   const auto kind = kind_of(name);
   if (!kind)
     return kind.failure();
-  if (*kind != MapFolder::Kind::file)
+  if (*kind != OpenMap::Kind::file)
     return false;
-  const auto same = folder.holds(name, replacement.was);
-  if (!same)
-    return failure("read " + name, same.failure());
-  return *same;
-}
-
-// A second name for the map; a copy where the file system knows no second names.
-Result<Done> Replacing::make_backup() {
-  if (!backup_name.empty())
-    if (auto moved = move_aside(backup_name); !moved)
-      return moved;
-  backup_name = name_of(replacement.backup);
-  const std::string action = "make its backup " + backup_name;
-  const auto linked = folder.link(map_name, backup_name);
-  if (!linked)
-    return failure(action, linked.failure());
-  if (*linked) {
-    backup_is_hard_link = true;
-    const auto checked = check_stamp(backup_name);
-    return checked ? flush(map_name) : checked;
-  }
-  auto written = folder.write_temporary(replacement.was);
-  if (!written)
-    return failure(action, written.failure());
-  const auto taken = Temporary(folder, *std::move(written)).take_no_replace(backup_name);
-  if (!taken)
-    return failure(action, taken.failure());
-  if (!*taken)
-    return Failure{replacement.map, action, "the name is taken"};
-  return flush(backup_name);
+  return doing("read " + name, map.holds(name, replacement.was));
 }
 
 Result<Done> Replacing::move_aside(const std::string& name) {
@@ -220,19 +228,91 @@ Result<Done> Replacing::move_aside(const std::string& name) {
     return kind.failure();
   for (int number = first_backup_number;; ++number) {
     const std::string free = name + std::to_string(number);
-    if (!folder.spelled(free).empty())
+    if (!map.spelled(free).empty())
       continue;
-    const auto moved = folder.rename_no_replace(name, free);
+    const auto moved = doing("move " + name + " aside", map.rename_no_replace(name, free));
     if (!moved)
-      return failure("move " + name + " aside", moved.failure());
+      return moved.failure();
     if (*moved)
-      return *kind == MapFolder::Kind::file ? flush(free) : Done{};
+      return *kind == OpenMap::Kind::file ? flush(free) : Done{};
   }
 }
 
-Result<Done> Replacing::flush(const std::string& name) {
-  const auto flushed = folder.flush(name);
-  if (!flushed)
-    return failure("flush " + name, flushed.failure());
+// A hard link to the map; a copy where the file system has no hard links.
+Result<Done> Replacing::link_or_copy_backup() {
+  const std::string action = "make its backup " + backup;
+  const auto linked = doing(action, map.link(map.name, backup));
+  if (!linked)
+    return linked.failure();
+  if (*linked) {
+    backup_is_hard_link = true;
+    const auto checked = check_stamp(backup);
+    return checked ? flush(map.name) : checked;
+  }
+  auto written = doing(action, map.write_temporary(replacement.was));
+  if (!written)
+    return written.failure();
+  const auto renamed = doing(action, Temporary(map, *std::move(written)).rename_no_replace(backup));
+  if (!renamed)
+    return renamed.failure();
+  if (!*renamed)
+    return Failure{map.path, action, "the name is taken"};
+  return flush(backup);
+}
+
+// The last look comes after everything slow, so that it sees what is saved while the map is
+// compared or its backup is copied or flushed. Where the map's own file does not become the backup,
+// content is compared, so that not even a writer who sets the time back loses anything.
+Result<Done> Replacing::replace() {
+  if (replacement.backup.empty())
+    return Done{};
+  if (auto checked = check_unchanged(stamp.settled && backup_is_hard_link); !checked)
+    return checked;
+  return place(prepared.back(), backup);
+}
+
+Result<OpenMap::Kind> Replacing::kind_of(const std::string& name) {
+  return doing("look at " + name, map.kind_of(name));
+}
+
+}  // namespace
+
+std::string OpenMap::temporary_name() {
+  static std::random_device random;
+  return std::string(temporary_start) + std::to_string(random()) + std::string(temporary_end);
+}
+
+bool OpenMap::is_temporary(std::string_view name) {
+  if (!name.starts_with(temporary_start) || !name.ends_with(temporary_end))
+    return false;
+  name.remove_prefix(temporary_start.size());
+  name.remove_suffix(temporary_end.size());
+  return !name.empty() && name.find_first_not_of("0123456789") == name.npos;
+}
+
+std::optional<bool> OpenMap::begins_with(const Read& read, std::string_view content) {
+  char buffer[1 << 16];
+  while (!content.empty()) {
+    const std::string_view piece = content.substr(0, sizeof buffer);
+    const auto length = read(buffer, piece.size());
+    if (!length)
+      return std::nullopt;
+    if (std::string_view(buffer, *length) != piece)
+      return false;
+    content.remove_prefix(piece.size());
+  }
+  return true;
+}
+
+Result<Done> replace_map(OpenMap& map, const Replacement& replacement) {
+  constexpr Result<Done> (Replacing::*steps[])() = {
+      &Replacing::lock,      &Replacing::find_companions,  &Replacing::write_temporaries,
+      &Replacing::check_map, &Replacing::place_companions, &Replacing::make_backup,
+      &Replacing::replace,
+  };
+  Replacing replacing(map, replacement);
+  for (const auto step : steps)
+    if (auto done = (replacing.*step)(); !done)
+      return done;
   return Done{};
 }

@@ -1,4 +1,4 @@
-// How a map gives way to its converted self.
+// How a map is replaced by its converted self.
 #include "platform/replacing.h"
 
 #include "tests/support/test_machine.h"
@@ -14,47 +14,47 @@ using Tree = std::map<std::string, std::string>;
 
 namespace {
 
-// A folder in which one step fails, alone or with all that follow it, as if the run ended there.
-class FailingFolder : public MapFolder {
+// A map of which one step fails, alone or with all that follow it, as if the run ended there.
+class FailingMap : public OpenMap {
 public:
-  FailingFolder(std::unique_ptr<MapFolder> real, int fault_in, bool and_the_rest, bool knows_links)
-      : MapFolder(real->map_name), folder(std::move(real)), fault(fault_in), lasting(and_the_rest),
-        links(knows_links) {}
+  FailingMap(std::unique_ptr<OpenMap> real, int fault_in, bool and_the_rest, bool knows_links)
+      : OpenMap(real->path, real->name, real->text), map(std::move(real)), fault(fault_in),
+        lasting(and_the_rest), links(knows_links) {}
 
   bool failed = false;
 
-  std::string spelled(const std::string& name) override { return folder->spelled(name); }
-  Answer<Kind> kind_of(const std::string& name) override {
-    return attempt([&] { return folder->kind_of(name); });
+  std::string spelled(const std::string& entry) override { return map->spelled(entry); }
+  Result<Kind> kind_of(const std::string& entry) override {
+    return attempt([&] { return map->kind_of(entry); });
   }
-  Answer<Stamp> stamp_of(const std::string& name) override {
-    return attempt([&] { return folder->stamp_of(name); });
+  Result<Stamp> stamp_of(const std::string& entry) override {
+    return attempt([&] { return map->stamp_of(entry); });
   }
-  Answer<std::optional<Stamp>> lock() override {
-    return attempt([&] { return folder->lock(); });
+  Result<Stamp> lock() override {
+    return attempt([&] { return map->lock(); });
   }
-  Answer<bool> holds(const std::string& name, std::string_view text) override {
-    return attempt([&] { return folder->holds(name, text); });
+  Result<bool> holds(const std::string& entry, std::string_view content) override {
+    return attempt([&] { return map->holds(entry, content); });
   }
-  Answer<Done> flush(const std::string& name) override {
-    return attempt([&] { return folder->flush(name); });
+  Result<Done> flush(const std::string& entry) override {
+    return attempt([&] { return map->flush(entry); });
   }
-  Answer<std::string> write_temporary(std::string_view text) override {
-    return attempt([&] { return folder->write_temporary(text); });
+  Result<std::string> write_temporary(std::string_view content) override {
+    return attempt([&] { return map->write_temporary(content); });
   }
-  void remove(const std::string& name) override {
+  void remove(const std::string& entry) override {
     if (!fails())
-      folder->remove(name);
+      map->remove(entry);
   }
-  Answer<Done> rename(const std::string& from, const std::string& to,
+  Result<Done> rename(const std::string& from, const std::string& to,
                       const std::string& kept) override {
-    return attempt([&] { return folder->rename(from, to, kept); });
+    return attempt([&] { return map->rename(from, to, kept); });
   }
-  Answer<bool> rename_no_replace(const std::string& from, const std::string& to) override {
-    return attempt([&] { return folder->rename_no_replace(from, to); });
+  Result<bool> rename_no_replace(const std::string& from, const std::string& to) override {
+    return attempt([&] { return map->rename_no_replace(from, to); });
   }
-  Answer<bool> link(const std::string& from, const std::string& to) override {
-    return attempt([&] { return links ? folder->link(from, to) : Answer<bool>(false); });
+  Result<bool> link(const std::string& from, const std::string& to) override {
+    return attempt([&] { return links ? map->link(from, to) : Result<bool>(false); });
   }
 
 private:
@@ -65,10 +65,10 @@ private:
     return now;
   }
   template <class Step> auto attempt(const Step& real) -> decltype(real()) {
-    return fails() ? decltype(real())(Reason{"it fails"}) : real();
+    return fails() ? decltype(real())(failure("it fails")) : real();
   }
 
-  const std::unique_ptr<MapFolder> folder;
+  const std::unique_ptr<OpenMap> map;
   const int fault;
   const bool lasting, links;
   int step = 0;
@@ -79,16 +79,17 @@ protected:
   Replace() { write_file(maps / "a.galaxy", "old"); }
 
   static Replacement wanted(std::string_view was, bool with_fix) {
-    std::vector<NewFile> put;
+    Replacement replacement{was, {}, "new", "a.galold"};
     if (with_fix)
-      put.push_back({"C:\\m\\a.galfix", "fix"});
-    put.push_back({"C:\\m\\a.galaxy", "new"});
-    return {"C:\\m\\a.galaxy", was, put, "C:\\m\\a.galold"};
+      replacement.companions.push_back({"a.galfix", "fix"});
+    return replacement;
   }
 
   Result<Done> replace(std::string_view was = "old", bool with_fix = false) {
-    return replace_map(*files, wanted(was, with_fix));
+    return open_and_replace(*files, "C:\\m\\a.galaxy", wanted(was, with_fix));
   }
+
+  std::unique_ptr<OpenMap> opened() { return *files->open_map("C:\\m\\a.galaxy"); }
 
   TestMachine machine;
   const fs::path maps = machine.drive_c / "m";
@@ -160,8 +161,7 @@ TEST_F(Replace, SeesEachFolderAsItIs) {
     write_file(other / name, "old");
   fs::create_directory(other / "B.GALOLD");
   const auto put = [&](const std::string& name) {
-    const std::string path = "C:\\other\\" + name;
-    return replace_map(*files, {path + "axy", "old", {{path + "axy", "new"}}, path + "old"});
+    return open_and_replace(*files, "C:\\other\\" + name + "axy", {"old", {}, "new", name + "old"});
   };
   EXPECT_TRUE(bool(put("a.gal")));
   EXPECT_FALSE(bool(put("b.gal")));
@@ -194,11 +194,11 @@ TEST_F(Replace, KeepsThePromiseWhicheverStepFails) {
     fs::remove_all(maps);
     for (const auto& [name, text] : before)
       write_file(maps / name, text);
-    FailingFolder folder(machine.map_folder(maps / "a.galaxy"), step, lasting, links);
-    const auto done = Replacing(folder, replacement).run();
-    EXPECT_EQ(bool(done), !folder.failed);
+    FailingMap map(opened(), step, lasting, links);
+    const auto done = replace_map(map, replacement);
+    EXPECT_EQ(bool(done), !map.failed);
     EXPECT_TRUE(bool(done) || done.failure().reason == "it fails");
-    return folder.failed;
+    return map.failed;
   };
   for (const bool lasting : {false, true}) {
     for (const bool links : {false, true}) {
@@ -210,7 +210,7 @@ TEST_F(Replace, KeepsThePromiseWhicheverStepFails) {
         EXPECT_EQ(left["b.galaxy"], "other");
         EXPECT_TRUE(left["A.GALOLD"] == "first" || left["A.GALOLD2"] == "first");
         for (const auto& [name, text] : left)
-          EXPECT_TRUE(lasting || !MapFolder::is_temporary(name)) << name;
+          EXPECT_TRUE(lasting || !OpenMap::is_temporary(name)) << name;
         EXPECT_TRUE(bool(files->list("C:\\m", "*")));
         EXPECT_TRUE(bool(replace("old", true)));
         EXPECT_EQ(tree(maps), finished);
@@ -222,8 +222,8 @@ TEST_F(Replace, KeepsThePromiseWhicheverStepFails) {
 }
 
 TEST_F(Replace, TwoRunsKeepApart) {
-  auto other = machine.map_folder(maps / "a.galaxy");
-  ASSERT_TRUE(bool(*other->lock()));
+  auto other = opened();
+  ASSERT_TRUE(bool(other->lock()));
   const Tree before = tree(maps);
   EXPECT_EQ(replace().failure().reason, "another program has locked it");
   EXPECT_EQ(tree(maps), before);
@@ -240,7 +240,7 @@ TEST_F(Replace, ListingClearsWhatAKilledRunLeftAndNothingElse) {
   if (!machine.prefix.empty())  // under Wine there are no links to be made
     fs::create_symlink("a.galaxy", maps / ".vora-map-updater-3.tmp");
   const std::size_t theirs = tree(maps).size();
-  auto living = machine.map_folder(maps / "a.galaxy");
+  auto living = opened();
   ASSERT_TRUE(bool(living->lock()) && bool(living->write_temporary("x")));
   const Tree kept = tree(maps);
   for (const char* name : {".vora-map-updater-17.tmp", ".vora-map-updater-0.tmp"})

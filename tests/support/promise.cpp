@@ -1,8 +1,8 @@
 // Folders of maps to lose, and the promise that no map is ever lost.
 #include "tests/support/promise.h"
 
-#include "platform/mapfolder.h"
 #include "platform/prefix/letter_case.h"
+#include "platform/replacing.h"
 
 #include <algorithm>
 
@@ -67,7 +67,7 @@ std::string unfinished(const Galaxies& galaxies, const Tree& left) {
     if (content_of(left, galaxies.name(i) + ".galaxy") != galaxies.converted(i))
       return galaxies.name(i) + " is not converted";
   for (const auto& [name, content] : left)
-    if (MapFolder::is_temporary(name))
+    if (OpenMap::is_temporary(name))
       return name + " stayed behind";
   return broken(galaxies, left);
 }

@@ -12,9 +12,10 @@ const char converted_map[] =
 const char fixed_map[] =
     "MAP\r\nversion 4\r\nship  Foo\r\nsize 7\r\nextra 1\r\nname Bar\r\nend\r\n";
 
-Result<Done> replace_map(Files& files, const Replacement& replacement) {
-  const auto map = files.open_map(replacement.map);
-  return map ? (*map)->replace(replacement) : map.failure();
+Result<Done> open_and_replace(Files& files, const std::string& map,
+                              const Replacement& replacement) {
+  const auto opened = files.open_map(map);
+  return opened ? replace_map(**opened, replacement) : opened.failure();
 }
 
 void TestMachine::make_folders() {

@@ -4,7 +4,6 @@
 
 #include "form/form1.h"
 #include "platform/files.h"
-#include "platform/mapfolder.h"
 #include "platform/system.h"
 #include "tests/support/recording_screen.h"
 #include "tools/executable.h"
@@ -43,9 +42,6 @@ public:
   std::unique_ptr<Files> files() const;
   std::unique_ptr<System> system(const std::string& arguments) const;
 
-  // The steps of a replacement of one of its maps.
-  std::unique_ptr<MapFolder> map_folder(const std::filesystem::path& map) const;
-
   // A small set of data files for format version 4, with templates for version 3 and the
   // expansion's fix pass; the target releases are 1.2.3.4 and 5.6.7.8.
   void write_data();
@@ -59,8 +55,8 @@ extern const char old_map[];        // of version 3
 extern const char converted_map[];  // by the first pass
 extern const char fixed_map[];      // by the expansion's fix pass after it
 
-// Reads a map and replaces it.
-Result<Done> replace_map(Files& files, const Replacement& replacement);
+// Opens a map and replaces it.
+Result<Done> open_and_replace(Files& files, const std::string& map, const Replacement& replacement);
 
 // The Windows path of a path on drive Z:.
 std::string z_path(const std::filesystem::path& path);

@@ -4,7 +4,6 @@
 #include "platform/path_rules.h"
 #include "platform/prefix/letter_case.h"
 #include "platform/prefix/prefix_map.h"
-#include "platform/replacing.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -66,30 +65,6 @@ std::optional<Entry> make_entry(const Handle& folder, const char* name, unsigned
   const bool known = stat_at(folder, name, status);
   return Entry{name, *kind, !known || S_ISLNK(status.st_mode)};
 }
-
-class PrefixMap : public OpenMap {
-public:
-  // `known` must outlive the object.
-  PrefixMap(std::string content, std::string folder_in, MapFile file, FolderNames& known)
-      : OpenMap(std::move(content)), folder(std::move(folder_in)), map(std::move(file)),
-        names(known) {}
-
-  Result<Done> replace(const Replacement& replacement) override {
-    const Handle open = open_path(map.handle.disk(), folder + "/", O_RDONLY | O_DIRECTORY);
-    if (!open)
-      return failure(replacement.map, "open its folder");
-    names.refresh(open);
-    PrefixMapFolder map_folder(open, names, map);
-    auto done = Replacing(map_folder, replacement).run();
-    names.changed(open);
-    return done;
-  }
-
-private:
-  const std::string folder;  // its POSIX path
-  const MapFile map;
-  FolderNames& names;
-};
 
 }  // namespace
 
@@ -153,7 +128,7 @@ Result<std::vector<Entry>> PrefixFiles::list(const std::string& folder, std::str
   std::vector<Entry> entries;
   std::vector<std::string> stale;
   const bool complete = for_each_name(handle, [&](const char* name, unsigned char type) {
-    if (MapFolder::is_temporary(name))
+    if (OpenMap::is_temporary(name))
       stale.emplace_back(name);
     if (auto entry = make_entry(handle, name, type, pattern))
       entries.push_back(*std::move(entry));
@@ -173,45 +148,45 @@ Result<std::string> PrefixFiles::full_path(const std::string& folder) {
   return paths.windows_path(opened->location.path(), folder[0]);
 }
 
-Result<PrefixFiles::Content> PrefixFiles::content(const std::string& path) {
+Result<ReadFile> PrefixFiles::read_file(const std::string& path) {
   const Failure missing{path, "read it", "the file is missing", true};
   auto opened = open(path, O_RDONLY | O_NONBLOCK, "read it");
   if (!opened) {
     const auto name = lookup(path, Match::files);
     return name && name->empty() ? missing : opened.failure();
   }
+  auto& [handle, location] = *opened;
   struct stat status;
-  if (!describe(opened->handle, status))
+  if (!describe(handle, status))
     return failure(path, "read it");
-  if (!S_ISREG(status.st_mode) || is_hidden(opened->location.name) || path.ends_with("\\.") ||
+  if (!S_ISREG(status.st_mode) || is_hidden(location.name) || path.ends_with("\\.") ||
       path.ends_with('\\'))
     return missing;
   if (status.st_size > max_file_size)
     return Failure{path, "read it", "it is larger than 1 GiB"};
-  const auto stamp = PrefixMapFolder::stamp(status);
+  const auto stamp = PrefixMap::stamp_from(status);
   std::string text(static_cast<std::size_t>(status.st_size), '\0');
-  const auto length = read_all(opened->handle, text.data(), text.size());
+  const auto length = read_all(handle, text.data(), text.size());
   if (!length)
     return failure(path, "read it");
   text.resize(*length);
-  return Content{*std::move(opened), status, stamp, std::move(text)};
+  return ReadFile{
+      std::move(handle), std::move(location.folder), std::move(location.name), status, stamp,
+      std::move(text)};
 }
 
 Result<std::string> PrefixFiles::read(const std::string& path) {
-  auto read = content(path);
-  if (!read)
-    return read.failure();
-  return std::move(read->text);
+  auto file = read_file(path);
+  if (!file)
+    return file.failure();
+  return std::move(file->text);
 }
 
 Result<std::unique_ptr<OpenMap>> PrefixFiles::open_map(const std::string& path) {
-  auto read = content(path);
-  if (!read)
-    return read.failure();
-  auto& [handle, location] = read->opened;
-  MapFile map{std::move(location.name), std::move(handle), read->status, read->stamp};
-  return {std::make_unique<PrefixMap>(std::move(read->text), std::move(location.folder),
-                                      std::move(map), names)};
+  auto file = read_file(path);
+  if (!file)
+    return file.failure();
+  return {std::make_unique<PrefixMap>(path, *std::move(file), names)};
 }
 
 Result<Done> PrefixFiles::write(const std::string& path, std::string_view text) {

@@ -28,19 +28,11 @@ private:
     Location location;
   };
 
-  // An open file, what it was before it was read, and what it holds.
-  struct Content {
-    Opened opened;
-    struct stat status;
-    MapFolder::Stamp stamp;
-    std::string text;
-  };
-
   // Opens what a path names. Most names are spelled as on the disk, so that is tried first.
-  // `action` tells what the caller is about to do.
+  // `action` is for the failure: what the caller is about to do.
   Result<Opened> open(const std::string& path, int flags, const char* action) const;
   Result<Opened> open_folder(const std::string& folder) const;
-  Result<Content> content(const std::string& path);
+  Result<ReadFile> read_file(const std::string& path);
   Result<Done> write_text(const std::string& path, std::string_view text, int flags) const;
 
   Disk& disk;

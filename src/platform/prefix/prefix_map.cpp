@@ -1,4 +1,4 @@
-// The steps of a replacement, in a folder of a Windows machine that is kept in a folder.
+// An open map in a folder of a Wine prefix, and the steps of its replacement there.
 #include "platform/prefix/prefix_map.h"
 
 #include <algorithm>
@@ -13,41 +13,36 @@
 
 namespace {
 
-using Reason = MapFolder::Reason;
-
 constexpr int attempts = 100;        // to find a free name
 constexpr std::time_t coarsest = 2;  // seconds between the time stamps of some file systems
 
-Reason last_error() { return {system_reason()}; }
-
-// A file system, or a kind of file, that knows no second names.
+// The error of a file system, or of a kind of file, that has no hard links.
 bool lacks_hard_links(int error) {
   return error == EPERM || error == EOPNOTSUPP || error == ENOSYS || error == EMLINK;
 }
 
-constexpr mode_t permissions = 0777;  // a map has no business with the bits above
-constexpr mode_t groups = 0070;
+constexpr mode_t permissions = 0777;  // a map has no use for the bits above
+constexpr mode_t group_permissions = 0070;
 
-// Gives a file, which is described by `own`, the owner and the group of another one, and answers
-// which permissions it may take over: only root may give files away, and another group must not get
-// what was not meant for it.
+// Copies owner and group from `like` to a file whose status is `own`. Returns the permissions that
+// may be copied: those of the group only if the group matches, so that another group gains nothing.
 mode_t copy_owner(const Handle& file, const struct stat& own, const struct stat& like) {
   const bool same = own.st_uid == like.st_uid && own.st_gid == like.st_gid;
   if (same || ::fchown(file.get(), like.st_uid, like.st_gid) == 0)
     return like.st_mode & permissions;
   const bool same_group = ::fchown(file.get(), static_cast<uid_t>(-1), like.st_gid) == 0;
-  return like.st_mode & (same_group ? permissions : permissions & ~groups);
+  return like.st_mode & (same_group ? permissions : permissions & ~group_permissions);
 }
 
-// Whether a new file is this run's alone. A run that clears up may have taken it for a leftover
-// before it was locked, and has removed it or is about to.
+// Whether a new file is this run's alone. Another run that clears stale temporaries may have taken
+// it for one before it was locked, and has removed it or is about to.
 bool is_ours(const Handle& file, struct stat& status) {
   if (file.disk().lock(file.get()) != 0 && errno == EWOULDBLOCK)
     return false;
   return describe(file, status) && status.st_nlink > 0;
 }
 
-// Renames to a name that must be free: EEXIST when it is not. False, with errno set, on failure.
+// False, with errno set, on failure: EEXIST when `to` exists.
 bool rename_at_no_replace(const Handle& folder, const std::string& from, const std::string& to) {
   Disk& disk = folder.disk();
   const int at = folder.get();
@@ -55,7 +50,7 @@ bool rename_at_no_replace(const Handle& folder, const std::string& from, const s
     return true;
   if (errno != EINVAL && errno != ENOSYS)
     return false;
-  // The file system knows no such renaming.
+  // The file system does not know the flag.
   struct stat taken;
   if (stat_at(folder, to, taken)) {
     errno = EEXIST;
@@ -66,9 +61,19 @@ bool rename_at_no_replace(const Handle& folder, const std::string& from, const s
 
 }  // namespace
 
-std::string PrefixMapFolder::spelled(const std::string& name) { return names.find(folder, name); }
+PrefixMap::PrefixMap(std::string path_in, ReadFile file_in, FolderNames& names_in)
+    : OpenMap(std::move(path_in), std::move(file_in.name), std::move(file_in.text)),
+      file(std::move(file_in.handle)), folder_path(std::move(file_in.folder)),
+      status(file_in.status), stamp(file_in.stamp), names(names_in) {}
 
-MapFolder::Stamp PrefixMapFolder::stamp(const struct stat& status) {
+PrefixMap::~PrefixMap() {
+  if (folder)
+    names.changed(folder);
+}
+
+Failure PrefixMap::last_error() const { return failure(system_reason()); }
+
+OpenMap::Stamp PrefixMap::stamp_from(const struct stat& status) {
   const auto& time = status.st_mtim;
   return {status.st_dev, status.st_ino, static_cast<std::uint64_t>(status.st_size),
           static_cast<std::uint64_t>(time.tv_sec) * 1'000'000'000u +
@@ -76,130 +81,135 @@ MapFolder::Stamp PrefixMapFolder::stamp(const struct stat& status) {
           time.tv_sec < std::time(nullptr) - coarsest};
 }
 
-// Where the file system has no locks, two runs at once are kept apart by `stamp_of` alone.
-MapFolder::Answer<std::optional<MapFolder::Stamp>> PrefixMapFolder::lock() {
-  if (folder.disk().lock(map.handle.get()) != 0 && errno == EWOULDBLOCK)
-    return std::optional<Stamp>();
-  return std::optional(map.stamp);
+// Where the file system has no locks, `stamp_of` alone keeps two runs apart.
+Result<OpenMap::Stamp> PrefixMap::lock() {
+  folder = open_path(file.disk(), folder_path + "/", O_RDONLY | O_DIRECTORY);
+  if (!folder)
+    return Failure{path, "open its folder", system_reason()};
+  names.refresh(folder);
+  if (file.disk().lock(file.get()) != 0 && errno == EWOULDBLOCK)
+    return failure(locked_by_another);
+  return stamp;
 }
 
-template <class Use> auto PrefixMapFolder::with(const std::string& name, Use use) const {
-  return name == map_name ? use(map.handle)
-                          : use(open_at(folder, name, O_RDONLY | O_NOFOLLOW | O_NONBLOCK));
+std::string PrefixMap::spelled(const std::string& entry) { return names.find(folder, entry); }
+
+template <class Use> auto PrefixMap::with_file(const std::string& entry, Use use) const {
+  return entry == name ? use(file)
+                       : use(open_at(folder, entry, O_RDONLY | O_NOFOLLOW | O_NONBLOCK));
 }
 
-MapFolder::Answer<MapFolder::Kind> PrefixMapFolder::kind_of(const std::string& name) {
-  struct stat status;
-  if (!stat_at(folder, name, status)) {
+Result<OpenMap::Kind> PrefixMap::kind_of(const std::string& entry) {
+  struct stat found;
+  if (!stat_at(folder, entry, found)) {
     if (errno == ENOENT)
       return Kind::nothing;
     return last_error();
   }
-  if (S_ISDIR(status.st_mode))
+  if (S_ISDIR(found.st_mode))
     return Kind::folder;
-  return S_ISREG(status.st_mode) ? Kind::file : Kind::other;
+  return S_ISREG(found.st_mode) ? Kind::file : Kind::other;
 }
 
-MapFolder::Answer<MapFolder::Stamp> PrefixMapFolder::stamp_of(const std::string& name) {
-  struct stat status;
-  if (!stat_at(folder, name, status))
+Result<OpenMap::Stamp> PrefixMap::stamp_of(const std::string& entry) {
+  struct stat found;
+  if (!stat_at(folder, entry, found))
     return last_error();
-  if (!S_ISREG(status.st_mode))
-    return not_ordinary;
-  return stamp(status);
+  if (!S_ISREG(found.st_mode))
+    return failure(not_ordinary);
+  return stamp_from(found);
 }
 
-MapFolder::Answer<bool> PrefixMapFolder::holds(const std::string& name, std::string_view text) {
-  return with(name, [&](const Handle& file) -> Answer<bool> {
-    struct stat status;
-    if (!file || !describe(file, status))
+Result<bool> PrefixMap::holds(const std::string& entry, std::string_view content) {
+  return with_file(entry, [&](const Handle& opened) -> Result<bool> {
+    struct stat found;
+    if (!opened || !describe(opened, found))
       return last_error();
-    if (!S_ISREG(status.st_mode) || static_cast<std::size_t>(status.st_size) != text.size())
+    if (!S_ISREG(found.st_mode) || static_cast<std::size_t>(found.st_size) != content.size())
       return false;
     std::size_t from = 0;
     const auto read = [&](char* into, std::size_t size) {
-      return read_all(file, into, size, std::exchange(from, from + size));
+      return read_all(opened, into, size, std::exchange(from, from + size));
     };
-    const auto same = reads(read, text);
+    const auto same = begins_with(read, content);
     if (!same)
       return last_error();
     return *same;
   });
 }
 
-MapFolder::Answer<Done> PrefixMapFolder::flush(const std::string& name) {
-  return with(name, [&](const Handle& file) -> Answer<Done> {
-    if (!file || folder.disk().flush(file.get()) != 0)
+Result<Done> PrefixMap::flush(const std::string& entry) {
+  return with_file(entry, [&](const Handle& opened) -> Result<Done> {
+    if (!opened || folder.disk().flush(opened.get()) != 0)
       return last_error();
     return Done{};
   });
 }
 
-MapFolder::Answer<std::string> PrefixMapFolder::make_file(Handle& file, struct stat& status) {
+Result<std::string> PrefixMap::make_file(Handle& made, struct stat& made_status) {
   for (int attempt = 0; attempt < attempts; ++attempt) {
     std::string free = temporary_name();
-    file = open_at(folder, free, O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW, 0600);
-    if (!file && errno != EEXIST)
+    made = open_at(folder, free, O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW, 0600);
+    if (!made && errno != EEXIST)
       break;
-    if (file && is_ours(file, status))
+    if (made && is_ours(made, made_status))
       return free;
-    if (file)
+    if (made)
       remove(free);
   }
   return last_error();
 }
 
-MapFolder::Answer<std::string> PrefixMapFolder::write_temporary(std::string_view text) {
-  Handle file;
-  struct stat status;
-  auto made = make_file(file, status);
-  if (!made)
-    return made;
-  const mode_t mode = copy_owner(file, status, map.status);
-  // It stays open for its lock: what was flushed no failing close can take back.
-  if (write_all(file, text) && folder.disk().flush(file.get()) == 0) {
-    written.push_back({*made, std::move(file), mode});
-    return made;
+Result<std::string> PrefixMap::write_temporary(std::string_view content) {
+  Handle made;
+  struct stat made_status;
+  auto free = make_file(made, made_status);
+  if (!free)
+    return free;
+  const mode_t mode = copy_owner(made, made_status, status);
+  // It stays open for its lock. What was flushed, no failing close can take back.
+  if (write_all(made, content) && folder.disk().flush(made.get()) == 0) {
+    written.push_back({*free, std::move(made), mode});
+    return free;
   }
-  Reason reason = last_error();
-  remove(*made);
-  return reason;
+  Failure failure = last_error();
+  remove(*free);
+  return failure;
 }
 
-void PrefixMapFolder::remove(const std::string& name) {
-  folder.disk().remove(folder.get(), name.c_str());
+void PrefixMap::remove(const std::string& entry) {
+  folder.disk().remove(folder.get(), entry.c_str());
 }
 
-// A temporary file gets its permissions just before it takes its name: until then its owner can
-// open it, and so clear up what a killed run has left. That a file system knows no permissions is
-// no reason to stop.
-bool PrefixMapFolder::permit(const std::string& name) {
-  const auto file = std::find_if(written.begin(), written.end(),
-                                 [&](const Written& other) { return other.name == name; });
-  return file == written.end() || folder.disk().permit(file->file.get(), file->mode) == 0 ||
-         errno == EPERM || errno == EOPNOTSUPP;
+// A temporary file gets its permissions just before it is renamed: until then its owner can open
+// it, and so remove it when it is stale. A file system without permissions is no reason to stop.
+bool PrefixMap::set_permissions(const std::string& entry) {
+  const auto temporary = std::find_if(written.begin(), written.end(),
+                                      [&](const Written& other) { return other.name == entry; });
+  return temporary == written.end() ||
+         folder.disk().permit(temporary->file.get(), temporary->mode) == 0 || errno == EPERM ||
+         errno == EOPNOTSUPP;
 }
 
-// A second name is unmoved by what becomes of the first.
-MapFolder::Answer<Done> PrefixMapFolder::rename(const std::string& from, const std::string& to,
-                                                const std::string&) {
-  if (!permit(from) || folder.disk().rename(folder.get(), from.c_str(), to.c_str(), 0) != 0)
+// Another hard link is unmoved by what becomes of `to`.
+Result<Done> PrefixMap::rename(const std::string& from, const std::string& to, const std::string&) {
+  if (!set_permissions(from) ||
+      folder.disk().rename(folder.get(), from.c_str(), to.c_str(), 0) != 0)
     return last_error();
   names.added(to);
   return Done{};
 }
 
-MapFolder::Answer<bool> PrefixMapFolder::rename_no_replace(const std::string& from,
-                                                           const std::string& to) {
+Result<bool> PrefixMap::rename_no_replace(const std::string& from, const std::string& to) {
   names.added(to);
-  if (permit(from) && rename_at_no_replace(folder, from, to))
+  if (set_permissions(from) && rename_at_no_replace(folder, from, to))
     return true;
   if (errno == EEXIST)
     return false;
   return last_error();
 }
 
-MapFolder::Answer<bool> PrefixMapFolder::link(const std::string& from, const std::string& to) {
+Result<bool> PrefixMap::link(const std::string& from, const std::string& to) {
   names.added(to);
   if (folder.disk().link(folder.get(), from.c_str(), to.c_str()) == 0)
     return true;

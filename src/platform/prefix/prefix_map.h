@@ -1,67 +1,73 @@
-// The steps of a replacement, in a folder of a Windows machine that is kept in a folder.
+// An open map in a folder of a Wine prefix, and the steps of its replacement there.
 #pragma once
 
-#include "platform/mapfolder.h"
 #include "platform/prefix/folder_names.h"
 #include "platform/prefix/handle.h"
+#include "platform/replacing.h"
 
 #include <string>
 #include <vector>
 
 #include <sys/stat.h>
 
-// A map that is open, and what it was before it was read.
-struct MapFile {
-  std::string name;  // as its folder spells it
+// A file that was read: it is still open, and `status` is from before the reading.
+struct ReadFile {
   Handle handle;
+  std::string folder;  // POSIX path of the folder that holds it
+  std::string name;    // as the folder spells it
   struct stat status;
-  MapFolder::Stamp stamp;
+  OpenMap::Stamp stamp;
+  std::string text;
 };
 
-class PrefixMapFolder : public MapFolder {
+class PrefixMap : public OpenMap {
 public:
-  // The folder is open; what is passed must outlive the object.
-  PrefixMapFolder(const Handle& open, FolderNames& known, const MapFile& map_in)
-      : MapFolder(map_in.name), folder(open), names(known), map(map_in) {}
+  // `names_in` must outlive the object; it may remember the names of another folder.
+  PrefixMap(std::string path_in, ReadFile file, FolderNames& names_in);
+  ~PrefixMap() override;
 
-  // The stamp of a file that was just described.
-  static Stamp stamp(const struct stat& status);
+  // The stamp of a file from its status, which was just read.
+  static Stamp stamp_from(const struct stat& status);
 
-  std::string spelled(const std::string& name) override;
-  Answer<std::optional<Stamp>> lock() override;
-  Answer<Kind> kind_of(const std::string& name) override;
-  Answer<Stamp> stamp_of(const std::string& name) override;
-  Answer<bool> holds(const std::string& name, std::string_view text) override;
-  Answer<Done> flush(const std::string& name) override;
-  Answer<std::string> write_temporary(std::string_view text) override;
-  void remove(const std::string& name) override;
-  Answer<Done> rename(const std::string& from, const std::string& to,
+  Result<Stamp> lock() override;
+  std::string spelled(const std::string& entry) override;
+  Result<Kind> kind_of(const std::string& entry) override;
+  Result<Stamp> stamp_of(const std::string& entry) override;
+  Result<bool> holds(const std::string& entry, std::string_view content) override;
+  Result<Done> flush(const std::string& entry) override;
+  Result<std::string> write_temporary(std::string_view content) override;
+  void remove(const std::string& entry) override;
+  Result<Done> rename(const std::string& from, const std::string& to,
                       const std::string& kept) override;
-  Answer<bool> rename_no_replace(const std::string& from, const std::string& to) override;
-  Answer<bool> link(const std::string& from, const std::string& to) override;
+  Result<bool> rename_no_replace(const std::string& from, const std::string& to) override;
+  Result<bool> link(const std::string& from, const std::string& to) override;
 
 private:
-  // A temporary file, and the permissions that it is to have.
+  // A temporary file that is locked until the map is closed, and the permissions that it will get.
   struct Written {
     std::string name;
     Handle file;
     mode_t mode;
   };
 
-  Answer<std::string> make_file(Handle& file, struct stat& status);
-  bool permit(const std::string& name);
+  Failure last_error() const;
+  Result<std::string> make_file(Handle& file, struct stat& status);
+  bool set_permissions(const std::string& entry);
 
-  // What `use` answers for the open file of a name.
-  template <class Use> auto with(const std::string& name, Use use) const;
+  // What `use` returns for the open file of an entry.
+  template <class Use> auto with_file(const std::string& entry, Use use) const;
 
-  const Handle& folder;
+  const Handle file;
+  const std::string folder_path;
+  const struct stat status;
+  const Stamp stamp;
+  Handle folder;  // open once the map is locked
   FolderNames& names;
-  const MapFile& map;
-  std::vector<Written> written;  // locked against other runs until the replacement is over
+  std::vector<Written> written;
 };
 
-// Removes the temporary file `name` that a killed run left in an open folder. The rule: the name is
-// exactly one of `MapFolder::temporary_name`, it is an ordinary file and no link, and its lock can
-// be had: a run holds those of its files, and the system lets go of them when the run is killed.
-// Where the file system has no locks everything stays.
+// Removes the stale temporary `name`, which a killed run left in an open folder. The rule: the name
+// is one of `OpenMap::temporary_name`, it is an ordinary file and no symlink, and its lock is free.
+// A run holds the locks of its temporary files, and the system releases them when the run is
+// killed. Where the file system has no locks nothing is removed.
 void remove_stale_temporary(const Handle& folder, const std::string& name);

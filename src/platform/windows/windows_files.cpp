@@ -2,7 +2,6 @@
 #include "platform/windows/windows_files.h"
 
 #include "platform/path_rules.h"
-#include "platform/replacing.h"
 #include "platform/windows/find_file.h"
 #include "platform/windows/handle.h"
 #include "platform/windows/letter_case.h"
@@ -60,24 +59,6 @@ Result<Location> find_folder(const std::string& folder) {
   return location;
 }
 
-// Windows lets nobody rename what is open, so that a map is opened anew for each step.
-class WindowsMap : public OpenMap {
-public:
-  using OpenMap::OpenMap;
-
-  Result<Done> replace(const Replacement& replacement) override {
-    auto location = locate(replacement.map);
-    if (!location)
-      return location.failure();
-    const auto map = find_file(location->wide());
-    if (!map)
-      return failure(replacement.map, "convert it");
-    location->names.pop_back();
-    WindowsMapFolder folder(location->wide(), narrow(map->cFileName));
-    return Replacing(folder, replacement).run();
-  }
-};
-
 // Opens a text file to write at its beginning or end, never through a link.
 Result<Done> write_text(const std::string& path, std::string_view text, bool at_end) {
   const auto location = locate(path);
@@ -123,7 +104,7 @@ Result<std::vector<Entry>> WindowsFiles::list(const std::string& folder, std::st
   std::vector<Entry> entries;
   std::vector<std::wstring> stale;
   const bool complete = for_each_entry(path, [&](const WIN32_FIND_DATAW& found) {
-    if (!is_folder(found.dwFileAttributes) && MapFolder::is_temporary(narrow(found.cFileName)))
+    if (!is_folder(found.dwFileAttributes) && OpenMap::is_temporary(narrow(found.cFileName)))
       stale.emplace_back(found.cFileName);
     else if (auto entry = make_entry(found, start + found.cFileName);
              entry && (entry->folder || matches_pattern(entry->name, pattern)))
@@ -151,13 +132,13 @@ Result<std::string> WindowsFiles::full_path(const std::string& folder) {
   return spelled.text();
 }
 
-Result<std::string> WindowsFiles::read(const std::string& path) {
-  const auto name = path.ends_with('\\') ? std::string() : lookup(path, Match::files);
+Result<WindowsFiles::ReadFile> WindowsFiles::read_file(const std::string& path) {
+  auto name = path.ends_with('\\') ? std::string() : lookup(path, Match::files);
   if (!name)
     return name.failure();
   if (name->empty())
     return Failure{path, "read it", "the file is missing", true};
-  const auto location = locate(path);
+  auto location = locate(path);
   if (!location)
     return location.failure();
   RetryBudget retry_budget;
@@ -177,14 +158,23 @@ Result<std::string> WindowsFiles::read(const std::string& path) {
   if (!length)
     return failure(path, "read it");
   text.resize(*length);
-  return text;
+  location->names.pop_back();
+  return ReadFile{location->wide(), *std::move(name), std::move(text)};
+}
+
+Result<std::string> WindowsFiles::read(const std::string& path) {
+  auto file = read_file(path);
+  if (!file)
+    return file.failure();
+  return std::move(file->text);
 }
 
 Result<std::unique_ptr<OpenMap>> WindowsFiles::open_map(const std::string& path) {
-  auto text = read(path);
-  if (!text)
-    return text.failure();
-  return {std::make_unique<WindowsMap>(*std::move(text))};
+  auto file = read_file(path);
+  if (!file)
+    return file.failure();
+  return {std::make_unique<WindowsMap>(path, std::move(file->folder), std::move(file->name),
+                                       std::move(file->text))};
 }
 
 Result<Done> WindowsFiles::write(const std::string& path, std::string_view text) {

@@ -12,4 +12,13 @@ public:
   Result<std::unique_ptr<OpenMap>> open_map(const std::string& path) override;
   Result<Done> write(const std::string& path, std::string_view text) override;
   Result<Done> append(const std::string& path, std::string_view text) override;
+
+private:
+  struct ReadFile {
+    std::wstring folder;  // path of the folder that holds it, in its long form
+    std::string name;     // as the folder spells it
+    std::string text;
+  };
+
+  Result<ReadFile> read_file(const std::string& path);
 };

@@ -1,4 +1,4 @@
-// The steps of a replacement, on Windows itself.
+// An open map on Windows itself, and the steps of its replacement there.
 #include "platform/windows/windows_map.h"
 
 #include "platform/windows/find_file.h"
@@ -12,8 +12,6 @@ constexpr int attempts = 100;  // to find a free name
 // What a map's result takes over from it.
 constexpr DWORD permissions =
     FILE_ATTRIBUTE_READONLY | FILE_ATTRIBUTE_ARCHIVE | FILE_ATTRIBUTE_NOT_CONTENT_INDEXED;
-
-MapFolder::Reason last_error() { return {system_reason()}; }
 
 bool set_attributes(const std::wstring& path, DWORD attributes) {
   return SetFileAttributesW(path.c_str(), attributes ? attributes : FILE_ATTRIBUTE_NORMAL);
@@ -61,51 +59,50 @@ bool is_taken(DWORD error) { return error == ERROR_ALREADY_EXISTS || error == ER
 
 }  // namespace
 
-WindowsMapFolder::WindowsMapFolder(std::wstring path, std::string map, RetryBudget retry_in)
-    : MapFolder(std::move(map)), folder(path.ends_with(L'\\') ? std::move(path) : path + L"\\"),
+WindowsMap::WindowsMap(std::string path_in, std::wstring folder_in, std::string name_in,
+                       std::string text_in, RetryBudget retry_in)
+    : OpenMap(std::move(path_in), std::move(name_in), std::move(text_in)),
+      folder(folder_in.ends_with(L'\\') ? std::move(folder_in) : folder_in + L"\\"),
       retry_budget(std::move(retry_in)) {}
 
-std::wstring WindowsMapFolder::path_of(const std::string& name) const {
-  return folder + widen(name);
-}
+Failure WindowsMap::last_error() const { return failure(system_reason()); }
 
-std::string WindowsMapFolder::spelled(const std::string& name) {
-  const auto found = find_file(path_of(name));
+std::wstring WindowsMap::path_of(const std::string& entry) const { return folder + widen(entry); }
+
+std::string WindowsMap::spelled(const std::string& entry) {
+  const auto found = find_file(path_of(entry));
   return found ? narrow(found->cFileName) : "";
 }
 
-MapFolder::Answer<bool> WindowsMapFolder::own(const std::string& name) {
-  Handle taken = lock_name(folder, widen(name));
+Result<bool> WindowsMap::lock_entry(const std::string& entry) {
+  Handle taken = lock_name(folder, widen(entry));
   if (!taken && is_taken(GetLastError()))
     return false;
   if (!taken)
     return last_error();
-  locked.push_back(std::move(taken));
+  locks.push_back(std::move(taken));
   return true;
 }
 
-MapFolder::Answer<std::optional<MapFolder::Stamp>> WindowsMapFolder::lock() {
-  const auto kind = kind_of(map_name);
+Result<OpenMap::Stamp> WindowsMap::lock() {
+  const auto kind = kind_of(name);
   if (!kind)
     return kind.failure();
   if (*kind == Kind::folder || *kind == Kind::other)
-    return not_ordinary;
-  const auto ours = own(map_name);
-  if (!ours)
-    return ours.failure();
-  if (!*ours)
-    return std::optional<Stamp>();
-  map_attributes = GetFileAttributesW(path_of(map_name).c_str());
+    return failure(not_ordinary);
+  const auto locked = lock_entry(name);
+  if (!locked)
+    return locked.failure();
+  if (!*locked)
+    return failure(locked_by_another);
+  map_attributes = GetFileAttributesW(path_of(name).c_str());
   if (map_attributes == INVALID_FILE_ATTRIBUTES)
     return last_error();
-  const auto stamp = stamp_of(map_name);
-  if (!stamp)
-    return stamp.failure();
-  return std::optional(*stamp);
+  return stamp_of(name);
 }
 
-MapFolder::Answer<MapFolder::Kind> WindowsMapFolder::kind_of(const std::string& name) {
-  const auto found = find_file(path_of(name));
+Result<OpenMap::Kind> WindowsMap::kind_of(const std::string& entry) {
+  const auto found = find_file(path_of(entry));
   if (!found && GetLastError() == ERROR_FILE_NOT_FOUND)
     return Kind::nothing;
   if (!found)
@@ -115,8 +112,8 @@ MapFolder::Answer<MapFolder::Kind> WindowsMapFolder::kind_of(const std::string& 
   return is_link(*found) ? Kind::other : Kind::file;
 }
 
-MapFolder::Answer<MapFolder::Stamp> WindowsMapFolder::stamp_of(const std::string& name) {
-  const Handle file = open_file(path_of(name), FILE_READ_ATTRIBUTES, OPEN_EXISTING, 0);
+Result<OpenMap::Stamp> WindowsMap::stamp_of(const std::string& entry) {
+  const Handle file = open_file(path_of(entry), FILE_READ_ATTRIBUTES, OPEN_EXISTING, 0);
   if (!file)
     return last_error();
   const auto about = file_information(file);
@@ -128,37 +125,38 @@ MapFolder::Answer<MapFolder::Stamp> WindowsMapFolder::stamp_of(const std::string
                false};  // Windows may set the time only when the writer closes the file
 }
 
-MapFolder::Answer<bool> WindowsMapFolder::holds(const std::string& name, std::string_view text) {
-  const auto kind = kind_of(name);
+Result<bool> WindowsMap::holds(const std::string& entry, std::string_view content) {
+  const auto kind = kind_of(entry);
   if (!kind)
     return kind.failure();
   if (*kind == Kind::other)
     return false;
-  const Handle file = open_with_retry(retry_budget, path_of(name), GENERIC_READ, OPEN_EXISTING, 0);
+  const Handle file = open_with_retry(retry_budget, path_of(entry), GENERIC_READ, OPEN_EXISTING, 0);
   const auto about = file ? file_information(file) : std::nullopt;
   if (!about)
     return last_error();
-  if (joined(about->nFileSizeHigh, about->nFileSizeLow) != text.size())
+  if (joined(about->nFileSizeHigh, about->nFileSizeLow) != content.size())
     return false;
-  const auto same =
-      reads([&](char* into, std::size_t size) { return read_all(file, into, size); }, text);
+  const auto same = begins_with(
+      [&](char* into, std::size_t size) { return read_all(file, into, size); }, content);
   if (!same)
     return last_error();
   return *same;
 }
 
-MapFolder::Answer<Done> WindowsMapFolder::flush(const std::string& name) {
-  const Writable writable(path_of(name));
-  const Handle file = open_with_retry(retry_budget, path_of(name), GENERIC_WRITE, OPEN_EXISTING, 0);
+Result<Done> WindowsMap::flush(const std::string& entry) {
+  const Writable writable(path_of(entry));
+  const Handle file =
+      open_with_retry(retry_budget, path_of(entry), GENERIC_WRITE, OPEN_EXISTING, 0);
   if (!file || !FlushFileBuffers(file.get()))
     return last_error();
   return Done{};
 }
 
-MapFolder::Answer<std::string> WindowsMapFolder::make_file(Handle& file) {
+Result<std::string> WindowsMap::make_file(Handle& file) {
   for (int attempt = 0; attempt < attempts; ++attempt) {
     std::string free = temporary_name();
-    const auto ours = own(free);
+    const auto ours = lock_entry(free);
     if (!ours)
       return ours.failure();
     file = *ours ? open_file(path_of(free), GENERIC_WRITE, CREATE_NEW, FILE_ATTRIBUTE_HIDDEN)
@@ -171,43 +169,43 @@ MapFolder::Answer<std::string> WindowsMapFolder::make_file(Handle& file) {
   return last_error();
 }
 
-MapFolder::Answer<std::string> WindowsMapFolder::write_temporary(std::string_view text) {
+Result<std::string> WindowsMap::write_temporary(std::string_view content) {
   Handle file;
   auto made = make_file(file);
   if (!made)
     return made;
-  if (write_all(file, text) && FlushFileBuffers(file.get()) && file.close() &&
+  if (write_all(file, content) && FlushFileBuffers(file.get()) && file.close() &&
       set_attributes(path_of(*made), (map_attributes & permissions) | FILE_ATTRIBUTE_HIDDEN))
     return made;
-  Reason reason = last_error();
+  Failure failure = last_error();
   static_cast<void>(file.close());
   remove(*made);
-  return reason;
+  return failure;
 }
 
-void WindowsMapFolder::remove(const std::string& name) {
-  retry_budget.retry(sharing_or_access_errors, [&] { return delete_file(path_of(name)); });
+void WindowsMap::remove(const std::string& entry) {
+  retry_budget.retry(sharing_or_access_errors, [&] { return delete_file(path_of(entry)); });
 }
 
-bool WindowsMapFolder::move_file(const std::string& from, const std::string& to, DWORD flags) {
+bool WindowsMap::move_file(const std::string& from, const std::string& to, DWORD flags) {
   return retry_budget.retry(sharing_or_access_errors, [&] {
     return MoveFileExW(path_of(from).c_str(), path_of(to).c_str(),
                        flags | MOVEFILE_WRITE_THROUGH) != 0;
   });
 }
 
-void WindowsMapFolder::show(const std::string& name) {
-  if (is_temporary(name))
-    set_attributes(path_of(name), GetFileAttributesW(path_of(name).c_str()) & permissions);
+void WindowsMap::unhide(const std::string& entry) {
+  if (is_temporary(entry))
+    set_attributes(path_of(entry), GetFileAttributesW(path_of(entry).c_str()) & permissions);
 }
 
 // Two names of one file share their attributes, so that what is taken from the one is given back to
 // the other.
-MapFolder::Answer<Done> WindowsMapFolder::rename(const std::string& from, const std::string& to,
-                                                 const std::string& kept) {
+Result<Done> WindowsMap::rename(const std::string& from, const std::string& to,
+                                const std::string& kept) {
   const DWORD kept_attributes = kept.empty() ? 0 : GetFileAttributesW(path_of(kept).c_str());
   Writable target(path_of(to));
-  show(from);
+  unhide(from);
   if (!move_file(from, to, MOVEFILE_REPLACE_EXISTING))
     return last_error();
   target.forget();
@@ -216,9 +214,8 @@ MapFolder::Answer<Done> WindowsMapFolder::rename(const std::string& from, const 
   return Done{};
 }
 
-MapFolder::Answer<bool> WindowsMapFolder::rename_no_replace(const std::string& from,
-                                                            const std::string& to) {
-  show(from);
+Result<bool> WindowsMap::rename_no_replace(const std::string& from, const std::string& to) {
+  unhide(from);
   if (move_file(from, to, 0))
     return true;
   if (is_taken(GetLastError()))
@@ -227,7 +224,7 @@ MapFolder::Answer<bool> WindowsMapFolder::rename_no_replace(const std::string& f
 }
 
 // File systems without second names say so in many ways.
-MapFolder::Answer<bool> WindowsMapFolder::link(const std::string& from, const std::string& to) {
+Result<bool> WindowsMap::link(const std::string& from, const std::string& to) {
   if (CreateHardLinkW(path_of(to).c_str(), path_of(from).c_str(), nullptr))
     return true;
   if (is_taken(GetLastError()))

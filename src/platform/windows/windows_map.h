@@ -1,50 +1,53 @@
-// The steps of a replacement, on Windows itself.
+// An open map on Windows itself, and the steps of its replacement there.
 #pragma once
 
-#include "platform/mapfolder.h"
+#include "platform/replacing.h"
 #include "platform/windows/handle.h"
 
 #include <vector>
 
-class WindowsMapFolder : public MapFolder {
+// Windows renames no file that is open, so each step opens what it needs.
+class WindowsMap : public OpenMap {
 public:
-  // The folder's path in its long form, and its map's name. All steps together wait as long as
-  // `retry_in` lasts.
-  WindowsMapFolder(std::wstring path, std::string map, RetryBudget retry_in = RetryBudget());
+  // `folder_in` is the path of the map's folder in its long form. All steps together wait no longer
+  // than `retry_in` lasts.
+  WindowsMap(std::string path_in, std::wstring folder_in, std::string name_in, std::string text_in,
+             RetryBudget retry_in = RetryBudget());
 
-  std::string spelled(const std::string& name) override;
-  Answer<std::optional<Stamp>> lock() override;
-  Answer<Kind> kind_of(const std::string& name) override;
-  Answer<Stamp> stamp_of(const std::string& name) override;
-  Answer<bool> holds(const std::string& name, std::string_view text) override;
-  Answer<Done> flush(const std::string& name) override;
-  Answer<std::string> write_temporary(std::string_view text) override;
-  void remove(const std::string& name) override;
-  Answer<Done> rename(const std::string& from, const std::string& to,
+  Result<Stamp> lock() override;
+  std::string spelled(const std::string& entry) override;
+  Result<Kind> kind_of(const std::string& entry) override;
+  Result<Stamp> stamp_of(const std::string& entry) override;
+  Result<bool> holds(const std::string& entry, std::string_view content) override;
+  Result<Done> flush(const std::string& entry) override;
+  Result<std::string> write_temporary(std::string_view content) override;
+  void remove(const std::string& entry) override;
+  Result<Done> rename(const std::string& from, const std::string& to,
                       const std::string& kept) override;
-  Answer<bool> rename_no_replace(const std::string& from, const std::string& to) override;
-  Answer<bool> link(const std::string& from, const std::string& to) override;
+  Result<bool> rename_no_replace(const std::string& from, const std::string& to) override;
+  Result<bool> link(const std::string& from, const std::string& to) override;
 
 private:
-  std::wstring path_of(const std::string& name) const;
-  Answer<std::string> make_file(Handle& file);
+  Failure last_error() const;
+  std::wstring path_of(const std::string& entry) const;
+  Result<std::string> make_file(Handle& file);
 
-  // Locks a name against other runs; false when one has it.
-  Answer<bool> own(const std::string& name);
+  // Takes the lock of a name; false when another run holds it.
+  Result<bool> lock_entry(const std::string& entry);
 
-  // Takes a temporary file's hiding away, just before it takes its name.
-  void show(const std::string& name);
+  // Unhides a temporary file, just before it is renamed.
+  void unhide(const std::string& entry);
 
   bool move_file(const std::string& from, const std::string& to, DWORD flags);
 
   const std::wstring folder;  // ends in "\"
   RetryBudget retry_budget;
-  std::vector<Handle> locked;  // against other runs, until the replacement is over
-  DWORD map_attributes = 0;    // of the locked map
+  std::vector<Handle> locks;  // held until the map is closed
+  DWORD map_attributes = 0;   // of the locked map
 };
 
-// Removes the temporary file `name` that a killed run left in a folder, whose path ends in "\". The
-// rule: the name is exactly one of `MapFolder::temporary_name`, it is an ordinary file and no link,
-// and its lock can be had: a run holds those of its files, and Windows lets go of them when the run
-// is killed.
+// Removes the stale temporary `name`, which a killed run left in a folder, whose path ends in "\".
+// The rule: the name is one of `OpenMap::temporary_name`, it is an ordinary file and no link, and
+// its lock is free. A run holds the locks of its temporary files, and Windows releases them when
+// the run is killed.
 void remove_stale_temporary(const std::wstring& folder, const std::wstring& name);

@@ -37,13 +37,8 @@ class ReplaceOnPosix : public testing::Test {
 protected:
   ReplaceOnPosix() { write_file(maps / "a.galaxy", "old"); }
 
-  static Replacement wanted() {
-    return {"C:\\m\\a.galaxy",
-            "old",
-            {{"C:\\m\\a.galfix", "fix"}, {"C:\\m\\a.galaxy", "new"}},
-            "C:\\m\\a.galold"};
-  }
-  Result<Done> replace() { return replace_map(files, wanted()); }
+  static Replacement wanted() { return {"old", {{"a.galfix", "fix"}}, "new", "a.galold"}; }
+  Result<Done> replace() { return open_and_replace(files, "C:\\m\\a.galaxy", wanted()); }
 
   // Replaces a new map, in debug mode or with everything, while `before` is told the number of each
   // call to the disk; how many calls that were.
@@ -55,11 +50,9 @@ protected:
       return 0;
     });
     PrefixFiles watched_files(machine_of(machine), watched);
-    std::vector<NewFile> put = {{"C:\\m\\a.galtst", "new"}};
-    if (!debug)
-      put = {{"C:\\m\\a.galfix", "new"}, {"C:\\m\\a.galaxy", "new"}};
-    static_cast<void>(replace_map(watched_files,
-                                  {"C:\\m\\a.galaxy", "old", put, debug ? "" : "C:\\m\\a.galold"}));
+    const Replacement in_debug_mode{"old", {{"a.galtst", "new"}}, "new", ""};
+    static_cast<void>(
+        open_and_replace(watched_files, "C:\\m\\a.galaxy", debug ? in_debug_mode : wanted()));
     return watched.calls;
   }
 
@@ -180,7 +173,8 @@ TEST_F(ReplaceOnPosix, WhatIsNoOrdinaryFileIsLeftAlone) {
     const auto opened = files.open_map("C:\\m\\a.galaxy");
     fs::remove(map);
     make();
-    EXPECT_EQ((*opened)->replace(wanted()).failure().reason, "it is not an ordinary file any more");
+    EXPECT_EQ(replace_map(**opened, wanted()).failure().reason,
+              "it is not an ordinary file any more");
     EXPECT_EQ(std::distance(fs::directory_iterator(maps), {}), 1);
   }
   EXPECT_EQ(read_file(other), "old");

@@ -17,16 +17,11 @@ class Replace : public testing::Test {
 protected:
   Replace() { scratch.add("a.galaxy", "old"); }
 
-  Replacement wanted() const {
-    return {scratch / "a.galaxy",
-            "old",
-            {{scratch / "a.galfix", "fix"}, {scratch / "a.galaxy", "new"}},
-            scratch / "a.galold"};
-  }
+  static Replacement wanted() { return {"old", {{"a.galfix", "fix"}}, "new", "a.galold"}; }
 
   Result<Done> replace() {
     const auto map = files.open_map(scratch / "a.galaxy");
-    return map ? (*map)->replace(wanted()) : map.failure();
+    return map ? replace_map(**map, wanted()) : map.failure();
   }
 
   // Holds a file as a virus scanner does, sharing nothing or reading alone.
@@ -40,13 +35,12 @@ protected:
   // Replaces the map; `waiting` is called instead of each wait, which `waits` counts.
   Result<Done> replace_waiting(const std::function<void()>& waiting) {
     waits.clear();
-    WindowsMapFolder folder(system_path(scratch.path).wstring(), "a.galaxy",
-                            RetryBudget([&](DWORD milliseconds) {
-                              waits.push_back(milliseconds);
-                              waiting();
-                            }));
-    const Replacement replacement = wanted();
-    return Replacing(folder, replacement).run();
+    WindowsMap map(scratch / "a.galaxy", system_path(scratch.path).wstring(), "a.galaxy", "old",
+                   RetryBudget([&](DWORD milliseconds) {
+                     waits.push_back(milliseconds);
+                     waiting();
+                   }));
+    return replace_map(map, wanted());
   }
 
   std::vector<DWORD> waits;
@@ -55,11 +49,11 @@ protected:
   WindowsFiles files;
 };
 
-// A folder of a file system that knows no second names.
-class WithoutLinks : public WindowsMapFolder {
+// A map on a file system without hard links.
+class WithoutLinks : public WindowsMap {
 public:
-  using WindowsMapFolder::WindowsMapFolder;
-  Answer<bool> link(const std::string&, const std::string&) override { return false; }
+  using WindowsMap::WindowsMap;
+  Result<bool> link(const std::string&, const std::string&) override { return false; }
 };
 
 }  // namespace
@@ -72,9 +66,8 @@ TEST_F(Replace, LeavesTheBackupAndNothingElse) {
 }
 
 TEST_F(Replace, CopiesTheBackupWhereThereAreNoSecondNames) {
-  WithoutLinks folder(system_path(scratch.path).wstring(), "a.galaxy");
-  const Replacement replacement = wanted();
-  ASSERT_TRUE(bool(Replacing(folder, replacement).run()));
+  WithoutLinks map(scratch / "a.galaxy", system_path(scratch.path).wstring(), "a.galaxy", "old");
+  ASSERT_TRUE(bool(replace_map(map, wanted())));
   EXPECT_EQ(scratch.tree(), replaced);
   EXPECT_FALSE(scratch.attributes_of("a.galold") & FILE_ATTRIBUTE_HIDDEN);
 }

@@ -26,26 +26,6 @@ void add_value(const fs::path& hive, const std::string& key, const std::string& 
   write_file(hive, with_value(before, key, name, {RegistryValue::Type::text, text}));
 }
 
-// What the steps work with, and themselves.
-struct Opened {
-  explicit Opened(const fs::path& path)
-      : folder(open_path(system_disk(), path.parent_path().string() + "/", O_RDONLY | O_DIRECTORY)),
-        map{path.filename(), open_path(system_disk(), path.string(), O_RDONLY), {}, {}} {
-    names.refresh(folder);
-    describe(map.handle, map.status);
-    map.stamp = PrefixMapFolder::stamp(map.status);
-  }
-
-  Handle folder;
-  MapFile map;
-  FolderNames names;
-};
-class OpenedMapFolder : Opened, public PrefixMapFolder {
-public:
-  explicit OpenedMapFolder(const fs::path& path)
-      : Opened(path), PrefixMapFolder(Opened::folder, Opened::names, Opened::map) {}
-};
-
 }  // namespace
 
 TestMachine::TestMachine() {
@@ -84,10 +64,6 @@ std::unique_ptr<Files> TestMachine::files() const {
 
 std::unique_ptr<System> TestMachine::system(const std::string& arguments) const {
   return std::make_unique<PrefixSystem>(machine_of(*this), arguments);
-}
-
-std::unique_ptr<MapFolder> TestMachine::map_folder(const fs::path& map) const {
-  return std::make_unique<OpenedMapFolder>(map);
 }
 
 std::string z_path(const fs::path& path) {

@@ -3,7 +3,6 @@
 #include "tests/support/test_machine.h"
 
 #include "platform/windows/windows_files.h"
-#include "platform/windows/windows_map.h"
 #include "platform/windows/windows_system.h"
 #include "tests/support/moved_folder.h"
 #include "tests/support/scratch_folder.h"
@@ -94,10 +93,6 @@ std::unique_ptr<Files> TestMachine::files() const {
 
 std::unique_ptr<System> TestMachine::system(const std::string& arguments) const {
   return std::make_unique<MachineSystem>(program.string(), arguments);
-}
-
-std::unique_ptr<MapFolder> TestMachine::map_folder(const fs::path& map) const {
-  return std::make_unique<WindowsMapFolder>(map.parent_path().wstring(), map.filename().string());
 }
 
 std::string z_path(const fs::path& path) { return path.string(); }
