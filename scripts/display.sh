@@ -1,5 +1,5 @@
-# A display of its own, for a script that drives the window. Source it after common.sh; the script
-# calls stopdisplay when it exits.
+# A private X display for scripts that drive the window. Source it after common.sh, and call
+# stopdisplay on exit.
 
 startdisplay() {
   local number
@@ -12,7 +12,7 @@ startdisplay() {
 
 stopdisplay() { kill "$displayprocess" 2>/dev/null || true; }
 
-# Waits until a command succeeds, a minute at most.
+# Retries a command until it succeeds, for a minute at most.
 waitfor() {
   local tries
   for ((tries = 0; tries < 600; tries++)); do
@@ -23,7 +23,8 @@ waitfor() {
   return 1
 }
 
-# Clicks on a control of the window, which stands in the screen's corner; the layout knows where.
+# Clicks on a control, whose position is read from the layout. The window must be at the screen's
+# top left corner.
 clickon() {
   local left top width height
   read -r left top width height < <(sed -nE \

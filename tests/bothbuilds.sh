@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
-# Runs the Linux build and the Windows build on one machine, made by Wine, with the same maps: both
-# must leave the same files behind, and say the same.
-# bothbuilds.sh <Linux build folder> <Windows build folder>, by scripts/test-windows
+# Runs the Linux build and the Windows build in one Wine prefix with the same maps: both must leave
+# the same files and print the same messages. scripts/test-windows calls it:
+# bothbuilds.sh <Linux build folder> <Windows build folder>
 set -euo pipefail
 : "${VORA_THROWAWAY_MACHINE:?this changes the machine: run it by scripts/test-windows}"
 linux=$(cd "$1" && pwd)
@@ -10,8 +10,8 @@ cd "$(dirname "$0")/.."
 source scripts/wine.sh
 c=$WINEPREFIX/drive_c
 user=$c/users/$(id -un)
-# On drive C:, since a run without search roots walks the whole drive of the current folder. One
-# folder for both programs: "info.txt" names it and its first file, and would differ in nothing else.
+# On drive C:, since a run without search roots walks the whole drive of the current folder. Both
+# programs run in one folder, because "info.txt" names it and its first file.
 scratch=$c/both
 rm -rf "$scratch"
 mkdir -p "$scratch/program" "$scratch/data"
@@ -31,7 +31,7 @@ register() { # register <edition> <folder>
   savewine  # the Linux program reads the registry's files
 }
 
-# The maps of a sample, its own users' folders in those of the machine's user.
+# Copies a sample's maps, those of its user's folders into the folders of the prefix's user.
 putmaps() { # putmaps <base|expansion> <executable> <line of the target file>
   local sample=sample/$1/drive_c
   local programs="$c/Program Files (x86)"
@@ -45,7 +45,7 @@ putmaps() { # putmaps <base|expansion> <executable> <line of the target file>
   cp -r data "$scratch/data"
 }
 
-# What a program left: every file's name and checksum, folders and links by their names.
+# Lists what a program left: files with their checksums, folders and symlinks by name.
 leftbehind() {
   (cd "$c" && find "Program Files (x86)"/Vorakai* "users/$(id -un)/AppData/Local" \
     "users/$(id -un)/Documents/" \( -type f -exec sha256sum {} + \) -o -print | LC_ALL=C sort -k 2)
@@ -64,13 +64,13 @@ runon() { # runon <debug?> <maps and executable...> -- <command...>
   putmaps "${maps[@]}"
   [ "$debug" = no ] || sed -i '7s/.*/debug\r/' "$scratch/data/targetvoraver.txt"
   status=0
-  # Into a file: processes of the machine that outlive the program would keep a pipe open.
+  # To a file: Wine processes that outlive the program would keep a pipe open.
   (cd "$scratch/data" && "$@" > "$scratch/said" 2>&1) || status=$?
   said=$(tr -d '\r' < "$scratch/said")
   left=$(leftbehind)
 }
 
-# Runs a Windows program. One that waits for an answer that nobody gives ends with its machine.
+# Runs a Windows program. One that shows a message box is ended after five minutes.
 onwindows() {
   local status=0
   timeout 300 "$wine" "$@" || status=$?
@@ -80,7 +80,7 @@ onwindows() {
 
 plainly() { onwindows "$scratch/program/vora-map-updater.exe" /silent; }
 
-# As a user types it who wants to keep what it says: a blank after the argument would be one more.
+# With a redirection, as in the README: it stands first, as cmd passes on the blank before it.
 fromprompt() {
   local status=0
   onwindows cmd /c 'C:\both\program\vora-map-updater.exe 2> ..\told.txt /silent' || status=$?

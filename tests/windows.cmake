@@ -1,4 +1,4 @@
-# The tests of the Windows build. A cross build makes GoogleTest from Debian's sources of it.
+# The tests of the Windows build. A cross build compiles GoogleTest from Debian's source package.
 if(CMAKE_CROSSCOMPILING)
   set(INSTALL_GTEST OFF)
   add_subdirectory(/usr/src/googletest googletest EXCLUDE_FROM_ALL)
@@ -17,7 +17,7 @@ add_library(testsupport INTERFACE)
 target_include_directories(testsupport INTERFACE ${CMAKE_SOURCE_DIR})
 target_link_libraries(testsupport INTERFACE ui windows executable GTest::gtest_main)
 
-# One program for the tests of a folder of the sources. They share the machine.
+# One test program for each source folder. They share one Wine prefix, so they run one at a time.
 function(testsof name)
   add_executable(test-${name} ${ARGN})
   target_link_libraries(test-${name} PRIVATE testsupport)
@@ -25,7 +25,7 @@ function(testsof name)
   set_tests_properties(${name} PROPERTIES RESOURCE_LOCK machine)
 endfunction()
 
-# What changes the machine itself runs on one that Wine made, never on a developer's own.
+# Tests that change the registry run only under Wine, never on a developer's own Windows.
 if(NOT CMAKE_CROSSCOMPILING)
   testsof(platform platform/osversion_test.cpp)
   testsof(form form/linearray_test.cpp form/text_test.cpp)
