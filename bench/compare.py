@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Times the whole program against what a user would do instead, in turn, and prints the medians.
+"""Times the program and its alternatives in turn, and prints the medians.
 
     compare.py convert|script|growth|search|start WORKFOLDER --build BUILDFOLDER [--rounds N]
 
@@ -26,14 +26,14 @@ def each(tree, ending):
 
 
 def restore(tree):
-    """Brings every map back from its backup, so that each run begins with the same tree."""
+    """Restores every map from its backup, so that each run begins with the same tree."""
     for ending in (".galold", ".bak"):
         for backup in list(each(tree, ending)):
             os.replace(backup, backup.removesuffix(ending) + (".galaxy" if ending != ".bak" else ""))
 
 
 def digest(tree):
-    """What a tree holds, backups included."""
+    """A checksum of all files in a tree, backups included."""
     result = hashlib.sha256()
     for path in sorted(each(tree, "")):
         with open(path, "rb") as file:
@@ -55,14 +55,14 @@ def run(command, folder, environment, statuses=(0,)):
 
 
 def output(command, folder, environment):
-    """What an unmeasured run prints, its errors behind it."""
+    """The stdout and stderr of a run that is not timed."""
     result = subprocess.run(command, cwd=folder, env=environment, stdout=subprocess.PIPE,
                             stderr=subprocess.STDOUT, text=True, check=False)
     return result.stdout
 
 
 def makesedscript(data, path):
-    """As many rules as the template has lines to recognise."""
+    """Writes a sed script with one rule for each recognition line of the template."""
     with open(os.path.join(data, "voldstruct9.txt"), encoding="utf-8") as template:
         lines = [line.rstrip("\r\n") for line in template]
     with open(path, "w", encoding="utf-8") as script:
@@ -70,9 +70,8 @@ def makesedscript(data, path):
 
 
 def converted(command, folder, environment, tree):
-    """Has the program convert the tree, sees that it did, and puts the tree back. The memory that
-    it needed, in bytes: a child of this script would be said to need what the script does, hence
-    `time`, which is small."""
+    """Runs the program, checks that it converted every map, restores the tree and returns the peak
+    memory in bytes. `time` measures it, as a direct child would inherit this script's peak."""
     count = sum(1 for _ in each(tree, ".galaxy"))
     said = output(["/usr/bin/time", "-f", "%M", *command], folder, environment)
     if sum(1 for _ in each(tree, ".galold")) != count:
@@ -82,7 +81,7 @@ def converted(command, folder, environment, tree):
 
 
 class Contest:
-    """Contenders that have their turns; `restored` puts the tree back after each."""
+    """Runs contenders in turn; `restored` restores the tree after each run."""
 
     def __init__(self, contenders, environment, restored=lambda: None, statuses=(0,)):
         self.contenders = contenders
@@ -112,7 +111,7 @@ class Contest:
 
 
 def checkresults(contenders, environment, tree):
-    """The yardstick must do the same work: both converters must leave the same bytes."""
+    """Checks that the program and the script leave the same bytes."""
     digests = []
     for name in ("program", "convert.py"):
         command, folder = contenders[name]
@@ -190,7 +189,7 @@ def search(folder, build, environment, rounds):
 
 
 def start(folder, build, environment, rounds):
-    """From nothing to the form that would wait for its user, if there were a window."""
+    """Times start-up until the program would wait for its user, if there were a window."""
     with open(os.path.join(folder, "machine/system.reg"), "a", encoding="utf-8") as registry:
         for i in range(20000):
             registry.write(f"\n[Software\\\\Classes\\\\CLSID\\\\{{{i}}}] 1\n@=\"class {i}\"\n"
@@ -203,9 +202,9 @@ def start(folder, build, environment, rounds):
     }
     environment = {name: environment[name] for name in environment
                    if name not in ("DISPLAY", "WAYLAND_DISPLAY")}
-    # Without a window to wait in the program ends with 1.
+    # Without a window the program exits with status 1.
     if not output(*contenders["program"], environment).startswith("There is no window"):
-        sys.exit("the program does not come to its end")
+        sys.exit("the program did not finish its start-up")
     contest = Contest(contenders, environment, statuses=(0, 1))
     contest.play(8 * rounds)
     contest.tell()

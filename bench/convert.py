@@ -1,8 +1,8 @@
 #!/usr/bin/env python3
-"""Converts the galaxy maps below a folder by the plain definition, one line at a time.
+"""Converts the galaxy maps below a folder in the simplest way, one line at a time.
 
-The program's independent check and yardstick: it tries every template line on every map line,
-and renames and writes with nothing but the standard library. Maps and templates stay bytes.
+An independent implementation to check and time the program against: it compares every template
+line with every map line, and uses only the standard library. Maps and templates stay bytes.
 
     convert.py FOLDER --edition v|t --data DATAFOLDER
 """
@@ -22,14 +22,14 @@ class TemplateError(Exception):
 
 
 def split(text):
-    """The lines of a text without its trailing line ends."""
+    """The lines of a text, without trailing empty lines."""
     while text.endswith(EOL):
         text = text[:-2]
     return text.split(EOL) if text else []
 
 
 def readlines(path):
-    """The lines of a file; a missing file has 11 empty ones."""
+    """The lines of a file; a missing file counts as 11 empty lines."""
     if not os.path.isfile(path):
         return [b""] * 11
     with open(path, "rb") as file:
@@ -37,7 +37,7 @@ def readlines(path):
 
 
 def number(text):
-    """The number at the start of a text, its blanks skipped; 0 when there is none."""
+    """The number at the start of a text, ignoring blanks; 0 if there is none."""
     found = NUMBER.match(text.translate(None, b" \t"))
     return float(found.group()) if found else 0.0
 
@@ -50,7 +50,7 @@ class Template:
         self.heads = [i for i, line in enumerate(self.lines) if line.find(b"$") > 0] or [0]
 
     def count(self, section):
-        """A header's number of lines: the whole part of what stands after its first "$"."""
+        """A section's count: the integer part of the number after its header's first "$"."""
         header = b"".join(self.lines[self.heads[section]:][:1])
         return int(number(header[header.find(b"$") + 1:]))
 
@@ -58,16 +58,16 @@ class Template:
         raise TemplateError(f"{self.name}: {why}")
 
     def match(self, line):
-        """The last template line that the line begins with; 0 when there is none."""
+        """The index of the last template line that the line begins with; 0 if there is none."""
         return max((j for j, text in enumerate(self.lines) if line.startswith(text)), default=0)
 
     def sectionof(self, t):
-        """The last section whose header stands before template line t, else section 0."""
+        """The last section whose header is above template line t; 0 if there is none."""
         return max((s for s, head in enumerate(self.heads) if head < t), default=0)
 
 
 def fill(text, first, aligned):
-    """One output line of a new-format section, or None when its ending drops it."""
+    """One output line of a new-format section, or None if its marker drops it."""
     if text.endswith(b" #"):
         return text[:-1] + aligned[-1:]
     if text.endswith(b"##"):
@@ -78,7 +78,7 @@ def fill(text, first, aligned):
 
 
 def rewrite(old, new, section, lines, k, out):
-    """Writes a section in the new format; gives the index of the line to go on with."""
+    """Writes a section in the new format; returns the index of the next line to match."""
     for template in (old, new):
         if not os.path.isfile(template.path):
             template.fail("the file is missing")
@@ -100,7 +100,7 @@ def rewrite(old, new, section, lines, k, out):
 
 
 def convert(lines, old, new, needed=1):
-    """The text in the new format; a section begins where `needed` lines in a row match."""
+    """The text in the new format; a block begins where `needed` lines in a row match."""
     out, k = [], 0
     while k <= len(lines) - needed:
         hits = [old.match(line) for line in lines[k:k + needed]]
@@ -118,7 +118,7 @@ def write(path, text):
 
 
 def keepold(how, path):
-    """The map as it was stays beside it; one kept by an earlier run moves to a name of its own."""
+    """Makes the backup; an older backup of other content moves to the first free number."""
     old, n = path[:-3] + "old", 2
     while os.path.exists(f"{old}{n}"):
         n += 1
@@ -128,7 +128,7 @@ def keepold(how, path):
 
 
 def convertmap(path, edition, folder, current):
-    """Brings one map up to date; True when it was older than the current format."""
+    """Converts one map; returns whether it was older than the current format."""
     lines = readlines(path)
     if len(lines) < 2:
         return False
@@ -154,7 +154,7 @@ def convertmap(path, edition, folder, current):
 
 
 def findmaps(folder):
-    """The maps below a folder: its subfolders first, names in order without regard to case."""
+    """The maps below a folder: subfolders first, names in case-insensitive order."""
     entries = sorted(os.scandir(folder), key=lambda entry: entry.name.lower())
     entries = [entry for entry in entries if entry.name[0] != "." and not entry.is_symlink()]
     for entry in entries:

@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
-"""Makes a tree of galaxy maps of an old format, and the templates that bring them up to date.
+"""Generates a tree of galaxy maps in an old format, and the templates that convert them.
 
-The same arguments always give the same bytes.
+The output depends on the arguments alone.
 
     make_tree.py TREE DATAFOLDER [--maps N] [--folders N] [--lines N] [--sections N] [--known N]
 """
@@ -19,7 +19,7 @@ def write(path, lines):
 
 
 class Section:
-    """A part of a map: what it begins with, and its lines in both formats."""
+    """A section: its recognition lines, and its number of lines in both formats."""
 
     def __init__(self, number, known, chance):
         self.name = f"section{number}"
@@ -35,7 +35,7 @@ class Section:
         return [f"{self.name}${self.newcount}", *lines]
 
     def block(self, chance):
-        """A block of a map: its first line is known, the others carry values."""
+        """A block of a map: a recognised line, then lines with values."""
         values = [f"\t\tvalue of line {i} = {chance.randint(10, 99999)}" for i in
                   range(1, self.oldcount)]
         return [f"{chance.choice(self.known)} {chance.randint(10, 99)}", *values]
@@ -51,7 +51,7 @@ def maketemplates(folder, sections):
 
 
 def makepieces(sections, chance):
-    """What maps are put together from: blocks, each followed by lines that nothing recognises."""
+    """The building blocks of maps: a block each, followed by lines that are not recognised."""
     pieces = []
     for section in sections * 4:
         others = [f"\tfree line {chance.randint(0, 10**9):09d} of the map" for _ in range(4)]

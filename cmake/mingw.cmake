@@ -1,4 +1,4 @@
-# Builds for Windows with Debian's MinGW-w64, and runs what it built with Wine.
+# Cross-compiles for Windows with Debian's MinGW-w64, and runs the results with Wine.
 set(CMAKE_SYSTEM_NAME Windows)
 set(CMAKE_SYSTEM_PROCESSOR x86_64)
 

@@ -1,10 +1,10 @@
-# What the scripts share. Source it from a script that has set -euo pipefail.
+# Functions shared by the scripts. Source it after set -euo pipefail.
 
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 
 say() { printf '\n== %s\n' "$*"; }
 
-# Installs the Debian packages that are missing. Where none is, it needs no network and no root.
+# Installs the Debian packages that are missing. Needs network and root only if there are any.
 need() {
   local missing=() package
   for package in "$@"; do
@@ -20,10 +20,10 @@ need() {
     apt-get install -y --no-install-recommends "${missing[@]}"
 }
 
-# The project's own C++ files in these folders.
+# Lists the C++ files in the given folders.
 sources() { find "$@" -name '*.cpp' -o -name '*.h'; }
 
-# Configures and builds a preset: all of it, or the targets that are named.
+# Configures a preset and builds it: all targets, or those given.
 # build <preset> [target...]
 build() {
   local preset=$1
@@ -33,8 +33,8 @@ build() {
   cmake --build --preset "$preset" -j "$(nproc)" ${1:+--target "$@"}
 }
 
-# Copies a sample machine and the data files to a folder of their own, and writes the game's
-# executable, whose release is the one that the target file asks for unless another is given.
+# Copies a sample machine and the data files to a folder, and makes the game's executable there. Its
+# release is the one that the target file names, unless another is given.
 # make_sample <base|expansion> <folder> [build folder] [release]
 make_sample() {
   local name=$1 folder=$2 built=${3:-build/release} line=1 executable='Vorakai/Vorakai.exe'

@@ -1,5 +1,5 @@
-# A display of its own, for a script that drives the window. Source it after common.sh; the script
-# calls stop_display when it exits.
+# A private X display for scripts that drive the window. Source it after common.sh, and call
+# stop_display on exit.
 
 start_display() {
   local number
@@ -12,7 +12,7 @@ start_display() {
 
 stop_display() { kill "$display_process" 2>/dev/null || true; }
 
-# Waits until a command succeeds, a minute at most.
+# Retries a command until it succeeds, for a minute at most.
 wait_for() {
   local tries
   for ((tries = 0; tries < 600; tries++)); do
@@ -23,7 +23,8 @@ wait_for() {
   return 1
 }
 
-# Clicks on a control of the window, which stands in the screen's corner; the layout knows where.
+# Clicks on a control, whose position is read from the layout. The window must be at the screen's
+# top left corner.
 click_on() {
   local left top width height
   read -r left top width height < <(sed -nE \

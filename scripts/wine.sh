@@ -1,12 +1,12 @@
-# A throw-away Windows machine made by Wine, for a script that runs the Windows build. Source it
-# after common.sh and display.sh; the script calls save_wine when it exits. What it makes is marked by
-# VORA_THROWAWAY_MACHINE: tests change the machine, and refuse any that is not theirs.
+# A throw-away Wine prefix for scripts that run the Windows build. Source it after common.sh and
+# display.sh, and call save_wine on exit. VORA_THROWAWAY_MACHINE marks it: tests change the registry
+# and files of their prefix, and refuse one without the mark.
 
 export WINEDEBUG=-all WINEDLLOVERRIDES='mscoree,mshtml=,winemenubuilder.exe=d'
-export LC_ALL=C.UTF-8  # names of files are UTF-8 on both sides
+export LC_ALL=C.UTF-8  # so that file names are UTF-8 for Wine, too
 wine=/usr/lib/wine/wine64
 
-# start_wine <folder>: makes a fresh machine there, with a home of its own.
+# start_wine <folder>: makes a fresh Wine prefix there, with a home folder of its own.
 start_wine() {
   rm -rf "$1"
   mkdir -p "$1/home"
@@ -17,7 +17,7 @@ start_wine() {
   save_wine
 }
 
-# Writes the registry to its files and ends every process of the machine.
+# Ends every process of the Wine prefix, which also writes the registry to its files.
 save_wine() {
   if [ -n "${VORA_THROWAWAY_MACHINE:-}" ]; then "${wine%64}server64" --kill 2>/dev/null || true; fi
 }

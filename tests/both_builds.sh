@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
-# Runs the Linux build and the Windows build on one machine, made by Wine, with the same maps: both
-# must leave the same files behind, and say the same.
-# both_builds.sh <Linux build folder> <Windows build folder>, by scripts/test-windows
+# Runs the Linux build and the Windows build in one Wine prefix with the same maps: both must leave
+# the same files and print the same messages. scripts/test-windows calls it:
+# both_builds.sh <Linux build folder> <Windows build folder>
 set -euo pipefail
 : "${VORA_THROWAWAY_MACHINE:?this changes the machine: run it by scripts/test-windows}"
 linux=$(cd "$1" && pwd)
@@ -10,8 +10,8 @@ cd "$(dirname "$0")/.."
 source scripts/wine.sh
 c=$WINEPREFIX/drive_c
 user=$c/users/$(id -un)
-# On drive C:, since a run without search roots walks the whole drive of the current folder. One
-# folder for both programs: "info.txt" names it and its first file, and would differ in nothing else.
+# On drive C:, since a run without search roots walks the whole drive of the current folder. Both
+# programs run in one folder, because "info.txt" names it and its first file.
 scratch=$c/both
 rm -rf "$scratch"
 mkdir -p "$scratch/program" "$scratch/data"
@@ -31,7 +31,7 @@ register() { # register <edition> <folder>
   save_wine  # the Linux program reads the registry's files
 }
 
-# The maps of a sample, its own users' folders in those of the machine's user.
+# Copies a sample's maps, those of its user's folders into the folders of the prefix's user.
 put_maps() { # put_maps <base|expansion> <executable> <line of the target file>
   local sample=sample/$1/drive_c
   local programs="$c/Program Files (x86)"
@@ -39,13 +39,17 @@ put_maps() { # put_maps <base|expansion> <executable> <line of the target file>
   cp -r "$sample/Program Files (x86)"/Vorakai* "$programs"
   cp -r "$sample/users/player/AppData/Local"/. "$user/AppData/Local"
   cp -r "$sample/users/player/Documents"/. "$user/Documents"
-  printf 'only one line' > "$programs/${2%/*}/bad.galaxy"
+  local folder
+  for folder in "$user/AppData/Local/Kettlewick Games/Vorakai" \
+    "$user/Documents/My Games/Kettlewick Games/Vorakai Tarnfall"; do
+    [ ! -d "$folder" ] || printf 'only one line' > "$folder/bad.galaxy"
+  done
   "$linux/make_executable" "$programs/$2" "$(sed -n "$3p" data/targetvoraver.txt | tr -d '\r')"
   rm -rf "$scratch/data"
   cp -r data "$scratch/data"
 }
 
-# What a program left: every file's name and checksum, folders and links by their names.
+# Lists what a program left: files with their checksums, folders and symlinks by name.
 left_behind() {
   (cd "$c" && find "Program Files (x86)"/Vorakai* "users/$(id -un)/AppData/Local" \
     "users/$(id -un)/Documents/" \( -type f -exec sha256sum {} + \) -o -print | LC_ALL=C sort -k 2)
@@ -64,13 +68,13 @@ run_on() { # run_on <debug?> <maps and executable...> -- <command...>
   put_maps "${maps[@]}"
   [ "$debug" = no ] || sed -i '7s/.*/debug\r/' "$scratch/data/targetvoraver.txt"
   status=0
-  # Into a file: processes of the machine that outlive the program would keep a pipe open.
+  # To a file: Wine processes that outlive the program would keep a pipe open.
   (cd "$scratch/data" && "$@" > "$scratch/said" 2>&1) || status=$?
   said=$(tr -d '\r' < "$scratch/said")
   left=$(left_behind)
 }
 
-# Runs a Windows program. One that waits for an answer that nobody gives ends with its machine.
+# Runs a Windows program. One that shows a message box is ended after five minutes.
 on_windows() {
   local status=0
   timeout 300 "$wine" "$@" || status=$?
@@ -80,7 +84,7 @@ on_windows() {
 
 plainly() { on_windows "$scratch/program/vora-map-updater.exe" /silent; }
 
-# As a user types it who wants to keep what it says: a blank after the argument would be one more.
+# With a redirection, as in the README: it stands first, as cmd passes on the blank before it.
 from_prompt() {
   local status=0
   on_windows cmd /c 'C:\both\program\vora-map-updater.exe 2> ..\told.txt /silent' || status=$?
@@ -92,19 +96,20 @@ compare() { # compare <what> <how Windows starts it> <debug?> <maps and executab
   local what=$1 start=$2
   shift 2
   run_on "$@" -- env -u DISPLAY "$scratch/program/vora-map-updater" /silent
-  local linuxleft=$left linuxsaid=$said linuxstatus=$status
-  local linuxinfo
-  linuxinfo=$(cat "$scratch/data/info.txt" 2>/dev/null) || true
+  local linux_left=$left linux_said=$said linux_status=$status
+  local linux_info
+  linux_info=$(cat "$scratch/data/info.txt" 2>/dev/null) || true
   run_on "$@" -- "$start"
-  check "$what: exit status" "$linuxstatus" "$status"
-  check "$what: what it says" "$linuxsaid" "$said"
+  check "$what: exit status" "$linux_status" "$status"
+  check "$what: what it says" "$linux_said" "$said"
+  check "$what: the skipped map" yes "$([[ $said == *bad.galaxy* ]] && echo yes || echo no)"
   local written=galold
   [ "$1" = no ] || written=galtst
   check "$what: maps converted" yes "$(grep -q "\.$written\$" <<< "$left" && echo yes || echo no)"
-  [ "$linuxleft" = "$left" ] && return
+  [ "$linux_left" = "$left" ] && return
   printf 'FAILED %s: what it leaves behind\n' "$what"
-  diff <(printf '%s\n' "$linuxleft") <(printf '%s\n' "$left") || true
-  diff <(printf '%s\n' "$linuxinfo") "$scratch/data/info.txt" || true
+  diff <(printf '%s\n' "$linux_left") <(printf '%s\n' "$left") || true
+  diff <(printf '%s\n' "$linux_info") "$scratch/data/info.txt" || true
   failed=1
 }
 
@@ -115,6 +120,17 @@ compare "base, debug" plainly yes base Vorakai/Vorakai.exe 1
 register voratarnfall 'Vorakai Tarnfall'
 compare expansion plainly no expansion 'Vorakai Tarnfall/Vorakai Tarnfall.exe' 5
 compare "expansion, debug" plainly yes expansion 'Vorakai Tarnfall/Vorakai Tarnfall.exe' 5
+
+# The README's command to get all maps of a folder tree back, as typed at the prompt.
+restore=$(sed -n '/^```bat$/,/^```$/{/^```/!p}' README.md)
+maps() { (cd "$c" && find users -iname '*.gal[ao]*' -type f -exec cksum {} + | sort -k 3); }
+register vora Vorakai
+put_maps base Vorakai/Vorakai.exe 1
+before=$(maps)
+(cd "$scratch/data" && env -u DISPLAY "$scratch/program/vora-map-updater" /silent > /dev/null 2>&1) || true
+check "converted before they are restored" no "$([ "$before" = "$(maps)" ] && echo yes || echo no)"
+(cd "$c" && on_windows cmd <<< "$restore"$'\r' > "$scratch/said" 2>&1)
+check "restored at the prompt" "$before" "$(maps)"
 
 [ $failed = 0 ] && echo "both builds agree"
 exit $failed

@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Installs the program into a folder, runs it there, and looks into the package.
+# Installs the program into a folder, runs it there, and checks the package's content.
 # package.sh <build folder>
 set -euo pipefail
 build=$(cd "$1" && pwd)
@@ -20,7 +20,7 @@ appstreamcli validate --no-net "$installed/share/metainfo/vora-map-updater.metai
 man --warnings "$installed/share/man/man1/vora-map-updater.1" 2>&1 > /dev/null | grep . &&
   fail 'the man page has mistakes'
 
-# As the desktop would start it, though into Qt's platform without a screen.
+# Start it as the desktop entry does, with Qt's offscreen platform.
 folder=$(sed -n 's/^Path=//p' "$desktop")
 [ -f "$folder/targetvoraver.txt" ] || fail "there are no data files in $folder"
 diff -r data "$folder"

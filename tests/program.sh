@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Starts the program itself on the sample machines: what it converts, says and gives back.
+# Runs the program on the sample machines and checks maps, messages and exit status.
 # program.sh <build folder>
 set -euo pipefail
 build=$(cd "$1" && pwd)
@@ -14,7 +14,7 @@ check() { # check <what> <expected> <found>
   failed=1
 }
 
-# Without a display, whatever the machine of the test has.
+# Never use a display, even if there is one.
 unset DISPLAY WAYLAND_DISPLAY QT_QPA_PLATFORM
 
 run() { # run <arguments...>: sets status and said
@@ -23,7 +23,7 @@ run() { # run <arguments...>: sets status and said
     status=$?
 }
 
-# Every map and companion, each name with its content.
+# Lists maps and companions with their checksums.
 maps() { (cd "$1" && find drive_c -type f -iname '*.gal*' -exec cksum {} + | sort -k 3); }
 
 for edition in base expansion; do
@@ -37,14 +37,28 @@ for edition in base expansion; do
   check "$edition: a second run" "$(maps "tests/expected/$edition")" "$(maps "$scratch/machine")"
 done
 
-# The plain script of the same conversion must agree. It knows no roots, only one folder: in the
-# expansion's case the user's, since its game folder is not searched.
+# The plain script of the same conversion must give the same maps. It converts one folder tree: for
+# the expansion the user's, since the program does not search the expansion's game folder.
 for edition in base expansion; do
   folder=$([ $edition = base ] && echo drive_c || echo drive_c/users)
   make_sample "$edition" "$scratch" "$build"
   letter=$([ $edition = base ] && echo v || echo t)
   python3 bench/convert.py "$scratch/machine/$folder" --edition $letter --data data > /dev/null
   check "$edition: the plain script" "$(maps "tests/expected/$edition")" "$(maps "$scratch/machine")"
+done
+
+# The README's command to get all maps of a folder tree back.
+restore=$(sed -n '/^```sh$/,/^```$/{/^```/!p}' README.md)
+for edition in base expansion; do
+  make_sample "$edition" "$scratch" "$build"
+  map=$(find "$scratch/machine" -name 'Amber Reach.galaxy' -o -name 'Rung One.galaxy')
+  cp "$map" "${map%/*}/ odd [1]*  'name'.GalAxy"
+  before=$(maps "$scratch/machine")
+  run /silent
+  check "$edition: converted" no "$([ "$before" = "$(maps "$scratch/machine")" ] && echo yes || echo no)"
+  (cd "$scratch/machine/drive_c" && sh -c "$restore")
+  find "$scratch/machine" -iname '*.galfix' -delete
+  check "$edition: restored" "$before" "$(maps "$scratch/machine")"
 done
 
 make_sample base "$scratch" "$build" 9.9.9.9

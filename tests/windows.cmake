@@ -1,4 +1,4 @@
-# The tests of the Windows build. A cross build makes GoogleTest from Debian's sources of it.
+# The tests of the Windows build. A cross build compiles GoogleTest from Debian's source package.
 if(CMAKE_CROSSCOMPILING)
   set(INSTALL_GTEST OFF)
   add_subdirectory(/usr/src/googletest googletest EXCLUDE_FROM_ALL)
@@ -17,7 +17,7 @@ add_library(test_support INTERFACE)
 target_include_directories(test_support INTERFACE ${CMAKE_SOURCE_DIR})
 target_link_libraries(test_support INTERFACE ui windows executable GTest::gtest_main)
 
-# One program for the tests of a folder of the sources. They share the machine.
+# One test program for each source folder. They share one Wine prefix, so they run one at a time.
 function(add_unit_tests name)
   add_executable(test-${name} ${ARGN})
   target_link_libraries(test-${name} PRIVATE test_support)
@@ -25,7 +25,7 @@ function(add_unit_tests name)
   set_tests_properties(${name} PROPERTIES RESOURCE_LOCK machine)
 endfunction()
 
-# What changes the machine itself runs on one that Wine made, never on a developer's own.
+# Tests that change the registry run only under Wine, never on a developer's own Windows.
 if(NOT CMAKE_CROSSCOMPILING)
   add_unit_tests(platform platform/os_version_test.cpp)
   add_unit_tests(engine

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Uses the program's window as a user would, with a mouse on a display of its own; and starts the
-# program where there is no display, or none that answers.
+# Drives the window with a mouse on a private display, and starts the program without a display or
+# with one that does not answer.
 # window.sh <build folder>
 set -euo pipefail
 build=$(cd "$1" && pwd)
@@ -28,7 +28,7 @@ machine() {
     "$(sed -n 1p data/targetvoraver.txt | tr -d '\r')"
 }
 
-# Starts the program on a fresh machine, as the process `program`; what it loads goes to `said`.
+# Starts the program on a fresh machine as the process `program`, and logs its libraries to `said`.
 start() {
   machine
   (cd data && LD_DEBUG=files WINEPREFIX=$scratch/machine exec "$build/vora-map-updater" "$@") \
@@ -36,7 +36,7 @@ start() {
   program=$!
 }
 
-ended() { # ended <what>: the program ends by itself, with the exit status 0
+ended() { # ended <what>: checks that the program ends by itself with exit status 0
   wait_for eval '! kill -0 '"$program" || fail "$1: it does not end"
   wait "$program" || fail "$1: exit status $?"
   program=
