@@ -1,4 +1,4 @@
-// The command line, which knows the silent run alone.
+// The command line: its only option is the silent run.
 #include "app/command_line.h"
 
 #include <algorithm>
@@ -8,7 +8,7 @@ namespace {
 
 constexpr const char* silent_arguments[] = {"-s", "/s", "/silent", "-silent"};
 
-// The text cut at every single space; nothing for the empty text.
+// The text split at every single space; no pieces for the empty text.
 std::vector<std::string> pieces(const std::string& text) {
   std::vector<std::string> result;
   if (text.empty())

@@ -1,11 +1,11 @@
-// The command line, which knows the silent run alone.
+// The command line: its only option is the silent run.
 #pragma once
 
 #include "form/form1.h"
 
-// Switches the silent run on where an argument asks for it. Any other argument ends the program
-// with a message; arguments are separated by single spaces.
+// Switches to a silent run if an argument asks for it. Any other argument ends the program with a
+// message. Arguments are separated by single spaces.
 void examine_arguments(Form1& form);
 
-// Whether the arguments, which are yet to be examined, will switch it on.
+// Whether `examine_arguments` will switch to a silent run.
 bool will_be_silent(System& system);

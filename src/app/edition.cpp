@@ -79,7 +79,7 @@ void selectedition(Form1& form, Edition edition) {
   set_folders(form, edition, edition == Edition::base);
   show_roots(form);
   write_button_selection(form, edition);
-  // A user folder that cannot be shown leaves the list where it is; the rest does not depend on it.
+  // When the user folder cannot be shown the list stays as it is; nothing else depends on it.
   static_cast<void>(form.Dir1.set_path(form.pathlist[0]));
   loadoriginalmaps(form);
   form.versionfolder = form.gamepath;

@@ -5,26 +5,26 @@
 
 enum class Edition { base, expansion };
 
-// Full name of the edition's executable in `versionfolder`.
+// Full path of the edition's executable in `versionfolder`.
 std::string executable(const Form1& form, Edition edition);
 
 // Sets `gamepath` to the installation folder of the edition: for the base edition the bundle's
-// folder, else the base game's; it stays as it was when neither is registered.
+// folder, else the base game's; unchanged when neither is registered.
 void set_gamepath(Form1& form, Edition edition);
 
 // Sets the edition letter and, for the expansion, `homefolder`.
 void set_edition(Form1& form, Edition edition);
 
-// A base edition's folder text must be longer than this to count as registered.
+// A base edition counts as registered when its folder text, "\" included, is longer than this.
 inline constexpr std::size_t base_path_threshold = 4;
 
 // Sets `gamepath` and both search roots. With `fallback` the program's own folder becomes program
-// space when no file is found at the user space root.
+// space when there is no file at the user space root.
 void set_folders(Form1& form, Edition edition, bool fallback);
 
 // Shows the search roots as the tool tips of their buttons.
 void show_roots(Form1& form);
 
-// Switches everything that depends on the edition: what its button does. Both edition buttons stay
-// disabled from then on.
+// Does what an edition's button does: switches everything that depends on the edition, and disables
+// both edition buttons for good.
 void selectedition(Form1& form, Edition edition);

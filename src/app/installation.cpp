@@ -1,4 +1,4 @@
-// Finds the installed editions, and selects one where there is no choice.
+// Finds the installed editions, and selects one when there is no choice.
 #include "app/installation.h"
 
 #include "app/edition.h"
@@ -9,13 +9,13 @@
 
 namespace {
 
-// The expansion's folder text must be longer than this to count as registered.
+// The expansion counts as registered when its folder text, "\" included, is longer than this.
 constexpr std::size_t expansion_path_threshold = 3;
 
-// An edition's installation folder in the registry, "\" appended.
-std::string registered_path(Form1& form, bool wide, const std::string& edition) {
+// An edition's installation folder in the registry, with "\" appended.
+std::string registered_path(Form1& form, bool is_64bit, const std::string& edition) {
   const std::string software =
-      wide ? R"(HKEY_LOCAL_MACHINE\SOFTWARE\Wow6432Node)" : R"(HKEY_LOCAL_MACHINE\SOFTWARE)";
+      is_64bit ? R"(HKEY_LOCAL_MACHINE\SOFTWARE\Wow6432Node)" : R"(HKEY_LOCAL_MACHINE\SOFTWARE)";
   const std::string value = software + R"(\Orbwright\Paxhollow\)" + edition + R"(\Path)";
   return regaccess(form.system, "read", value, "Path", "string") + "\\";
 }
@@ -75,7 +75,7 @@ void select(Form1& form, Edition edition) {
   loadoriginalmaps(form);
   if (!expansion)
     return;
-  // The base game's executable too, for the diagnostic file.
+  // Also read the release of the base game's executable, for the diagnostic file.
   set_versionfolder(form);
   read_release_of(form, Edition::base);
   write_info(form, form.foundversion);
@@ -83,13 +83,12 @@ void select(Form1& form, Edition edition) {
 
 }  // namespace
 
-void find_installations(Form1& form) {
-  const bool wide = is64bit(form.system, form.files, form.sysdrive);
-  form.expansionpath = registered_path(form, wide, "voratarnfall");
+void find_installations(Form1& form, bool is_64bit) {
+  form.expansionpath = registered_path(form, is_64bit, "voratarnfall");
   form.expansionregistered = form.expansionpath.size() > expansion_path_threshold &&
                              direxists(form.files, form.expansionpath);
-  form.basepath = registered_path(form, wide, "vora");
-  form.bundlepath = registered_path(form, wide, "vorazendrel");
+  form.basepath = registered_path(form, is_64bit, "vora");
+  form.bundlepath = registered_path(form, is_64bit, "vorazendrel");
   find_base(form, form.basepath);
   find_base(form, form.bundlepath);
   find_expansion(form);

@@ -1,14 +1,14 @@
-// Finds the installed editions, and selects one where there is no choice.
+// Finds the installed editions, and selects one when there is no choice.
 #pragma once
 
 #include "form/form1.h"
 
 // Reads the registry records of the editions, enables the buttons of those that are usable and sets
-// the flags that say which were found.
-void find_installations(Form1& form);
+// the flags that say which were found. `is_64bit`: the machine has a 64-bit Windows.
+void find_installations(Form1& form, bool is_64bit);
 
-// Selects the edition of which alone something is found, the base edition when nothing is. With
-// both found it is the user who selects.
+// Selects the only edition that was found, or the base edition when none was. When both were found,
+// the user selects.
 void decide_edition(Form1& form);
 
 // Reads the release of the game's executable into `foundversion`.

@@ -14,22 +14,21 @@ namespace {
 void set_sysdrive(Form1& form) { form.sysdrive = form.system.environment("windir").substr(0, 2); }
 
 // The labels that say on what kind of machine the program runs.
-void fill_info_panel(Form1& form) {
+void fill_info_panel(Form1& form, bool is_64bit) {
   const auto value = [&](const char* name) { return form.system.environment(name); };
   form.Label11.set_text(value("PROCESSOR_ARCHITECTURE") + " type");
   form.Label12.set_text(value("PROCESSOR_IDENTIFIER") + " ID");
   form.Label13.set_text(value("PROCESSOR_LEVEL") + " Level");
   form.Label14.set_text(value("PROCESSOR_REVISION") + " revision");
   form.Label15.set_text(getosshortname(form.system));
-  form.Label16.set_text(is64bit(form.system, form.files, form.sysdrive) ? " 64 bit" : " 32 bit");
+  form.Label16.set_text(is_64bit ? " 64 bit" : " 32 bit");
   form.Label17.set_text(value("NUMBER_OF_PROCESSORS") + " cores");
   form.Label18.set_text(value("OS") + " O.S.");
 }
 
-void start_info(Form1& form) {
-  const bool wide = is64bit(form.system, form.files, form.sysdrive);
+void start_info(Form1& form, bool is_64bit) {
   create_info(form);
-  write_info(form, getosshortname(form.system) + ", 64 bit ?" + (wide ? "True" : "False"));
+  write_info(form, getosshortname(form.system) + ", 64 bit ?" + (is_64bit ? "True" : "False"));
   write_info(form, form.Label11.text() + form.Label17.text() + form.Label12.text());
   write_info(form, "");
 }
@@ -52,11 +51,12 @@ void startup(Form1& form) {
   form.screen.show();
   set_sysdrive(form);
   read_target(form);
-  fill_info_panel(form);
-  start_info(form);
+  const bool is_64bit = is64bit(form.system, form.files, form.sysdrive);
+  fill_info_panel(form, is_64bit);
+  start_info(form, is_64bit);
   set_homefolder(form);
   form.File1.set_pattern("*.galaxy");
-  find_installations(form);
+  find_installations(form, is_64bit);
   decide_edition(form);
   read_release(form);
   check_release(form);

@@ -6,7 +6,7 @@
 
 #include <string>
 
-// Reads the target file and switches debug mode on where it says so.
+// Reads the target file and switches debug mode on if it says so.
 void read_target(Form1& form);
 
 // Ends the program with a message when the installed release is not the target. There is no check

@@ -9,7 +9,7 @@ namespace {
 struct Folder {
   std::string path;  // without "\" at its end
   std::vector<Entry> entries{};
-  std::size_t next = 0;  // the first entry behind the subfolder that was walked last
+  std::size_t next = 0;  // the first entry after the subfolder that was walked last
 };
 
 std::string without_backslash(std::string path) {
@@ -18,8 +18,8 @@ std::string without_backslash(std::string path) {
   return path;
 }
 
-// Remembers a folder that is there and cannot be searched. Where there is no root a whole drive is
-// searched, which always has some.
+// Remembers a folder that exists and cannot be searched. Without a root a whole drive is searched,
+// where there are always such folders.
 void add_unsearched(Form1& form, const Failure& failure) {
   if (!failure.missing && !form.rootpath.empty())
     form.unsearched.push_back(failure);
@@ -35,7 +35,7 @@ Folder list_folder(Form1& form, std::string path, const std::string& pattern) {
   return folder;
 }
 
-// The next subfolder that is to be walked, null when there is none.
+// The next subfolder to walk, null when there is none.
 const Entry* next_subfolder(Folder& folder) {
   while (folder.next < folder.entries.size())
     if (const Entry& entry = folder.entries[folder.next++]; entry.folder && !entry.link)
@@ -49,7 +49,7 @@ void add_files(const Folder& folder, FoundList& list) {
       list.add(folder.path, entry.name);
 }
 
-// Walks a tree depth first. It keeps its own stack: how deep a tree is, is up to strangers.
+// Walks a tree depth first, with a stack of its own: an untrusted tree may be very deep.
 void walk(Form1& form, const std::string& pattern, const std::string& top, FoundList& list) {
   std::vector<Folder> open;
   open.push_back(list_folder(form, top, pattern));
@@ -64,7 +64,7 @@ void walk(Form1& form, const std::string& pattern, const std::string& top, Found
   }
 }
 
-// The folder that holds `folder`; a drive root holds itself.
+// The parent of `folder`; a drive root is its own parent.
 std::string parent_folder(const std::string& folder) {
   return folder.substr(0, afterlast(folder, '\\') - 1);
 }
@@ -76,7 +76,7 @@ void findfiles(Form1& form, const std::string& pattern, const std::string& root,
   if (!top)
     return add_unsearched(form, top.failure());
   walk(form, pattern, without_backslash(*top), list);
-  // A parent that cannot be shown leaves the lists where they are.
+  // When the parent cannot be shown the lists stay as they are.
   static_cast<void>(form.Dir1.set_path(parent_folder(*top)));
 }
 

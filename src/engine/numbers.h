@@ -9,8 +9,8 @@
 // (spaces and tabs) are skipped wherever they stand. There is no exponent and no other base.
 double numeric_value(std::string_view text);
 
-// The whole part of a numeric value, held at the type's limit when it is too large for it.
+// The whole part of a value, clamped to the limits of the type.
 long long whole_part(double value);
 
-// The shortest decimal form: 4 for 4, 0.5 for one half.
+// The shortest decimal form, without an exponent: 4 for 4, 0.5 for one half.
 std::string number_text(double value);

@@ -1,4 +1,4 @@
-// Finds which of many texts a line begins with, in a time that does not grow with their number.
+// Finds which of many texts a line begins with, in time that does not grow with their number.
 #include "engine/prefix_index.h"
 
 #include <algorithm>
@@ -24,15 +24,15 @@ PrefixIndex::PrefixIndex(const std::vector<std::string_view>& texts) {
     add_children(node, sorted, ranges);
 }
 
-// Of the texts in a node's range those that end at the node come first; the others, told apart by
-// their next character, go to the nodes below.
+// Of the texts in a node's range those that end at the node come first; the others go to its
+// children, by their next character.
 void PrefixIndex::add_children(std::size_t node, const Texts& sorted, std::vector<Range>& ranges) {
   auto begin = ranges[node].begin;
   const auto end = ranges[node].end;
   const auto common = ranges[node].common;
   for (; begin < end && sorted[begin].first.size() == common; ++begin)
     nodes[node].number = std::max(nodes[node].number, sorted[begin].second);
-  nodes[node].below = nodes.size();
+  nodes[node].children = nodes.size();
   while (begin < end) {
     const std::string_view first = sorted[begin].first.substr(common);
     const auto after =
@@ -47,18 +47,18 @@ void PrefixIndex::add_children(std::size_t node, const Texts& sorted, std::vecto
     ranges.push_back({begin, next, common + length});
     begin = next;
   }
-  nodes[node].count = nodes.size() - nodes[node].below;
+  nodes[node].count = nodes.size() - nodes[node].children;
 }
 
 std::size_t PrefixIndex::find(std::string_view line) const {
   const Node* node = &nodes.front();
   while (!line.empty()) {
-    const std::string_view heads(firsts.data() + node->below, node->count);
+    const std::string_view heads(firsts.data() + node->children, node->count);
     const auto at = heads.find(line.front());
     line.remove_prefix(1);
-    if (at == heads.npos || !line.starts_with(nodes[node->below + at].rest))
+    if (at == heads.npos || !line.starts_with(nodes[node->children + at].rest))
       break;
-    node = &nodes[node->below + at];
+    node = &nodes[node->children + at];
     line.remove_prefix(node->rest.size());
   }
   return node->number;

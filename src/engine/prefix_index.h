@@ -1,4 +1,4 @@
-// Finds which of many texts a line begins with, in a time that does not grow with their number.
+// Finds which of many texts a line begins with, in time that does not grow with their number.
 #pragma once
 
 #include <cstddef>
@@ -7,8 +7,8 @@
 #include <utility>
 #include <vector>
 
-// A radix tree: each text ends at a node, and each node knows the highest number of the texts that
-// end at it or above it. The nodes below a node lie side by side.
+// A radix tree: each text ends at a node, and each node stores the highest number of the texts that
+// end at it or at one of its ancestors. The children of a node are stored side by side.
 class PrefixIndex {
 public:
   PrefixIndex() : PrefixIndex(std::vector<std::string_view>()) {}
@@ -21,14 +21,13 @@ public:
 
 private:
   struct Node {
-    std::string_view rest;  // of the characters that lead here from the node above
+    std::string_view rest;  // of the characters on the way from its parent, without the first
     std::size_t number;
-    std::size_t below = 0;  // the first node below, and how many there are
+    std::size_t children = 0;  // the first child, and how many children there are
     std::size_t count = 0;
   };
 
-  // Some of the sorted texts, which have so many first characters in common: all texts that end at
-  // a node or below it.
+  // The sorted texts that end at a node or below it, and how many first characters they share.
   struct Range {
     std::size_t begin, end;
     std::size_t common;
@@ -38,5 +37,5 @@ private:
   void add_children(std::size_t node, const Texts& sorted, std::vector<Range>& ranges);
 
   std::vector<Node> nodes;  // the root is node 0
-  std::string firsts;       // the first of the characters that lead to each node
+  std::string firsts;       // the first character on the way from its parent to each node
 };

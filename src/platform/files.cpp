@@ -1,4 +1,4 @@
-// What the machines share of their files.
+// What all machines share.
 #include "platform/files.h"
 
 #include <algorithm>

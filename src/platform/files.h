@@ -1,10 +1,10 @@
-// The files of the machine that the program works on, behind one seam: each machine has its own.
+// The files of the machine that the program works on; each machine implements this interface.
 //
-// Paths are Windows texts in UTF-8: "C:\Maps\a.galaxy"; a name without a drive is taken from the
-// process's current folder, "\" alone is the root of the drive that holds it. Empty components are
-// skipped, and a name that Windows would not allow names nothing. Names are found ignoring letter
-// case: the exact spelling first, then the first in the order of `list`. A link counts as what it
-// leads to, except where a function says otherwise. Contents are bytes.
+// Paths are Windows paths in UTF-8: "C:\Maps\a.galaxy". A path without a drive is relative to the
+// process's current folder; "\" alone is the root of that folder's drive. Empty components are
+// skipped, and a name that Windows would not allow is never found. Names are case-insensitive: the
+// exact spelling is found first, then the first in the order of `list`. A symlink counts as what it
+// points to, except where a function says otherwise. Contents are bytes.
 #pragma once
 
 #include "platform/replacing.h"
@@ -21,7 +21,7 @@ enum class Match { files, files_and_folders };
 struct Entry {
   std::string name;
   bool folder;
-  bool link;  // met as a link, and described as what it leads to
+  bool link;  // it is a symlink, and `folder` is about what it points to
 };
 
 class Files {
@@ -34,11 +34,11 @@ public:
   virtual Result<std::string> lookup(const std::string& path, Match match) = 0;
 
   // The subfolders of a folder and those of its files whose names match `pattern` (see
-  // platform/path_rules.h), in ascending order of their names; hidden and system entries left out.
-  // The temporary files that a killed run left in the folder are removed on the way, nobody else's.
+  // platform/path_rules.h), in ascending order of their names, without hidden and system entries.
+  // Stale temporaries that killed runs left in the folder are removed on the way.
   virtual Result<std::vector<Entry>> list(const std::string& folder, std::string_view pattern) = 0;
 
-  // A folder's full path, with its drive, as its names are spelled, without "\" at the end except
+  // A folder's full path with its drive, as its names are spelled on the disk; it ends in "\" only
   // for a drive root. Fails when there is no such folder.
   virtual Result<std::string> full_path(const std::string& folder) = 0;
 
@@ -51,12 +51,12 @@ public:
   // Reads a map, like `read`, so that it can be replaced (see platform/replacing.h).
   virtual Result<std::unique_ptr<OpenMap>> open_map(const std::string& path) = 0;
 
-  // Makes a text file anew, or adds to its end. Neither goes through a link.
+  // Writes a text file anew, or appends to it. Neither follows a symlink.
   virtual Result<Done> write(const std::string& path, std::string_view text) = 0;
   virtual Result<Done> append(const std::string& path, std::string_view text) = 0;
 
 protected:
-  // The name of the first file that `list` gives of a folder, empty when there is none: what a
-  // lookup of a path that ends in "\" answers among files alone.
+  // The name of the first file that `list` returns for a folder, empty when there is none: the
+  // lookup of a path that ends in "\" among files.
   std::string first_listed_file(const std::string& folder);
 };

@@ -13,7 +13,7 @@ struct Row {
   const char* name;
 };
 
-// The first row that fits gives the name.
+// The first row that matches gives the name.
 constexpr Row rows[] = {
     {0, any, any, "32s"},      {1, any, 0, "95"},     {1, any, 90, "ME"}, {1, any, any, "98"},
     {2, 3, 0, "NT3"},          {2, 3, 1, "NT3.1"},    {2, 3, 5, "NT3.5"}, {2, 3, 51, "NT3.51"},

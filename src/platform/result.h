@@ -1,21 +1,21 @@
-// What an operation that can fail gives back: its value, or a failure that cannot be overlooked.
+// The result of an operation that can fail: its value, or a failure that must not be ignored.
 #pragma once
 
 #include <string>
 #include <utility>
 #include <variant>
 
-// Why something could not be done. `text()` is the sentence that a user reads.
+// Why something could not be done. `text()` is the sentence that the user reads.
 struct Failure {
   std::string path;      // the file or folder, as the program names it
   std::string action;    // what was tried, to follow "cannot": "read it", "write its backup"
-  std::string reason;    // the system's own words, or ours where the system has none
+  std::string reason;    // in the system's own words, or in ours where it has none
   bool missing = false;  // there is nothing of that name
 
   std::string text() const { return path + ": cannot " + action + ": " + reason; }
 };
 
-// The value of an operation that gives nothing but its success.
+// The value type of operations without a result.
 struct Done {};
 
 template <class Value, class Error = Failure> class [[nodiscard]] Result {

@@ -1,4 +1,4 @@
-// The program's own operations on top of the machine: registry, special folders, folder tests.
+// Operations that the program builds on the machine: registry, special folders, folder tests.
 #include "platform/services.h"
 
 namespace {
@@ -8,14 +8,14 @@ constexpr std::uint32_t local_app_data = 0x1C;  // CSIDL_LOCAL_APPDATA
 constexpr std::uint32_t documents = 0x05;       // CSIDL_PERSONAL
 constexpr std::uint32_t nt_family = 2;          // VER_PLATFORM_WIN32_NT
 
-std::string special_folder(System& system, std::uint32_t folder, const Tell& tell) {
+std::string special_folder(System& system, std::uint32_t folder, const ShowMessage& show_message) {
   const FolderPath answer = system.folder_path(folder | create_flag);
   if (answer.status == FolderPath::ok)
     return answer.path;
   if (answer.status == FolderPath::invalid_identifier)
-    tell("An invalid folder ID was specified");
+    show_message("An invalid folder ID was specified");
   if (answer.status == FolderPath::does_not_exist)
-    tell("The folder does not exist");
+    show_message("The folder does not exist");
   return "";
 }
 
@@ -36,12 +36,12 @@ std::string regaccess(System& system, const std::string& mode, const std::string
   return wanted == "read" ? system.reg_read(value_path).value_or("") : "";
 }
 
-std::string getlocalappdata(System& system, const Tell& tell) {
-  return special_folder(system, local_app_data, tell);
+std::string getlocalappdata(System& system, const ShowMessage& show_message) {
+  return special_folder(system, local_app_data, show_message);
 }
 
-std::string getmydocs(System& system, const Tell& tell) {
-  return special_folder(system, documents, tell);
+std::string getmydocs(System& system, const ShowMessage& show_message) {
+  return special_folder(system, documents, show_message);
 }
 
 std::string App_Path(System& system) {

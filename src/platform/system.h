@@ -1,4 +1,5 @@
-// What the program asks of the system that it runs on, files apart: each machine has its own.
+// What the program asks of the operating system apart from files; each machine implements this
+// interface.
 #pragma once
 
 #include <cstdint>
@@ -35,10 +36,10 @@ class System {
 public:
   virtual ~System() = default;
 
-  // The registry as the scripting host's shell object gives it. A value path is the root key in
-  // full, the key and the value's name, separated by "\". Reading gives the value as text (a
-  // number in decimal, %NAME% expanded where the value's type asks for it), nothing when it is
-  // missing or of another kind; the other two say whether they succeeded.
+  // The registry as the scripting host's shell object sees it. A value path is the root key spelled
+  // out, the key and the value's name, separated by "\". Reading returns the value as text (a
+  // number in decimal, %NAME% expanded if the value's type asks for it), nullopt when it is missing
+  // or of another type; the other two return whether they succeeded.
   virtual std::optional<std::string> reg_read(const std::string& value_path) = 0;
   virtual bool reg_write(const std::string& value_path, const std::string& data,
                          const std::string& type) = 0;
@@ -47,14 +48,14 @@ public:
   // An environment variable's value, empty when it is not set.
   virtual std::string environment(const std::string& name) = 0;
 
-  // The version query; nothing when it fails.
+  // The version query; nullopt when it fails.
   virtual std::optional<OsVersion> os_version() = 0;
 
   // The folder of a CSIDL value, which may ask for its creation (CSIDL_FLAG_CREATE).
   virtual FolderPath folder_path(std::uint32_t csidl) = 0;
 
-  // The product version in an executable's version resource; nothing when it has none, or a
-  // damaged one.
+  // The product version in an executable's version resource; nullopt when that is missing or
+  // malformed.
   virtual std::optional<ProductVersion> product_version(const std::string& path) = 0;
 
   // The machine's drives in order, each a letter and a colon.

@@ -34,7 +34,7 @@ TEST(Services, SpecialFoldersTellTwoOfTheirFailures) {
     FakeSystem system;
     system.folder.status = c.status;
     std::vector<std::string> told;
-    const Tell tell = [&](const std::string& text) { told.push_back(text); };
+    const ShowMessage tell = [&](const std::string& text) { told.push_back(text); };
     EXPECT_EQ(getmydocs(system, tell), c.folder);
     EXPECT_EQ(system.asked_folder, 32773u);
     EXPECT_EQ(told, c.messages);

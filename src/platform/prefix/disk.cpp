@@ -1,4 +1,4 @@
-// The calls that touch the disk, as the system makes them.
+// The system calls that touch the disk.
 #include "platform/prefix/disk.h"
 
 #include <cstdio>

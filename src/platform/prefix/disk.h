@@ -1,6 +1,6 @@
-// The calls that touch the disk, behind one seam: what `PrefixFiles` does with names and contents
-// goes through it, so that tests can let any call fail, cut the power after it, or let another run
-// in before it.
+// The system calls that touch the disk. All that `PrefixFiles` does with names and contents goes
+// through this interface, so that tests can let any call fail, cut the power after it, or let
+// another run in before it.
 #pragma once
 
 #include <cstddef>
@@ -8,8 +8,8 @@
 #include <sys/stat.h>
 #include <sys/types.h>
 
-// The system's own disk. Each call is the system's of the same kind: names are relative to an open
-// folder, or to the current one for AT_FDCWD; what fails gives -1 and sets errno.
+// The system's own disk. Each function is the system call of the same kind: names are relative to
+// an open folder, or to the current one for AT_FDCWD; on failure it returns -1 and sets errno.
 class Disk {
 public:
   virtual ~Disk() = default;
@@ -22,13 +22,13 @@ public:
   // Waits until the content of a file is on the disk.
   virtual int flush(int file);
 
-  // Locks a file against other runs until it is closed; EWOULDBLOCK when one has locked it.
+  // Locks a file exclusively until it is closed; EWOULDBLOCK when another process holds the lock.
   virtual int lock(int file);
 
   // Sets a file's permissions.
   virtual int permit(int file, mode_t mode);
 
-  // Describes a name in a folder, or with AT_EMPTY_PATH and an empty name an open file.
+  // The status of a name in a folder, or with AT_EMPTY_PATH and an empty name of an open file.
   virtual int status(int folder, const char* name, int flags, struct stat& status);
 
   // The next entries of an open folder as the system packs them (dirent64), in bytes; 0 at its end.
@@ -40,5 +40,5 @@ public:
   virtual int remove(int folder, const char* name);
 };
 
-// The disk of everybody who needs no other.
+// The disk that everything uses except in tests.
 Disk& system_disk();

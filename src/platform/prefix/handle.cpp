@@ -1,4 +1,4 @@
-// File descriptors that close themselves, and the few operations on them that every user needs.
+// File descriptors that close themselves, and basic operations on them.
 #include "platform/prefix/handle.h"
 
 #include <cerrno>
@@ -14,7 +14,7 @@ bool Handle::close() {
   return closing < 0 || owner->close(closing) == 0;
 }
 
-// A longer path than the system takes is walked in pieces, each relative to the one before.
+// A path longer than PATH_MAX is walked in pieces, each relative to the one before.
 Handle open_path(Disk& disk, const std::string& path, int flags, unsigned mode) {
   Handle folder;
   std::string_view rest = path;

@@ -1,4 +1,4 @@
-// File descriptors that close themselves, and the few operations on them that every user needs.
+// File descriptors that close themselves, and basic operations on them.
 #pragma once
 
 #include "platform/prefix/disk.h"
@@ -36,25 +36,25 @@ private:
   int descriptor = -1;
 };
 
-// Opens a POSIX path, which may be longer than the system takes in one piece. No handle, with errno
-// set, when that fails. `flags` are those of open(); the handle is closed in child processes.
+// Opens a POSIX path, which may be longer than PATH_MAX. Returns no handle, with errno set, on
+// failure. `flags` are those of open(), to which O_CLOEXEC is added.
 Handle open_path(Disk& disk, const std::string& path, int flags, unsigned mode = 0);
 
 // Opens a name in an open folder.
 Handle open_at(const Handle& folder, const std::string& name, int flags, unsigned mode = 0);
 
-// Writes all of `text`; false, with errno set, when that fails.
+// Writes all of `text`; false, with errno set, on failure.
 bool write_all(const Handle& file, std::string_view text);
 
-// Reads up to `size` bytes from byte `from` on, less only at the file's end: how many, nothing with
-// errno set when that fails.
+// Reads up to `size` bytes from byte `from` on, fewer only at the file's end. Returns how many;
+// nullopt, with errno set, on failure.
 std::optional<std::size_t> read_all(const Handle& file, char* buffer, std::size_t size,
                                     std::size_t from = 0);
 
-// Describes an open file; false, with errno set, when that fails.
+// The status of an open file; false, with errno set, on failure.
 bool describe(const Handle& file, struct stat& status);
 
-// Describes a name in an open folder, a link as a link; false, with errno set, when that fails.
+// The status of a name in an open folder, symlinks not followed; false, with errno set, on failure.
 bool stat_at(const Handle& folder, const std::string& name, struct stat& status);
 
 // The system's own words for errno.

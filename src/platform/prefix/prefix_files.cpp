@@ -1,4 +1,4 @@
-// The files of a Windows machine that is kept in a folder.
+// The files of a Wine prefix.
 #include "platform/prefix/prefix_files.h"
 
 #include "platform/path_rules.h"
@@ -23,7 +23,7 @@ Failure failure(const std::string& path, const char* action) {
 
 bool is_hidden(std::string_view name) { return name.starts_with('.'); }
 
-// File systems that are the kernel's own: they hold no maps, and walking them never ends well.
+// The kernel's own file systems: they hold no maps, and a walk through them may never end.
 bool is_kernel_file_system(const Handle& folder) {
   struct statfs status;
   if (::fstatfs(folder.get(), &status) != 0)
@@ -37,8 +37,8 @@ bool is_kernel_file_system(const Handle& folder) {
          std::end(kinds);
 }
 
-// Whether a name in an open folder is a folder (true) or an ordinary file; nothing for any other
-// kind. A link counts as what it leads to.
+// Whether a name in an open folder is a folder (true) or an ordinary file (false); nullopt for any
+// other kind. A symlink counts as what it points to.
 std::optional<bool> is_folder(const Handle& folder, const char* name) {
   struct stat status;
   if (!folder || folder.disk().status(folder.get(), name, 0, status) != 0)
@@ -48,7 +48,7 @@ std::optional<bool> is_folder(const Handle& folder, const char* name) {
   return S_ISREG(status.st_mode) ? std::optional(false) : std::nullopt;
 }
 
-// An entry for a name as readdir gave it; nothing when the name does not belong in a list.
+// The entry for a name and type from readdir; nullopt when it does not belong in a list.
 std::optional<Entry> make_entry(const Handle& folder, const char* name, unsigned char type,
                                 std::string_view pattern) {
   if (is_hidden(name) || (type == DT_REG && !matches_pattern(name, pattern)) ||

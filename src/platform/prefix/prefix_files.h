@@ -1,4 +1,4 @@
-// The files of a Windows machine that is kept in a folder.
+// The files of a Wine prefix.
 #pragma once
 
 #include "platform/files.h"

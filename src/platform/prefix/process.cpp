@@ -1,10 +1,10 @@
-// Memory for texts: taking it from the system page by page costs more than working on it.
+// How the process is set up before anything else happens.
 #include "platform/prefix/process.h"
 
 #include <malloc.h>
 
 void keep_freed_memory() {
-  constexpr int max_kept = 4 << 20;  // of a text, in bytes
-  mallopt(M_MMAP_THRESHOLD, max_kept);
-  mallopt(M_TRIM_THRESHOLD, 2 * max_kept);
+  constexpr int largest_text = 4 << 20;  // in bytes, for which this is done
+  mallopt(M_MMAP_THRESHOLD, largest_text);
+  mallopt(M_TRIM_THRESHOLD, 2 * largest_text);
 }

@@ -1,5 +1,6 @@
-// Memory for texts: taking it from the system page by page costs more than working on it.
+// How the process is set up before anything else happens.
 #pragma once
 
-// Keeps the memory that one map needed for the next. Call it once, before the first map.
+// Keeps freed memory in the process, so that the next map reuses it: getting memory from the system
+// page by page costs more than converting a map. Call it once, before the first map.
 void keep_freed_memory();

@@ -1,4 +1,4 @@
-// Looks at the entries of folders.
+// The entries of folders.
 #include "platform/windows/find_file.h"
 
 #include <memory>
@@ -11,7 +11,7 @@ struct CloseFind {
   void operator()(HANDLE find) const { FindClose(find); }
 };
 
-// An empty drive root has not even a "." to be found.
+// An empty drive root has not even a ".".
 bool is_empty(DWORD error) { return error == ERROR_FILE_NOT_FOUND || error == ERROR_NO_MORE_FILES; }
 
 }  // namespace
@@ -46,6 +46,6 @@ bool for_each_entry(const std::wstring& folder,
 bool is_link(const WIN32_FIND_DATAW& entry) {
   if (!(entry.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT))
     return false;
-  const DWORD tag = entry.dwReserved0;  // which has no name of its own; Wine gives its links none
+  const DWORD tag = entry.dwReserved0;  // the reparse tag; Wine's symlinks have none
   return tag == 0 || IsReparseTagNameSurrogate(tag);
 }

@@ -1,4 +1,4 @@
-// Looks at the entries of folders.
+// The entries of folders.
 #pragma once
 
 #include <functional>
@@ -7,8 +7,8 @@
 
 #include <windows.h>
 
-// The entry of a path's last name, which holds no wildcard. Nothing when there is none, the last
-// error saying why.
+// The entry that a path without wildcards names; nullopt when there is none, with the reason in the
+// last error.
 std::optional<WIN32_FIND_DATAW> find_file(const std::wstring& path);
 
 // Calls `visit` with each entry of a folder, "." and ".." left out. False, with the last error set,
@@ -16,6 +16,6 @@ std::optional<WIN32_FIND_DATAW> find_file(const std::wstring& path);
 bool for_each_entry(const std::wstring& folder,
                     const std::function<void(const WIN32_FIND_DATAW&)>& visit);
 
-// Whether an entry is another name's stand-in, a link or a junction. Files that are kept elsewhere
-// and come when they are read are none.
+// Whether an entry is a symlink or a junction. A file whose content is fetched from elsewhere when
+// it is read is neither.
 bool is_link(const WIN32_FIND_DATAW& entry);

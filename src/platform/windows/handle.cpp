@@ -1,4 +1,4 @@
-// Windows handles that close themselves, and the few operations on files that every user needs.
+// Windows handles that close themselves, and basic operations on open files.
 #include "platform/windows/handle.h"
 
 #include "platform/windows/wide_text.h"

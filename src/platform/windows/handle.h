@@ -1,4 +1,4 @@
-// Windows handles that close themselves, and the few operations on files that every user needs.
+// Windows handles that close themselves, and basic operations on open files.
 #pragma once
 
 #include "platform/result.h"
@@ -36,23 +36,23 @@ private:
   HANDLE handle;
 };
 
-// The errors of a file that another program holds, and, for an entry that is to give way, also what
-// Windows answers while somebody has it open.
+// The errors of opening a file that another program holds open, and those of replacing or deleting
+// one.
 inline constexpr std::initializer_list<DWORD> sharing_errors = {ERROR_SHARING_VIOLATION,
                                                                 ERROR_LOCK_VIOLATION};
 inline constexpr std::initializer_list<DWORD> sharing_or_access_errors = {
     ERROR_SHARING_VIOLATION, ERROR_LOCK_VIOLATION, ERROR_ACCESS_DENIED, ERROR_USER_MAPPED_FILE};
 
-// Waits for files that another program holds for a moment, as virus scanners and indexers do. The
-// waits double and last under a second in all, however many files are waited for: a map is waited
-// for under two seconds, once to be read and once to be replaced.
+// Retry budget for files that virus scanners and indexers hold open for a moment: exponential
+// backoff from 15 ms, 945 ms in all, however many files share the budget. A map has one budget to
+// be read and one to be replaced.
 class RetryBudget {
 public:
   using Wait = std::function<void(DWORD milliseconds)>;
 
   explicit RetryBudget(Wait wait_in = Sleep) : wait(std::move(wait_in)) {}
 
-  // Makes an attempt, and makes it again while it fails with one of `errors`.
+  // Makes an attempt, and retries while it fails with one of `errors`.
   bool retry(std::initializer_list<DWORD> errors, const std::function<bool()>& attempt);
 
 private:
@@ -60,20 +60,20 @@ private:
   DWORD next = 15;  // milliseconds
 };
 
-// Opens a file as CreateFileW does, shared with everybody. No handle on failure.
+// CreateFileW with all sharing allowed. No handle on failure.
 Handle open_file(const std::wstring& path, DWORD access, DWORD creation, DWORD flags);
 
-// The same, waiting for a file that is held.
+// The same, with retries while another program holds the file open.
 Handle open_with_retry(RetryBudget& retry_budget, const std::wstring& path, DWORD access,
                        DWORD creation, DWORD flags);
 
-// What a handle leads to: nothing on failure.
+// The information about an open file; nullopt on failure.
 std::optional<BY_HANDLE_FILE_INFORMATION> file_information(const Handle& file);
 
 // Writes all of `text`; false on failure.
 bool write_all(const Handle& file, std::string_view text);
 
-// Reads up to `size` bytes, less only at the file's end: how many, nothing on failure.
+// Reads up to `size` bytes, fewer only at the file's end. Returns how many; nullopt on failure.
 std::optional<std::size_t> read_all(const Handle& file, char* buffer, std::size_t size);
 
 // The system's own words for the last error.

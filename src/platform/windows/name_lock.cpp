@@ -1,5 +1,5 @@
-// Locks on the names of files: each is a mutex of the system, named after the file, that exists for
-// as long as somebody holds the lock.
+// Locks on the names of files: each is a system mutex, named after the file, that exists as long as
+// somebody holds the lock.
 #include "platform/windows/name_lock.h"
 
 #include "platform/windows/letter_case.h"
@@ -9,8 +9,8 @@
 
 namespace {
 
-// The folder's path by which every way to it, over links and drives' other letters, is the same;
-// as it was given where the system knows none.
+// The folder's canonical path, so that symlinks and substituted drives give the same lock; the path
+// as given where the system has none.
 std::wstring final_path(const std::wstring& folder) {
   const Handle open =
       open_file(folder, FILE_READ_ATTRIBUTES, OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS);
@@ -20,7 +20,7 @@ std::wstring final_path(const std::wstring& folder) {
   return path.empty() ? folder : path;
 }
 
-// FNV-1a: a mutex's name holds no path, which has separators and may be longer.
+// FNV-1a. A mutex's name can hold no path, which has separators and may be too long.
 std::uint64_t hash_of(std::string_view text) {
   std::uint64_t hash = 14695981039346656037u;
   for (const char c : text)
@@ -36,7 +36,7 @@ Handle lock_name(const std::wstring& folder, const std::wstring& name) {
   SetLastError(ERROR_SUCCESS);
   Handle lock(CreateMutexW(nullptr, FALSE, mutex.c_str()));
   const DWORD error = GetLastError();
-  // Another user's is denied.
+  // The mutex of another user is denied.
   if (error != ERROR_ALREADY_EXISTS && error != ERROR_ACCESS_DENIED)
     return lock;
   lock = Handle();

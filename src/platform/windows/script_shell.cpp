@@ -39,7 +39,7 @@ std::optional<Variant> ScriptShell::call(const wchar_t* method,
   if (FAILED(object->GetIDsOfNames(IID_NULL, &names, 1, LOCALE_USER_DEFAULT, &identifier)))
     return std::nullopt;
   const std::vector<Variant> values(arguments.begin(), arguments.end());
-  std::vector<VARIANT> passed;  // the last argument first, as the call asks for them
+  std::vector<VARIANT> passed;  // the last argument first, as Invoke expects them
   for (auto value = values.rbegin(); value != values.rend(); ++value)
     passed.push_back(value->get());
   DISPPARAMS parameters{passed.data(), nullptr, static_cast<UINT>(passed.size()), 0};

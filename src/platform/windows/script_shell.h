@@ -25,7 +25,7 @@ private:
   const bool ready;
 };
 
-// A value of any type that a method takes or gives.
+// A value of any type that a method takes or returns.
 class Variant {
 public:
   Variant() { VariantInit(&value); }
@@ -37,7 +37,7 @@ public:
   const VARIANT& get() const { return value; }
   VARIANT* out() { return &value; }
 
-  // A text as it is, a number in decimal; nothing for any other type.
+  // A text as it is, a number in decimal; nullopt for any other type.
   std::optional<std::string> text() const;
 
 private:
@@ -46,10 +46,10 @@ private:
 
 class ScriptShell {
 public:
-  // Creates a new "WScript.Shell" by its name; nothing when the system has none.
+  // Creates a new "WScript.Shell" object; nullopt when the system has none.
   static std::optional<ScriptShell> create();
 
-  // Calls a method with texts. Nothing when it raises an error.
+  // Calls a method with text arguments; nullopt when it raises an error.
   std::optional<Variant> call(const wchar_t* method,
                               std::initializer_list<std::string> arguments) const;
 

@@ -19,7 +19,7 @@ Failure failure(const std::string& path, const char* action) {
   return {path, action, system_reason(), missing};
 }
 
-// What a path leads to, links followed; nothing when that is not there.
+// Information about what a path leads to, symlinks followed; nullopt when there is nothing.
 std::optional<BY_HANDLE_FILE_INFORMATION> follow(const std::wstring& path) {
   const Handle file =
       open_file(path, FILE_READ_ATTRIBUTES, OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS);
@@ -28,8 +28,8 @@ std::optional<BY_HANDLE_FILE_INFORMATION> follow(const std::wstring& path) {
 
 bool is_folder(DWORD attributes) { return attributes & FILE_ATTRIBUTE_DIRECTORY; }
 
-// An entry as the program lists it, `path` being its own; nothing when it does not belong in a
-// list.
+// A found entry, whose own path is `path`, as the program lists it; nullopt when it does not belong
+// in a list.
 std::optional<Entry> make_entry(const WIN32_FIND_DATAW& found, const std::wstring& path) {
   constexpr DWORD excluded = FILE_ATTRIBUTE_HIDDEN | FILE_ATTRIBUTE_SYSTEM | FILE_ATTRIBUTE_DEVICE;
   if (found.dwFileAttributes & excluded)
@@ -44,7 +44,7 @@ std::optional<Entry> make_entry(const WIN32_FIND_DATAW& found, const std::wstrin
   return entry;
 }
 
-// Opens a folder so that it can be listed.
+// Locates a folder and checks that it can be listed.
 Result<Location> find_folder(const std::string& folder) {
   auto location = locate(folder);
   if (!location)
@@ -59,7 +59,7 @@ Result<Location> find_folder(const std::string& folder) {
   return location;
 }
 
-// Opens a text file to write at its beginning or end, never through a link.
+// Writes a text file anew, or appends to it; never through a symlink.
 Result<Done> write_text(const std::string& path, std::string_view text, bool at_end) {
   const auto location = locate(path);
   if (!location)
@@ -125,7 +125,7 @@ Result<std::string> WindowsFiles::full_path(const std::string& folder) {
   Location spelled{location->root, {}};
   for (const std::string& name : location->names) {
     spelled.names.push_back(name);
-    // A name on the way that we may pass but not look up stays as it was written.
+    // A folder that may be passed but not listed stays as it was written.
     if (const auto found = find_file(spelled.wide()))
       spelled.names.back() = narrow(found->cFileName);
   }

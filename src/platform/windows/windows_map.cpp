@@ -9,7 +9,7 @@ namespace {
 
 constexpr int attempts = 100;  // to find a free name
 
-// What a map's result takes over from it.
+// The attributes that new files copy from the map.
 constexpr DWORD permissions =
     FILE_ATTRIBUTE_READONLY | FILE_ATTRIBUTE_ARCHIVE | FILE_ATTRIBUTE_NOT_CONTENT_INDEXED;
 
@@ -21,8 +21,8 @@ bool is_read_only(DWORD attributes) {
   return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_READONLY);
 }
 
-// Takes an entry's read-only attribute away for as long as it lives: Windows replaces and opens to
-// write no entry that has it.
+// Clears an entry's read-only attribute for the object's lifetime, because Windows neither replaces
+// nor opens for writing an entry that has it.
 class Writable {
 public:
   explicit Writable(std::wstring entry)
@@ -37,7 +37,7 @@ public:
       set_attributes(path, attributes);
   }
 
-  // The entry is gone: there is nothing to give back.
+  // The entry is gone: there is nothing to restore.
   void forget() { attributes = INVALID_FILE_ATTRIBUTES; }
 
 private:
@@ -199,8 +199,8 @@ void WindowsMap::unhide(const std::string& entry) {
     set_attributes(path_of(entry), GetFileAttributesW(path_of(entry).c_str()) & permissions);
 }
 
-// Two names of one file share their attributes, so that what is taken from the one is given back to
-// the other.
+// Hard links to one file share its attributes: the read-only attribute that was cleared for `to` is
+// restored on `kept`.
 Result<Done> WindowsMap::rename(const std::string& from, const std::string& to,
                                 const std::string& kept) {
   const DWORD kept_attributes = kept.empty() ? 0 : GetFileAttributesW(path_of(kept).c_str());
@@ -223,7 +223,7 @@ Result<bool> WindowsMap::rename_no_replace(const std::string& from, const std::s
   return last_error();
 }
 
-// File systems without second names say so in many ways.
+// File systems without hard links fail with many different errors.
 Result<bool> WindowsMap::link(const std::string& from, const std::string& to) {
   if (CreateHardLinkW(path_of(to).c_str(), path_of(from).c_str(), nullptr))
     return true;

@@ -18,7 +18,7 @@ constexpr char no_script_host[] =
     "The Windows script host, through which the registry is read, is not available.\r\n"
     "The program goes on as if no edition of the game were registered.";
 
-// The block of the version information of a file by its wide name; empty when there is none.
+// A file's version information by its wide name; empty when there is none.
 std::string wide_information(const std::wstring& name) {
   DWORD unused = 0;
   const DWORD size = GetFileVersionInfoSizeW(name.c_str(), &unused);
@@ -26,7 +26,7 @@ std::string wide_information(const std::wstring& name) {
   return size && GetFileVersionInfoW(name.c_str(), 0, size, block.data()) ? block : "";
 }
 
-// The same, by the name that a file has in the code page, where it has one.
+// The same by the file's name in the code page, where it has one.
 std::string version_information(const std::string& path) {
   const auto name = code_page_path(path);
   if (!name)
@@ -39,9 +39,9 @@ std::string version_information(const std::string& path) {
 
 }  // namespace
 
-WindowsSystem::WindowsSystem(Tell notice_in)
+WindowsSystem::WindowsSystem(ShowMessage notice_in)
     : com(std::make_unique<ComLibrary>()), notice(std::move(notice_in)) {
-  // A drive without a disk is told by the program, not by a box of the system's own.
+  // A drive without a disk is reported by the program, not by a message box of the system.
   SetErrorMode(SEM_FAILCRITICALERRORS | SEM_NOOPENFILEERRORBOX);
 }
 
@@ -92,7 +92,7 @@ FolderPath WindowsSystem::folder_path(std::uint32_t csidl) {
   const HRESULT status =
       SHGetFolderPathA(nullptr, folder, nullptr, SHGFP_TYPE_CURRENT, path.data());
   FolderPath answer{static_cast<std::uint32_t>(status), from_code_page(path.data())};
-  // The code page's answer has other characters for those that it lacks.
+  // The code page replaces characters that it lacks.
   std::array<wchar_t, MAX_PATH> wide{};
   if (answer.status == FolderPath::ok &&
       SHGetFolderPathW(nullptr, folder, nullptr, SHGFP_TYPE_CURRENT, wide.data()) == S_OK &&

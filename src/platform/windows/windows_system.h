@@ -11,8 +11,8 @@ class ScriptShell;
 
 class WindowsSystem : public System {
 public:
-  // `notice_in` is told once when the system has no scripting host: nothing is registered then.
-  explicit WindowsSystem(Tell notice_in);
+  // `notice_in` is called once when the system has no scripting host: then nothing is registered.
+  explicit WindowsSystem(ShowMessage notice_in);
   ~WindowsSystem() override;
 
   std::optional<std::string> reg_read(const std::string& value_path) override;
@@ -21,7 +21,7 @@ public:
   bool reg_delete(const std::string& value_path) override;
   std::string environment(const std::string& name) override;
 
-  // Held at 6.2 by Windows: the program's manifest declares no newer version.
+  // Windows caps it at 6.2, because the program's manifest declares no newer version.
   std::optional<OsVersion> os_version() override;
 
   FolderPath folder_path(std::uint32_t csidl) override;
@@ -35,8 +35,8 @@ private:
   std::optional<ScriptShell> shell();
 
   const std::unique_ptr<ComLibrary> com;
-  Tell notice;  // empty once told
+  ShowMessage notice;  // empty once it was shown
 };
 
-// What follows the program's own name in the text of a command line, and the blanks after it.
+// What follows the program's own name and the blanks after it in a command line.
 std::string after_program_name(std::string_view command_line);
