@@ -31,6 +31,14 @@ public:
       map.remove(name);
   }
 
+  // Makes it a hard link to `other`; false when the file system has no hard links.
+  Result<bool> link_to(const std::string& other) {
+    auto linked = map.link(other, name);
+    if (!linked || !*linked)
+      name.clear();
+    return linked;
+  }
+
   Result<Done> rename(const std::string& to, const std::string& kept) {
     auto renamed = map.rename(name, to, kept);
     if (renamed)
@@ -63,6 +71,9 @@ public:
   Result<Done> make_backup();
   Result<Done> replace();
 
+  // After a failure: takes the backup name away again that the map got as a second hard link.
+  void undo_link();
+
 private:
   // A temporary file, and the name that it will get.
   struct Prepared {
@@ -78,6 +89,11 @@ private:
   Result<bool> is_backup(const std::string& name);
   Result<Done> move_aside(const std::string& name);
   Result<Done> link_or_copy_backup();
+  Result<Done> link_over_equal_backup();
+  Result<Done> copy_backup();
+  Result<Done> adopt_link();
+  Result<Done> adopt_copy();
+  Result<Done> check_backup();
   Result<Done> place(Prepared& file, const std::string& kept);
   Result<OpenMap::Kind> kind_of(const std::string& name);
   Result<Done> flush(const std::string& name) { return doing("flush " + name, map.flush(name)); }
@@ -91,6 +107,8 @@ private:
   std::vector<std::string> companions;  // their names as the folder spells them, in order
   std::string backup;                // the older backup as the folder spells it, then the new one
   bool backup_is_hard_link = false;  // to the map's own file
+  bool made_link = false;            // as a new name, where there was no backup
+  OpenMap::Stamp backup_stamp{};     // of a backup that is no hard link, when it was compared
   std::vector<Prepared> prepared;    // the companions, then the map
 };
 
@@ -204,7 +222,7 @@ Result<Done> Replacing::make_backup() {
     if (!equal)
       return equal.failure();
     if (*equal)
-      return flush(backup);
+      return link_over_equal_backup();
     if (auto moved = move_aside(backup); !moved)
       return moved;
   }
@@ -240,15 +258,35 @@ Result<Done> Replacing::move_aside(const std::string& name) {
 
 // A hard link to the map; a copy where the file system has no hard links.
 Result<Done> Replacing::link_or_copy_backup() {
-  const std::string action = "make its backup " + backup;
-  const auto linked = doing(action, map.link(map.name, backup));
+  const auto linked = doing("make its backup " + backup, map.link(map.name, backup));
   if (!linked)
     return linked.failure();
-  if (*linked) {
-    backup_is_hard_link = true;
-    const auto checked = check_stamp(backup);
-    return checked ? flush(map.name) : checked;
-  }
+  made_link = *linked;
+  return *linked ? adopt_link() : copy_backup();
+}
+
+// The map's own file takes the place of a backup that holds the same, so that what another program
+// that has the map open writes to it is in the backup.
+Result<Done> Replacing::link_over_equal_backup() {
+  const auto found = doing("look at " + backup, map.stamp_of(backup));
+  if (!found)
+    return found.failure();
+  if (found->same_file(stamp))
+    return adopt_link();
+  const std::string action = "make its backup " + backup;
+  Temporary temporary(map, OpenMap::temporary_name());
+  const auto linked = doing(action, temporary.link_to(map.name));
+  if (!linked)
+    return linked.failure();
+  if (!*linked)
+    return adopt_copy();
+  if (auto renamed = doing(action, temporary.rename(backup, map.name)); !renamed)
+    return renamed;
+  return adopt_link();
+}
+
+Result<Done> Replacing::copy_backup() {
+  const std::string action = "make its backup " + backup;
   auto written = doing(action, map.write_temporary(replacement.was));
   if (!written)
     return written.failure();
@@ -257,7 +295,41 @@ Result<Done> Replacing::link_or_copy_backup() {
     return renamed.failure();
   if (!*renamed)
     return Failure{map.path, action, "the name is taken"};
-  return flush(backup);
+  return adopt_copy();
+}
+
+// The backup was made as a hard link to the map. File systems that give each name a file number of
+// its own do not show that it is one, and another file may have had the map's name in that moment:
+// then it counts as a copy.
+Result<Done> Replacing::adopt_link() {
+  const auto now = map.stamp_of(backup);
+  if (!now)
+    return now.failure();
+  if (!now->same_file(stamp))
+    return adopt_copy();
+  backup_is_hard_link = true;
+  return *now == stamp ? flush(map.name) : changed();
+}
+
+// The backup is another file than the map. It is flushed, and must hold what the map holds.
+Result<Done> Replacing::adopt_copy() {
+  const auto now = map.stamp_of(backup);
+  if (!now)
+    return now.failure();
+  backup_stamp = *now;
+  const auto equal = is_backup(backup);
+  if (!equal)
+    return equal.failure();
+  return *equal ? flush(backup) : changed();
+}
+
+// Between its flush and the replacement somebody may have removed or changed the backup.
+Result<Done> Replacing::check_backup() {
+  const auto now = doing("look at " + backup, map.stamp_of(backup));
+  if (!now)
+    return now.failure();
+  const bool same = backup_is_hard_link ? now->same_file(stamp) : *now == backup_stamp;
+  return same ? Result<Done>(Done{}) : failure("its backup " + backup + " has changed");
 }
 
 // The last look comes after everything slow, so that it sees what is saved while the map is
@@ -266,9 +338,21 @@ Result<Done> Replacing::link_or_copy_backup() {
 Result<Done> Replacing::replace() {
   if (replacement.backup.empty())
     return Done{};
+  if (auto checked = check_backup(); !checked)
+    return checked;
   if (auto checked = check_unchanged(stamp.settled && backup_is_hard_link); !checked)
     return checked;
   return place(prepared.back(), backup);
+}
+
+// Both names must still be those of the map's file: else the backup may be its only name.
+void Replacing::undo_link() {
+  if (!made_link || !backup_is_hard_link)
+    return;
+  const auto own = map.stamp_of(map.name);
+  const auto link = map.stamp_of(backup);
+  if (own && link && own->same_file(stamp) && link->same_file(stamp))
+    map.remove(backup);
 }
 
 Result<OpenMap::Kind> Replacing::kind_of(const std::string& name) {
@@ -312,7 +396,9 @@ Result<Done> replace_map(OpenMap& map, const Replacement& replacement) {
   };
   Replacing replacing(map, replacement);
   for (const auto step : steps)
-    if (auto done = (replacing.*step)(); !done)
+    if (auto done = (replacing.*step)(); !done) {
+      replacing.undo_link();
       return done;
+    }
   return Done{};
 }

@@ -49,8 +49,10 @@ public:
   static bool is_temporary(std::string_view name);
 
   // Takes an exclusive lock on the map until the object is gone, where the file system has locks;
-  // fails when another process holds it. The stamp is that of the file that was read; when it is
-  // settled, it was taken before the reading. Call it before the other steps.
+  // fails when another run holds it. Where the system has leases it also fails when another program
+  // has the map open for writing, and one that opens it later waits until the object is gone. The
+  // stamp is that of the file that was read; when it is settled, it was taken before the reading.
+  // Call it before the other steps.
   virtual Result<Stamp> lock() = 0;
 
   // How `entry` is spelled in the folder, case-insensitively; empty when the name is free.
@@ -91,6 +93,7 @@ protected:
   Failure failure(std::string reason) const { return {path, "convert it", std::move(reason)}; }
 
   static constexpr char locked_by_another[] = "another program has locked it";
+  static constexpr char open_in_another[] = "another program has it open";
   static constexpr char not_ordinary[] = "it is not an ordinary file any more";
 
   // Reads the next `size` bytes, fewer only at a file's end; nullopt when that fails.
@@ -120,12 +123,13 @@ struct Replacement {
 // Puts the companions and the result in place, each whole and flushed before it gets its name. Just
 // before the map is replaced it gets its backup name as well, which is flushed too, so that at no
 // instant is there neither the map nor its backup, whole. A backup that is already there is kept:
-// it is renamed to its own name with 2, 3, ... appended, the first free one, unless it holds just
-// what the map holds. Companions are found case-insensitively; a symlink is renamed or replaced
-// like a file, never followed.
+// it is renamed to its own name with 2, 3, ... appended, the first free one. If it holds just what
+// the map holds, the map's file takes its place instead, so that what another program still writes
+// to the map is in the backup. Companions are found case-insensitively; a symlink is renamed or
+// replaced like a file, never followed.
 //
 // Fails when a folder has the name of a companion, when the map no longer holds what it `was`, and
 // when another run has locked it. On failure the map is as it was, and of the companions only those
-// before the one that failed are in place; an older backup may have been renamed, and the map may
-// have its backup name as a second hard link.
+// before the one that failed are in place; an older backup may have been renamed. A backup name
+// that the map got is taken away again if that is safe.
 Result<Done> replace_map(OpenMap& map, const Replacement& replacement);

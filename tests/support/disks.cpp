@@ -75,6 +75,12 @@ int WatchedDisk::flush(int) { return fails() ? -1 : 0; }
 
 int WatchedDisk::lock(int file) { return fails() ? -1 : Disk::lock(file); }
 
+int WatchedDisk::lease(int file) {
+  return fails() || refuses(unknown.lease) ? -1 : Disk::lease(file);
+}
+
+int WatchedDisk::copy_acl(int from, int to) { return fails() ? -1 : Disk::copy_acl(from, to); }
+
 int WatchedDisk::permit(int file, mode_t mode) { return fails() ? -1 : Disk::permit(file, mode); }
 
 int WatchedDisk::status(int folder, const char* name, int flags, struct stat& status) {

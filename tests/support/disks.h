@@ -4,6 +4,7 @@
 #include "platform/prefix/disk.h"
 #include "tests/support/test_machine.h"
 
+#include <cerrno>
 #include <cstdlib>
 #include <filesystem>
 #include <functional>
@@ -25,6 +26,7 @@ struct InMemory {
 struct Unknown {
   int link = 0;               // a second name for a file
   int rename_no_replace = 0;  // a renaming that replaces nothing
+  int lease = EINVAL;         // a lease: who saves a map in this process would wait for itself
 };
 
 // A disk on which something happens before one of the calls. It flushes nothing: no test that stays
@@ -46,6 +48,8 @@ public:
   ssize_t write(int file, const char* from, std::size_t size) override;
   int flush(int file) override;
   int lock(int file) override;
+  int lease(int file) override;
+  int copy_acl(int from, int to) override;
   int permit(int file, mode_t mode) override;
   int status(int folder, const char* name, int flags, struct stat& status) override;
   ssize_t names(int folder, char* into, std::size_t size) override;

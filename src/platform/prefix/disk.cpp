@@ -1,11 +1,15 @@
 // The system calls that touch the disk.
 #include "platform/prefix/disk.h"
 
+#include <array>
+#include <cerrno>
+#include <csignal>
 #include <cstdio>
 
 #include <dirent.h>
 #include <fcntl.h>
 #include <sys/file.h>
+#include <sys/xattr.h>
 #include <unistd.h>
 
 int Disk::open(int folder, const char* name, int flags, unsigned mode) {
@@ -22,9 +26,27 @@ ssize_t Disk::write(int file, const char* from, std::size_t size) {
   return ::write(file, from, size);
 }
 
+int Disk::truncate(int file) { return ::ftruncate(file, 0); }
+
 int Disk::flush(int file) { return ::fsync(file); }
 
 int Disk::lock(int file) { return ::flock(file, LOCK_EX | LOCK_NB); }
+
+// A program that waits for the lease is announced by a signal. SIGURG is ignored by default.
+int Disk::lease(int file) {
+  return ::fcntl(file, F_SETSIG, SIGURG) == 0 ? ::fcntl(file, F_SETLEASE, F_RDLCK) : -1;
+}
+
+int Disk::copy_acl(int from, int to) {
+  constexpr char name[] = "system.posix_acl_access";
+  std::array<char, 1 << 16> acl;  // no attribute is larger
+  const ssize_t size = ::fgetxattr(from, name, acl.data(), acl.size());
+  if (size >= 0)
+    return ::fsetxattr(to, name, acl.data(), static_cast<std::size_t>(size), 0) == 0 ? 1 : -1;
+  if (errno != ENODATA)
+    return errno == EOPNOTSUPP ? 0 : -1;
+  return ::fgetxattr(to, name, nullptr, 0) > 0 ? ::fremovexattr(to, name) : 0;
+}
 
 int Disk::permit(int file, mode_t mode) { return ::fchmod(file, mode); }
 

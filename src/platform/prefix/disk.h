@@ -19,11 +19,22 @@ public:
   virtual ssize_t read(int file, char* into, std::size_t size, off_t from);
   virtual ssize_t write(int file, const char* from, std::size_t size);
 
+  // Drops a file's content.
+  virtual int truncate(int file);
+
   // Waits until the content of a file is on the disk.
   virtual int flush(int file);
 
   // Locks a file exclusively until it is closed; EWOULDBLOCK when another process holds the lock.
   virtual int lock(int file);
+
+  // Takes a read lease on a file until it is closed: EAGAIN when a program has it open for writing,
+  // and one that opens it so later waits. Other errors: there are no leases for this file.
+  virtual int lease(int file);
+
+  // Copies the access control list of one file to another, or removes that one's if there is none.
+  // Returns 1 when a list was copied, else 0.
+  virtual int copy_acl(int from, int to);
 
   // Sets a file's permissions.
   virtual int permit(int file, mode_t mode);

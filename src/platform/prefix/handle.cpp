@@ -24,26 +24,35 @@ Handle open_path(Disk& disk, const std::string& path, int flags, unsigned mode) 
     if (slash == std::string_view::npos || slash == 0)
       break;
     const std::string piece(rest.substr(0, slash));
-    folder = Handle(disk, disk.open(base, piece.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC, 0));
+    folder = Handle(disk, uninterrupted([&] {
+                      return disk.open(base, piece.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC, 0);
+                    }));
     if (!folder)
       return folder;
     base = folder.get();
     rest.remove_prefix(rest.find_first_not_of('/', slash));
   }
-  return Handle(disk, disk.open(base, std::string(rest).c_str(), flags | O_CLOEXEC, mode));
+  const std::string last(rest);
+  return Handle(
+      disk, uninterrupted([&] { return disk.open(base, last.c_str(), flags | O_CLOEXEC, mode); }));
 }
 
 Handle open_at(const Handle& folder, const std::string& name, int flags, unsigned mode) {
   Disk& disk = folder.disk();
-  return Handle(disk, disk.open(folder.get(), name.c_str(), flags | O_CLOEXEC, mode));
+  return Handle(disk, uninterrupted([&] {
+                  return disk.open(folder.get(), name.c_str(), flags | O_CLOEXEC, mode);
+                }));
 }
 
 bool write_all(const Handle& file, std::string_view text) {
   while (!text.empty()) {
-    const ssize_t written = file.disk().write(file.get(), text.data(), text.size());
-    if (written < 0 && errno != EINTR)
+    const ssize_t written =
+        uninterrupted([&] { return file.disk().write(file.get(), text.data(), text.size()); });
+    if (written == 0)
+      errno = EIO;
+    if (written <= 0)
       return false;
-    text.remove_prefix(written < 0 ? 0 : static_cast<std::size_t>(written));
+    text.remove_prefix(static_cast<std::size_t>(written));
   }
   return true;
 }
@@ -52,13 +61,15 @@ std::optional<std::size_t> read_all(const Handle& file, char* buffer, std::size_
                                     std::size_t from) {
   std::size_t done = 0;
   while (done < size) {
-    const ssize_t length =
-        file.disk().read(file.get(), buffer + done, size - done, static_cast<off_t>(from + done));
+    const ssize_t length = uninterrupted([&] {
+      return file.disk().read(file.get(), buffer + done, size - done,
+                              static_cast<off_t>(from + done));
+    });
+    if (length < 0)
+      return std::nullopt;
     if (length == 0)
       break;
-    if (length < 0 && errno != EINTR)
-      return std::nullopt;
-    done += length < 0 ? 0 : static_cast<std::size_t>(length);
+    done += static_cast<std::size_t>(length);
   }
   return done;
 }

@@ -86,14 +86,26 @@ Result<PrefixFiles::Opened> PrefixFiles::open_folder(const std::string& folder) 
   return open(folder, O_RDONLY | O_DIRECTORY, "open the folder");
 }
 
+// A file with another hard link is somebody's: it is never written into.
 Result<Done> PrefixFiles::write_text(const std::string& path, std::string_view text,
                                      int flags) const {
   const auto location = paths.find(path);
   if (!location)
     return location.failure();
-  Handle file =
-      open_path(disk, location->path(), O_WRONLY | O_CREAT | O_NOFOLLOW | O_NONBLOCK | flags, 0666);
-  if (!file || !write_all(file, text) || !file.close())
+  const std::string file_path = location->path();
+  constexpr int new_file = O_WRONLY | O_CREAT | O_NOFOLLOW | O_NONBLOCK;
+  const auto create = [&](int more) { return open_path(disk, file_path, new_file | more, 0666); };
+  Handle file = create(flags & O_APPEND);
+  struct stat status;
+  if (file && describe(file, status) && status.st_nlink > 1) {
+    if (flags & O_APPEND)
+      return Failure{path, "write it", "it has another hard link"};
+    if (disk.remove(AT_FDCWD, file_path.c_str()) != 0)
+      return failure(path, "write it");
+    file = create(O_EXCL);
+  }
+  const bool truncated = file && ((flags & O_APPEND) || disk.truncate(file.get()) == 0);
+  if (!truncated || !write_all(file, text) || !file.close())
     return failure(path, "write it");
   return Done{};
 }

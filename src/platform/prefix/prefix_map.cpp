@@ -46,7 +46,8 @@ bool is_ours(const Handle& file, struct stat& status) {
 bool rename_at_no_replace(const Handle& folder, const std::string& from, const std::string& to) {
   Disk& disk = folder.disk();
   const int at = folder.get();
-  if (disk.rename(at, from.c_str(), to.c_str(), RENAME_NOREPLACE) == 0)
+  if (uninterrupted([&] { return disk.rename(at, from.c_str(), to.c_str(), RENAME_NOREPLACE); }) ==
+      0)
     return true;
   if (errno != EINVAL && errno != ENOSYS)
     return false;
@@ -56,7 +57,7 @@ bool rename_at_no_replace(const Handle& folder, const std::string& from, const s
     errno = EEXIST;
     return false;
   }
-  return disk.rename(at, from.c_str(), to.c_str(), 0) == 0;
+  return uninterrupted([&] { return disk.rename(at, from.c_str(), to.c_str(), 0); }) == 0;
 }
 
 }  // namespace
@@ -81,14 +82,25 @@ OpenMap::Stamp PrefixMap::stamp_from(const struct stat& status) {
           time.tv_sec < std::time(nullptr) - coarsest};
 }
 
-// Where the file system has no locks, `stamp_of` alone keeps two runs apart.
+bool PrefixMap::is_append_only() const {
+  struct statx attributes;
+  return ::statx(folder.get(), "", AT_EMPTY_PATH, 0, &attributes) == 0 &&
+         (attributes.stx_attributes & STATX_ATTR_APPEND);
+}
+
+// Where the file system has no locks, `stamp_of` alone keeps two runs apart. Leases are only for a
+// file's owner and root.
 Result<OpenMap::Stamp> PrefixMap::lock() {
   folder = open_path(file.disk(), folder_path + "/", O_RDONLY | O_DIRECTORY);
   if (!folder)
     return Failure{path, "open its folder", system_reason()};
+  if (is_append_only())
+    return failure("nothing may be renamed in its folder");
   names.refresh(folder);
   if (file.disk().lock(file.get()) != 0 && errno == EWOULDBLOCK)
     return failure(locked_by_another);
+  if (file.disk().lease(file.get()) != 0 && errno == EAGAIN)
+    return failure(open_in_another);
   return stamp;
 }
 
@@ -140,7 +152,7 @@ Result<bool> PrefixMap::holds(const std::string& entry, std::string_view content
 
 Result<Done> PrefixMap::flush(const std::string& entry) {
   return with_file(entry, [&](const Handle& opened) -> Result<Done> {
-    if (!opened || folder.disk().flush(opened.get()) != 0)
+    if (!opened || uninterrupted([&] { return folder.disk().flush(opened.get()); }) != 0)
       return last_error();
     return Done{};
   });
@@ -166,14 +178,24 @@ Result<std::string> PrefixMap::write_temporary(std::string_view content) {
   auto free = make_file(made, made_status);
   if (!free)
     return free;
-  const mode_t mode = copy_owner(made, made_status, status);
+  mode_t mode = copy_owner(made, made_status, status);
+  const int copied = folder.disk().copy_acl(file.get(), made.get());
+  if (copied < 0)
+    mode &= ~group_permissions;  // they limit what the list grants
+  if (copied > 0 && folder.disk().permit(made.get(), 0600) != 0)
+    return remove_after_failure(*free);
   // It stays open for its lock. What was flushed, no failing close can take back.
-  if (write_all(made, content) && folder.disk().flush(made.get()) == 0) {
+  if (write_all(made, content) &&
+      uninterrupted([&] { return folder.disk().flush(made.get()); }) == 0) {
     written.push_back({*free, std::move(made), mode});
     return free;
   }
+  return remove_after_failure(*free);
+}
+
+Failure PrefixMap::remove_after_failure(const std::string& entry) {
   Failure failure = last_error();
-  remove(*free);
+  remove(entry);
   return failure;
 }
 
@@ -193,8 +215,10 @@ bool PrefixMap::set_permissions(const std::string& entry) {
 
 // Another hard link is unmoved by what becomes of `to`.
 Result<Done> PrefixMap::rename(const std::string& from, const std::string& to, const std::string&) {
-  if (!set_permissions(from) ||
-      folder.disk().rename(folder.get(), from.c_str(), to.c_str(), 0) != 0)
+  if (!set_permissions(from) || uninterrupted([&] {
+                                  return folder.disk().rename(folder.get(), from.c_str(),
+                                                              to.c_str(), 0);
+                                }) != 0)
     return last_error();
   names.added(to);
   return Done{};

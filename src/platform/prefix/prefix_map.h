@@ -50,7 +50,11 @@ private:
     mode_t mode;
   };
 
+  // Whether the map's folder lets entries only be added.
+  bool is_append_only() const;
+
   Failure last_error() const;
+  Failure remove_after_failure(const std::string& entry);
   Result<std::string> make_file(Handle& file, struct stat& status);
   bool set_permissions(const std::string& entry);
 

@@ -59,6 +59,10 @@ bool write_all(const Handle& file, std::string_view text) {
     DWORD written = 0;
     if (!WriteFile(file.get(), text.data(), piece(text.size()), &written, nullptr))
       return false;
+    if (written == 0) {
+      SetLastError(ERROR_WRITE_FAULT);
+      return false;
+    }
     text.remove_prefix(written);
   }
   return true;

@@ -59,21 +59,36 @@ Result<Location> find_folder(const std::string& folder) {
   return location;
 }
 
-// Writes a text file anew, or appends to it; never through a symlink.
+Handle open_text(const std::wstring& path, DWORD access, DWORD creation) {
+  RetryBudget retry_budget;
+  return open_with_retry(retry_budget, path, access, creation,
+                         FILE_ATTRIBUTE_NORMAL | FILE_FLAG_OPEN_REPARSE_POINT);
+}
+
+// Writes a text file anew, or appends to it; never through a symlink. A file with another hard link
+// is somebody's: it is never written into.
 Result<Done> write_text(const std::string& path, std::string_view text, bool at_end) {
   const auto location = locate(path);
   if (!location)
     return location.failure();
-  RetryBudget retry_budget;
-  Handle file =
-      open_with_retry(retry_budget, location->wide(), at_end ? FILE_APPEND_DATA : GENERIC_WRITE,
-                      OPEN_ALWAYS, FILE_ATTRIBUTE_NORMAL | FILE_FLAG_OPEN_REPARSE_POINT);
-  if (!file)
+  const std::wstring wide = location->wide();
+  const DWORD access = at_end ? FILE_APPEND_DATA : GENERIC_WRITE;
+  Handle file = open_text(wide, access, OPEN_ALWAYS);
+  const auto information = file ? file_information(file) : std::nullopt;
+  if (!information)
     return failure(path, "write it");
-  const auto found = find_file(location->wide());
+  const auto found = find_file(wide);
   if (found && is_link(*found))
     return Failure{path, "write it", "it is a link"};
-  if ((!at_end && !SetEndOfFile(file.get())) || !write_all(file, text) || !file.close())
+  if (information->nNumberOfLinks > 1) {
+    if (at_end)
+      return Failure{path, "write it", "it has another hard link"};
+    static_cast<void>(file.close());
+    if (!DeleteFileW(wide.c_str()))
+      return failure(path, "write it");
+    file = open_text(wide, access, CREATE_NEW);
+  }
+  if (!file || (!at_end && !SetEndOfFile(file.get())) || !write_all(file, text) || !file.close())
     return failure(path, "write it");
   return Done{};
 }

@@ -183,8 +183,11 @@ Result<std::string> WindowsMap::write_temporary(std::string_view content) {
   return failure;
 }
 
+// The entry may be a hard link to the map, which shares its read-only attribute.
 void WindowsMap::remove(const std::string& entry) {
   retry_budget.retry(sharing_or_access_errors, [&] { return delete_file(path_of(entry)); });
+  if (is_read_only(map_attributes))
+    set_attributes(path_of(name), map_attributes);
 }
 
 bool WindowsMap::move_file(const std::string& from, const std::string& to, DWORD flags) {
@@ -225,6 +228,9 @@ Result<bool> WindowsMap::rename_no_replace(const std::string& from, const std::s
 
 // File systems without hard links fail with many different errors.
 Result<bool> WindowsMap::link(const std::string& from, const std::string& to) {
+  if (is_temporary(to))
+    if (const auto ours = lock_entry(to); !ours)
+      return ours.failure();
   if (CreateHardLinkW(path_of(to).c_str(), path_of(from).c_str(), nullptr))
     return true;
   if (is_taken(GetLastError()))
