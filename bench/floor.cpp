@@ -26,7 +26,7 @@ int main(int argc, char** argv) {
     std::fputs("usage: floor FOLDER\n", stderr);
     return 2;
   }
-  keep_freed_memory();
+  set_up_process();
   const Machine machine = find_machine();
   PrefixFiles files(machine);
   const Paths paths(machine);

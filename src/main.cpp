@@ -6,6 +6,8 @@
 #include "ui/console/console_screen.h"
 #include "ui/qt/load_window.h"
 
+#include <cstdio>
+#include <new>
 #include <string>
 
 namespace {
@@ -18,14 +20,23 @@ std::string argument_text(int argc, char** argv) {
   return text;
 }
 
-}  // namespace
-
-int main(int argc, char** argv) {
-  keep_freed_memory();
+int run(int argc, char** argv) {
   const Machine machine = find_machine();
   PrefixFiles files(machine);
   PrefixSystem system(machine, argument_text(argc, argv));
   if (RunWindow* run_window = load_window(machine.program_folder))
     return run_window(files, system, argv);
   return run_console(files, system);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  set_up_process();
+  try {
+    return run(argc, argv);
+  } catch (const std::bad_alloc&) {
+    std::fputs("The memory is not enough to start the program.\n", stderr);
+    return 1;
+  }
 }

@@ -54,7 +54,7 @@ void set_edition(Form1& form, Edition edition) {
   form.edition = data(edition).letter;
   if (edition == Edition::expansion)
     form.homefolder =
-        getmydocs(form.system, [&](const std::string& text) { form.screen.message_box(text); });
+        getmydocs(form.system, [&](const std::string& text) { show_trouble(form, text); });
 }
 
 void set_folders(Form1& form, Edition edition, bool fallback) {

@@ -35,7 +35,7 @@ void start_info(Form1& form, bool is_64bit) {
 
 void set_homefolder(Form1& form) {
   form.homefolder =
-      getlocalappdata(form.system, [&](const std::string& text) { form.screen.message_box(text); });
+      getlocalappdata(form.system, [&](const std::string& text) { show_trouble(form, text); });
   write_info(form, form.homefolder);
 }
 
@@ -49,6 +49,7 @@ void set_homefolder(Form1& form) {
 
 void startup(Form1& form) {
   form.screen.show();
+  form.unattended = will_be_silent(form.system);
   set_sysdrive(form);
   read_target(form);
   const bool is_64bit = is64bit(form.system, form.files, form.sysdrive);

@@ -21,10 +21,16 @@ std::string mismatch_message(const Form1& form, const std::string& target) {
          form.pathlist[1];
 }
 
+void report_info_failure(Form1& form, const Result<Done>& written) {
+  form.info_failed = !written;
+  if (!written)
+    report_trouble(form, printable(written.failure().text()));
+}
+
 }  // namespace
 
 void read_target(Form1& form) {
-  form.targetlines = readlines(form.files, target_file);
+  form.targetlines = readlines_or_report(form, target_file);
   form.debugmode = form.system.lowercase(form.targetlines[debug_line]) == "debug";
   if (form.debugmode)
     form.set_caption(form.caption() + " DeBuGgInG M O D E!");
@@ -46,10 +52,10 @@ void check_release(Form1& form) {
 
 void create_info(Form1& form) {
   if (form.debugmode)
-    static_cast<void>(form.files.write(infofile, ""));
+    report_info_failure(form, form.files.write(infofile, ""));
 }
 
 void write_info(Form1& form, const std::string& line) {
-  if (form.debugmode)
-    static_cast<void>(form.files.append(infofile, line + "\r\n"));
+  if (form.debugmode && !form.info_failed)
+    report_info_failure(form, form.files.append(infofile, line + "\r\n"));
 }

@@ -13,8 +13,9 @@ void read_target(Form1& form);
 // when both editions are found, a data file is missing or debug mode is on.
 void check_release(Form1& form);
 
-// In debug mode makes "info.txt" in the current folder anew, empty; a failure is ignored.
+// In debug mode makes "info.txt" in the current folder anew, empty. The first failure of this and
+// of `write_info` is reported, and nothing more is written then.
 void create_info(Form1& form);
 
-// In debug mode appends a line to it; a failure is ignored.
+// In debug mode appends a line to it.
 void write_info(Form1& form, const std::string& line);

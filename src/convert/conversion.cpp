@@ -8,6 +8,7 @@
 #include "platform/files.h"
 #include "platform/path_rules.h"
 
+#include <limits>
 #include <new>
 
 namespace {
@@ -26,7 +27,11 @@ struct Map {
 
 class Run {
 public:
-  explicit Run(Form1& form_in);
+  explicit Run(Form1& form_in) : form(form_in), templates(form.files, form.edition) {}
+
+  // Reads the current format version. Without one nothing is converted, which is reported where
+  // there are maps.
+  void read_baseline();
 
   // Converts the map `path` unless it is to stay as it is. A map that cannot be converted, for want
   // of memory too, is skipped.
@@ -35,6 +40,8 @@ public:
   // Reports the maps that were skipped, if any.
   void report_skipped();
 
+  long converted = 0;  // maps
+
 private:
   void convert_map(const std::string& path);
   bool is_expansion() const { return form.edition == expansion_letter; }
@@ -42,16 +49,16 @@ private:
   void convert(const Map& map);
   Result<std::string> fix(const LineArray& lines);
   void put_in_place(const Map& map, std::string_view first, std::string_view result);
+  void list_converted(const std::string& path);
   [[noreturn]] void stop(const Map& map, const Failure& fault);
 
   Form1& form;
   TemplateFiles templates;
-  double formatver = 0;
-  long converted = 0;
+  double formatver = std::numeric_limits<double>::lowest();
   std::vector<Failure> skipped;
 };
 
-Run::Run(Form1& form_in) : form(form_in), templates(form.files, form.edition) {
+void Run::read_baseline() {
   const auto version = templates.initnew();
   if (version)
     formatver = *version;
@@ -121,7 +128,16 @@ void Run::put_in_place(const Map& map, std::string_view first, std::string_view 
   if (!done)
     return skip(done.failure());
   ++converted;
-  form.Text2.append(std::string(filename(path)) + "\r\n");
+  list_converted(path);
+}
+
+// The map is converted, even if its name is missing in the list for want of memory.
+void Run::list_converted(const std::string& path) {
+  try {
+    form.Text2.append(std::string(filename(path)) + "\r\n");
+  } catch (const std::bad_alloc&) {
+    form.trouble = true;
+  }
 }
 
 // Ends the program for a template that cannot write what the map asks of it. The map keeps its
@@ -151,9 +167,13 @@ void Run::report_skipped() {
 }  // namespace
 
 void fixgalaxies(Form1& form) {
+  const DeferredInterrupts deferred(form.system);
   Run run(form);
   next_stage(form);
-  for (std::size_t i = 0; i + 1 < form.foundlist.size(); ++i)
+  run.read_baseline();
+  for (std::size_t i = 0; i + 1 < form.foundlist.size() && !form.system.interrupted(); ++i)
     run.convert_or_skip(form.foundlist[i]);
   run.report_skipped();
+  if (form.system.interrupted())
+    end_interrupted(form, run.converted);
 }

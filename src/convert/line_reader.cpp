@@ -8,6 +8,12 @@ constexpr std::size_t unreadable_file_lines = 1;
 
 static_assert(Files::max_file_size <= LineArray::max_text_size);
 
+LineArray lines_or_empty(Result<LineArray> lines) {
+  if (lines)
+    return *std::move(lines);
+  return LineArray::empty(lines.failure().missing ? missing_file_lines : unreadable_file_lines);
+}
+
 }  // namespace
 
 Result<LineArray> read_text(Files& files, const std::string& path) {
@@ -18,8 +24,12 @@ Result<LineArray> read_text(Files& files, const std::string& path) {
 }
 
 LineArray readlines(Files& files, const std::string& path) {
-  auto lines = read_text(files, path);
-  if (lines)
-    return std::move(*lines);
-  return LineArray::empty(lines.failure().missing ? missing_file_lines : unreadable_file_lines);
+  return lines_or_empty(read_text(files, path));
+}
+
+LineArray readlines_or_report(Form1& form, const std::string& path) {
+  auto lines = read_text(form.files, path);
+  if (!lines && !lines.failure().missing)
+    report_trouble(form, printable(lines.failure().text()));
+  return lines_or_empty(std::move(lines));
 }

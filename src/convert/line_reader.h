@@ -1,8 +1,7 @@
 // Reads text files into line arrays.
 #pragma once
 
-#include "engine/line_array.h"
-#include "platform/files.h"
+#include "form/form1.h"
 
 #include <string>
 
@@ -12,3 +11,6 @@ Result<LineArray> read_text(Files& files, const std::string& path);
 // The same, but never fails: a missing file gives 11 empty lines (a folder and a hidden file count
 // as missing), a file that cannot be read gives one empty line.
 LineArray readlines(Files& files, const std::string& path);
+
+// The same, and a file that is there but cannot be read is reported.
+LineArray readlines_or_report(Form1& form, const std::string& path);

@@ -12,9 +12,14 @@ constexpr char list_file[] = "original vora galaxies.txt";
 }  // namespace
 
 void loadoriginalmaps(Form1& form) {
-  if (first_file(form.files, list_file).empty())
+  if (first_file(form.files, list_file).empty()) {
     form.missingdata = true;
-  form.originalmaps = form.missingdata ? LineArray::empty(1) : readlines(form.files, list_file);
+    if (form.unattended)
+      form.screen.print_error(std::string(list_file) +
+                              " is missing: the game's release is not checked, and the game's own "
+                              "maps are converted like any other.");
+  }
+  form.originalmaps = form.missingdata ? LineArray::empty(1) : readlines_or_report(form, list_file);
 }
 
 bool samefilename(System& system, std::string_view path, std::string_view name) {

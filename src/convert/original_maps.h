@@ -6,7 +6,8 @@
 #include <string_view>
 
 // Reads the list into `originalmaps`. When its file is missing, or `missingdata` is set already,
-// the list is a single empty entry and `missingdata` is set.
+// the list is a single empty entry and `missingdata` is set. In a silent run a missing file is
+// mentioned on stderr.
 void loadoriginalmaps(Form1& form);
 
 // Whether the file name of `path` is `name`, case-insensitively.

@@ -43,8 +43,12 @@ void TemplateFiles::loadnewfix(double ver) {
 }
 
 Result<double> TemplateFiles::initnew() {
-  const auto lines = read_text(files, edition + "newstruct0.txt");
+  const std::string filename = edition + "newstruct0.txt";
+  const auto lines = read_text(files, filename);
   if (!lines)
     return lines.failure();
-  return numeric_value(version_of((*lines)[1]));
+  const auto version = version_of((*lines)[1]);
+  if (!has_number(version))
+    return Failure{filename, "read it", "its second line does not end in a format version"};
+  return numeric_value(version);
 }

@@ -24,8 +24,8 @@ public:
   void loadoldfix(double ver);
   void loadnewfix(double ver);
 
-  // Reads the current format version from the baseline: 0 when it has no second line. Fails when
-  // the baseline is missing or cannot be read.
+  // Reads the current format version from the baseline. Fails when the baseline is missing or
+  // cannot be read, and when its second line does not end in a number.
   Result<double> initnew();
 
   const OldTemplate& oldtemplate() const { return *current_old; }

@@ -54,6 +54,8 @@ void walk(Form1& form, const std::string& pattern, const std::string& top, Found
   std::vector<Folder> open;
   open.push_back(list_folder(form, top, pattern));
   while (!open.empty()) {
+    if (form.system.interrupted())
+      end_interrupted(form, 0);
     if (const Entry* below = next_subfolder(open.back())) {
       form.screen.process_messages();
       open.push_back(list_folder(form, open.back().path + "\\" + below->name, pattern));
@@ -81,6 +83,7 @@ void findfiles(Form1& form, const std::string& pattern, const std::string& root,
 }
 
 void findgalaxies(Form1& form) {
+  const DeferredInterrupts deferred(form.system);
   form.searching = true;
   form.filepattern = "*.galaxy";
   form.foundlist.clear();

@@ -43,6 +43,10 @@ double numeric_value(std::string_view text) {
                                  : std::numeric_limits<double>::max();
 }
 
+bool has_number(std::string_view text) {
+  return leading_number(text).find_first_of("0123456789") != std::string::npos;
+}
+
 long long whole_part(double value) {
   constexpr auto limit = static_cast<double>(std::numeric_limits<long long>::max());
   if (value >= limit)

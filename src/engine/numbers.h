@@ -9,6 +9,9 @@
 // (spaces and tabs) are skipped wherever they stand. There is no exponent and no other base.
 double numeric_value(std::string_view text);
 
+// Whether there is a number at the text's start.
+bool has_number(std::string_view text);
+
 // The whole part of a value, clamped to the limits of the type.
 long long whole_part(double value);
 

@@ -78,6 +78,8 @@ public:
   bool debugmode = false;
   bool missingdata = false;  // a data file is missing, or debug mode is on: no release check
   bool silentmode = false;
+  bool unattended = false;  // a silent run, known from the start: nobody would answer a message box
+  bool info_failed = false;  // the diagnostic file could not be written
 
   // The installed editions. Folders end in "\", which stands alone when there is none.
   std::string basepath, bundlepath, expansionpath;
@@ -103,30 +105,37 @@ public:
   LineArray originalmaps;           // names of the game's own maps
   bool searching = false;           // handlers other than the exit button's wait meanwhile
 
-  bool trouble = false;  // something went wrong that the exit status must tell
+  bool trouble = false;  // something went wrong: the exit status is 1
 };
 
 // The edition letters of the base edition and the expansion.
 inline constexpr char base_letter[] = "v";
 inline constexpr char expansion_letter[] = "t";
 
-// Ends the program at once, with the exit status that tells whether all went well.
+// Ends the program at once. The exit status says whether all went well.
 [[noreturn]] void end_program(Form1& form);
 
 // Shows a message box, then ends the program: something fatal was found.
 [[noreturn]] void end_with_message(Form1& form, const std::string& text);
 
-// The same where the memory is not enough: nothing is lost by it.
+// Reports that there is not enough memory, then ends the program. No map is lost by that.
 [[noreturn]] void end_out_of_memory(Form1& form);
 
-// Tells of trouble: in a message box, in a silent run on standard error.
+// Reports on stderr that the user has interrupted a run which had converted so many maps, then ends
+// the program.
+[[noreturn]] void end_interrupted(Form1& form, long converted);
+
+// Reports trouble in a message box, even in a silent run.
+void show_trouble(Form1& form, const std::string& text);
+
+// Reports trouble: in a silent run on stderr, else in a message box.
 void report_trouble(Form1& form, const std::string& text);
 
-// The same of several failures, a line each below a heading; says nothing when there are none.
+// The same for several failures, one a line below a heading. Does nothing when there are none.
 void report_troubles(Form1& form, const std::string& heading, const std::vector<Failure>& failures);
 
-// `text` with each control character written as "\x" and two hexadecimal digits: names of files
-// come from strangers.
+// `text` with what could disturb a terminal or disguise a name escaped byte by byte as "\x" and two
+// hexadecimal digits: control characters and the characters that change the direction of writing.
 std::string printable(std::string_view text);
 
 // Adds one to the number that the stage counter `Label8` shows.

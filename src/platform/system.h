@@ -67,6 +67,26 @@ public:
   // The command line without the program's own name, as one text.
   virtual std::string argument_text() = 0;
 
+  // While `on`, the user's request to end the process (Ctrl-C, the end of the session) does not end
+  // it but makes `interrupted` true; a second request ends it. A machine without such requests does
+  // nothing.
+  virtual void defer_interrupts(bool on) { static_cast<void>(on); }
+  virtual bool interrupted() { return false; }
+
   // `text` with its letters lowered by the platform's ordinary case mapping.
   virtual std::string lowercase(std::string_view text) = 0;
+};
+
+// Defers interrupts for as long as it lives.
+class DeferredInterrupts {
+public:
+  explicit DeferredInterrupts(System& system_in) : system(system_in) {
+    system.defer_interrupts(true);
+  }
+  DeferredInterrupts(const DeferredInterrupts&) = delete;
+  DeferredInterrupts& operator=(const DeferredInterrupts&) = delete;
+  ~DeferredInterrupts() { system.defer_interrupts(false); }
+
+private:
+  System& system;
 };

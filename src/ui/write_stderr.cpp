@@ -1,12 +1,14 @@
-// Messages for nobody in particular: what a front end tells where no box would be answered.
+// Messages on stderr.
 #include "ui/write_stderr.h"
+
+#include "form/form1.h"
 
 #include <iostream>
 
 void write_stderr(std::string_view text) {
   for (auto end = text.find("\r\n"); end != std::string_view::npos; end = text.find("\r\n")) {
-    std::cerr << text.substr(0, end) << '\n';
+    std::cerr << printable(text.substr(0, end)) << '\n';
     text.remove_prefix(end + 2);
   }
-  std::cerr << text << '\n';
+  std::cerr << printable(text) << '\n';
 }

@@ -188,7 +188,7 @@ TEST_F(Conversion, ATemplateErrorEndsTheProgramAndLosesNothing) {
 }
 
 TEST_F(Conversion, ASilentRunTellsTroubleOnStandardErrorAlone) {
-  program.form.silentmode = true;
+  program.form.unattended = true;
   add("oneline.galaxy", "MAP\r\n");
   write_file(machine.data / "vnewstruct3.txt", "MAP\r\n");
   add("a.galaxy", old_map);

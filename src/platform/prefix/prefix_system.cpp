@@ -2,6 +2,7 @@
 #include "platform/prefix/prefix_system.h"
 
 #include "platform/prefix/letter_case.h"
+#include "platform/prefix/process.h"
 #include "platform/prefix/version_resource.h"
 
 #include <algorithm>
@@ -156,5 +157,9 @@ std::vector<std::string> PrefixSystem::drives() { return paths.drives(); }
 std::string PrefixSystem::app_folder() { return paths.windows_path(program_folder); }
 
 std::string PrefixSystem::argument_text() { return arguments; }
+
+void PrefixSystem::defer_interrupts(bool on) { ::defer_interrupts(on); }
+
+bool PrefixSystem::interrupted() { return ::interrupted(); }
 
 std::string PrefixSystem::lowercase(std::string_view text) { return ::lowercase(text); }

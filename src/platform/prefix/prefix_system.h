@@ -27,6 +27,8 @@ public:
   std::vector<std::string> drives() override;
   std::string app_folder() override;
   std::string argument_text() override;
+  void defer_interrupts(bool on) override;
+  bool interrupted() override;
   std::string lowercase(std::string_view text) override;
 
 private:

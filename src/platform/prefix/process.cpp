@@ -1,10 +1,54 @@
-// How the process is set up before anything else happens.
+// The process: how it is set up before anything else happens, and the signals that ask it to end.
 #include "platform/prefix/process.h"
 
+#include <csignal>
+
+#include <fcntl.h>
 #include <malloc.h>
+#include <unistd.h>
+
+namespace {
+
+constexpr int interrupts[] = {SIGINT, SIGTERM, SIGHUP};
+
+volatile std::sig_atomic_t was_interrupted = 0;
+
+// The second signal ends the process as if it were not handled.
+void note_interrupt(int signal) {
+  if (was_interrupted) {
+    std::signal(signal, SIG_DFL);
+    std::raise(signal);
+  }
+  was_interrupted = 1;
+}
+
+void open_standard_descriptors() {
+  for (int descriptor = STDIN_FILENO; descriptor <= STDERR_FILENO; ++descriptor)
+    if (::fcntl(descriptor, F_GETFD) < 0)
+      ::open("/dev/null", O_RDWR);  // the lowest descriptor that is free
+}
 
 void keep_freed_memory() {
   constexpr int largest_text = 4 << 20;  // in bytes, for which this is done
   mallopt(M_MMAP_THRESHOLD, largest_text);
   mallopt(M_TRIM_THRESHOLD, 2 * largest_text);
 }
+
+}  // namespace
+
+void set_up_process() {
+  open_standard_descriptors();
+  std::signal(SIGPIPE, SIG_IGN);
+  std::signal(SIGXFSZ, SIG_IGN);
+  keep_freed_memory();
+}
+
+void defer_interrupts(bool on) {
+  for (const int signal : interrupts) {
+    const auto before = std::signal(signal, on ? note_interrupt : SIG_DFL);
+    if (before == SIG_IGN)
+      std::signal(signal, SIG_IGN);
+  }
+}
+
+bool interrupted() { return was_interrupted != 0; }
