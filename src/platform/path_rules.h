@@ -1,4 +1,4 @@
-// The rules of Windows paths and names that every machine shares.
+// The rules of Windows paths and names that all machines share.
 #pragma once
 
 #include "platform/files.h"
@@ -6,6 +6,18 @@
 #include <string>
 #include <string_view>
 #include <vector>
+
+// ASCII alone: every other byte is left as it is.
+constexpr bool is_ascii(char c) { return static_cast<unsigned char>(c) < 0x80; }
+constexpr char ascii_lower(char c) {
+  return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+}
+constexpr char ascii_upper(char c) {
+  return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c;
+}
+
+// Windows accepts both separators in a path.
+constexpr bool is_separator(char c) { return c == '\\' || c == '/'; }
 
 // Whether a file's name matches `pattern`, letter case ignored. A pattern is "*" followed by the
 // end that the name must have ("*.galaxy"), "*" alone matches every name.

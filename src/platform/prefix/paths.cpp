@@ -20,10 +20,6 @@ namespace {
 
 constexpr std::string_view unix_namespace = R"(\\?\unix\)";
 
-char upper(char c) { return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c; }
-
-bool is_separator(char c) { return c == '\\' || c == '/'; }
-
 // The path without links, empty when there is nothing.
 std::string resolve_symlinks(const std::string& path) {
   const std::unique_ptr<char, decltype(&std::free)> real(::realpath(path.c_str(), nullptr),
@@ -39,7 +35,7 @@ std::map<char, std::string> linked_drives(const fs::path& dosdevices) {
        entry.increment(failed)) {
     const std::string name = entry->path().filename().string();
     if (name.size() == 2 && has_drive(name))
-      roots[upper(name[0])] = resolve_symlinks(entry->path().string());
+      roots[ascii_upper(name[0])] = resolve_symlinks(entry->path().string());
   }
   return roots;
 }
@@ -90,7 +86,7 @@ Paths::Paths(const Machine& machine, Disk& disk_in)
 // one.
 Result<std::string> Paths::drive_root(const std::string& path) const {
   const std::string from = has_drive(path) ? path : windows_path(current_folder);
-  const auto root = roots.find(upper(from[0]));
+  const auto root = roots.find(ascii_upper(from[0]));
   if (root == roots.end())
     return Failure{path, "find it", "there is no such drive", true};
   if (root->second.empty())
@@ -163,7 +159,7 @@ std::string Paths::windows_path(const std::string& path, char preferred) const {
   std::string base;
   for (const auto& [drive, root] : roots) {
     const bool deeper = letter == 0 || without_slash(root).size() > base.size();
-    const bool equal = without_slash(root).size() == base.size() && drive == upper(preferred);
+    const bool equal = without_slash(root).size() == base.size() && drive == ascii_upper(preferred);
     if (root.empty() || !holds(root, path) || (!deeper && !equal))
       continue;
     letter = drive;

@@ -14,10 +14,6 @@ constexpr std::string_view verbatim = R"(\\?\)";
 constexpr std::string_view verbatim_share = R"(\\?\UNC\)";
 constexpr std::string_view share = R"(\\)";
 
-bool is_separator(char c) { return c == '\\' || c == '/'; }
-
-char upper(char c) { return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c; }
-
 std::string current_folder() {
   return narrow(
       system_text([](wchar_t* folder, DWORD size) { return GetCurrentDirectoryW(size, folder); }));
@@ -46,7 +42,7 @@ std::string take_root(std::string_view& rest) {
     rest.remove_prefix(verbatim.size());
   if (!has_drive(rest))
     return std::string(is_verbatim ? verbatim : "");
-  const std::string root{upper(rest[0]), ':', '\\'};
+  const std::string root{ascii_upper(rest[0]), ':', '\\'};
   rest.remove_prefix(2);
   return root;
 }
