@@ -2,14 +2,16 @@
 // its plain characters agree with those asked for, which keeps a search through megabytes quick.
 #include "platform/prefix/registry_text.h"
 
+#include "platform/path_rules.h"
 #include "platform/prefix/letter_case.h"
-#include "platform/prefix/utf8.h"
 
 #include <algorithm>
 #include <array>
 #include <charconv>
 #include <cstddef>
 #include <utility>
+
+#include <utf8.h>
 
 namespace {
 
@@ -18,50 +20,21 @@ constexpr auto npos = std::string_view::npos;
 // Wine's names for control characters, at the place of the character's code; '.' has no name.
 constexpr std::string_view control_names = ".......abtnvfr.............e....";
 
-constexpr char32_t replacement = 0xFFFD;  // what stands for text that is damaged
-
-bool is_ascii(char c) { return static_cast<unsigned char>(c) < 0x80; }
 bool is_hex_digit(char c) {
   return (c >= '0' && c <= '9') || (c >= 'a' && c <= 'f') || (c >= 'A' && c <= 'F');
 }
-char ascii_lower(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + ('a' - 'A')) : c; }
-
-// Collects UTF-8 text from UTF-16 units and from bytes that are UTF-8 already.
-class TextBuilder {
-public:
-  void byte(char c) {
-    end_pair();
-    text += c;
+// UTF-16 as UTF-8; a surrogate without its partner becomes U+FFFD.
+std::string to_utf8(std::u16string units) {
+  const auto is_lead = [&](std::size_t i) { return units[i] >= 0xD800 && units[i] < 0xDC00; };
+  const auto is_trail = [&](std::size_t i) { return units[i] >= 0xDC00 && units[i] < 0xE000; };
+  for (std::size_t i = 0; i < units.size(); ++i) {
+    if (is_lead(i) && i + 1 < units.size() && is_trail(i + 1))
+      ++i;
+    else if (is_lead(i) || is_trail(i))
+      units[i] = 0xFFFD;
   }
-
-  void unit(std::uint32_t unit) {
-    if (unit >= 0xDC00 && unit <= 0xDFFF && lead != 0) {
-      append_utf8(text, 0x10000 + ((lead - 0xD800) << 10) + (unit - 0xDC00));
-      lead = 0;
-      return;
-    }
-    end_pair();
-    if (unit >= 0xD800 && unit <= 0xDBFF)
-      lead = unit;
-    else
-      append_utf8(text, unit >= 0xDC00 && unit <= 0xDFFF ? replacement : unit);
-  }
-
-  std::string finish() {
-    end_pair();
-    return std::move(text);
-  }
-
-private:
-  void end_pair() {
-    if (lead != 0)
-      append_utf8(text, replacement);
-    lead = 0;
-  }
-
-  std::string text;
-  std::uint32_t lead = 0;  // the first half of a surrogate pair, waiting for the second
-};
+  return utf8::utf16to8(units);
+}
 
 // Takes at most `most` digits off the front of `text`; nothing when it begins with none.
 std::optional<std::uint32_t> take_number(std::string_view& text, std::size_t most, int base) {
@@ -74,33 +47,41 @@ std::optional<std::uint32_t> take_number(std::string_view& text, std::size_t mos
   return number;
 }
 
-// Takes one escape off the front of `text`, its backslash already gone.
-void unescape_one(std::string_view& text, TextBuilder& into) {
-  const char c = text.front();
-  if (const auto octal = take_number(text, 3, 8))
-    return into.unit(*octal);
-  text.remove_prefix(1);
-  if (c == 'x') {
-    const auto unit = take_number(text, 4, 16);
-    return unit ? into.unit(*unit) : into.byte(c);
-  }
-  const auto control = c == '.' ? npos : control_names.find(c);
-  into.byte(control == npos ? c : static_cast<char>(control));
+// Takes a numeric escape, \xHHHH or \OOO, off the front of `text`: a UTF-16 unit.
+std::optional<char16_t> take_unit(std::string_view& text) {
+  const bool hex = text.starts_with("\\x");
+  if (!text.starts_with('\\'))
+    return std::nullopt;
+  auto rest = text.substr(hex ? 2 : 1);
+  const auto unit = hex ? take_number(rest, 4, 16) : take_number(rest, 3, 8);
+  if (!unit)
+    return std::nullopt;
+  text = rest;
+  return static_cast<char16_t>(*unit);
 }
 
-std::string unescape(std::string_view text) {
-  TextBuilder into;
-  while (!text.empty()) {
-    const char c = text.front();
-    if (c == '\\' && text.size() > 1) {
-      text.remove_prefix(1);
-      unescape_one(text, into);
-    } else {
-      into.byte(c);
-      text.remove_prefix(1);
+// Takes any other escape, or a plain byte, off the front of `text`.
+char take_byte(std::string_view& text) {
+  const bool escaped = text.size() > 1 && text.front() == '\\';
+  const char c = text[escaped ? 1 : 0];
+  text.remove_prefix(escaped ? 2 : 1);
+  const auto control = escaped && c != '.' ? control_names.find(c) : npos;
+  return control == npos ? c : static_cast<char>(control);
+}
+
+// Two numeric escapes in a row may be one character.
+std::string unescape(std::string_view escaped) {
+  std::string text;
+  std::u16string units;
+  while (!escaped.empty()) {
+    if (const auto unit = take_unit(escaped)) {
+      units += *unit;
+      continue;
     }
+    text += to_utf8(std::exchange(units, {}));
+    text += take_byte(escaped);
   }
-  return into.finish();
+  return text + to_utf8(std::move(units));
 }
 
 // Where the character that ends an escaped text stands, from `from` on.
@@ -142,7 +123,7 @@ struct Section {
 };
 
 // A value's lines, and its data behind the "=".
-struct Entry {
+struct ValueLines {
   std::size_t begin;
   std::size_t end;
   std::string_view data;
@@ -234,9 +215,9 @@ std::size_t end_of_value(std::string_view text, std::size_t begin, std::size_t e
   return end;
 }
 
-// Calls `use` with every entry that gives the value, in the order of the text.
+// Calls `use` with every definition of the value, in the order of the text.
 template <class Use>
-void for_each_entry(std::string_view text, std::string_view key, std::string_view name, Use use) {
+void for_each_value(std::string_view text, std::string_view key, std::string_view name, Use use) {
   const auto lowered = lowercase(name);
   for_each_section(text, key, Depth::key, [&](const Section& section) {
     const auto lines = text.substr(0, section.end);
@@ -248,7 +229,7 @@ void for_each_entry(std::string_view text, std::string_view key, std::string_vie
       const auto data = begin + *offset;
       if (lines.substr(data).starts_with("hex"))
         end = end_of_value(lines, begin, end);
-      use(Entry{begin, end, lines.substr(data, end - data)});
+      use(ValueLines{begin, end, lines.substr(data, end - data)});
     }
   });
 }
@@ -320,17 +301,14 @@ std::optional<std::string> parse_bytes(std::string_view data) {
   return bytes;
 }
 
-// The text up to its NUL that is kept as UTF-16, the lower byte of each unit first.
+// Little-endian UTF-16, up to its NUL.
 std::string from_utf16(std::string_view bytes) {
-  TextBuilder into;
-  for (std::size_t at = 0; at + 1 < bytes.size(); at += 2) {
-    const auto low = static_cast<unsigned char>(bytes[at]);
-    const auto high = static_cast<unsigned char>(bytes[at + 1]);
-    if (low == 0 && high == 0)
-      break;
-    into.unit(static_cast<std::uint32_t>(high << 8 | low));
-  }
-  return into.finish();
+  std::u16string units;
+  for (std::size_t at = 0; at + 1 < bytes.size(); at += 2)
+    units += static_cast<char16_t>(static_cast<unsigned char>(bytes[at]) |
+                                   static_cast<unsigned char>(bytes[at + 1]) << 8);
+  units.resize(std::min(units.find(u'\0'), units.size()));
+  return to_utf8(std::move(units));
 }
 
 RegistryValue bytes_value(std::string bytes, RegistryValue::Type type) {
@@ -368,24 +346,6 @@ std::optional<RegistryValue> parse_value(std::string_view data) {
   return bytes_value(std::move(*bytes), type_for(*type));
 }
 
-std::u16string to_utf16(std::string_view text) {
-  std::u16string units;
-  while (!text.empty()) {
-    char32_t character = 0;
-    const auto length = decode_utf8(text, character);
-    text.remove_prefix(std::max<std::size_t>(length, 1));
-    if (length == 0) {
-      units += static_cast<char16_t>(replacement);
-    } else if (character < 0x10000) {
-      units += static_cast<char16_t>(character);
-    } else {
-      units += static_cast<char16_t>(0xD800 + ((character - 0x10000) >> 10));
-      units += static_cast<char16_t>(0xDC00 + (character & 0x3FF));
-    }
-  }
-  return units;
-}
-
 std::string digits(std::uint32_t number, int base, std::size_t least) {
   std::array<char, 32> buffer{};
   const auto end = std::to_chars(buffer.data(), buffer.data() + buffer.size(), number, base).ptr;
@@ -408,7 +368,7 @@ std::string escape_unit(char16_t unit, char16_t next, std::string_view quotes) {
 }
 
 std::string escape(std::string_view text, std::string_view quotes) {
-  const auto units = to_utf16(text);
+  const auto units = utf8::utf8to16(utf8::replace_invalid(text));
   std::string escaped;
   for (std::size_t i = 0; i < units.size(); ++i)
     escaped += escape_unit(units[i], i + 1 < units.size() ? units[i + 1] : u'\0', quotes);
@@ -477,8 +437,8 @@ std::string replaced(std::string_view text, std::size_t begin, std::size_t end,
 std::optional<RegistryValue> find_value(std::string_view registry, std::string_view key,
                                         std::string_view name) {
   std::optional<RegistryValue> last;
-  for_each_entry(registry, key, name, [&](const Entry& entry) {
-    if (auto value = parse_value(entry.data))
+  for_each_value(registry, key, name, [&](const ValueLines& found) {
+    if (auto value = parse_value(found.data))
       last = std::move(value);
   });
   return last;
@@ -504,10 +464,10 @@ std::string with_value(std::string_view registry, std::string_view key, std::str
     return std::string(registry);
   const auto newline = newline_of(registry);
   const auto line = write_value(name, value, newline);
-  std::optional<Entry> entry;
-  for_each_entry(registry, key, name, [&](const Entry& found) { entry = found; });
-  if (entry)
-    return replaced(registry, entry->begin, entry->end, line, newline);
+  std::optional<ValueLines> last;
+  for_each_value(registry, key, name, [&](const ValueLines& found) { last = found; });
+  if (last)
+    return replaced(registry, last->begin, last->end, line, newline);
   std::optional<std::size_t> key_end;
   for_each_section(registry, key, Depth::key, [&](const Section& section) {
     key_end = skip_blank_lines_back(registry, section.end);
@@ -524,9 +484,9 @@ std::string with_value(std::string_view registry, std::string_view key, std::str
 std::string without_value(std::string_view registry, std::string_view key, std::string_view name) {
   std::string result;
   std::size_t kept = 0;
-  for_each_entry(registry, key, name, [&](const Entry& entry) {
-    result += registry.substr(kept, entry.begin - kept);
-    kept = entry.end;
+  for_each_value(registry, key, name, [&](const ValueLines& found) {
+    result += registry.substr(kept, found.begin - kept);
+    kept = found.end;
   });
   return result.append(registry.substr(kept));
 }
