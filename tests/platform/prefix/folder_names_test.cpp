@@ -9,7 +9,6 @@
 
 #include <algorithm>
 #include <random>
-#include <set>
 #include <tuple>
 
 #include <fcntl.h>
@@ -40,21 +39,6 @@ TEST(Folders, EntriesAreSortedAsTheirLoweredNamesAre) {
   EXPECT_TRUE(std::is_sorted(entries.begin(), entries.end(), [](const Entry& a, const Entry& b) {
     return std::tuple(lowercase(a.name), a.name) < std::tuple(lowercase(b.name), b.name);
   }));
-}
-
-TEST(Folders, HashesAreKnownWhenTheyWereInserted) {
-  std::mt19937_64 chance(1);
-  std::set<std::size_t> inserted{0};
-  HashSet hashes;
-  hashes.insert(0);
-  for (int i = 0; i < 100'000; ++i) {
-    const std::size_t hash = chance() >> (i % 2 ? 0 : 46);
-    EXPECT_EQ(hashes.contains(hash), hash < 2 || inserted.count(hash) == 1);
-    hashes.insert(hash);
-    inserted.insert(hash);
-  }
-  EXPECT_TRUE(std::all_of(inserted.begin(), inserted.end(),
-                          [&](std::size_t hash) { return hashes.contains(hash); }));
 }
 
 // Among the names are the folder's own, those that the caller makes, and those of somebody else.
