@@ -1,5 +1,5 @@
-// Reads and changes the registry's text line by line. A key's path is looked at closely only when
-// its plain characters agree with those asked for, which keeps a search through megabytes quick.
+// Parses and edits the registry's text line by line. A key's header is unescaped and folded only if
+// a cheap comparison does not rule it out, which keeps a search through megabytes fast.
 #include "platform/prefix/registry_text.h"
 
 #include "platform/path_rules.h"
@@ -17,7 +17,7 @@ namespace {
 
 constexpr auto npos = std::string_view::npos;
 
-// Wine's names for control characters, at the place of the character's code; '.' has no name.
+// Wine's letters for control characters, indexed by code; '.' for a character without one.
 constexpr std::string_view control_names = ".......abtnvfr.............e....";
 
 bool is_hex_digit(char c) {
@@ -36,7 +36,7 @@ std::string to_utf8(std::u16string units) {
   return utf8::utf16to8(units);
 }
 
-// Takes at most `most` digits off the front of `text`; nothing when it begins with none.
+// Takes a number of at most `most` digits off the front of `text`; nullopt if there is no digit.
 std::optional<std::uint32_t> take_number(std::string_view& text, std::size_t most, int base) {
   std::uint32_t number = 0;
   const char* const end = text.data() + std::min(most, text.size());
@@ -50,8 +50,6 @@ std::optional<std::uint32_t> take_number(std::string_view& text, std::size_t mos
 // Takes a numeric escape, \xHHHH or \OOO, off the front of `text`: a UTF-16 unit.
 std::optional<char16_t> take_unit(std::string_view& text) {
   const bool hex = text.starts_with("\\x");
-  if (!text.starts_with('\\'))
-    return std::nullopt;
   auto rest = text.substr(hex ? 2 : 1);
   const auto unit = hex ? take_number(rest, 4, 16) : take_number(rest, 3, 8);
   if (!unit)
@@ -60,31 +58,33 @@ std::optional<char16_t> take_unit(std::string_view& text) {
   return static_cast<char16_t>(*unit);
 }
 
-// Takes any other escape, or a plain byte, off the front of `text`.
-char take_byte(std::string_view& text) {
-  const bool escaped = text.size() > 1 && text.front() == '\\';
-  const char c = text[escaped ? 1 : 0];
-  text.remove_prefix(escaped ? 2 : 1);
-  const auto control = escaped && c != '.' ? control_names.find(c) : npos;
+// Takes any other escape off the front of `text`: one character.
+char take_character(std::string_view& text) {
+  const char c = text.size() > 1 ? text[1] : '\\';
+  text.remove_prefix(std::min<std::size_t>(text.size(), 2));
+  const auto control = c == '.' ? npos : control_names.find(c);
   return control == npos ? c : static_cast<char>(control);
 }
 
-// Two numeric escapes in a row may be one character.
 std::string unescape(std::string_view escaped) {
   std::string text;
-  std::u16string units;
-  while (!escaped.empty()) {
-    if (const auto unit = take_unit(escaped)) {
+  while (true) {
+    const auto plain = std::min(escaped.find('\\'), escaped.size());
+    text += escaped.substr(0, plain);
+    escaped.remove_prefix(plain);
+    if (escaped.empty())
+      return text;
+    std::u16string units;  // of several escapes in a row: two may be one character
+    while (const auto unit = escaped.starts_with('\\') ? take_unit(escaped) : std::nullopt)
       units += *unit;
-      continue;
-    }
-    text += to_utf8(std::exchange(units, {}));
-    text += take_byte(escaped);
+    if (units.empty())
+      text += take_character(escaped);
+    else
+      text += to_utf8(std::move(units));
   }
-  return text + to_utf8(std::move(units));
 }
 
-// Where the character that ends an escaped text stands, from `from` on.
+// The position of the unescaped character `close`, from `from` on.
 std::size_t find_closing(std::string_view text, std::size_t from, char close) {
   for (std::size_t at = from; at < text.size(); ++at) {
     if (text[at] == close)
@@ -95,8 +95,8 @@ std::size_t find_closing(std::string_view text, std::size_t from, char close) {
   return npos;
 }
 
-// Tells cheaply that an escaped text cannot begin with `lowered`: a plain character differs.
-bool differs(std::string_view escaped, std::string_view lowered) {
+// A quick test on plain characters; an escape or a non-ASCII character ends it undecided.
+bool cannot_start_with(std::string_view escaped, std::string_view lowered) {
   std::size_t at = 0;
   for (const char wanted : lowered) {
     if (at == escaped.size())
@@ -115,31 +115,30 @@ bool differs(std::string_view escaped, std::string_view lowered) {
   return false;
 }
 
-// A key's lines: its header at `begin`, its values from `body` to `end`, where the next key begins.
+// A key's lines: the header at `begin`, the values from `body` to `end`, where the next key begins.
 struct Section {
   std::size_t begin;
   std::size_t body;
   std::size_t end;
 };
 
-// A value's lines, and its data behind the "=".
+// A value's lines, and its data after the "=".
 struct ValueLines {
   std::size_t begin;
   std::size_t end;
   std::string_view data;
 };
 
-// Which keys are meant: the one of a path, those that have the path as the beginning of theirs and
-// only a name behind it, or the one of a path and all below it.
-enum class Depth { key, beside, subtree };
+// Whether a path stands for its key alone or also for all keys below it.
+enum class Depth { key, subtree };
 
 std::size_t line_end(std::string_view text, std::size_t from) {
   const auto at = text.find('\n', from);
   return at == npos ? text.size() : at + 1;
 }
 
-// Where the next line that begins with "[" does, at or after `from`; the text's end when none does.
-// Brackets are rarer than lines.
+// The start of the next line that begins with "[", at or after `from`; the text's end if there is
+// none. Searches for brackets because they are rarer than line ends.
 std::size_t find_header(std::string_view text, std::size_t from) {
   auto at = text.find('[', from);
   while (at != npos && at > 0 && text[at - 1] != '\n')
@@ -147,44 +146,30 @@ std::size_t find_header(std::string_view text, std::size_t from) {
   return std::min(at, text.size());
 }
 
-// How many backslashes an escaped text stands for, at least.
-std::ptrdiff_t count_backslashes(std::string_view escaped) {
-  std::ptrdiff_t count = 0;
-  for (auto at = escaped.find("\\\\"); at != npos; at = escaped.find("\\\\", at + 2))
-    ++count;
-  return count;
-}
-
-// Whether a key's header, without its "[", names a key that is meant.
-bool names(std::string_view header, const std::string& lowered, Depth depth) {
+// Whether a key's header, without its "[", names the key `lowered` or, if asked for, one below it.
+bool matches(std::string_view header, const std::string& lowered, Depth depth) {
   const auto close = find_closing(header, 0, ']');
   if (close == npos)
     return false;
-  const auto escaped = header.substr(0, close);
-  const bool beside = depth == Depth::beside;
-  if (beside && count_backslashes(escaped) > std::count(lowered.begin(), lowered.end(), '\\'))
-    return false;
-  const auto path = lowercase(unescape(escaped));
-  if (beside)
-    return path.starts_with(lowered) && path.find('\\', lowered.size()) == npos;
+  const auto path = lowercase(unescape(header.substr(0, close)));
   return path == lowered || (depth == Depth::subtree && path.starts_with(lowered + "\\"));
 }
 
-// Calls `use` with every section of the keys that are meant, in the order of the text.
+// Calls `use` with every section of the matching keys, in the order of the text.
 template <class Use>
 void for_each_section(std::string_view text, std::string_view path, Depth depth, Use use) {
   const auto lowered = lowercase(path);
   for (std::size_t begin = find_header(text, 0), end = begin; begin < text.size(); begin = end) {
     end = find_header(text, begin + 1);
-    if (differs(text.substr(begin + 1), lowered))
+    if (cannot_start_with(text.substr(begin + 1), lowered))
       continue;
     const Section section{begin, line_end(text, begin), end};
-    if (names(text.substr(begin + 1, section.body - begin - 1), lowered, depth))
+    if (matches(text.substr(begin + 1, section.body - begin - 1), lowered, depth))
       use(section);
   }
 }
 
-// Where the data begins on a value's line; nothing when the line does not give the value `name`.
+// The position of the data on a line; nullopt if the line does not define the value.
 std::optional<std::size_t> find_data(std::string_view line, const std::string& lowered_name) {
   const bool unnamed = line.starts_with('@');
   if (!unnamed && !line.starts_with('"'))
@@ -193,7 +178,7 @@ std::optional<std::size_t> find_data(std::string_view line, const std::string& l
   if (close == npos)
     return std::nullopt;
   const auto name = unnamed ? std::string_view() : line.substr(1, close - 1);
-  if (differs(name, lowered_name) || lowercase(unescape(name)) != lowered_name)
+  if (cannot_start_with(name, lowered_name) || lowercase(unescape(name)) != lowered_name)
     return std::nullopt;
   const auto equals = line.find_first_not_of(" \t", close + 1);
   if (equals == npos || line[equals] != '=')
@@ -201,12 +186,12 @@ std::optional<std::size_t> find_data(std::string_view line, const std::string& l
   return std::min(line.find_first_not_of(" \t", equals + 1), line.size());
 }
 
-// Hexadecimal data goes on behind a backslash.
+// Hexadecimal data continues on the next line after a backslash.
 bool is_continued(std::string_view line) {
   return line.ends_with("\\\n") || line.ends_with("\\\r\n");
 }
 
-// The end of the lines of a value whose last one so far is [begin, end).
+// The end of a value that starts on the line [begin, end), its continuation lines included.
 std::size_t end_of_value(std::string_view text, std::size_t begin, std::size_t end) {
   while (end < text.size() && is_continued(text.substr(begin, end - begin))) {
     begin = end;
@@ -241,7 +226,7 @@ RegistryValue::Type type_for(std::uint32_t number) {
   return number < types.size() ? types[number] : Type::other;
 }
 
-// Takes "tag:" or "tag(N):" off the front of a value's data and gives N, or `plain` without one.
+// Takes "tag:" or "tag(N):" off the front of a value's data. Returns N, or `plain` for "tag:".
 std::optional<std::uint32_t> take_tag(std::string_view& data, std::string_view tag,
                                       std::uint32_t plain) {
   if (!data.starts_with(tag))
@@ -280,7 +265,7 @@ std::optional<RegistryValue> number_value(std::string_view digits) {
   return RegistryValue{.type = RegistryValue::Type::number, .number = *number};
 }
 
-// Bytes of two digits, each but the last followed by a comma.
+// Bytes of one or two hexadecimal digits, separated by commas.
 std::optional<std::string> parse_bytes(std::string_view data) {
   const auto skip_blanks = [&] {
     data.remove_prefix(std::min(data.find_first_not_of(" \t\r\n\\"), data.size()));
@@ -325,7 +310,7 @@ RegistryValue bytes_value(std::string bytes, RegistryValue::Type type) {
   return {.type = type, .number = number};
 }
 
-// Whether the text may end in the middle of these numbers or bytes.
+// Whether the registry may be cut off within this number or these bytes.
 bool is_truncated(std::string_view data) { return !data.ends_with('\n') || is_continued(data); }
 
 std::optional<RegistryValue> parse_value(std::string_view data) {
@@ -353,8 +338,8 @@ std::string digits(std::uint32_t number, int base, std::size_t least) {
   return std::string(least - std::min(least, text.size()), '0') + text;
 }
 
-// One unit as Wine escapes it: a number takes its full width where the next unit could be read as
-// a digit of it.
+// One UTF-16 unit as Wine escapes it. A number gets its full width if the next unit could be taken
+// for one of its digits.
 std::string escape_unit(char16_t unit, char16_t next, std::string_view quotes) {
   const char next_char = next < 0x80 ? static_cast<char>(next) : '\0';
   if (unit > 0x7F)
@@ -375,7 +360,7 @@ std::string escape(std::string_view text, std::string_view quotes) {
   return escaped;
 }
 
-// Bytes as Wine writes them, a new line beginning behind column 76.
+// Bytes as Wine writes them, wrapped after column 76.
 std::string write_bytes(std::string_view bytes, std::size_t column, std::string_view newline) {
   std::string text;
   for (std::size_t i = 0; i < bytes.size(); ++i) {
@@ -412,7 +397,7 @@ std::string_view newline_of(std::string_view text) {
   return end != npos && end > 0 && text[end - 1] == '\r' ? "\r\n" : "\n";
 }
 
-// `at`, a line's beginning, moved back over blank lines.
+// The start of the blank lines before `at`, which is the start of a line.
 std::size_t skip_blank_lines_back(std::string_view text, std::size_t at) {
   while (at > 0 && text[at - 1] == '\n') {
     const auto end = text.substr(0, at - 1).ends_with('\r') ? at - 2 : at - 1;
@@ -423,7 +408,7 @@ std::size_t skip_blank_lines_back(std::string_view text, std::size_t at) {
   return at;
 }
 
-// The text with `lines` in place of [begin, end); what stands before them is a whole line.
+// The text with [begin, end) replaced by `lines`. Ends the line before them if it has no end.
 std::string replaced(std::string_view text, std::size_t begin, std::size_t end,
                      std::string_view lines, std::string_view newline) {
   std::string result(text.substr(0, begin));
@@ -442,20 +427,6 @@ std::optional<RegistryValue> find_value(std::string_view registry, std::string_v
       last = std::move(value);
   });
   return last;
-}
-
-void append_sibling_keys(std::string_view registry, std::string_view key, std::string& part) {
-  for_each_section(registry, key.substr(0, key.rfind('\\') + 1), Depth::beside,
-                   [&](const Section& section) {
-                     part += registry.substr(section.begin, section.end - section.begin);
-                   });
-}
-
-std::size_t find_last_key(std::string_view registry, std::size_t from) {
-  for (std::size_t at = registry.size(); at-- > std::max<std::size_t>(from, 1);)
-    if (registry[at] == '[' && registry[at - 1] == '\n')
-      return at;
-  return 0;
 }
 
 std::string with_value(std::string_view registry, std::string_view key, std::string_view name,
