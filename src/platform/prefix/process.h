@@ -1,5 +1,6 @@
-// Memory for texts: taking it from the system page by page costs more than working on it.
+// Settings of the process: tunes malloc, since page faults on fresh memory cost more than the work
+// on a map.
 #pragma once
 
-// Keeps the memory that one map needed for the next. Call it once, before the first map.
+// Makes malloc keep the freed memory of one map for the next. Call it once, before the first map.
 void keep_freed_memory();

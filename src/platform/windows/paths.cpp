@@ -1,4 +1,4 @@
-// Paths as the program writes them, made absolute and long enough for every tree.
+// Makes paths absolute, in the form that Windows accepts without a limit on their length.
 #include "platform/windows/paths.h"
 
 #include "platform/path_rules.h"
@@ -19,7 +19,7 @@ std::string current_folder() {
       system_text([](wchar_t* folder, DWORD size) { return GetCurrentDirectoryW(size, folder); }));
 }
 
-// `rest` with the names of a share's server and folder taken off.
+// Takes the names of a share's server and folder off `rest`. Returns the share's root.
 std::string take_share(std::string_view& rest) {
   std::string root(share);
   for (int name = 0; name < 2; ++name) {
@@ -30,7 +30,7 @@ std::string take_share(std::string_view& rest) {
   return root;
 }
 
-// Takes the root off a path that names one; empty for any other path.
+// Takes the root off the front of a path. Returns the empty text if there is none.
 std::string take_root(std::string_view& rest) {
   const bool is_share = rest.starts_with(verbatim_share);
   if (is_share || (rest.starts_with(share) && !rest.starts_with(verbatim))) {
