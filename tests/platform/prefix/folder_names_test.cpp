@@ -1,4 +1,4 @@
-// Names of folders, as many as there may be: kept in order, and known again in any letter case.
+// The order of a folder's names, and finding them case-insensitively.
 #include "platform/prefix/folder_names.h"
 
 #include "platform/path_rules.h"
@@ -17,7 +17,7 @@ namespace fs = std::filesystem;
 
 namespace {
 
-// Of letters in both cases, some of more than one byte, and of bytes that are no letter.
+// Letters in both cases, some of more than one byte, and invalid bytes.
 std::string random_name(std::mt19937& chance) {
   static const char* const letters[] = {"a",        "A",        "b",       "B", "_",
                                         "\xC3\xA9", "\xC3\x89", "k",       "K", "\xE2\x84\xAA",
@@ -41,7 +41,7 @@ TEST(Folders, EntriesAreSortedAsTheirLoweredNamesAre) {
   }));
 }
 
-// Among the names are the folder's own, those that the caller makes, and those of somebody else.
+// Names that were there before, that the caller creates, and that another process creates.
 TEST(Folders, NamesAreFoundInOtherLetterCase) {
   TestMachine machine;
   const fs::path path = machine.drive_c / "f";

@@ -1,4 +1,4 @@
-// Windows paths and what they stand for.
+// Windows paths and the POSIX paths that they stand for.
 #include "platform/prefix/paths.h"
 
 #include "tests/support/prefix/machine_of.h"
@@ -9,7 +9,7 @@ namespace fs = std::filesystem;
 
 namespace {
 
-// Where a path leads, relative to the drive's root; "?" and the reason when it leads nowhere.
+// The location of a path, relative to `root`; "?" and the reason if it has none.
 std::string found(const Paths& paths, const std::string& path, const fs::path& root) {
   const auto location = paths.find(path);
   if (!location)
