@@ -83,9 +83,10 @@ TEST(RegistryText, FindsValues) {
     EXPECT_EQ(show(find_value(each.text, each.key, each.name)), each.shown) << each.text;
     EXPECT_EQ(show(find_value(crlf(each.text), each.key, each.name)), each.shown) << each.text;
   }
-  for (const char* text : {"", "[", "[K", "[K\n\"v\"=\"x\"", "[K]", "[K]\n\"v", "[K]\n\"v\"",
-                           "[K]\n\"v\"=", "K]\n", "\"v\"=\"x\"\n[K]\n", "[K\\]\n\"v\"=\"x\"",
-                           "[K]\nv=\"x\"\n", "[K]\n;\"v\"=\"x\"\n", "[K]\n\"v\" \"x\"\n"})
+  for (const char* text :
+       {"", "[", "[K", "[K\n\"v\"=\"x\"", "[K]", "[K]\n\"v", "[K]\n\"v\"", "[K]\n\"v\"=", "K]\n",
+        "\"v\"=\"x\"\n[K]\n", "[K\\]\n\"v\"=\"x\"", "[K]\n\"v\"=dword:1", "[K]\n\"v\"=hex:1,\\\n",
+        "[K]\nv=\"x\"\n", "[K]\n;\"v\"=\"x\"\n", "[K]\n\"v\" \"x\"\n"})
     EXPECT_EQ(show(find_value(text, "K", "v")), "none") << text;
 }
 
@@ -94,7 +95,7 @@ TEST(RegistryText, ParsesData) {
       {R"("\1x\018\1018")", "text \1x\0018A8"},
       {R"("\x41\x0041b\x41z\xzz")", "text AAbAzxzz"},
       {R"("\xe9\xe9\x20ac")", "text \u00e9\u00e9\u20ac"},
-      {R"("\xd83d-\xde00\xd83d")", "text \uFFFD-\uFFFD\uFFFD"},
+      {R"("\xd83d-\xde00\xd83d\xd83d\xde00")", "text \uFFFD-\uFFFD\uFFFD\U0001f600"},
       {R"("\.\n")", "text .\n"},
       {"\"caf\u00e9\"", "text caf\u00e9"},
       {R"("cut\0here")", "text cut"},
