@@ -1,4 +1,4 @@
-// The rules of Windows paths and names that every machine shares.
+// The rules of Windows paths and names that all machines share.
 #include "platform/path_rules.h"
 
 #include <algorithm>
@@ -7,34 +7,26 @@
 
 namespace {
 
-bool is_ascii(char c) { return static_cast<unsigned char>(c) < 0x80; }
+bool equal_folded(char a, char b) { return ascii_lower(a) == ascii_lower(b); }
 
-// Of ASCII letters; patterns end in no others.
-char ascii_lower(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; }
-
-bool is_letter(char c) { return ascii_lower(c) >= 'a' && ascii_lower(c) <= 'z'; }
-
-// Whether the character at `at` in UTF-8 text began before it.
+// Whether `at` is inside a UTF-8 character, not at its first byte.
 bool is_continuation(std::string_view text, std::size_t at) {
   return at < text.size() && (static_cast<unsigned char>(text[at]) & 0xC0) == 0x80;
 }
 
-// The first character of a text, with all that cannot begin another.
-std::string_view character(std::string_view text) {
+// The first UTF-8 character of a text.
+std::string_view first_character(std::string_view text) {
   std::size_t end = 1;
   while (is_continuation(text, end))
     ++end;
   return text.substr(0, end);
 }
 
-// Compares names as `lowercase` gives them. It is asked for the first characters behind their
-// common beginning, and for all the rest only where these are alike in lower case; not at all where
-// ASCII decides.
+// Case-insensitive, with the same result as comparing all of both in lower case. Folds the first
+// differing character, and the rest only if that is equal; calls `lowercase` only for non-ASCII.
 std::strong_ordering compare(std::string_view a, std::string_view b,
                              std::string (*lowercase)(std::string_view)) {
-  const auto ends = std::mismatch(a.begin(), a.end(), b.begin(), b.end(), [](char one, char other) {
-    return ascii_lower(one) == ascii_lower(other);
-  });
+  const auto ends = std::mismatch(a.begin(), a.end(), b.begin(), b.end(), equal_folded);
   auto common = static_cast<std::size_t>(ends.first - a.begin());
   while (common > 0 && (is_continuation(a, common) || is_continuation(b, common)))
     --common;
@@ -42,9 +34,9 @@ std::strong_ordering compare(std::string_view a, std::string_view b,
   b.remove_prefix(common);
   if (a.empty() || b.empty())
     return a.size() <=> b.size();
-  if (is_ascii(a[0]) && is_ascii(b[0]) && ascii_lower(a[0]) != ascii_lower(b[0]))
+  if (is_ascii(a[0]) && is_ascii(b[0]) && !equal_folded(a[0], b[0]))
     return ascii_lower(a[0]) <=> ascii_lower(b[0]);
-  const std::string first = lowercase(character(a)), other = lowercase(character(b));
+  const std::string first = lowercase(first_character(a)), other = lowercase(first_character(b));
   const auto both = std::min(first.size(), other.size());
   if (const int order = first.compare(0, both, other, 0, both); order != 0)
     return order <=> 0;
@@ -56,8 +48,7 @@ std::strong_ordering compare(std::string_view a, std::string_view b,
 bool matches_pattern(std::string_view name, std::string_view pattern) {
   const std::string_view end = pattern.substr(1);
   return name.size() >= end.size() &&
-         std::equal(end.rbegin(), end.rend(), name.rbegin(),
-                    [](char a, char b) { return ascii_lower(a) == ascii_lower(b); });
+         std::equal(end.rbegin(), end.rend(), name.rbegin(), equal_folded);
 }
 
 bool is_allowed_name(std::string_view name) {
@@ -93,7 +84,8 @@ Result<std::vector<std::string>> resolve(std::vector<std::string> from, std::str
 }
 
 bool has_drive(std::string_view path) {
-  return path.size() >= 2 && is_letter(path[0]) && path[1] == ':';
+  return path.size() >= 2 && ascii_lower(path[0]) >= 'a' && ascii_lower(path[0]) <= 'z' &&
+         path[1] == ':';
 }
 
 void sort_entries(std::vector<Entry>& entries, std::string (*lowercase)(std::string_view)) {

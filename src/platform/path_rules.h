@@ -1,4 +1,4 @@
-// The rules of Windows paths and names that every machine shares.
+// The rules of Windows paths and names that all machines share.
 #pragma once
 
 #include "platform/files.h"
@@ -7,29 +7,40 @@
 #include <string_view>
 #include <vector>
 
-// Whether a file's name matches `pattern`, letter case ignored. A pattern is "*" followed by the
-// end that the name must have ("*.galaxy"), "*" alone matches every name.
+// ASCII alone: every other byte is left as it is.
+constexpr bool is_ascii(char c) { return static_cast<unsigned char>(c) < 0x80; }
+constexpr char ascii_lower(char c) {
+  return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+}
+constexpr char ascii_upper(char c) {
+  return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c;
+}
+
+// Windows accepts both separators in a path.
+constexpr bool is_separator(char c) { return c == '\\' || c == '/'; }
+
+// Whether a file's name matches `pattern`, case-insensitively. A pattern is "*" followed by the end
+// of the name ("*.galaxy"); "*" alone matches every name.
 bool matches_pattern(std::string_view name, std::string_view pattern);
 
 // Whether Windows would allow `name` as the name of a file or folder.
 bool is_allowed_name(std::string_view name);
 
-// The names of a path, which any of `separators` cuts; empty ones and "." say nothing.
+// Splits a path at any of `separators`. Empty names and "." are left out.
 std::vector<std::string> split_names(std::string_view path, const char* separators = "\\/");
 
-// The names that lead from a drive's root to what `path` names: those of the folder that it starts
-// from, then those of its `rest`, in which ".." takes the one before it away. Fails when Windows
-// would not allow one of the latter.
+// Appends the names in `rest` to `from`, the folder that they start in; ".." removes the name
+// before it. Fails, naming `path`, if Windows would not allow one of them.
 Result<std::vector<std::string>> resolve(std::vector<std::string> from, std::string_view rest,
                                          const std::string& path);
 
-// Whether a path begins with a drive's letter and its colon.
+// Whether a path starts with a drive letter and a colon.
 bool has_drive(std::string_view path);
 
-// Sorts in ascending order of the names as `lowercase` gives them, then of their exact bytes.
+// Sorts in ascending order of the names in lower case, then of their exact bytes.
 void sort_entries(std::vector<Entry>& entries, std::string (*lowercase)(std::string_view));
 
-// The position, counted from 1, just after the last `separator`; 1 when there is none.
+// The position, counted from 1, just after the last `separator`; 1 if there is none.
 std::size_t afterlast(std::string_view text, char separator);
 
 // The part of a path after its last "\".

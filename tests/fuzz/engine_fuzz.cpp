@@ -1,5 +1,5 @@
-// Templates and a map through both passes. The input is an old template, a new template and a map,
-// separated by bytes 0; their lines end in CR LF.
+// Runs templates and a map through both passes. The input is an old template, a new template and a
+// map, separated by NUL bytes, with lines that end in CR LF.
 #include "engine/passes.h"
 #include "engine/templates.h"
 

@@ -1,4 +1,4 @@
-// The product version of any file.
+// Reads the product version of an arbitrary file.
 #include "platform/prefix/version_resource.h"
 
 #include <cstdint>

@@ -1,9 +1,10 @@
-// Reads folders, and finds names in them as Windows would: letter case ignored.
+// Lists folders and finds names in them case-insensitively, as Windows does.
 #include "platform/prefix/folder_names.h"
 
 #include "platform/prefix/letter_case.h"
 
-#include <algorithm>
+#include <functional>
+#include <string_view>
 
 #include <dirent.h>
 #include <fcntl.h>
@@ -11,12 +12,12 @@
 
 namespace {
 
-// `for_each_name` of a folder that may have been read before.
+// `for_each_name` for a folder that may have been read already.
 bool read_again(const Handle& folder, const Visit& visit) {
   return for_each_name(open_at(folder, ".", O_RDONLY | O_DIRECTORY), visit);
 }
 
-// The name that differs from `name` in letter case alone; the first in byte order of several.
+// The first name in byte order that differs from `name` only in case.
 std::string find_folded(const Handle& folder, const std::string& name) {
   const std::string wanted = lowercase(name);
   std::string found;
@@ -26,6 +27,9 @@ std::string find_folded(const Handle& folder, const std::string& name) {
   });
   return found;
 }
+
+// Ends in a NUL, which no name contains: a key that no other key starts with.
+std::string folded_key(std::string_view name) { return lowercase(name) + '\0'; }
 
 bool has_name(const Handle& folder, const std::string& name) {
   struct stat ignored;
@@ -56,14 +60,6 @@ std::string find_name(const Handle& folder, const std::string& name) {
   return has_name(folder, name) ? name : find_folded(folder, name);
 }
 
-std::size_t FolderNames::Folded::operator()(const std::string& name) const {
-  return std::hash<std::string>()(lowercase(name));
-}
-
-bool FolderNames::Folded::operator()(const std::string& one, const std::string& other) const {
-  return lowercase(one) == lowercase(other);
-}
-
 FolderNames::Stamp FolderNames::stamp_of(const Handle& folder) {
   struct stat status;
   if (!describe(folder, status))
@@ -75,38 +71,40 @@ void FolderNames::refresh(const Handle& folder) {
   const Stamp now = stamp_of(folder);
   if (stamp == now)
     return;
-  stamp = now;
-  hashes.clear();
-  spellings.reset();
-  if (!read_again(folder, [&](const char* name, unsigned char) { hashes.insert(Folded()(name)); }))
-    stamp = {};  // to be read again for the next question
+  *this = {};
+  const auto visit = [&](const char* name, unsigned char) {
+    hashes.insert(std::hash<std::string>()(folded_key(name)));
+  };
+  if (read_again(folder, visit))
+    stamp = now;  // else it is read again for the next lookup
 }
 
 std::string FolderNames::find(const Handle& folder, const std::string& name) {
   if (has_name(folder, name))
     return name;
-  if (!hashes.contains(Folded()(name)))
+  const auto key = folded_key(name);
+  if (!hashes.contains(std::hash<std::string>()(key)))
     return "";
   if (!spellings) {
     spellings.emplace();
-    if (!read_again(folder, [&](const char* other, unsigned char) { spellings->insert(other); }))
+    const auto visit = [&](const char* other, unsigned char) {
+      spellings->insert(folded_key(other) + other);
+    };
+    if (!read_again(folder, visit))
       stamp = {};
   }
-  const auto [begin, end] = spellings->equal_range(name);
-  std::string found;
-  for (auto other = begin; other != end; ++other)
-    if ((found.empty() || *other < found) && has_name(folder, *other))
-      found = *other;
-  return found;
+  for (auto known = spellings->lower_bound(key);
+       known != spellings->end() && known->starts_with(key); ++known)
+    if (auto spelling = known->substr(key.size()); has_name(folder, spelling))
+      return spelling;
+  return "";
 }
 
 void FolderNames::added(const std::string& name) {
-  hashes.insert(Folded()(name));
-  if (!spellings)
-    return;
-  const auto [begin, end] = spellings->equal_range(name);
-  if (std::find(begin, end, name) == end)
-    spellings->insert(name);
+  const auto key = folded_key(name);
+  hashes.insert(std::hash<std::string>()(key));
+  if (spellings)
+    spellings->insert(key + name);
 }
 
 void FolderNames::changed(const Handle& folder) {

@@ -1,58 +1,51 @@
-// Reads folders, and finds names in them as Windows would: letter case ignored.
+// Lists folders and finds names in them case-insensitively, as Windows does.
 #pragma once
 
 #include "platform/prefix/handle.h"
-#include "platform/prefix/hashset.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <optional>
+#include <set>
 #include <string>
-#include <unordered_set>
 
-// Calls `visit` with each name of a folder that was just opened for reading, "." and ".." left out,
-// and its type (DT_REG, DT_DIR, ...). False, with errno set, when the folder cannot be read to its
+// Calls `visit` with each name in a folder and its type (DT_REG, DT_DIR, ...), except "." and "..".
+// The folder must be newly opened for reading. False, with errno set, if it cannot be read to its
 // end.
 using Visit = std::function<void(const char* name, unsigned char type)>;
 bool for_each_name(const Handle& folder, const Visit& visit);
 
-// The spelling of `name` in a folder: the exact one when it is there, else the first one that
-// differs in letter case alone, else the empty text.
+// The spelling of `name` in a folder: `name` itself if it exists, else the first in byte order that
+// differs only in case, else the empty text.
 std::string find_name(const Handle& folder, const std::string& name);
 
-// Remembers which names one folder holds, so that many questions about it cost one reading.
+// Remembers the names in one folder, so that many lookups read it once.
 class FolderNames {
 public:
-  // Reads the folder, unless nothing has changed since it was last read. Call it before the rest.
+  // Reads the folder if it has changed since the last call. Call this before the others.
   void refresh(const Handle& folder);
 
-  // The same answer as `find_name`.
+  // Same result as `find_name`.
   std::string find(const Handle& folder, const std::string& name);
 
-  // Tells of a name that the caller is about to make. The caller says when it is done, so that its
-  // own changes are not taken for somebody else's.
+  // The caller reports each name just before it creates it, and calls `changed` when it is done:
+  // its own changes need no new reading.
   void added(const std::string& name);
   void changed(const Handle& folder);
 
 private:
   struct Stamp {
     std::uint64_t device = 0, inode = 0;
-    std::int64_t seconds = -1, nanoseconds = 0;  // of the folder's last change
+    std::int64_t seconds = -1, nanoseconds = 0;  // time of the folder's last change
     bool operator==(const Stamp&) const = default;
   };
-
-  // What makes names that differ in letter case alone equal.
-  struct Folded {
-    std::size_t operator()(const std::string& name) const;
-    bool operator()(const std::string& one, const std::string& other) const;
-  };
-  using Spellings = std::unordered_multiset<std::string, Folded, Folded>;
 
   static Stamp stamp_of(const Handle& folder);
 
   Stamp stamp;
-  // Nearly always there is no such name in any letter case, which hashes tell in a tenth of the
-  // memory that spellings take. These are read when a hash is known.
-  HashSet hashes;
-  std::optional<Spellings> spellings;
+  // Most lookups miss. Hashes of the names in lower case answer a miss in a fraction of the memory;
+  // the names are read only on a hit. Both are ordered, so that no choice of names is slow.
+  std::set<std::size_t> hashes;
+  std::optional<std::set<std::string>> spellings;  // each as "<lower case>\0<name>"
 };

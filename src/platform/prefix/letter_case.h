@@ -1,10 +1,9 @@
-// Letter case on Linux: names in a prefix are compared as Windows compares them, ignoring case.
+// Letter case on Linux: names in a Wine prefix are case-insensitive, as on Windows.
 #pragma once
 
 #include <string>
 #include <string_view>
 
-// `text` with every Unicode letter lowered that has a lower-case form of its own. The text is
-// UTF-8; bytes that are not are kept as they stand. A system without the C.UTF-8 locale knows ASCII
-// alone.
+// UTF-8 `text` in lower case, letter by letter as Unicode maps them; invalid bytes are kept as they
+// are. Without the system's C.UTF-8 locale only ASCII letters are lowered.
 std::string lowercase(std::string_view text);

@@ -1,4 +1,4 @@
-// Where a Windows machine kept in a folder is, and where in it the program runs.
+// Locates the Wine prefix and the program's own folders.
 #include "platform/prefix/machine.h"
 
 #include <cstdlib>
@@ -18,8 +18,8 @@ bool is_prefix(const fs::path& folder) {
          (fs::exists(folder / "dosdevices", ignored) || fs::exists(folder / "drive_c", ignored));
 }
 
-// The nearest prefix that holds `folder`.
-std::optional<std::string> prefix_above(fs::path folder) {
+// The innermost Wine prefix that contains `folder`, which may be the prefix itself.
+std::optional<std::string> prefix_around(fs::path folder) {
   for (; !folder.empty(); folder = folder.parent_path()) {
     if (is_prefix(folder))
       return folder.string();
@@ -29,7 +29,7 @@ std::optional<std::string> prefix_above(fs::path folder) {
   return std::nullopt;
 }
 
-std::string homefolder() {
+std::string user_home() {
   if (const char* home = std::getenv("HOME"))
     return home;
   const passwd* user = getpwuid(getuid());
@@ -39,11 +39,11 @@ std::string homefolder() {
 std::string find_prefix(const Machine& machine) {
   if (const char* prefix = std::getenv("WINEPREFIX"); prefix && *prefix)
     return (fs::path(machine.current_folder) / prefix).lexically_normal().string();
-  if (auto prefix = prefix_above(machine.current_folder))
+  if (auto prefix = prefix_around(machine.current_folder))
     return *prefix;
-  if (auto prefix = prefix_above(machine.program_folder))
+  if (auto prefix = prefix_around(machine.program_folder))
     return *prefix;
-  return homefolder() + "/.wine";
+  return user_home() + "/.wine";
 }
 
 }  // namespace

@@ -1,16 +1,16 @@
-// Where a Windows machine kept in a folder is, and where in it the program runs.
+// Locates the Wine prefix and the program's own folders.
 #pragma once
 
 #include <string>
 
-// POSIX paths, without "/" at their ends.
+// POSIX paths, without a final "/".
 struct Machine {
-  std::string folder;          // the Wine prefix; it need not exist
-  std::string current_folder;  // the process's current folder
-  std::string program_folder;  // the folder that holds the program's executable
+  std::string folder;          // the Wine prefix, which may not exist
+  std::string current_folder;  // of the process
+  std::string program_folder;  // of the program's executable
 };
 
-// The machine of this process: the prefix is $WINEPREFIX; when that is unset, the nearest folder
-// above the current one, or else above the program's, that holds `dosdevices` or `drive_c` beside a
-// `system.reg`; else `~/.wine`.
+// The machine of this process. The prefix is $WINEPREFIX; if that is unset, the innermost folder
+// around the current one, else around the program's, with a `system.reg` and `dosdevices` or
+// `drive_c`; else `~/.wine`.
 Machine find_machine();

@@ -1,4 +1,4 @@
-// Windows paths on a machine kept in a folder, and the POSIX paths that they stand for.
+// Maps Windows paths to the POSIX paths of a Wine prefix, and back.
 #include "platform/prefix/paths.h"
 
 #include "platform/path_rules.h"
@@ -20,18 +20,14 @@ namespace {
 
 constexpr std::string_view unix_namespace = R"(\\?\unix\)";
 
-char upper(char c) { return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c; }
-
-bool is_separator(char c) { return c == '\\' || c == '/'; }
-
-// The path without links, empty when there is nothing.
+// The path with all symlinks resolved; empty if it does not exist.
 std::string resolve_symlinks(const std::string& path) {
   const std::unique_ptr<char, decltype(&std::free)> real(::realpath(path.c_str(), nullptr),
                                                          &std::free);
   return real ? real.get() : "";
 }
 
-// Every link "x:" of the folder `dosdevices` is a drive.
+// Every symlink "x:" in the folder `dosdevices` is a drive.
 std::map<char, std::string> linked_drives(const fs::path& dosdevices) {
   std::map<char, std::string> roots;
   std::error_code failed;
@@ -39,7 +35,7 @@ std::map<char, std::string> linked_drives(const fs::path& dosdevices) {
        entry.increment(failed)) {
     const std::string name = entry->path().filename().string();
     if (name.size() == 2 && has_drive(name))
-      roots[upper(name[0])] = resolve_symlinks(entry->path().string());
+      roots[ascii_upper(name[0])] = resolve_symlinks(entry->path().string());
   }
   return roots;
 }
@@ -52,14 +48,14 @@ std::map<char, std::string> drives_of(const std::string& machine) {
   return {{'C', resolve_symlinks(machine + "/drive_c")}, {'Z', "/"}};
 }
 
-// A root's path to which "/" and a name can be added.
+// For the root "/" itself, too, the result can be followed by "/" and a name.
 std::string without_slash(std::string path) {
   while (path.ends_with('/'))
     path.pop_back();
   return path;
 }
 
-bool holds(const std::string& root, const std::string& path) {
+bool contains(const std::string& root, const std::string& path) {
   const std::string base = without_slash(root);
   return path.starts_with(base) && (path.size() == base.size() || path[base.size()] == '/');
 }
@@ -75,7 +71,7 @@ Failure missing(const std::string& path) {
   return {path, "find it", "there is no such file or folder", true};
 }
 
-// The failure for a folder on the way that errno tells of.
+// The failure to open a parent folder, by errno.
 Failure path_failure(const std::string& path) {
   const bool no_such = errno == ENOENT || errno == ENOTDIR;
   return no_such ? missing(path) : Failure{path, "find it", system_reason()};
@@ -86,11 +82,10 @@ Failure path_failure(const std::string& path) {
 Paths::Paths(const Machine& machine, Disk& disk_in)
     : disk(disk_in), current_folder(machine.current_folder), roots(drives_of(machine.folder)) {}
 
-// The POSIX path of the root that `path` starts from, which is the current drive's unless it names
-// one.
+// The root of the drive that `path` names, else of the current drive.
 Result<std::string> Paths::drive_root(const std::string& path) const {
   const std::string from = has_drive(path) ? path : windows_path(current_folder);
-  const auto root = roots.find(upper(from[0]));
+  const auto root = roots.find(ascii_upper(from[0]));
   if (root == roots.end())
     return Failure{path, "find it", "there is no such drive", true};
   if (root->second.empty())
@@ -121,7 +116,7 @@ Result<Paths::Parsed> Paths::parse(const std::string& path) const {
   return parsed;
 }
 
-Location Paths::exactly(const Parsed& parsed) {
+Location Paths::unchecked_location(const Parsed& parsed) {
   Location exact{parsed.root, ""};
   for (const std::string& component : parsed.components) {
     if (!exact.name.empty())
@@ -135,14 +130,15 @@ Result<Location> Paths::exact(const std::string& path) const {
   const auto parsed = parse(path);
   if (!parsed)
     return parsed.failure();
-  return exactly(*parsed);
+  return unchecked_location(*parsed);
 }
 
 Result<Location> Paths::find(const std::string& path) const {
   const auto parsed = parse(path);
   if (!parsed)
     return parsed.failure();
-  if (Location exact = exactly(*parsed); exact.name.empty() || exists_at(disk, exact.path()))
+  if (Location exact = unchecked_location(*parsed);
+      exact.name.empty() || exists_at(disk, exact.path()))
     return exact;
   Location found{parsed->root, ""};
   for (const std::string& component : parsed->components) {
@@ -163,8 +159,8 @@ std::string Paths::windows_path(const std::string& path, char preferred) const {
   std::string base;
   for (const auto& [drive, root] : roots) {
     const bool deeper = letter == 0 || without_slash(root).size() > base.size();
-    const bool equal = without_slash(root).size() == base.size() && drive == upper(preferred);
-    if (root.empty() || !holds(root, path) || (!deeper && !equal))
+    const bool equal = without_slash(root).size() == base.size() && drive == ascii_upper(preferred);
+    if (root.empty() || !contains(root, path) || (!deeper && !equal))
       continue;
     letter = drive;
     base = without_slash(root);

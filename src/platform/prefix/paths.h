@@ -1,4 +1,4 @@
-// Windows paths on a machine kept in a folder, and the POSIX paths that they stand for.
+// Maps Windows paths to the POSIX paths of a Wine prefix, and back.
 #pragma once
 
 #include "platform/prefix/disk.h"
@@ -10,11 +10,11 @@
 #include <string_view>
 #include <vector>
 
-// Where a path leads.
+// The file or folder that a path names.
 struct Location {
-  std::string folder;  // POSIX path of the folder that holds it, without "/" at its end
-  std::string name;    // its own name, spelled as on the disk; empty for the root of a drive
-  bool exists = true;  // whether there is an entry of that name, of whatever kind
+  std::string folder;  // POSIX path of the parent folder, without a final "/"
+  std::string name;    // spelled as on the disk; empty for the root of a drive
+  bool exists = true;  // whether there is an entry of that name, of any kind
 
   std::string path() const { return name.empty() ? folder + "/" : folder + "/" + name; }
 };
@@ -24,33 +24,33 @@ public:
   // `disk_in` must outlive the object.
   explicit Paths(const Machine& machine, Disk& disk_in = system_disk());
 
-  // Where a Windows path leads if all its names are spelled as on the disk; the disk is not asked.
-  // Fails when its drive is not there, and when Windows would not allow one of its names.
+  // The location of a path whose names are all spelled as on the disk, which is not accessed. Fails
+  // if there is no such drive, or if Windows would not allow one of the names.
   Result<Location> exact(const std::string& path) const;
 
-  // Finds what a Windows path names, letter case ignored. Fails when its drive or a folder on the
-  // way is not there, and when Windows would not allow one of its names.
+  // Looks a path up case-insensitively. Fails if the drive or a parent folder does not exist, or if
+  // Windows would not allow one of the names.
   Result<Location> find(const std::string& path) const;
 
-  // The Windows path of a POSIX path, seen from the deepest drive that holds it; of several such,
-  // from `preferred` when that is one, else from the first. What is on no drive is named in the way
-  // of Wine: `\\?\unix\` and the path.
+  // The Windows path of a POSIX path, on the deepest drive that contains it. Of several such drives
+  // `preferred` is taken if it is one of them, else the first. A path on no drive is written as
+  // Wine does: `\\?\unix\` and the path.
   std::string windows_path(const std::string& path, char preferred = 0) const;
 
-  // The drives' letters, in order, each with its colon.
+  // The drive letters in order, each with its colon.
   std::vector<std::string> drives() const;
 
 private:
   struct Parsed {
-    std::string root;                     // the POSIX path that the components start from
-    std::vector<std::string> components;  // those of a relative name's folder included
+    std::string root;                     // POSIX path, without a final "/"
+    std::vector<std::string> components;  // includes the current folder's for a relative path
   };
 
-  static Location exactly(const Parsed& parsed);
+  static Location unchecked_location(const Parsed& parsed);
   Result<Parsed> parse(const std::string& path) const;
   Result<std::string> drive_root(const std::string& path) const;
 
   Disk& disk;
   std::string current_folder;
-  std::map<char, std::string> roots;  // POSIX path by upper-case letter, empty where not ready
+  std::map<char, std::string> roots;  // POSIX paths by upper-case letter; empty if not ready
 };

@@ -1,4 +1,4 @@
-// The system of a Windows machine that is kept in a folder.
+// The system of a Windows machine that is kept in a folder: a Wine prefix.
 #include "platform/prefix/prefix_system.h"
 
 #include "platform/prefix/letter_case.h"
@@ -25,7 +25,7 @@ constexpr char shell_folders[] =
 constexpr std::uint32_t create_flag = 0x8000;  // CSIDL_FLAG_CREATE
 constexpr std::uint32_t nt_family = 2;         // VER_PLATFORM_WIN32_NT
 
-// The names under which the registry keeps the folders of CSIDL values.
+// The registry's name for the folder of a CSIDL value; null for any other value.
 const char* folder_name(std::uint32_t csidl) {
   if (csidl == 0x1C)  // CSIDL_LOCAL_APPDATA
     return "Local AppData";
@@ -78,11 +78,11 @@ bool PrefixSystem::reg_write(const std::string& value_path, const std::string& d
 
 bool PrefixSystem::reg_delete(const std::string& value_path) { return registry.remove(value_path); }
 
-// A variable as it is set, not expanded. Wine itself sets the one that others build on.
+// A variable, not expanded. Wine sets SystemRoot, on which others build, from another key.
 std::optional<std::string> PrefixSystem::variable(const std::string& name) {
-  const char* own = std::getenv(name.c_str());
-  if (own && *own)
-    return own;
+  const char* of_process = std::getenv(name.c_str());
+  if (of_process && *of_process)
+    return of_process;
   const bool root = ::lowercase(name) == "systemroot";
   const auto value = registry.read((root ? windows_nt : session_variables) + name);
   return value ? std::optional(value->text) : std::nullopt;
@@ -92,7 +92,7 @@ std::string PrefixSystem::environment(const std::string& name) {
   return expand(variable(name).value_or(""));
 }
 
-// Every %NAME% that is set gives way to its value, once.
+// Replaces every %NAME% that is set by its value, which is not expanded again.
 std::string PrefixSystem::expand(std::string_view text) {
   std::string result;
   while (!text.empty()) {
@@ -103,7 +103,7 @@ std::string PrefixSystem::expand(std::string_view text) {
     if (close == std::string_view::npos)
       return result.append(text);
     const auto value = variable(std::string(text.substr(1, close - 1)));
-    // A "%" that opens no name may still close the next one.
+    // If no such variable is set, the second "%" may start the next name.
     result += value ? *value : std::string(text.substr(0, close));
     text.remove_prefix(value ? close + 1 : close);
   }
@@ -132,7 +132,7 @@ FolderPath PrefixSystem::folder_path(std::uint32_t csidl) {
   return {FolderPath::ok, *path};
 }
 
-// Makes a folder and those above it where they are missing and can be made.
+// Creates a folder and its missing parents. Failures show when the folder is looked up.
 void PrefixSystem::make_folder(const std::string& path) {
   for (std::size_t end = 0; end < path.size(); ++end) {
     end = std::min(path.find('\\', end), path.size());

@@ -1,4 +1,4 @@
-// The system of a Windows machine that is kept in a folder.
+// The system of a Windows machine that is kept in a folder: a Wine prefix.
 #pragma once
 
 #include "platform/prefix/machine.h"
@@ -8,7 +8,7 @@
 
 class PrefixSystem : public System {
 public:
-  // `argument_line` is what `argument_text` gives.
+  // `argument_line` is the result of `argument_text`.
   PrefixSystem(const Machine& machine, std::string argument_line);
 
   std::optional<std::string> reg_read(const std::string& value_path) override;
@@ -16,10 +16,10 @@ public:
                  const std::string& type) override;
   bool reg_delete(const std::string& value_path) override;
 
-  // The process's own variables come first, then those of the registry.
+  // A variable of the process, else of the registry.
   std::string environment(const std::string& name) override;
 
-  // Held at 6.2, as Windows itself answers a program that declares no newer version.
+  // At most 6.2, as Windows itself reports to a program that declares no newer version.
   std::optional<OsVersion> os_version() override;
 
   FolderPath folder_path(std::uint32_t csidl) override;

@@ -29,9 +29,9 @@ void open_standard_descriptors() {
 }
 
 void keep_freed_memory() {
-  constexpr int largest_text = 4 << 20;  // in bytes, for which this is done
-  mallopt(M_MMAP_THRESHOLD, largest_text);
-  mallopt(M_TRIM_THRESHOLD, 2 * largest_text);
+  constexpr int max_kept = 4 << 20;  // bytes of one text
+  mallopt(M_MMAP_THRESHOLD, max_kept);
+  mallopt(M_TRIM_THRESHOLD, 2 * max_kept);
 }
 
 }  // namespace

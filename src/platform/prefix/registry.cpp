@@ -1,20 +1,21 @@
-// Keeps the two registry files of a machine in a folder: takes value paths apart and replaces a
-// changed file in one step, so that a failure leaves the old registry whole.
+// The two registry files of a Wine prefix: splits value paths, and replaces a changed file in one
+// step, so that a failure leaves the old registry whole.
 #include "platform/prefix/registry.h"
 
 #include "platform/files.h"
+#include "platform/mapfolder.h"
+#include "platform/prefix/folder_names.h"
 #include "platform/prefix/handle.h"
 #include "platform/prefix/letter_case.h"
+#include "platform/prefix/prefix_map.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
-#include <algorithm>
+#include <cerrno>
 #include <charconv>
 #include <cstddef>
 #include <cstdint>
-#include <cstdlib>
 #include <limits>
 #include <string_view>
 #include <utility>
@@ -23,98 +24,52 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// A file beside `target` that takes its place once it is whole, or vanishes.
-class Sibling {
-public:
-  explicit Sibling(const fs::path& target)
-      : name(target.string() + ".XXXXXX"),
-        handle(system_disk(), ::mkostemp(name.data(), O_CLOEXEC)), made(handle) {}
-  ~Sibling() {
-    if (made)
-      ::unlink(name.c_str());
-  }
-  Sibling(const Sibling&) = delete;
-  Sibling& operator=(const Sibling&) = delete;
-
-  bool replace(const fs::path& target, std::string_view text, mode_t permissions) {
-    if (!made || !write_all(handle, text))
-      return false;
-    if (::fchmod(handle.get(), permissions) != 0 || ::fsync(handle.get()) != 0)
-      return false;
-    if (!handle.close() || ::rename(name.c_str(), target.c_str()) != 0)
-      return false;
-    made = false;
-    return true;
-  }
-
-private:
-  std::string name;
-  Handle handle;
-  bool made;  // and still there under its own name
-};
-
-constexpr std::size_t piece_size = 1 << 16;  // in bytes: few enough for the processor's own memory
-
-// The open file and its size; no handle when it cannot be opened, is no ordinary file or larger
-// than any file may be.
-std::pair<Handle, std::size_t> open_file(const fs::path& file) {
-  auto handle = open_path(system_disk(), file.string(), O_RDONLY | O_NONBLOCK);
+// Nullopt if the file cannot be read, is not a regular file or is larger than any file may be.
+std::optional<std::string> read_file(const fs::path& file) {
+  const auto handle = open_path(system_disk(), file.string(), O_RDONLY | O_NONBLOCK);
   struct stat status {};
   if (!handle || !describe(handle, status) || !S_ISREG(status.st_mode) ||
       status.st_size > Files::max_file_size)
-    return {};
-  return {std::move(handle), static_cast<std::size_t>(status.st_size)};
-}
-
-// Nothing when the file cannot be read.
-std::optional<std::string> read_file(const fs::path& file) {
-  const auto [handle, size] = open_file(file);
-  std::string text(size, '\0');
-  const auto length = handle ? read_all(handle, text.data(), size) : std::nullopt;
+    return std::nullopt;
+  std::string text(static_cast<std::size_t>(status.st_size), '\0');
+  const auto length = read_all(handle, text.data(), text.size());
   if (!length)
     return std::nullopt;
   text.resize(*length);
   return text;
 }
 
-// What a file has of a key and those beside it; the empty text when it cannot be read. The file
-// passes through a small buffer, in pieces that end where a key begins: to touch new memory for all
-// of it would take several times as long.
-std::string read_keys(const fs::path& file, const std::string& key) {
-  const auto [handle, size] = open_file(file);
-  std::string sections, buffer(std::min(size, piece_size), '\0');
-  for (std::size_t filled = 0, done = 0; handle && done < size;) {
-    const std::size_t wanted = std::min(buffer.size() - filled, size - done);
-    const auto length = read_all(handle, buffer.data() + filled, wanted, done);
-    if (!length)
-      return "";
-    done = *length < wanted ? size : done + wanted;
-    const std::string_view text(buffer.data(), filled + *length);
-    const std::size_t end = done == size ? text.size() : find_last_key(text, filled);
-    append_sibling_keys(text.substr(0, end), key, sections);
-    filled = text.size() - end;
-    std::copy(text.begin() + static_cast<std::ptrdiff_t>(end), text.end(), buffer.begin());
-    if (filled == buffer.size())
-      buffer.resize(std::min(2 * buffer.size(), size));
-  }
-  return sections;
+// False if another run holds the lock. File systems without locks do not matter here.
+bool lock(const Handle& file) { return file.disk().lock(file.get()) == 0 || errno != EWOULDBLOCK; }
+
+bool write_flushed(const Handle& file, std::string_view text, mode_t permissions) {
+  return file && lock(file) && write_all(file, text) &&
+         file.disk().permit(file.get(), permissions) == 0 && file.disk().flush(file.get()) == 0;
 }
 
-// Puts `text` in the file's place in one step; a link stays and its target is replaced.
+// Replaces a file in one step, by renaming a temporary file over it. Like those of maps, the
+// temporary file is locked, and stale ones are removed. Follows a symlink and replaces its target.
 bool replace_file(const fs::path& file, std::string_view text) {
   std::error_code missing;
   const auto real = fs::canonical(file, missing);
   const auto& target = missing ? file : real;
   struct stat status {};
   const bool exists = ::stat(target.c_str(), &status) == 0;
-  Sibling sibling(target);
-  if (!sibling.replace(target, text, exists ? status.st_mode & 07777 : 0644))
-    return false;
-  const auto folder =
-      open_path(system_disk(), target.parent_path().string(), O_RDONLY | O_DIRECTORY);
-  if (folder)
-    ::fsync(folder.get());  // some file systems refuse this; the file itself is safe
-  return true;
+  Disk& disk = system_disk();
+  const auto folder = open_path(disk, target.parent_path().string(), O_RDONLY | O_DIRECTORY);
+  for_each_name(folder, [&](const char* name, unsigned char) {
+    if (MapFolder::is_temporary(name))
+      remove_stale_temporary(folder, name);
+  });
+  const auto temporary = MapFolder::temporary_name();
+  const auto handle = open_at(folder, temporary, O_WRONLY | O_CREAT | O_EXCL, 0600);
+  const bool replaced =
+      write_flushed(handle, text, exists ? status.st_mode & 07777 : 0644) &&
+      disk.rename(folder.get(), temporary.c_str(), target.filename().c_str(), 0) == 0;
+  if (handle && !replaced)
+    disk.remove(folder.get(), temporary.c_str());
+  disk.flush(folder.get());  // some file systems refuse this; the file itself is safe
+  return replaced;
 }
 
 struct ValuePath {
@@ -123,7 +78,7 @@ struct ValuePath {
   std::string name;  // empty for the key itself
 };
 
-// Nothing for a path without a root, or with an empty key name in it.
+// Nullopt for a path without a root, or with an empty component in its key.
 std::optional<ValuePath> parse_value_path(const std::string& path) {
   const auto first = path.find('\\');
   if (first == std::string::npos)
@@ -137,7 +92,7 @@ std::optional<ValuePath> parse_value_path(const std::string& path) {
   return ValuePath{path.substr(0, first), key, path.substr(last + 1)};
 }
 
-// A decimal number of 32 bits, signed or not.
+// A decimal number of 32 bits, signed or unsigned.
 std::optional<std::uint32_t> parse_number(const std::string& data) {
   std::int64_t number = 0;
   const char* const end = data.data() + data.size();
@@ -175,13 +130,10 @@ std::optional<RegistryValue> make_value(const std::string& data, const std::stri
 
 }  // namespace
 
-// Keys that are asked for one after the other often stand beside each other.
-const std::string& Registry::Hive::sections(const std::string& key) {
-  const auto above = lowercase(key.substr(0, key.rfind('\\') + 1));
-  const auto known = keys.find(above);
-  if (known != keys.end())
-    return known->second;
-  return keys[above] = read_keys(file, key);
+const std::string& Registry::Hive::read() {
+  if (!text)
+    text = read_file(file).value_or("");
+  return *text;
 }
 
 bool Registry::Hive::change(const Edit& edit) {
@@ -193,7 +145,7 @@ bool Registry::Hive::change(const Edit& edit) {
   const auto changed = edit(*old);
   if (!changed || !replace_file(file, *changed))
     return false;
-  keys.clear();
+  text.reset();
   return true;
 }
 
@@ -214,7 +166,7 @@ std::optional<RegistryValue> Registry::read(const std::string& value_path) {
   Hive* const hive = path ? find_hive(path->root) : nullptr;
   if (!hive)
     return std::nullopt;
-  return find_value(hive->sections(path->key), path->key, path->name);
+  return find_value(hive->read(), path->key, path->name);
 }
 
 bool Registry::write(const std::string& value_path, const std::string& data,

@@ -1,9 +1,9 @@
-// Reads and changes the registry's text line by line. A key's path is looked at closely only when
-// its plain characters agree with those asked for, which keeps a search through megabytes quick.
+// Parses and edits the registry's text line by line. A key's header is unescaped and folded only if
+// a cheap comparison does not rule it out, which keeps a search through megabytes fast.
 #include "platform/prefix/registry_text.h"
 
+#include "platform/path_rules.h"
 #include "platform/prefix/letter_case.h"
-#include "platform/prefix/utf8.h"
 
 #include <algorithm>
 #include <array>
@@ -11,59 +11,32 @@
 #include <cstddef>
 #include <utility>
 
+#include <utf8.h>
+
 namespace {
 
 constexpr auto npos = std::string_view::npos;
 
-// Wine's names for control characters, at the place of the character's code; '.' has no name.
+// Wine's letters for control characters, indexed by code; '.' for a character without one.
 constexpr std::string_view control_names = ".......abtnvfr.............e....";
 
-constexpr char32_t replacement = 0xFFFD;  // what stands for text that is damaged
-
-bool is_ascii(char c) { return static_cast<unsigned char>(c) < 0x80; }
 bool is_hex_digit(char c) {
   return (c >= '0' && c <= '9') || (c >= 'a' && c <= 'f') || (c >= 'A' && c <= 'F');
 }
-char ascii_lower(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + ('a' - 'A')) : c; }
-
-// Collects UTF-8 text from UTF-16 units and from bytes that are UTF-8 already.
-class TextBuilder {
-public:
-  void byte(char c) {
-    end_pair();
-    text += c;
+// UTF-16 as UTF-8; a surrogate without its partner becomes U+FFFD.
+std::string to_utf8(std::u16string units) {
+  const auto is_lead = [&](std::size_t i) { return units[i] >= 0xD800 && units[i] < 0xDC00; };
+  const auto is_trail = [&](std::size_t i) { return units[i] >= 0xDC00 && units[i] < 0xE000; };
+  for (std::size_t i = 0; i < units.size(); ++i) {
+    if (is_lead(i) && i + 1 < units.size() && is_trail(i + 1))
+      ++i;
+    else if (is_lead(i) || is_trail(i))
+      units[i] = 0xFFFD;
   }
+  return utf8::utf16to8(units);
+}
 
-  void unit(std::uint32_t unit) {
-    if (unit >= 0xDC00 && unit <= 0xDFFF && lead != 0) {
-      append_utf8(text, 0x10000 + ((lead - 0xD800) << 10) + (unit - 0xDC00));
-      lead = 0;
-      return;
-    }
-    end_pair();
-    if (unit >= 0xD800 && unit <= 0xDBFF)
-      lead = unit;
-    else
-      append_utf8(text, unit >= 0xDC00 && unit <= 0xDFFF ? replacement : unit);
-  }
-
-  std::string finish() {
-    end_pair();
-    return std::move(text);
-  }
-
-private:
-  void end_pair() {
-    if (lead != 0)
-      append_utf8(text, replacement);
-    lead = 0;
-  }
-
-  std::string text;
-  std::uint32_t lead = 0;  // the first half of a surrogate pair, waiting for the second
-};
-
-// Takes at most `most` digits off the front of `text`; nothing when it begins with none.
+// Takes a number of at most `most` digits off the front of `text`; nullopt if there is no digit.
 std::optional<std::uint32_t> take_number(std::string_view& text, std::size_t most, int base) {
   std::uint32_t number = 0;
   const char* const end = text.data() + std::min(most, text.size());
@@ -74,36 +47,44 @@ std::optional<std::uint32_t> take_number(std::string_view& text, std::size_t mos
   return number;
 }
 
-// Takes one escape off the front of `text`, its backslash already gone.
-void unescape_one(std::string_view& text, TextBuilder& into) {
-  const char c = text.front();
-  if (const auto octal = take_number(text, 3, 8))
-    return into.unit(*octal);
-  text.remove_prefix(1);
-  if (c == 'x') {
-    const auto unit = take_number(text, 4, 16);
-    return unit ? into.unit(*unit) : into.byte(c);
-  }
+// Takes a numeric escape, \xHHHH or \OOO, off the front of `text`: a UTF-16 unit.
+std::optional<char16_t> take_unit(std::string_view& text) {
+  const bool hex = text.starts_with("\\x");
+  auto rest = text.substr(hex ? 2 : 1);
+  const auto unit = hex ? take_number(rest, 4, 16) : take_number(rest, 3, 8);
+  if (!unit)
+    return std::nullopt;
+  text = rest;
+  return static_cast<char16_t>(*unit);
+}
+
+// Takes any other escape off the front of `text`: one character.
+char take_character(std::string_view& text) {
+  const char c = text.size() > 1 ? text[1] : '\\';
+  text.remove_prefix(std::min<std::size_t>(text.size(), 2));
   const auto control = c == '.' ? npos : control_names.find(c);
-  into.byte(control == npos ? c : static_cast<char>(control));
+  return control == npos ? c : static_cast<char>(control);
 }
 
-std::string unescape(std::string_view text) {
-  TextBuilder into;
-  while (!text.empty()) {
-    const char c = text.front();
-    if (c == '\\' && text.size() > 1) {
-      text.remove_prefix(1);
-      unescape_one(text, into);
-    } else {
-      into.byte(c);
-      text.remove_prefix(1);
-    }
+std::string unescape(std::string_view escaped) {
+  std::string text;
+  while (true) {
+    const auto plain = std::min(escaped.find('\\'), escaped.size());
+    text += escaped.substr(0, plain);
+    escaped.remove_prefix(plain);
+    if (escaped.empty())
+      return text;
+    std::u16string units;  // of several escapes in a row: two may be one character
+    while (const auto unit = escaped.starts_with('\\') ? take_unit(escaped) : std::nullopt)
+      units += *unit;
+    if (units.empty())
+      text += take_character(escaped);
+    else
+      text += to_utf8(std::move(units));
   }
-  return into.finish();
 }
 
-// Where the character that ends an escaped text stands, from `from` on.
+// The position of the unescaped character `close`, from `from` on.
 std::size_t find_closing(std::string_view text, std::size_t from, char close) {
   for (std::size_t at = from; at < text.size(); ++at) {
     if (text[at] == close)
@@ -114,8 +95,8 @@ std::size_t find_closing(std::string_view text, std::size_t from, char close) {
   return npos;
 }
 
-// Tells cheaply that an escaped text cannot begin with `lowered`: a plain character differs.
-bool differs(std::string_view escaped, std::string_view lowered) {
+// A quick test on plain characters; an escape or a non-ASCII character ends it undecided.
+bool cannot_start_with(std::string_view escaped, std::string_view lowered) {
   std::size_t at = 0;
   for (const char wanted : lowered) {
     if (at == escaped.size())
@@ -134,31 +115,30 @@ bool differs(std::string_view escaped, std::string_view lowered) {
   return false;
 }
 
-// A key's lines: its header at `begin`, its values from `body` to `end`, where the next key begins.
+// A key's lines: the header at `begin`, the values from `body` to `end`, where the next key begins.
 struct Section {
   std::size_t begin;
   std::size_t body;
   std::size_t end;
 };
 
-// A value's lines, and its data behind the "=".
-struct Entry {
+// A value's lines, and its data after the "=".
+struct ValueLines {
   std::size_t begin;
   std::size_t end;
   std::string_view data;
 };
 
-// Which keys are meant: the one of a path, those that have the path as the beginning of theirs and
-// only a name behind it, or the one of a path and all below it.
-enum class Depth { key, beside, subtree };
+// Whether a path stands for its key alone or also for all keys below it.
+enum class Depth { key, subtree };
 
 std::size_t line_end(std::string_view text, std::size_t from) {
   const auto at = text.find('\n', from);
   return at == npos ? text.size() : at + 1;
 }
 
-// Where the next line that begins with "[" does, at or after `from`; the text's end when none does.
-// Brackets are rarer than lines.
+// The start of the next line that begins with "[", at or after `from`; the text's end if there is
+// none. Searches for brackets because they are rarer than line ends.
 std::size_t find_header(std::string_view text, std::size_t from) {
   auto at = text.find('[', from);
   while (at != npos && at > 0 && text[at - 1] != '\n')
@@ -166,44 +146,30 @@ std::size_t find_header(std::string_view text, std::size_t from) {
   return std::min(at, text.size());
 }
 
-// How many backslashes an escaped text stands for, at least.
-std::ptrdiff_t count_backslashes(std::string_view escaped) {
-  std::ptrdiff_t count = 0;
-  for (auto at = escaped.find("\\\\"); at != npos; at = escaped.find("\\\\", at + 2))
-    ++count;
-  return count;
-}
-
-// Whether a key's header, without its "[", names a key that is meant.
-bool names(std::string_view header, const std::string& lowered, Depth depth) {
+// Whether a key's header, without its "[", names the key `lowered` or, if asked for, one below it.
+bool matches(std::string_view header, const std::string& lowered, Depth depth) {
   const auto close = find_closing(header, 0, ']');
   if (close == npos)
     return false;
-  const auto escaped = header.substr(0, close);
-  const bool beside = depth == Depth::beside;
-  if (beside && count_backslashes(escaped) > std::count(lowered.begin(), lowered.end(), '\\'))
-    return false;
-  const auto path = lowercase(unescape(escaped));
-  if (beside)
-    return path.starts_with(lowered) && path.find('\\', lowered.size()) == npos;
+  const auto path = lowercase(unescape(header.substr(0, close)));
   return path == lowered || (depth == Depth::subtree && path.starts_with(lowered + "\\"));
 }
 
-// Calls `use` with every section of the keys that are meant, in the order of the text.
+// Calls `use` with every section of the matching keys, in the order of the text.
 template <class Use>
 void for_each_section(std::string_view text, std::string_view path, Depth depth, Use use) {
   const auto lowered = lowercase(path);
   for (std::size_t begin = find_header(text, 0), end = begin; begin < text.size(); begin = end) {
     end = find_header(text, begin + 1);
-    if (differs(text.substr(begin + 1), lowered))
+    if (cannot_start_with(text.substr(begin + 1), lowered))
       continue;
     const Section section{begin, line_end(text, begin), end};
-    if (names(text.substr(begin + 1, section.body - begin - 1), lowered, depth))
+    if (matches(text.substr(begin + 1, section.body - begin - 1), lowered, depth))
       use(section);
   }
 }
 
-// Where the data begins on a value's line; nothing when the line does not give the value `name`.
+// The position of the data on a line; nullopt if the line does not define the value.
 std::optional<std::size_t> find_data(std::string_view line, const std::string& lowered_name) {
   const bool unnamed = line.starts_with('@');
   if (!unnamed && !line.starts_with('"'))
@@ -212,7 +178,7 @@ std::optional<std::size_t> find_data(std::string_view line, const std::string& l
   if (close == npos)
     return std::nullopt;
   const auto name = unnamed ? std::string_view() : line.substr(1, close - 1);
-  if (differs(name, lowered_name) || lowercase(unescape(name)) != lowered_name)
+  if (cannot_start_with(name, lowered_name) || lowercase(unescape(name)) != lowered_name)
     return std::nullopt;
   const auto equals = line.find_first_not_of(" \t", close + 1);
   if (equals == npos || line[equals] != '=')
@@ -220,12 +186,12 @@ std::optional<std::size_t> find_data(std::string_view line, const std::string& l
   return std::min(line.find_first_not_of(" \t", equals + 1), line.size());
 }
 
-// Hexadecimal data goes on behind a backslash.
+// Hexadecimal data continues on the next line after a backslash.
 bool is_continued(std::string_view line) {
   return line.ends_with("\\\n") || line.ends_with("\\\r\n");
 }
 
-// The end of the lines of a value whose last one so far is [begin, end).
+// The end of a value that starts on the line [begin, end), its continuation lines included.
 std::size_t end_of_value(std::string_view text, std::size_t begin, std::size_t end) {
   while (end < text.size() && is_continued(text.substr(begin, end - begin))) {
     begin = end;
@@ -234,9 +200,9 @@ std::size_t end_of_value(std::string_view text, std::size_t begin, std::size_t e
   return end;
 }
 
-// Calls `use` with every entry that gives the value, in the order of the text.
+// Calls `use` with every definition of the value, in the order of the text.
 template <class Use>
-void for_each_entry(std::string_view text, std::string_view key, std::string_view name, Use use) {
+void for_each_value(std::string_view text, std::string_view key, std::string_view name, Use use) {
   const auto lowered = lowercase(name);
   for_each_section(text, key, Depth::key, [&](const Section& section) {
     const auto lines = text.substr(0, section.end);
@@ -248,7 +214,7 @@ void for_each_entry(std::string_view text, std::string_view key, std::string_vie
       const auto data = begin + *offset;
       if (lines.substr(data).starts_with("hex"))
         end = end_of_value(lines, begin, end);
-      use(Entry{begin, end, lines.substr(data, end - data)});
+      use(ValueLines{begin, end, lines.substr(data, end - data)});
     }
   });
 }
@@ -260,7 +226,7 @@ RegistryValue::Type type_for(std::uint32_t number) {
   return number < types.size() ? types[number] : Type::other;
 }
 
-// Takes "tag:" or "tag(N):" off the front of a value's data and gives N, or `plain` without one.
+// Takes "tag:" or "tag(N):" off the front of a value's data. Returns N, or `plain` for "tag:".
 std::optional<std::uint32_t> take_tag(std::string_view& data, std::string_view tag,
                                       std::uint32_t plain) {
   if (!data.starts_with(tag))
@@ -299,7 +265,7 @@ std::optional<RegistryValue> number_value(std::string_view digits) {
   return RegistryValue{.type = RegistryValue::Type::number, .number = *number};
 }
 
-// Bytes of two digits, each but the last followed by a comma.
+// Bytes of one or two hexadecimal digits, separated by commas.
 std::optional<std::string> parse_bytes(std::string_view data) {
   const auto skip_blanks = [&] {
     data.remove_prefix(std::min(data.find_first_not_of(" \t\r\n\\"), data.size()));
@@ -320,17 +286,14 @@ std::optional<std::string> parse_bytes(std::string_view data) {
   return bytes;
 }
 
-// The text up to its NUL that is kept as UTF-16, the lower byte of each unit first.
+// Little-endian UTF-16, up to its NUL.
 std::string from_utf16(std::string_view bytes) {
-  TextBuilder into;
-  for (std::size_t at = 0; at + 1 < bytes.size(); at += 2) {
-    const auto low = static_cast<unsigned char>(bytes[at]);
-    const auto high = static_cast<unsigned char>(bytes[at + 1]);
-    if (low == 0 && high == 0)
-      break;
-    into.unit(static_cast<std::uint32_t>(high << 8 | low));
-  }
-  return into.finish();
+  std::u16string units;
+  for (std::size_t at = 0; at + 1 < bytes.size(); at += 2)
+    units += static_cast<char16_t>(static_cast<unsigned char>(bytes[at]) |
+                                   static_cast<unsigned char>(bytes[at + 1]) << 8);
+  units.resize(std::min(units.find(u'\0'), units.size()));
+  return to_utf8(std::move(units));
 }
 
 RegistryValue bytes_value(std::string bytes, RegistryValue::Type type) {
@@ -347,7 +310,7 @@ RegistryValue bytes_value(std::string bytes, RegistryValue::Type type) {
   return {.type = type, .number = number};
 }
 
-// Whether the text may end in the middle of these numbers or bytes.
+// Whether the registry may be cut off within this number or these bytes.
 bool is_truncated(std::string_view data) { return !data.ends_with('\n') || is_continued(data); }
 
 std::optional<RegistryValue> parse_value(std::string_view data) {
@@ -368,24 +331,6 @@ std::optional<RegistryValue> parse_value(std::string_view data) {
   return bytes_value(std::move(*bytes), type_for(*type));
 }
 
-std::u16string to_utf16(std::string_view text) {
-  std::u16string units;
-  while (!text.empty()) {
-    char32_t character = 0;
-    const auto length = decode_utf8(text, character);
-    text.remove_prefix(std::max<std::size_t>(length, 1));
-    if (length == 0) {
-      units += static_cast<char16_t>(replacement);
-    } else if (character < 0x10000) {
-      units += static_cast<char16_t>(character);
-    } else {
-      units += static_cast<char16_t>(0xD800 + ((character - 0x10000) >> 10));
-      units += static_cast<char16_t>(0xDC00 + (character & 0x3FF));
-    }
-  }
-  return units;
-}
-
 std::string digits(std::uint32_t number, int base, std::size_t least) {
   std::array<char, 32> buffer{};
   const auto end = std::to_chars(buffer.data(), buffer.data() + buffer.size(), number, base).ptr;
@@ -393,8 +338,8 @@ std::string digits(std::uint32_t number, int base, std::size_t least) {
   return std::string(least - std::min(least, text.size()), '0') + text;
 }
 
-// One unit as Wine escapes it: a number takes its full width where the next unit could be read as
-// a digit of it.
+// One UTF-16 unit as Wine escapes it. A number gets its full width if the next unit could be taken
+// for one of its digits.
 std::string escape_unit(char16_t unit, char16_t next, std::string_view quotes) {
   const char next_char = next < 0x80 ? static_cast<char>(next) : '\0';
   if (unit > 0x7F)
@@ -408,14 +353,14 @@ std::string escape_unit(char16_t unit, char16_t next, std::string_view quotes) {
 }
 
 std::string escape(std::string_view text, std::string_view quotes) {
-  const auto units = to_utf16(text);
+  const auto units = utf8::utf8to16(utf8::replace_invalid(text));
   std::string escaped;
   for (std::size_t i = 0; i < units.size(); ++i)
     escaped += escape_unit(units[i], i + 1 < units.size() ? units[i + 1] : u'\0', quotes);
   return escaped;
 }
 
-// Bytes as Wine writes them, a new line beginning behind column 76.
+// Bytes as Wine writes them, wrapped after column 76.
 std::string write_bytes(std::string_view bytes, std::size_t column, std::string_view newline) {
   std::string text;
   for (std::size_t i = 0; i < bytes.size(); ++i) {
@@ -452,7 +397,7 @@ std::string_view newline_of(std::string_view text) {
   return end != npos && end > 0 && text[end - 1] == '\r' ? "\r\n" : "\n";
 }
 
-// `at`, a line's beginning, moved back over blank lines.
+// The start of the blank lines before `at`, which is the start of a line.
 std::size_t skip_blank_lines_back(std::string_view text, std::size_t at) {
   while (at > 0 && text[at - 1] == '\n') {
     const auto end = text.substr(0, at - 1).ends_with('\r') ? at - 2 : at - 1;
@@ -463,7 +408,7 @@ std::size_t skip_blank_lines_back(std::string_view text, std::size_t at) {
   return at;
 }
 
-// The text with `lines` in place of [begin, end); what stands before them is a whole line.
+// The text with [begin, end) replaced by `lines`. Ends the line before them if it has no end.
 std::string replaced(std::string_view text, std::size_t begin, std::size_t end,
                      std::string_view lines, std::string_view newline) {
   std::string result(text.substr(0, begin));
@@ -477,25 +422,11 @@ std::string replaced(std::string_view text, std::size_t begin, std::size_t end,
 std::optional<RegistryValue> find_value(std::string_view registry, std::string_view key,
                                         std::string_view name) {
   std::optional<RegistryValue> last;
-  for_each_entry(registry, key, name, [&](const Entry& entry) {
-    if (auto value = parse_value(entry.data))
+  for_each_value(registry, key, name, [&](const ValueLines& found) {
+    if (auto value = parse_value(found.data))
       last = std::move(value);
   });
   return last;
-}
-
-void append_sibling_keys(std::string_view registry, std::string_view key, std::string& part) {
-  for_each_section(registry, key.substr(0, key.rfind('\\') + 1), Depth::beside,
-                   [&](const Section& section) {
-                     part += registry.substr(section.begin, section.end - section.begin);
-                   });
-}
-
-std::size_t find_last_key(std::string_view registry, std::size_t from) {
-  for (std::size_t at = registry.size(); at-- > std::max<std::size_t>(from, 1);)
-    if (registry[at] == '[' && registry[at - 1] == '\n')
-      return at;
-  return 0;
 }
 
 std::string with_value(std::string_view registry, std::string_view key, std::string_view name,
@@ -504,10 +435,10 @@ std::string with_value(std::string_view registry, std::string_view key, std::str
     return std::string(registry);
   const auto newline = newline_of(registry);
   const auto line = write_value(name, value, newline);
-  std::optional<Entry> entry;
-  for_each_entry(registry, key, name, [&](const Entry& found) { entry = found; });
-  if (entry)
-    return replaced(registry, entry->begin, entry->end, line, newline);
+  std::optional<ValueLines> last;
+  for_each_value(registry, key, name, [&](const ValueLines& found) { last = found; });
+  if (last)
+    return replaced(registry, last->begin, last->end, line, newline);
   std::optional<std::size_t> key_end;
   for_each_section(registry, key, Depth::key, [&](const Section& section) {
     key_end = skip_blank_lines_back(registry, section.end);
@@ -524,9 +455,9 @@ std::string with_value(std::string_view registry, std::string_view key, std::str
 std::string without_value(std::string_view registry, std::string_view key, std::string_view name) {
   std::string result;
   std::size_t kept = 0;
-  for_each_entry(registry, key, name, [&](const Entry& entry) {
-    result += registry.substr(kept, entry.begin - kept);
-    kept = entry.end;
+  for_each_value(registry, key, name, [&](const ValueLines& found) {
+    result += registry.substr(kept, found.begin - kept);
+    kept = found.end;
   });
   return result.append(registry.substr(kept));
 }

@@ -1,5 +1,5 @@
 // Walks a PE file from its headers to the fixed part of its version resource. Names and offsets are
-// those of the published format of executables; every step gives nothing when the file lacks it.
+// those of the published PE format. Every step returns nullopt if the file lacks what it looks for.
 #include "platform/prefix/version_resource.h"
 
 #include <algorithm>
@@ -10,13 +10,13 @@
 
 namespace {
 
-using Offset = std::uint64_t;  // from the beginning of the file; wide, so that sums cannot overflow
+using Offset = std::uint64_t;  // from the start of the file; 64 bits, so that sums cannot overflow
 
 constexpr std::uint32_t version_type = 16;  // RT_VERSION
 constexpr std::uint32_t fixed_signature = 0xFEEF04BD;
-constexpr std::uint32_t subdirectory = 0x80000000;  // a directory's entry leads to another one
+constexpr std::uint32_t subdirectory = 0x80000000;  // flag of an entry that is a directory
 
-// The parts of the file, read where they are asked for.
+// Reads numbers and byte strings at any offset of the file.
 class Image {
 public:
   explicit Image(std::istream& file) : stream(file) {}
@@ -57,7 +57,7 @@ private:
 struct Headers {
   Offset section_table;
   std::uint16_t sections;
-  std::uint32_t resources;  // the resource data's address in memory
+  std::uint32_t resources;  // address of the resources in memory
 };
 
 std::optional<Headers> read_headers(Image& image) {
@@ -68,22 +68,22 @@ std::optional<Headers> read_headers(Image& image) {
     return std::nullopt;
   const auto sections = image.word(*start + Offset{6});
   const auto optional_size = image.word(*start + Offset{20});
-  const Offset optionalheader = *start + Offset{24};
-  const auto magic = image.word(optionalheader);
+  const Offset optional_header = *start + Offset{24};
+  const auto magic = image.word(optional_header);
   if (!sections || !optional_size || !magic || (*magic != 0x10B && *magic != 0x20B))
     return std::nullopt;
   const Offset directories = *magic == 0x20B ? 112 : 96;  // PE32+ has wider fields before them
   const Offset resource_directory = directories + 2 * 8;  // the third: eight bytes each
-  const auto count = image.dword(optionalheader + directories - 4);
-  const auto resources = image.dword(optionalheader + resource_directory);
+  const auto count = image.dword(optional_header + directories - 4);
+  const auto resources = image.dword(optional_header + resource_directory);
   if (!count || *count < 3 || resource_directory + 8 > *optional_size)
     return std::nullopt;
   if (!resources || *resources == 0)
     return std::nullopt;
-  return Headers{optionalheader + *optional_size, *sections, *resources};
+  return Headers{optional_header + *optional_size, *sections, *resources};
 }
 
-// Where the file holds the `size` bytes at an address in memory, if one section holds them all.
+// The file offset of `size` bytes at an address in memory, if one section contains them all.
 std::optional<Offset> find_address(Image& image, const Headers& headers, Offset address,
                                    Offset size) {
   for (std::uint16_t i = 0; i < headers.sections; ++i) {
@@ -99,7 +99,7 @@ std::optional<Offset> find_address(Image& image, const Headers& headers, Offset 
   return std::nullopt;
 }
 
-// The target of a resource directory's entry for a numbered type.
+// The target of the entry for a numbered type in a resource directory.
 std::optional<std::uint32_t> find_type(Image& image, Offset directory, std::uint32_t type) {
   const auto named = image.word(directory + 12);
   const auto numbered = image.word(directory + 14);
@@ -125,7 +125,7 @@ std::optional<std::uint32_t> first_entry(Image& image, Offset directory) {
   return image.dword(directory + 16 + 4);
 }
 
-// Where the version resource's data entry lies: below the type comes a name, below it a language.
+// The data entry of the version resource: below the type comes a name, below that a language.
 std::optional<Offset> find_data_entry(Image& image, Offset resources) {
   const auto names = find_type(image, resources, version_type);
   if (!names || !(*names & subdirectory))
@@ -139,7 +139,7 @@ std::optional<Offset> find_data_entry(Image& image, Offset resources) {
   return resources + *entry;
 }
 
-// Where VS_VERSIONINFO keeps VS_FIXEDFILEINFO: behind three words and the key, at a multiple of 4.
+// VS_FIXEDFILEINFO in VS_VERSIONINFO: after three words and the key, aligned to 4 bytes.
 std::optional<Offset> find_fixed_info(Image& image, Offset block) {
   using namespace std::string_view_literals;
   constexpr auto key = "V\0S\0_\0V\0E\0R\0S\0I\0O\0N\0_\0I\0N\0F\0O\0\0\0"sv;

@@ -1,4 +1,4 @@
-// Letter case as Windows maps it.
+// Letter case as Windows defines it.
 #include "platform/windows/letter_case.h"
 
 #include "platform/windows/wide_text.h"

@@ -1,8 +1,8 @@
-// Letter case as Windows maps it.
+// Letter case as Windows defines it.
 #pragma once
 
 #include <string>
 #include <string_view>
 
-// `text` with its letters lowered, in no particular language.
+// UTF-8 `text` in lower case, by the rules of the invariant locale.
 std::string lowercase(std::string_view text);

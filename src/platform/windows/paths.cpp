@@ -1,4 +1,4 @@
-// Paths as the program writes them, made absolute and long enough for every tree.
+// Makes paths absolute, in the form that Windows accepts without a limit on their length.
 #include "platform/windows/paths.h"
 
 #include "platform/path_rules.h"
@@ -14,16 +14,12 @@ constexpr std::string_view verbatim = R"(\\?\)";
 constexpr std::string_view verbatim_share = R"(\\?\UNC\)";
 constexpr std::string_view share = R"(\\)";
 
-bool is_separator(char c) { return c == '\\' || c == '/'; }
-
-char upper(char c) { return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c; }
-
 std::string current_folder() {
   return narrow(
       system_text([](wchar_t* folder, DWORD size) { return GetCurrentDirectoryW(size, folder); }));
 }
 
-// `rest` with the names of a share's server and folder taken off.
+// Takes the names of a share's server and folder off `rest`. Returns the share's root.
 std::string take_share(std::string_view& rest) {
   std::string root(share);
   for (int name = 0; name < 2; ++name) {
@@ -34,7 +30,7 @@ std::string take_share(std::string_view& rest) {
   return root;
 }
 
-// Takes the root off a path that names one; empty for any other path.
+// Takes the root off the front of a path. Returns the empty text if there is none.
 std::string take_root(std::string_view& rest) {
   const bool is_share = rest.starts_with(verbatim_share);
   if (is_share || (rest.starts_with(share) && !rest.starts_with(verbatim))) {
@@ -46,7 +42,7 @@ std::string take_root(std::string_view& rest) {
     rest.remove_prefix(verbatim.size());
   if (!has_drive(rest))
     return std::string(is_verbatim ? verbatim : "");
-  const std::string root{upper(rest[0]), ':', '\\'};
+  const std::string root{ascii_upper(rest[0]), ':', '\\'};
   rest.remove_prefix(2);
   return root;
 }

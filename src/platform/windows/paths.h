@@ -1,4 +1,4 @@
-// Paths as the program writes them, made absolute and long enough for every tree.
+// Makes paths absolute, in the form that Windows accepts without a limit on their length.
 #pragma once
 
 #include "platform/result.h"
@@ -6,18 +6,18 @@
 #include <string>
 #include <vector>
 
-// Where a path leads: from a root down by names, as they were written.
+// An absolute path: a root and the names below it, spelled as given.
 struct Location {
   std::string root;  // "C:\", "\\server\share\" or "\\?\"
   std::vector<std::string> names;
 
-  // The path in the form that Windows takes without a limit of 260 characters and without a look
-  // at its names: `\\?\C:\...`. A root ends in "\".
+  // The path as `\\?\C:\...`, which Windows takes as it is and with more than 260 characters. The
+  // path of a root ends in "\".
   std::wstring wide() const;
 
-  // The path as a user reads it.
+  // The path as shown to a user.
   std::string text() const;
 };
 
-// Makes a path absolute. Fails when Windows would not allow one of its names.
+// Makes a path absolute. Fails if Windows would not allow one of its names.
 Result<Location> locate(const std::string& path);

@@ -1,4 +1,4 @@
-// Texts at the edge to Windows: from and to UTF-8.
+// Converts between the program's UTF-8 and what Windows takes.
 #include "platform/windows/wide_text.h"
 
 #include <windows.h>
@@ -13,12 +13,12 @@ std::wstring decode(UINT code_page, std::string_view text) {
   return wide;
 }
 
-std::string encode(UINT code_page, DWORD flags, std::wstring_view text, BOOL* lacking) {
+std::string encode(UINT code_page, DWORD flags, std::wstring_view text, BOOL* lossy) {
   const int size = static_cast<int>(text.size());
   const int length =
       WideCharToMultiByte(code_page, flags, text.data(), size, nullptr, 0, nullptr, nullptr);
   std::string bytes(static_cast<std::size_t>(length), '\0');
-  WideCharToMultiByte(code_page, flags, text.data(), size, bytes.data(), length, nullptr, lacking);
+  WideCharToMultiByte(code_page, flags, text.data(), size, bytes.data(), length, nullptr, lossy);
   return bytes;
 }
 
@@ -32,10 +32,10 @@ std::string from_code_page(std::string_view text) { return narrow(decode(CP_ACP,
 
 std::optional<std::string> to_code_page(std::string_view text) {
   if (GetACP() == CP_UTF8)
-    return std::string(text);  // which lacks none
-  BOOL lacking = FALSE;
-  std::string bytes = encode(CP_ACP, WC_NO_BEST_FIT_CHARS, widen(text), &lacking);
-  return lacking ? std::nullopt : std::optional(std::move(bytes));
+    return std::string(text);  // UTF-8 lacks no character
+  BOOL lossy = FALSE;
+  std::string bytes = encode(CP_ACP, WC_NO_BEST_FIT_CHARS, widen(text), &lossy);
+  return lossy ? std::nullopt : std::optional(std::move(bytes));
 }
 
 std::optional<std::string> code_page_path(const std::string& path) {

@@ -1,4 +1,4 @@
-// Names of folders, as many as there may be: kept in order, and known again in any letter case.
+// The order of a folder's names, and finding them case-insensitively.
 #include "platform/prefix/folder_names.h"
 
 #include "platform/path_rules.h"
@@ -9,7 +9,6 @@
 
 #include <algorithm>
 #include <random>
-#include <set>
 #include <tuple>
 
 #include <fcntl.h>
@@ -18,7 +17,7 @@ namespace fs = std::filesystem;
 
 namespace {
 
-// Of letters in both cases, some of more than one byte, and of bytes that are no letter.
+// Letters in both cases, some of more than one byte, and invalid bytes.
 std::string random_name(std::mt19937& chance) {
   static const char* const letters[] = {"a",        "A",        "b",       "B", "_",
                                         "\xC3\xA9", "\xC3\x89", "k",       "K", "\xE2\x84\xAA",
@@ -42,22 +41,7 @@ TEST(Folders, EntriesAreSortedAsTheirLoweredNamesAre) {
   }));
 }
 
-TEST(Folders, HashesAreKnownWhenTheyWereInserted) {
-  std::mt19937_64 chance(1);
-  std::set<std::size_t> inserted{0};
-  HashSet hashes;
-  hashes.insert(0);
-  for (int i = 0; i < 100'000; ++i) {
-    const std::size_t hash = chance() >> (i % 2 ? 0 : 46);
-    EXPECT_EQ(hashes.contains(hash), hash < 2 || inserted.count(hash) == 1);
-    hashes.insert(hash);
-    inserted.insert(hash);
-  }
-  EXPECT_TRUE(std::all_of(inserted.begin(), inserted.end(),
-                          [&](std::size_t hash) { return hashes.contains(hash); }));
-}
-
-// Among the names are the folder's own, those that the caller makes, and those of somebody else.
+// Names that were there before, that the caller creates, and that another process creates.
 TEST(Folders, NamesAreFoundInOtherLetterCase) {
   TestMachine machine;
   const fs::path path = machine.drive_c / "f";

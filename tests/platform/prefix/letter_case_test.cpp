@@ -1,9 +1,9 @@
-// Lowering letters of UTF-8 text.
+// Lower case of UTF-8 text.
 #include "platform/prefix/letter_case.h"
 
 #include <gtest/gtest.h>
 
-TEST(LetterCase, LowersUnicodeAndKeepsWhatIsNoUtf8) {
+TEST(LetterCase, LowersUnicodeAndKeepsInvalidBytes) {
   const std::pair<const char*, const char*> cases[] = {
       {"", ""},
       {"AZ az 09_", "az az 09_"},
@@ -15,7 +15,7 @@ TEST(LetterCase, LowersUnicodeAndKeepsWhatIsNoUtf8) {
        "B\xC3",
        "a\xFF"
        "b\xC3"},                                         // stray bytes
-      {"\xC1\x81\xE0\x80\x81", "\xC1\x81\xE0\x80\x81"},  // longer than they need be
+      {"\xC1\x81\xE0\x80\x81", "\xC1\x81\xE0\x80\x81"},  // overlong
       {"\xC3"
        "A\xF5\x80\x80\x80",
        "\xC3"

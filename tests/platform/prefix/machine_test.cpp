@@ -1,4 +1,4 @@
-// Where the prefix is looked for.
+// Where the Wine prefix is searched for.
 #include "platform/prefix/machine.h"
 
 #include "tests/support/test_machine.h"

@@ -1,4 +1,4 @@
-// Windows paths and what they stand for.
+// Windows paths and the POSIX paths that they stand for.
 #include "platform/prefix/paths.h"
 
 #include "tests/support/prefix/machine_of.h"
@@ -9,7 +9,7 @@ namespace fs = std::filesystem;
 
 namespace {
 
-// Where a path leads, relative to the drive's root; "?" and the reason when it leads nowhere.
+// The location of a path, relative to `root`; "?" and the reason if it has none.
 std::string found(const Paths& paths, const std::string& path, const fs::path& root) {
   const auto location = paths.find(path);
   if (!location)
@@ -58,6 +58,7 @@ TEST(Paths, NamesWithoutADriveStartAtTheCurrentFolder) {
   EXPECT_EQ(found(paths, "FILE.txt", machine.data), "file.txt");
   EXPECT_EQ(found(paths, "..\\data\\file.txt", machine.data), "file.txt");
   EXPECT_EQ(paths.find("\\")->path(), "/");
+  EXPECT_EQ(paths.find("/")->path(), "/");
   write_file(machine.data / "back\\slash" / "here.txt", "");
   machine.data += "/back\\slash";
   EXPECT_TRUE(Paths(machine_of(machine)).find("here.txt")->exists);
@@ -70,6 +71,7 @@ TEST(Paths, DrivesAreTheLinksOfDosdevices) {
   const fs::path devices = machine.prefix / "dosdevices";
   fs::create_directory(devices);
   fs::create_directory(machine.prefix / "other");
+  fs::create_symlink("..", devices / "a:");
   fs::create_symlink("../other", devices / "c:");
   fs::create_symlink("../drive_c/users", devices / "d:");
   fs::create_symlink("../drive_c/users", devices / "e:");
@@ -78,7 +80,7 @@ TEST(Paths, DrivesAreTheLinksOfDosdevices) {
   fs::create_symlink("../other", devices / "h::");
   write_file(machine.prefix / "other/file", "");
   const Paths paths(machine_of(machine));
-  EXPECT_EQ(paths.drives(), (std::vector<std::string>{"C:", "D:", "E:", "F:", "G:"}));
+  EXPECT_EQ(paths.drives(), (std::vector<std::string>{"A:", "C:", "D:", "E:", "F:", "G:"}));
   EXPECT_EQ(found(paths, "C:\\file", machine.prefix / "other"), "file");
   EXPECT_EQ(found(paths, "F:\\", machine.prefix), "? the drive is not ready");
   EXPECT_EQ(found(paths, "G:\\", machine.prefix), "? the drive is not ready");

@@ -1,4 +1,4 @@
-// What a machine in a folder tells of itself.
+// Version, variables, special folders and executables of a Wine prefix.
 #include "platform/prefix/prefix_system.h"
 
 #include "tests/support/prefix/machine_of.h"
