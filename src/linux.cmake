@@ -6,6 +6,7 @@ layer(prefix BELOW platform SOURCES
   platform/prefix/prefix_map.cpp platform/prefix/prefix_system.cpp
   platform/prefix/registry.cpp platform/prefix/registry_text.cpp platform/prefix/utf8.cpp
   platform/prefix/version_resource.cpp)
+target_sources(ui PRIVATE ui/write_stderr.cpp)
 layer(console BELOW ui SOURCES ui/console/console_screen.cpp)
 
 set(window_library vora-map-updater-window.so)

@@ -1,4 +1,4 @@
-// The one window as plain data: its controls and the values that its procedures share.
+// The window as plain data: its controls, and the values that its procedures share.
 #pragma once
 
 #include "engine/line_array.h"
@@ -12,7 +12,7 @@
 #include <string>
 #include <vector>
 
-// What the program calls itself: the title of its message boxes.
+// The title of the program's message boxes.
 inline constexpr char program_title[] = "Vora Map Updater";
 
 class Form1 {
@@ -95,39 +95,38 @@ public:
 
   // The search and the conversion.
   std::array<std::string, 2> pathlist;  // search roots: 0 user space, 1 program space
-  std::string rootpath;                 // the root being searched, or the chosen drive's
+  std::string rootpath;                 // the root being searched, or that of the chosen drive
   std::string dirpath;                  // the folder that the directory list was last moved to
   std::string filepattern;
   std::vector<Failure> unsearched;  // folders that could not be listed
-  FoundList foundlist;              // full paths of the maps found, then one empty element
+  FoundList foundlist;              // full paths of the maps found
   LineArray originalmaps;           // names of the game's own maps
-  bool searching = false;           // handlers other than the exit button's wait meanwhile
+  bool searching = false;           // only the exit button does anything meanwhile
 
-  bool trouble = false;  // something went wrong that the exit status must tell
+  bool trouble = false;  // something went wrong: the exit status will be 1
 };
 
 // The edition letters of the base edition and the expansion.
 inline constexpr char base_letter[] = "v";
 inline constexpr char expansion_letter[] = "t";
 
-// Ends the program at once, with the exit status that tells whether all went well.
+// Ends the program at once, with exit status 1 if there was trouble, else 0.
 [[noreturn]] void end_program(Form1& form);
 
-// Shows a message box, then ends the program: something fatal was found.
+// Shows a message box, then ends the program with exit status 1.
 [[noreturn]] void end_with_message(Form1& form, const std::string& text);
 
-// The same where the memory is not enough: nothing is lost by it.
+// Reports that memory ran out, then ends the program with exit status 1. No map is lost.
 [[noreturn]] void end_out_of_memory(Form1& form);
 
-// Tells of trouble: in a message box, in a silent run on standard error.
+// Reports trouble in a message box; in a silent run on stderr.
 void report_trouble(Form1& form, const std::string& text);
 
-// The same of several failures, a line each below a heading; says nothing when there are none.
+// Reports failures, a line each below a heading; does nothing when there are none.
 void report_troubles(Form1& form, const std::string& heading, const std::vector<Failure>& failures);
 
-// `text` with each control character written as "\x" and two hexadecimal digits: names of files
-// come from strangers.
+// `text` with each control character as "\x" and two hexadecimal digits. File names are untrusted.
 std::string printable(std::string_view text);
 
-// Adds one to the number that the stage counter `Label8` shows.
+// Adds one to the stage counter, `Label8`.
 void next_stage(Form1& form);

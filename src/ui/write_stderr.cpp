@@ -1,4 +1,4 @@
-// Messages for nobody in particular: what a front end tells where no box would be answered.
+// Messages on stderr, where no message box would be answered.
 #include "ui/write_stderr.h"
 
 #include <iostream>
