@@ -47,14 +47,15 @@ void MainWindow::open(Form1& new_form) {
   place_widgets();
 }
 
+// What the user does waits: the form is not ready for it yet.
 void MainWindow::show() {
   QWidget::show();
   const QDeadlineTimer deadline(max_appearance_ms);
   while (!windowHandle()->isExposed() && !deadline.hasExpired()) {
-    QCoreApplication::processEvents();
+    QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
     QThread::msleep(poll_interval_ms);
   }
-  QCoreApplication::processEvents();
+  QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
 }
 
 void MainWindow::show_caption(const std::string& caption) { setWindowTitle(to_qt(caption)); }

@@ -160,11 +160,12 @@ Mirror& MainWindow::mirror_of(const Control& control) {
                        [&](const Mirror& mirror) { return mirror.control == &control; });
 }
 
+// What the user does waits: the form is not ready for it yet.
 void MainWindow::show() {
   focused = mirrors.front().window;
   ShowWindow(window, SW_SHOWDEFAULT);
   UpdateWindow(window);
-  process_messages();
+  handle_pending(PM_QS_PAINT | PM_QS_POSTMESSAGE | PM_QS_SENDMESSAGE);
 }
 
 void MainWindow::show_caption(const std::string& caption) {
@@ -211,9 +212,12 @@ void MainWindow::message_box(const std::string& text) {
 
 void MainWindow::print_error(const std::string& text) { write_stderr(text); }
 
-void MainWindow::process_messages() {
+void MainWindow::process_messages() { handle_pending(0); }
+
+// `kinds`: the PM_QS_ flags of the messages to handle; 0 for all.
+void MainWindow::handle_pending(UINT kinds) const {
   MSG message;
-  while (PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE))
+  while (PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE | kinds))
     dispatch(message);
 }
 

@@ -38,6 +38,7 @@ public:
 private:
   static LRESULT CALLBACK procedure(HWND window, UINT message, WPARAM word, LPARAM detail);
   LRESULT handle(UINT message, WPARAM word, LPARAM detail);
+  void handle_pending(UINT kinds) const;
   void dispatch(MSG& message) const;
 
   bool make_controls();
