@@ -17,7 +17,7 @@ std::string joined(const std::string& folder, const std::string& name) {
   return folder + (folder.ends_with('\\') ? "" : "\\") + name;
 }
 
-// The length of the root of a full path: a drive ("C:\\"), or a share ("\\\\server\\share\\").
+// The length of a full path's root: of "C:\" or, on a server, of "\\server\share\".
 std::size_t root_length(const std::string& path) {
   const int backslashes = path.starts_with("\\\\") ? 4 : 1;
   std::size_t length = 0;

@@ -16,7 +16,7 @@ class Screen {
 public:
   virtual ~Screen() = default;
 
-  // Puts the window on screen.
+  // Puts the window on screen. User input waits: the form is not ready for it yet.
   virtual void show() = 0;
 
   virtual void show_caption(const std::string& caption) = 0;

@@ -47,7 +47,6 @@ void MainWindow::open(Form1& new_form) {
   place_widgets();
 }
 
-// What the user does waits: the form is not ready for it yet.
 void MainWindow::show() {
   QWidget::show();
   const QDeadlineTimer deadline(max_appearance_ms);

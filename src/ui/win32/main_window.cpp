@@ -160,7 +160,6 @@ Mirror& MainWindow::mirror_of(const Control& control) {
                        [&](const Mirror& mirror) { return mirror.control == &control; });
 }
 
-// What the user does waits: the form is not ready for it yet.
 void MainWindow::show() {
   focused = mirrors.front().window;
   ShowWindow(window, SW_SHOWDEFAULT);

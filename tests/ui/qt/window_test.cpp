@@ -28,7 +28,7 @@ namespace {
 
 using Names = std::vector<std::string>;
 
-// A machine with the base edition and five old maps, one of them the game's own.
+// A machine with the base edition and four old maps, one of them the game's own.
 struct GameMachine : TestMachine {
   GameMachine() {
     write_data();
