@@ -3,7 +3,7 @@
 #include "platform/prefix/prefix_files.h"
 #include "platform/prefix/prefix_system.h"
 #include "ui/handlers.h"
-#include "ui/qt/qt_screen.h"
+#include "ui/qt/main_window.h"
 
 #include <benchmark/benchmark.h>
 
@@ -31,7 +31,7 @@ struct Window {
   Scratch scratch;
   CrowdedFiles files{scratch.machine};
   PrefixSystem system{scratch.machine, ""};
-  QtScreen screen;
+  MainWindow screen;
   Form1 form{files, system, screen};
 };
 
@@ -42,7 +42,7 @@ void opening_window(benchmark::State& state) {
   for (auto _ : state) {
     PrefixFiles files(scratch.machine);
     PrefixSystem system(scratch.machine, "");
-    QtScreen screen;
+    MainWindow screen;
     Form1 form(files, system, screen);
     screen.open(form);
     load_form(form);

@@ -8,6 +8,7 @@ layer(prefix BELOW platform SOURCES
   platform/prefix/version_resource.cpp)
 find_package(utf8cpp REQUIRED)
 target_link_libraries(prefix PRIVATE utf8cpp)
+target_sources(ui PRIVATE ui/write_stderr.cpp)
 layer(console BELOW ui SOURCES ui/console/console_screen.cpp)
 
 set(window_library vora-map-updater-window.so)

@@ -1,14 +1,14 @@
-// The program on Windows itself: its machine, and a window of the system's own controls.
+// The program on Windows itself, in a window of the system's controls.
 #include "app/command_line.h"
 #include "form/form1.h"
 #include "platform/windows/windows_files.h"
 #include "platform/windows/windows_system.h"
 #include "ui/handlers.h"
-#include "ui/win32/win32_screen.h"
+#include "ui/win32/main_window.h"
 
 namespace {
 
-// In a silent run nobody would answer a box.
+// In a silent run nobody would answer a message box.
 void report(const std::string& text, System& system, Screen& screen) {
   if (will_be_silent(system))
     screen.print_error(text);
@@ -20,13 +20,13 @@ void report(const std::string& text, System& system, Screen& screen) {
 
 int main() {
   WindowsFiles files;
-  Win32Screen screen;
-  WindowsSystem system([&](const std::string& text) { report(text, system, screen); });
-  Form1 form(files, system, screen);
-  if (!screen.open(form)) {
-    report("The window cannot be made.", system, screen);
+  MainWindow window;
+  WindowsSystem system([&](const std::string& text) { report(text, system, window); });
+  Form1 form(files, system, window);
+  if (!window.open(form)) {
+    report("The window cannot be made.", system, window);
     return 1;
   }
   load_form(form);
-  screen.run();
+  window.run();
 }

@@ -22,7 +22,7 @@ function(add_unit_tests name)
   add_executable(test-${name} ${ARGN})
   target_link_libraries(test-${name} PRIVATE test_support)
   add_test(NAME ${name} COMMAND test-${name})
-  set_tests_properties(${name} PROPERTIES RESOURCE_LOCK machine)
+  set_tests_properties(${name} PROPERTIES RESOURCE_LOCK machine TIMEOUT 900)
 endfunction()
 
 # Tests that change the registry run only under Wine, never on a developer's own Windows.
@@ -37,11 +37,6 @@ add_unit_tests(windows
   platform/windows/replacing_test.cpp platform/windows/windows_files_test.cpp
   platform/windows/windows_system_test.cpp)
 target_link_libraries(test-windows PRIVATE advapi32)
-add_unit_tests(window ui/win32/window_test.cpp)
-target_link_libraries(test-window PRIVATE win32 advapi32)
-add_dependencies(test-window vora-map-updater)
-target_compile_definitions(test-window PRIVATE
-  PROGRAM="$<TARGET_FILE:vora-map-updater>" PROJECT="${CMAKE_SOURCE_DIR}")
 
 add_library(test_machine STATIC support/test_machine.cpp support/windows/test_machine.cpp)
 target_link_libraries(test_machine PUBLIC test_support advapi32)
@@ -64,3 +59,7 @@ add_machine_tests(convert
 add_machine_tests(discover discover/search_test.cpp)
 add_machine_tests(app app/command_line_test.cpp app/edition_test.cpp app/startup_test.cpp)
 add_machine_tests(ui ui/handlers_test.cpp ui/layout_test.cpp)
+add_machine_tests(window ui/win32/window_test.cpp)
+target_link_libraries(test-window PRIVATE win32)
+add_dependencies(test-window vora-map-updater)
+target_compile_definitions(test-window PRIVATE PROGRAM="$<TARGET_FILE:vora-map-updater>")

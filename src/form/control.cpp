@@ -1,4 +1,4 @@
-// The controls of the form as plain values: a setter changes the value and tells the screen.
+// The controls of the form as plain values: a setter changes the value and refreshes the screen.
 #include "form/control.h"
 
 #include <algorithm>
@@ -17,7 +17,7 @@ std::string joined(const std::string& folder, const std::string& name) {
   return folder + (folder.ends_with('\\') ? "" : "\\") + name;
 }
 
-// How much of a full path names its root: a drive, or a folder that a server shares.
+// The length of a full path's root: of "C:\" or, on a server, of "\\server\share\".
 std::size_t root_length(const std::string& path) {
   const int backslashes = path.starts_with("\\\\") ? 4 : 1;
   std::size_t length = 0;
@@ -50,7 +50,7 @@ void Control::set_tooltip(std::string new_tooltip) {
 
 void Control::append(std::string_view more) {
   own_text += more;
-  screen.appended(*this, more);
+  screen.append(*this, more);
 }
 
 void DriveList::fill(std::vector<std::string> letters, std::string selected) {

@@ -1,4 +1,4 @@
-// The controls of the form as plain values: a setter changes the value and tells the screen.
+// The controls of the form as plain values: a setter changes the value and refreshes the screen.
 #pragma once
 
 #include "form/screen.h"
@@ -11,7 +11,7 @@
 
 class Control;
 
-// What the controls of one window share: its screen, and the list of them all.
+// What the controls of one window share; each adds itself to `controls`.
 struct Window {
   Screen& screen;
   std::vector<Control*> controls;
@@ -39,11 +39,11 @@ public:
   void set_visible(bool on);
   void set_tooltip(std::string new_tooltip);
 
-  // Adds to the end of a text box's text.
+  // Appends to a text box's text.
   void append(std::string_view more);
 
-  // Takes over what the user has typed into a text box; the screen shows it already.
-  void typed(std::string new_text) { own_text = std::move(new_text); }
+  // Stores what the user typed into a text box; the screen shows it already.
+  void store_typed(std::string new_text) { own_text = std::move(new_text); }
 
 protected:
   Screen& screen;
@@ -56,17 +56,17 @@ private:
   bool is_visible = true;
 };
 
-// The list of the machine's drives; its text is the selected one, a letter and a colon.
+// The list of the machine's drives, each a letter and a colon; its text is the selected one.
 class DriveList : public Control {
 public:
   using Control::Control;
 
   const std::vector<std::string>& drives() const { return own_drives; }
 
-  // Fills the list and selects one drive; no event.
+  // Fills the list and selects a drive without firing `changed`.
   void fill(std::vector<std::string> letters, std::string selected);
 
-  // The user selects another drive: fires `changed`.
+  // Selects a drive for the user. Fires `changed` unless it is selected already.
   void select(std::string drive);
 
   std::function<void()> changed;
@@ -77,28 +77,30 @@ private:
 
 // A row of the directory list.
 struct FolderRow {
-  std::string name;   // a drive root's is its path
-  std::string path;   // what opening the row points the list at
-  std::size_t depth;  // 0 for the drive root
+  std::string name;   // the root's is its path
+  std::string path;   // of the folder that opening the row shows
+  std::size_t depth;  // 0 for the root
 };
 
-// The list that shows a folder with its subfolders; its text is the folder's path.
+// The list that shows a folder and its subfolders; its text is the folder's path.
 class DirectoryList : public Control {
 public:
   DirectoryList(Window& window, std::string name_in, Files& machine)
       : Control(window, std::move(name_in)), files(machine) {}
 
-  // The folder that it shows, without "\" at the end except for a drive root.
+  // The folder that it shows, without a trailing "\" except for a drive root; empty before the
+  // first `set_path`.
   const std::string& path() const { return text(); }
 
   // The names of the folder's subfolders in ascending order.
   const std::vector<std::string>& subfolders() const { return own_subfolders; }
 
-  // What the list shows: the folders from the drive root down to its own, then the subfolders.
+  // What the list shows: the folders from the root down to its own, then the subfolders. Empty
+  // while it shows no folder.
   std::vector<FolderRow> rows() const;
 
-  // Points the list at a folder. Fires `changed` when that is another one than before. A folder
-  // that cannot be shown leaves the list as it is.
+  // Points the list at a folder. Fires `changed` unless it shows that folder already. Fails, and
+  // leaves the list unchanged, when the folder cannot be listed.
   Result<Done> set_path(const std::string& folder);
 
   std::function<void()> changed;
@@ -117,8 +119,8 @@ public:
   const std::string& path() const { return text(); }
   const std::string& pattern() const { return own_pattern; }
 
-  // The names of the folder's files that match the pattern, in ascending order; none when the
-  // folder cannot be listed.
+  // The folder's files that match the pattern, in ascending order; empty when the folder cannot be
+  // listed.
   const std::vector<std::string>& names() const { return own_names; }
 
   void set_path(const std::string& folder);

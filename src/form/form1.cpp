@@ -1,4 +1,4 @@
-// The one window as plain data: its controls and the values that its procedures share.
+// The window as plain data: its controls, and the values that its procedures share.
 #include "form/form1.h"
 
 #include "engine/numbers.h"
@@ -38,7 +38,7 @@ void Form1::set_caption(std::string new_caption) {
 
 void end_program(Form1& form) {
   form.screen.end(form.trouble ? 1 : 0);
-  std::abort();  // never reached, but the compiler does not see that through a virtual call
+  std::abort();  // never reached; not every compiler sees that the call above does not return
 }
 
 void end_with_message(Form1& form, const std::string& text) {

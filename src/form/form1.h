@@ -1,4 +1,4 @@
-// The one window as plain data: its controls and the values that its procedures share.
+// The window as plain data: its controls, and the values that its procedures share.
 #pragma once
 
 #include "engine/line_array.h"
@@ -12,7 +12,7 @@
 #include <string>
 #include <vector>
 
-// What the program calls itself: the title of its message boxes.
+// The title of the program's message boxes.
 inline constexpr char program_title[] = "Vora Map Updater";
 
 class Form1 {
@@ -97,13 +97,13 @@ public:
 
   // The search and the conversion.
   std::array<std::string, 2> pathlist;  // search roots: 0 user space, 1 program space
-  std::string rootpath;                 // the root being searched, or the chosen drive's
+  std::string rootpath;                 // the root being searched, or that of the chosen drive
   std::string dirpath;                  // the folder that the directory list was last moved to
   std::string filepattern;
   std::vector<Failure> unsearched;  // folders that could not be listed
-  FoundList foundlist;              // full paths of the maps found, then one empty element
+  FoundList foundlist;              // full paths of the maps found
   LineArray originalmaps;           // names of the game's own maps
-  bool searching = false;           // handlers other than the exit button's wait meanwhile
+  bool searching = false;           // only the exit button does anything meanwhile
 
   bool trouble = false;  // something went wrong: the exit status is 1
 };
@@ -115,7 +115,7 @@ inline constexpr char expansion_letter[] = "t";
 // Ends the program at once. The exit status says whether all went well.
 [[noreturn]] void end_program(Form1& form);
 
-// Shows a message box, then ends the program: something fatal was found.
+// Shows a message box, then ends the program with exit status 1.
 [[noreturn]] void end_with_message(Form1& form, const std::string& text);
 
 // Reports that there is not enough memory, then ends the program. No map is lost by that.
@@ -138,5 +138,5 @@ void report_troubles(Form1& form, const std::string& heading, const std::vector<
 // hexadecimal digits: control characters and the characters that change the direction of writing.
 std::string printable(std::string_view text);
 
-// Adds one to the number that the stage counter `Label8` shows.
+// Adds one to the stage counter, `Label8`.
 void next_stage(Form1& form);

@@ -6,21 +6,20 @@
 #include <string_view>
 #include <vector>
 
-// An array of full paths, numbered from 0 in the order in which they were added, and behind them
-// one empty text. Each folder is kept once: the paths of a hundred thousand maps are tens of
-// megabytes.
+// Full paths, numbered from 0 in the order in which they were added, and one empty element at the
+// end. Each folder is stored once: the full paths of 100,000 maps would take tens of megabytes.
 class FoundList {
 public:
-  // Adds a file of a folder, whose path has no "\" at its end. The files of a folder belong
-  // together.
+  // Adds a file of `folder`, a path without a trailing "\". Add the files of a folder one after the
+  // other.
   void add(const std::string& folder, std::string_view name);
 
   void clear() { *this = FoundList(); }
 
-  // The number of files and one.
+  // The number of files plus one.
   std::size_t size() const { return ends.size() + 1; }
 
-  // The full path of file `index`; the empty text beyond the last.
+  // The full path of file `index`; empty beyond the last.
   std::string operator[](std::size_t index) const;
 
 private:
@@ -30,6 +29,6 @@ private:
   };
 
   std::vector<Folder> folders;
-  std::string names;              // of all files, one after the other
-  std::vector<std::size_t> ends;  // where in `names` each ends
+  std::string names;              // of all files, without separators
+  std::vector<std::size_t> ends;  // the end of each in `names`
 };

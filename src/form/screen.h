@@ -6,35 +6,34 @@
 
 class Control;
 
-// Ends the program: thrown by `end_program`, caught by the front end's outermost frame alone.
+// A front end may throw this to end the program; only its outermost frame catches it.
 struct ProgramEnd {
   int status;  // the process's exit status
 };
 
+// Texts are UTF-8, their lines separated by CR LF.
 class Screen {
 public:
   virtual ~Screen() = default;
 
-  // Puts the window on screen.
+  // Puts the window on screen. User input waits: the form is not ready for it yet.
   virtual void show() = 0;
 
-  // Shows the window's caption.
   virtual void show_caption(const std::string& caption) = 0;
 
   // Shows a control as it is now.
   virtual void refresh(const Control& control) = 0;
 
-  // Shows that `text` was added to the end of a text box.
-  virtual void appended(const Control& control, std::string_view text) = 0;
+  // Appends `text` to what a text box shows.
+  virtual void append(const Control& control, std::string_view text) = 0;
 
-  // Shows a message box with one OK button and the program's title; returns when it is answered.
-  // Lines are separated by CR LF.
+  // Shows a message box with the program's title and an OK button; returns when it is answered.
   virtual void message_box(const std::string& text) = 0;
 
-  // Tells a text where nobody is there to answer a box: on standard error, where there is one.
+  // Writes a message to stderr, where there is one: in a silent run nobody answers a box.
   virtual void print_error(const std::string& text) = 0;
 
-  // Lets the window handle the messages that wait: repainting, its close and exit buttons.
+  // Handles the window's pending messages: repainting, the close and exit buttons.
   virtual void process_messages() = 0;
 
   // Ends the program at once, from inside any handler.

@@ -1,4 +1,4 @@
-// Loads the form, and says what its buttons and lists do.
+// Loads the form, and defines what its buttons and lists do.
 #include "ui/handlers.h"
 
 #include "app/edition.h"
@@ -13,7 +13,7 @@
 
 namespace {
 
-// Points the directory list at a folder; one that cannot be shown is told.
+// Points the directory list at a folder, or reports why it cannot be shown.
 bool show_folder(Form1& form, const std::string& path) {
   const auto shown = form.Dir1.set_path(path);
   if (!shown)
@@ -21,7 +21,7 @@ bool show_folder(Form1& form, const std::string& path) {
   return bool(shown);
 }
 
-// Shows the search root that a button stands for.
+// Shows the search root of a button.
 void show_root(Form1& form, const Control& button, const std::string& root) {
   if (root.empty())
     form.screen.message_box("No folder is known yet for " + button.text() + ".");
@@ -59,7 +59,7 @@ void Drive1_Change(Form1& form) {
     form.File1.set_path(form.dirpath);
     return;
   }
-  // A drive that is not ready: all three lists stay at the folder that is shown.
+  // The drive is not ready: all three lists stay at the folder that they show.
   form.dirpath = form.Dir1.path();
   form.Drive1.set_text(form.dirpath.substr(0, 2));
 }
@@ -76,14 +76,14 @@ constexpr Handler handlers[] = {
     {&Form1::Command7, Command7_Click},
 };
 
-// Makes the lists follow one another.
+// Makes the other lists follow the drive list and the directory list.
 void connect_lists(Form1& form) {
   form.Dir1.changed = [&form] { Dir1_Change(form); };
   form.Drive1.changed = [&form] { Drive1_Change(form); };
 }
 
 void show_current_folder(Form1& form) {
-  // A current folder that is on no drive leaves the lists empty.
+  // The lists stay empty when the current folder cannot be listed.
   static_cast<void>(form.Dir1.set_path("."));
   form.Drive1.fill(form.system.drives(), form.Dir1.path().substr(0, 2));
 }

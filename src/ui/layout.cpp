@@ -2,8 +2,11 @@
 #include "ui/layout.h"
 
 #include <algorithm>
+#include <cmath>
 
 namespace {
+
+constexpr int twips_per_inch = 1440;
 
 constexpr Font window = {"MS Sans Serif", 8.25};
 constexpr Font window_bold = {"MS Sans Serif", 8.25, true};
@@ -18,9 +21,9 @@ constexpr ControlLayout info_label(const char* name, const char* caption, int le
   return {name, Kind::label, caption, left, top, width, 195, window, Align::left, true, true, true};
 }
 
-constexpr ControlLayout in_column(int column, ControlLayout row, const char* holds = "") {
+constexpr ControlLayout in_column(int column, ControlLayout row, const char* accessible_name = "") {
   row.column = column;
-  row.holds = holds;
+  row.accessible_name = accessible_name;
   return row;
 }
 
@@ -70,16 +73,11 @@ constexpr ControlLayout table[] = {
     {"Command7", Kind::button, "tarnfall", 1920, 960, 1335, 255, window, Align::left, disabled},
 };
 
-const ControlLayout& layout_of(const Control& control) {
-  return *std::find_if(std::begin(table), std::end(table),
-                       [&](const ControlLayout& row) { return control.name() == row.name; });
+int to_twips(int pixels, int dpi) {
+  return static_cast<int>(std::lround(double(pixels) * twips_per_inch / dpi));
 }
 
-}  // namespace
-
-std::span<const ControlLayout> layout() { return table; }
-
-Place place_of(const ControlLayout& row, int client_width, int client_height) {
+Place place_in_twips(const ControlLayout& row, int client_width, int client_height) {
   Place place = {row.left, row.top, row.width, row.height};
   if (row.column == 0)
     return place;
@@ -91,15 +89,66 @@ Place place_of(const ControlLayout& row, int client_width, int client_height) {
   return place;
 }
 
-int room_of(const ControlLayout& row, const Form1& form) {
+bool overlaps_vertically(const ControlLayout& one, const ControlLayout& other) {
+  return other.top < one.top + one.height && one.top < other.top + other.height;
+}
+
+// From a label's left edge to that of the next visible control on its right.
+int width_to_neighbour(const ControlLayout& row, const Form1& form) {
   int right = window_width;
-  for (const Control* control : form.controls()) {
-    const ControlLayout& other = layout_of(*control);
-    if (control->visible() && other.left > row.left && other.top < row.top + row.height &&
-        row.top < other.top + other.height)
+  for (const ControlLayout& other : table)
+    if (other.left > row.left && overlaps_vertically(row, other) &&
+        control_of(other, form).visible())
       right = std::min(right, other.left);
-  }
   return right - row.left;
+}
+
+Room caption_room_in_twips(const ControlLayout& row, const Form1& form) {
+  constexpr int frame_width = 90;  // of a button, both sides together
+  constexpr int frame_height = 30;
+  if (row.sized_to_text)
+    return {width_to_neighbour(row, form), window_height - row.top, false};
+  if (row.kind == Kind::button)
+    return {row.width - frame_width, row.height - frame_height, false};
+  return {row.width, row.height, true};
+}
+
+}  // namespace
+
+std::span<const ControlLayout> layout() { return table; }
+
+Control& control_of(const ControlLayout& row, const Form1& form) {
+  return **std::find_if(form.controls().begin(), form.controls().end(),
+                        [&](const Control* control) { return control->name() == row.name; });
+}
+
+void apply_layout(Form1& form) {
+  form.set_caption(window_caption);
+  for (const ControlLayout& row : table) {
+    Control& control = control_of(row, form);
+    control.set_text(row.caption);
+    control.set_enabled(row.enabled);
+    control.set_visible(row.visible);
+  }
+}
+
+int pixels(int twips, int dpi) {
+  return static_cast<int>(std::lround(double(twips) * dpi / twips_per_inch));
+}
+
+// Rounds the corners, not the sizes, so that edges stay aligned at any resolution.
+Place place_of(const ControlLayout& row, int client_width, int client_height, int dpi) {
+  const Place place =
+      place_in_twips(row, to_twips(client_width, dpi), to_twips(client_height, dpi));
+  const int left = pixels(place.left, dpi);
+  const int top = pixels(place.top, dpi);
+  return {left, top, pixels(place.left + place.width, dpi) - left,
+          pixels(place.top + place.height, dpi) - top};
+}
+
+Room caption_room(const ControlLayout& row, const Form1& form, int dpi) {
+  const Room room = caption_room_in_twips(row, form);
+  return {pixels(room.width, dpi), pixels(room.height, dpi), room.wraps};
 }
 
 Lettering fit_lettering(double points, const std::function<bool(const Lettering&)>& fits) {
@@ -112,14 +161,4 @@ Lettering fit_lettering(double points, const std::function<bool(const Lettering&
         if (fits(tried))
           return tried;
   return smallest;
-}
-
-void apply_layout(Form1& form) {
-  form.set_caption(window_caption);
-  for (Control* control : form.controls()) {
-    const ControlLayout& row = layout_of(*control);
-    control->set_text(row.caption);
-    control->set_enabled(row.enabled);
-    control->set_visible(row.visible);
-  }
 }

@@ -6,9 +6,8 @@
 #include <functional>
 #include <span>
 
-// Positions and sizes are in twips: 1,440 to the inch, 15 to a pixel at 96 dots per inch.
-inline constexpr int twips_per_inch = 1440;
-
+// The table is in twips: 1,440 to the inch, 15 to a pixel at 96 dots per inch. What the functions
+// below take and return is in pixels.
 inline constexpr char window_caption[] = "brindle's vora & Tarnfall map updater";
 inline constexpr int window_width = 10215;  // of the client area
 inline constexpr int window_height = 7440;
@@ -32,36 +31,49 @@ struct ControlLayout {
   Align align = Align::left;
   bool enabled = true;
   bool visible = true;
-  bool sized_to_text = false;  // a label that is as wide as its caption
-  int column = 0;              // 1 to 3 from the left: what widens with the window; 0: all else
-  const char* holds = "";      // what assistive tools call a control without a caption
-};
-
-struct Place {
-  int left, top, width, height;
+  bool sized_to_text = false;        // a label that is as wide as its caption
+  int column = 0;                    // 1 to 3 from the left widen with the window; 0 does not
+  const char* accessible_name = "";  // of a control without a caption
 };
 
 // All controls in keyboard focus order; labels take no focus.
 std::span<const ControlLayout> layout();
 
-// Where a control is while the client area has this size. The three columns share the width beyond
-// the design's; the file list and the text boxes take the height beyond it, and give what a small
-// screen lacks.
-Place place_of(const ControlLayout& row, int client_width, int client_height);
+// The form's control that a row describes.
+Control& control_of(const ControlLayout& row, const Form1& form);
 
-// How wide a label sized to its text can be, in twips, before it meets the right-hand neighbour
-// that is visible on the form.
-int room_of(const ControlLayout& row, const Form1& form);
+// Gives the form's caption and its controls their initial state.
+void apply_layout(Form1& form);
 
-// How a caption is lettered: in points, and the letters' width in hundredths of their own.
-struct Lettering {
-  double points;
-  int stretch = 100;
+// The pixels of a length in twips on a screen of `dpi` dots per inch, rounded to the nearest.
+int pixels(int twips, int dpi);
+
+struct Place {
+  int left, top, width, height;
 };
 
-// The lettering in which a caption of so many points `fits`: narrower and smaller by as little as
-// will do, and easy to read if it can be. The smallest of all where none fits.
-Lettering fit_lettering(double points, const std::function<bool(const Lettering&)>& fits);
+// Where a control belongs in a client area of this size. The three columns share the width beyond
+// the design's. The file list and the text boxes take the height beyond it, and shrink where it is
+// less.
+Place place_of(const ControlLayout& row, int client_width, int client_height, int dpi);
 
-// Gives the form's controls and its window their initial state.
-void apply_layout(Form1& form);
+// The room for the caption of a button or label.
+struct Room {
+  int width, height;
+  bool wraps;  // the caption may be broken into lines
+};
+
+// A button's frame takes some of its size. A label sized to its text may reach to its right-hand
+// neighbour that is visible on the form, and may be taller than the design's.
+Room caption_room(const ControlLayout& row, const Form1& form, int dpi);
+
+// The size and the width of a caption's letters.
+struct Lettering {
+  double points;
+  int stretch = 100;  // percent of the font's own width
+};
+
+// The lettering closest to the font's own `points` for which `fits` returns true. It prefers narrow
+// letters to small ones, and tries what is hard to read last; returns the smallest lettering of all
+// when none fits.
+Lettering fit_lettering(double points, const std::function<bool(const Lettering&)>& fits);

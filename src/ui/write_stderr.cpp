@@ -1,4 +1,4 @@
-// Messages on stderr.
+// Messages on stderr, where no message box would be answered.
 #include "ui/write_stderr.h"
 
 #include "form/form1.h"

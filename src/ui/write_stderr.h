@@ -1,7 +1,8 @@
-// Messages for nobody in particular: what a front end tells where no box would be answered.
+// Messages on stderr, where no message box would be answered.
 #pragma once
 
 #include <string_view>
 
-// Writes a text, whose lines are separated by CR LF, to standard error, in the lines of a terminal.
+// Writes a message and a line end. The message's lines are separated by CR LF; they come out as the
+// system's lines.
 void write_stderr(std::string_view text);

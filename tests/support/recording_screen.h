@@ -1,4 +1,4 @@
-// A front end for tests: it remembers what it was told and answers every message box.
+// A front end for tests: records what the form does and answers every message box.
 #pragma once
 
 #include "form/control.h"
@@ -13,7 +13,7 @@ public:
   void show() override { shown = true; }
   void show_caption(const std::string& text) override { caption = text; }
   void refresh(const Control&) override {}
-  void appended(const Control&, std::string_view) override {}
+  void append(const Control&, std::string_view) override {}
   void message_box(const std::string& text) override { messages.push_back(text); }
   void print_error(const std::string& text) override { errors.push_back(text); }
   void process_messages() override {

@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <array>
 
 namespace {
 
@@ -16,25 +17,61 @@ const ControlLayout& row_of(const std::string& name) {
 
 }  // namespace
 
-TEST(Layout, ListsGiveTheHeightThatASmallScreenLacks) {
-  for (const char* name : {"File1", "Text1", "Text2"}) {
-    const ControlLayout& row = row_of(name);
-    EXPECT_EQ(place_of(row, window_width, window_height - 900).height, row.height - 900) << name;
-    EXPECT_EQ(place_of(row, window_width, 0).height, 0) << name;
-    EXPECT_EQ(place_of(row, window_width - 900, window_height).width, row.width) << name;
+TEST(Layout, OneTwipPerPixelGivesTheTable) {
+  for (const ControlLayout& row : layout()) {
+    const Place at = place_of(row, window_width, window_height, 1440);
+    EXPECT_EQ((std::array{at.left, at.top, at.width, at.height}),
+              (std::array{row.left, row.top, row.width, row.height}))
+        << row.name;
   }
-  const ControlLayout& folders = row_of("Dir1");
-  EXPECT_EQ(place_of(folders, window_width, window_height - 900).height, folders.height);
 }
 
-TEST(Layout, ALabelHasRoomUpToItsVisibleNeighbour) {
+TEST(Layout, EdgesAlignAtAnyResolution) {
+  for (int dpi = 96; dpi < 200; ++dpi) {
+    const Place upper = place_of(row_of("Command7"), 0, 0, dpi);
+    const Place lower = place_of(row_of("Command2"), 0, 0, dpi);
+    EXPECT_EQ(upper.left + upper.width, lower.left + lower.width) << dpi;
+  }
+}
+
+TEST(Layout, ColumnsAndListsGrowWithTheWindow) {
+  const struct {
+    const char* name;
+    int width, height;          // pixels beyond the design's client area, of 681 by 496
+    std::array<int, 4> growth;  // of left, top, width and height
+  } cases[] = {
+      {"File1", 30, 20, {0, 0, 10, 20}},   {"Dir1", 30, 20, {0, 0, 10, 0}},
+      {"Text1", 30, 20, {10, 0, 10, 20}},  {"Text2", 30, 20, {20, 0, 10, 20}},
+      {"Label10", 30, 20, {20, 0, 10, 0}}, {"Command3", 30, 20, {0, 0, 0, 0}},
+      {"File1", -30, -60, {0, 0, 0, -60}}, {"Text1", 0, -496, {0, 0, 0, -369}},
+      {"Dir1", 0, -60, {0, 0, 0, 0}},
+  };
+  for (const auto& c : cases) {
+    const Place was = place_of(row_of(c.name), 681, 496, 96);
+    const Place now = place_of(row_of(c.name), 681 + c.width, 496 + c.height, 96);
+    EXPECT_EQ((std::array{now.left - was.left, now.top - was.top, now.width - was.width,
+                          now.height - was.height}),
+              c.growth)
+        << c.name;
+  }
+}
+
+TEST(Layout, ACaptionHasRoom) {
   const TestMachine machine;
   Program program(machine);
   apply_layout(program.form);
-  EXPECT_EQ(room_of(row_of("Label11"), program.form), 720);
-  EXPECT_EQ(room_of(row_of("Label18"), program.form), 2160);
+  const auto check = [&](const char* name, int width, int height, bool wraps) {
+    const Room room = caption_room(row_of(name), program.form, 96);
+    EXPECT_EQ(room.width, width) << name;
+    EXPECT_EQ(room.height, height) << name;
+    EXPECT_EQ(room.wraps, wraps) << name;
+  };
+  check("Command3", 51, 23, false);
+  check("Label2", 257, 25, true);
+  check("Label11", 48, 480, false);   // up to Label17
+  check("Label18", 144, 464, false);  // up to Label2
   program.form.Label19.set_visible(true);
-  EXPECT_EQ(room_of(row_of("Label18"), program.form), 840);
+  check("Label18", 56, 464, false);
 }
 
 TEST(Layout, LettersAreNarrowerAndSmallerByAsLittleAsWillDo) {

@@ -1,4 +1,4 @@
-// The front end without a window: messages go to standard error, nobody presses a button.
+// The front end without a window: messages go to stderr, and nobody presses a button.
 #include "ui/console/console_screen.h"
 
 #include "ui/handlers.h"

@@ -1,4 +1,4 @@
-// The front end without a window: messages go to standard error, nobody presses a button.
+// The front end without a window: messages go to stderr, and nobody presses a button.
 #pragma once
 
 #include "form/screen.h"
@@ -10,12 +10,12 @@ public:
   void show() override {}
   void show_caption(const std::string&) override {}
   void refresh(const Control&) override {}
-  void appended(const Control&, std::string_view) override {}
+  void append(const Control&, std::string_view) override {}
   void message_box(const std::string& text) override { print_error(text); }
   void print_error(const std::string& text) override;
   void process_messages() override {}
   [[noreturn]] void end(int status) override;
 };
 
-// Runs the program on a machine to its end; gives the exit status.
+// Runs the program to its end on a machine; returns the exit status.
 int run_console(Files& files, System& system);

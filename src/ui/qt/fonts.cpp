@@ -1,4 +1,4 @@
-// The layout's fonts on machines that have others.
+// Fonts of the layout, and captions that fit.
 #include "ui/qt/fonts.h"
 
 #include <QFontMetrics>
@@ -8,7 +8,7 @@
 
 namespace {
 
-// Each list goes from the font itself to the widest that will do.
+// The font itself, then its substitutes, the narrowest first.
 QStringList families(const char* name) {
   if (std::strcmp(name, "Arial Narrow") == 0)
     return {"Arial Narrow", "Liberation Sans Narrow", "Nimbus Sans Narrow",
@@ -28,20 +28,20 @@ QFont font_of(const Font& font) {
 }
 
 bool fits(const QFont& font, const QString& text, const Room& room) {
-  const QRect whole(QPoint(0, 0), room.size);
+  const QRect whole(0, 0, room.width, room.height);
   const QRect needed =
       QFontMetrics(font).boundingRect(whole, room.wraps ? Qt::TextWordWrap : 0, text);
-  return needed.width() <= room.size.width() && needed.height() <= room.size.height();
+  return needed.width() <= room.width && needed.height() <= room.height;
 }
 
 QFont fitted(const QFont& font, const QString& text, const Room& room) {
-  const auto lettered = [&](const Lettering& lettering) {
+  const auto with_lettering = [&](const Lettering& lettering) {
     QFont result = font;
     result.setPointSizeF(lettering.points);
     result.setStretch(lettering.stretch);
     return result;
   };
-  return lettered(fit_lettering(font.pointSizeF(), [&](const Lettering& lettering) {
-    return fits(lettered(lettering), text, room);
+  return with_lettering(fit_lettering(font.pointSizeF(), [&](const Lettering& lettering) {
+    return fits(with_lettering(lettering), text, room);
   }));
 }

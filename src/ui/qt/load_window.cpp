@@ -1,4 +1,4 @@
-// Loads the window, which is a library of its own: the program itself needs nothing of it.
+// Loads the window. It is a library of its own, so that the program itself needs no Qt.
 #include "ui/qt/load_window.h"
 
 #include "ui/write_stderr.h"

@@ -1,4 +1,4 @@
-// Loads the window, which is a library of its own: the program itself needs nothing of it.
+// Loads the window. It is a library of its own, so that the program itself needs no Qt.
 #pragma once
 
 #include "platform/files.h"
@@ -6,14 +6,14 @@
 
 #include <string>
 
-// Runs the program on a machine, in a window, to its end; gives the exit status. `argv` is the
-// process's own.
+// Runs the program in a window to its end, on a machine; returns the exit status. `argv` is the
+// process's.
 using RunWindow = int(Files& files, System& system, char** argv);
 
-// The window's entry. Nothing when there is no display, and when the window cannot be loaded, which
-// standard error then tells. The library lies beside the program in `program_folder` or, once
-// installed, in its own folder among the system's libraries.
+// Returns the window's entry; null when there is no display or, with a message on stderr, when the
+// library cannot be loaded. The library is in `program_folder`, beside the program, or once
+// installed in a folder of its own among the system's libraries.
 RunWindow* load_window(const std::string& program_folder);
 
-// Starts the process anew, as if there were no display: the one that it was told of takes nobody.
+// Replaces the process by a new run without a display: the one in the environment cannot be opened.
 [[noreturn]] void restart_without_display(char** argv);

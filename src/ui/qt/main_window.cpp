@@ -1,17 +1,29 @@
-// The form in a window: a widget for each row of the layout, at its place.
+// The front end with a Qt window: a widget for each row of the layout, at its place.
 #include "ui/qt/main_window.h"
 
+#include "ui/qt/message_box.h"
 #include "ui/qt/text_box.h"
 #include "ui/qt/texts.h"
+#include "ui/write_stderr.h"
 
 #include <QAbstractScrollArea>
 #include <QApplication>
+#include <QDeadlineTimer>
+#include <QFocusFrame>
 #include <QIcon>
+#include <QThread>
+#include <QWindow>
+
+#include <cstdio>
+#include <cstdlib>
 
 namespace {
 
-// A frame around the window's list or text box that has the focus, which many styles do not show.
-void show_focus(QWidget* window) {
+constexpr int max_appearance_ms = 1000;
+constexpr int poll_interval_ms = 5;
+
+// Frames the list or text box that has the focus; many styles do not show it.
+void frame_focus(QWidget* window) {
   auto* frame = new QFocusFrame(window);
   const auto follow = [frame, window](QWidget*, QWidget* now) {
     const bool ours = now && now->window() == window;
@@ -20,30 +32,32 @@ void show_focus(QWidget* window) {
   QObject::connect(qApp, &QApplication::focusChanged, frame, follow);
 }
 
-// Rounds the corners, not the sizes, so that neighbours stay neighbours on any screen.
-QRect pixel_rect(const Place& place, const QWidget& widget) {
-  const auto corner = [&](int left, int top) {
-    return QPoint(pixels(left, widget), pixels(top, widget));
-  };
-  const QPoint end = corner(place.left + place.width, place.top + place.height);
-  return {corner(place.left, place.top), end - QPoint(1, 1)};
-}
-
 }  // namespace
 
-MainWindow::MainWindow(Form1& form_in) : form(form_in) {
+void MainWindow::open(Form1& new_form) {
+  form = &new_form;
   setWindowIcon(QIcon(":/vora-map-updater.png"));
-  setMinimumSize(pixels(window_width, *this), pixels(window_height, *this));
+  setMinimumSize(pixels(window_width, logicalDpiX()), pixels(window_height, logicalDpiX()));
   resize(minimumSize());
   for (const ControlLayout& row : ::layout())
-    for (const Control* control : form.controls())
-      if (control->name() == row.name)
-        mirrors.emplace(control, make_mirror(row, form, this));
-  for (const Control* control : form.controls())
+    mirrors.emplace(&control_of(row, *form), make_mirror(row, *form, this));
+  for (const Control* control : form->controls())
     refresh(*control);
-  show_focus(this);
-  place();
+  frame_focus(this);
+  place_widgets();
 }
+
+void MainWindow::show() {
+  QWidget::show();
+  const QDeadlineTimer deadline(max_appearance_ms);
+  while (!windowHandle()->isExposed() && !deadline.hasExpired()) {
+    QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
+    QThread::msleep(poll_interval_ms);
+  }
+  QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
+}
+
+void MainWindow::show_caption(const std::string& caption) { setWindowTitle(to_qt(caption)); }
 
 void MainWindow::refresh(const Control& control) {
   const Mirror& mirror = mirrors.at(&control);
@@ -54,12 +68,12 @@ void MainWindow::refresh(const Control& control) {
   mirror.widget->setVisible(control.visible());
   if (!appears || !isVisible())
     return;
-  make_room();
-  repaint();  // the work of a silent run may follow, which does not yield
+  refit_labels();
+  repaint();  // at once: a silent run may follow, which does not yield
 }
 
-// What appears takes room from the labels beside it.
-void MainWindow::make_room() const {
+// A control that appears takes room from the labels beside it.
+void MainWindow::refit_labels() const {
   for (const auto& [control, mirror] : mirrors)
     if (mirror.row->sized_to_text)
       mirror.show();
@@ -69,18 +83,27 @@ void MainWindow::append(const Control& control, std::string_view text) {
   static_cast<TextBox*>(mirrors.at(&control).widget)->add(text);
 }
 
-void MainWindow::closeEvent(QCloseEvent*) { end_program(form); }
+void MainWindow::message_box(const std::string& text) { show_message(this, to_qt(text)); }
 
-void MainWindow::resizeEvent(QResizeEvent*) { place(); }
+void MainWindow::print_error(const std::string& text) { write_stderr(text); }
 
-void MainWindow::place() {
-  const double twips = double(twips_per_inch) / logicalDpiX();
+void MainWindow::process_messages() { QCoreApplication::processEvents(); }
+
+void MainWindow::end(int status) {
+  std::fflush(nullptr);
+  std::_Exit(status);
+}
+
+void MainWindow::closeEvent(QCloseEvent*) { end_program(*form); }
+
+void MainWindow::resizeEvent(QResizeEvent*) { place_widgets(); }
+
+void MainWindow::place_widgets() {
   for (const auto& [control, mirror] : mirrors) {
-    const Place at = place_of(*mirror.row, qRound(width() * twips), qRound(height() * twips));
-    const QRect rect = pixel_rect(at, *this);
+    const Place at = place_of(*mirror.row, width(), height(), logicalDpiX());
     if (mirror.row->sized_to_text)
-      mirror.widget->move(rect.topLeft());
+      mirror.widget->move(at.left, at.top);
     else
-      mirror.widget->setGeometry(rect);
+      mirror.widget->setGeometry(at.left, at.top, at.width, at.height);
   }
 }

@@ -1,34 +1,42 @@
-// The form in a window: a widget for each row of the layout, at its place.
+// The front end with a Qt window: a widget for each row of the layout, at its place.
 #pragma once
 
 #include "form/form1.h"
 #include "ui/qt/widgets.h"
 
-#include <QFocusFrame>
 #include <QWidget>
 
 #include <map>
+#include <string>
 #include <string_view>
 
-class MainWindow : public QWidget {
+class MainWindow : public QWidget, public Screen {
 public:
-  // Mirrors the form as it is. The form must outlive the window.
-  explicit MainWindow(Form1& form_in);
+  // Makes the widgets of `new_form`, whose screen is this window. Call it before any other
+  // function.
+  void open(Form1& new_form);
 
-  // Shows a control as it is now.
-  void refresh(const Control& control);
+  // Returns when the window is on screen, or after a second if the display does not show it.
+  void show() override;
+  void show_caption(const std::string& caption) override;
+  void refresh(const Control& control) override;
+  void append(const Control& control, std::string_view text) override;
+  void message_box(const std::string& text) override;
+  void print_error(const std::string& text) override;
+  void process_messages() override;
 
-  // Adds to the end of a text box, after what the user has typed into it.
-  void append(const Control& control, std::string_view text);
+  // Leaves the process without unwinding: no exception may pass through Qt's frames, and Qt's
+  // objects are in use.
+  [[noreturn]] void end(int status) override;
 
 protected:
   void closeEvent(QCloseEvent* event) override;  // ends the program
   void resizeEvent(QResizeEvent* event) override;
 
 private:
-  void make_room() const;
-  void place();
+  void refit_labels() const;
+  void place_widgets();
 
-  Form1& form;
+  Form1* form = nullptr;
   std::map<const Control*, Mirror> mirrors;
 };

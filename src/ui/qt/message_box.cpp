@@ -11,18 +11,18 @@
 
 namespace {
 
-// The most that a text may take of the screen, in heights of a line; it scrolls beyond.
-constexpr QSize most_lines(40, 24);
+// The largest size of the text, in line heights; a longer one scrolls.
+constexpr QSize max_lines(40, 24);
 
-// As large as its text, as far as that goes. It shows plain text: it holds names by strangers.
-QPlainTextEdit* text_box(const QString& text) {
+// As large as its text, up to `max_lines`. Plain text: it may hold untrusted file names.
+QPlainTextEdit* make_text(const QString& text) {
   auto* box = new QPlainTextEdit(text);
   box->setReadOnly(true);
   box->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
   box->setAccessibleName(program_title);
   const QFontMetrics metrics = box->fontMetrics();
   const int line = metrics.lineSpacing();
-  const QRect most(QPoint(0, 0), most_lines * line);
+  const QRect most(QPoint(0, 0), max_lines * line);
   const QSize needed = metrics.boundingRect(most, Qt::TextWordWrap, box->toPlainText()).size();
   box->setMinimumSize((needed + QSize(3, 2) * line).boundedTo(most.size()));
   return box;
@@ -36,7 +36,7 @@ void show_message(QWidget* parent, const QString& text) {
   auto* buttons = new QDialogButtonBox(QDialogButtonBox::Ok);
   QObject::connect(buttons, &QDialogButtonBox::accepted, &dialog, &QDialog::accept);
   auto* column = new QVBoxLayout(&dialog);
-  column->addWidget(text_box(text));
+  column->addWidget(make_text(text));
   column->addWidget(buttons);
   buttons->button(QDialogButtonBox::Ok)->setFocus();
   dialog.resize(dialog.minimumSizeHint());

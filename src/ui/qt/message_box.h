@@ -4,5 +4,6 @@
 #include <QString>
 #include <QWidget>
 
-// Shows a text, which can be selected, and returns when it is answered. A long text scrolls.
+// Shows plain text, which can be selected and scrolls when it is long. Returns when the user has
+// answered.
 void show_message(QWidget* parent, const QString& text);

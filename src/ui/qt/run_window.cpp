@@ -1,7 +1,7 @@
-// The window's entry: what the program calls of the library that holds it.
+// The entry of the window's library.
 #include "ui/handlers.h"
 #include "ui/qt/load_window.h"
-#include "ui/qt/qt_screen.h"
+#include "ui/qt/main_window.h"
 
 #include <QApplication>
 
@@ -9,9 +9,9 @@
 
 namespace {
 
-char** arguments;  // the process's own
+char** arguments;  // the process's
 
-// Qt would end the process when a display does not answer.
+// Qt aborts the process when it cannot open the display.
 void handle_fatal(QtMsgType type, const QMessageLogContext&, const QString& text) {
   std::fprintf(stderr, "%s\n", qPrintable(text));
   if (type == QtFatalMsg)
@@ -22,15 +22,15 @@ void handle_fatal(QtMsgType type, const QMessageLogContext&, const QString& text
 
 extern "C" int run_window(Files& files, System& system, char** argv) {
   arguments = argv;
-  int only_name = 1;  // the arguments are the program's, not Qt's
+  int only_name = 1;  // none of the arguments is for Qt
   const QtMessageHandler usual = qInstallMessageHandler(handle_fatal);
   QApplication application(only_name, argv);
   qInstallMessageHandler(usual);
   QApplication::setDesktopFileName("vora-map-updater");
 
-  QtScreen screen;
-  Form1 form(files, system, screen);
-  screen.open(form);
+  MainWindow window;
+  Form1 form(files, system, window);
+  window.open(form);
   load_form(form);
   return QApplication::exec();
 }

@@ -1,4 +1,4 @@
-// A text box that takes many lines at a time from the program, and typing from the user.
+// A text box to which the program appends many lines, and in which the user types.
 #include "ui/qt/text_box.h"
 
 #include "ui/qt/texts.h"
@@ -10,13 +10,13 @@
 TextBox::TextBox(QWidget* parent) : QPlainTextEdit(parent) {
   setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOn);
   setTabChangesFocus(true);
-  setUndoRedoEnabled(false);  // undoing would take away what the program has told
+  setUndoRedoEnabled(false);  // undoing would remove what the program has appended
 }
 
 void TextBox::report_typing_to(Control& control) {
   connect(this, &QPlainTextEdit::textChanged, [this, &control] {
     insert_pending();
-    control.typed(form_text(toPlainText()));
+    control.store_typed(form_text(toPlainText()));
   });
 }
 

@@ -1,4 +1,4 @@
-// A text box that takes many lines at a time from the program, and typing from the user.
+// A text box to which the program appends many lines, and in which the user types.
 #pragma once
 
 #include "form/control.h"
@@ -12,15 +12,15 @@ class TextBox : public QPlainTextEdit {
 public:
   explicit TextBox(QWidget* parent);
 
-  // Tells a control what the user types.
+  // Stores in `control` what the user types. The control must outlive the box's last event.
   void report_typing_to(Control& control);
 
-  // Adds to the end. The text is seen when messages are processed next: laying it out once is
-  // ten times faster than doing so line by line.
+  // Appends text. It appears when messages are next processed: laying it out at once is ten times
+  // faster than line by line.
   void add(std::string_view text);
 
 private:
   void insert_pending();
 
-  std::string pending;  // added, but not yet laid out
+  std::string pending;  // added, not yet laid out
 };

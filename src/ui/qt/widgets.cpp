@@ -2,6 +2,7 @@
 #include "ui/qt/widgets.h"
 
 #include "ui/handlers.h"
+#include "ui/qt/fonts.h"
 #include "ui/qt/text_box.h"
 #include "ui/qt/texts.h"
 
@@ -17,17 +18,17 @@
 #include <QStyle>
 #include <QTreeView>
 
-#include <algorithm>
-
 namespace {
 
 constexpr int path_role = Qt::UserRole;
-constexpr QSize button_frame(6, 2);  // what a button's frame takes of its pixels
-constexpr int indentation = 12;      // of a subfolder, in pixels
+constexpr int indentation = 12;  // of a subfolder, in pixels
 
-Control& control_of(const ControlLayout& row, Form1& form) {
-  return **std::find_if(form.controls().begin(), form.controls().end(),
-                        [&](const Control* control) { return control->name() == row.name; });
+template <class Widget>
+void show_caption(const ControlLayout& row, const Form1& form, Widget* widget) {
+  const QString caption = to_qt(control_of(row, form).text());
+  const Room room = caption_room(row, form, widget->logicalDpiX());
+  widget->setFont(fitted(font_of(row.font), caption, room));
+  widget->setText(caption);
 }
 
 std::function<void()> make_button(const ControlLayout& row, Form1& form, QPushButton* button) {
@@ -41,11 +42,7 @@ std::function<void()> make_button(const ControlLayout& row, Form1& form, QPushBu
     if (auto* widget = button->window()->findChild<QWidget*>(next))
       widget->setFocus();
   });
-  return [&row, &form, &control, button] {
-    const QString caption = to_qt(control.text());
-    button->setFont(fitted(font_of(row.font), caption, room_for(row, form, *button)));
-    button->setText(caption);
-  };
+  return [&row, &form, button] { show_caption(row, form, button); };
 }
 
 Qt::Alignment alignment(Align align) {
@@ -55,20 +52,17 @@ Qt::Alignment alignment(Align align) {
 }
 
 std::function<void()> make_label(const ControlLayout& row, Form1& form, QLabel* label) {
-  const Control& control = control_of(row, form);
   label->setTextFormat(Qt::PlainText);
   label->setAlignment(alignment(row.align));
   label->setWordWrap(!row.sized_to_text);
-  return [&row, &form, &control, label] {
-    const QString caption = to_qt(control.text());
-    label->setFont(fitted(font_of(row.font), caption, room_for(row, form, *label)));
-    label->setText(caption);
+  return [&row, &form, label] {
+    show_caption(row, form, label);
     if (row.sized_to_text)
       label->adjustSize();
   };
 }
 
-// Its text comes and goes by `add` and `report_typing_to`.
+// Nothing to show: what the form appends comes by `add`.
 std::function<void()> make_text_box(const ControlLayout& row, Form1& form, TextBox* box) {
   box->report_typing_to(control_of(row, form));
   return [] {};
@@ -88,7 +82,7 @@ std::function<void()> make_drive_list(Form1& form, QComboBox* list) {
   return show;
 }
 
-// A model of names, each its own tool tip.
+// A model of names in which each is its own tool tip.
 class NameModel : public QStringListModel {
 public:
   using QStringListModel::QStringListModel;
@@ -121,7 +115,7 @@ public:
 
   QVariant data(int role) const override {
     if (role == path_role)
-      return QByteArray::fromStdString(path);  // names may hold bytes that are no text
+      return QByteArray::fromStdString(path);  // names need not be valid UTF-8
     return role == Qt::ToolTipRole ? plain_tip(path) : QStandardItem::data(role);
   }
 
@@ -129,8 +123,8 @@ private:
   const std::string path;
 };
 
-// The folders as items, each below the one that holds it. Gives the list's own folder; nothing when
-// there is none.
+// Adds the folders as items, each below its parent. Returns the item of the folder that the list
+// shows; null when it shows none.
 QStandardItem* fill_folders(const DirectoryList& folders, QStandardItemModel& model,
                             const QStyle& style) {
   const QIcon open = style.standardIcon(QStyle::SP_DirOpenIcon);
@@ -151,7 +145,7 @@ QStandardItem* fill_folders(const DirectoryList& folders, QStandardItemModel& mo
   return own;
 }
 
-// A tree whose branches are always open, and bare.
+// A tree that draws no lines between its items.
 class FolderTree : public QTreeView {
 public:
   using QTreeView::QTreeView;
@@ -193,7 +187,7 @@ std::function<void()> make_directory_list(Form1& form, QTreeView* tree) {
       return;
     tree->setCurrentIndex(own->index());
     tree->scrollTo(own->index(), QAbstractItemView::PositionAtCenter);
-    // Across, from the left unless the folder is too deep to be seen from there.
+    // Scrolled to the left, unless the folder is too deep to be seen then.
     QScrollBar* const across = tree->horizontalScrollBar();
     across->setValue(0);
     across->setValue(tree->visualRect(own->index()).left() - tree->viewport()->width() / 2);
@@ -205,25 +199,12 @@ Mirror mirror(const ControlLayout& row, QWidget* window, const Make& make) {
   auto* widget = new Widget(window);
   widget->setObjectName(row.name);
   widget->setFont(font_of(row.font));
-  if (*row.holds)
-    widget->setAccessibleName(row.holds);
+  if (*row.accessible_name)
+    widget->setAccessibleName(row.accessible_name);
   return {&row, widget, make(widget)};
 }
 
 }  // namespace
-
-int pixels(int twips, const QWidget& widget) {
-  return qRound(twips * widget.logicalDpiX() / double(twips_per_inch));
-}
-
-Room room_for(const ControlLayout& row, const Form1& form, const QWidget& widget) {
-  if (row.sized_to_text)
-    return {{pixels(room_of(row, form), widget), QWIDGETSIZE_MAX}};
-  const QSize size(pixels(row.width, widget), pixels(row.height, widget));
-  if (row.kind == Kind::button)
-    return {size - button_frame};
-  return {size, true};
-}
 
 Mirror make_mirror(const ControlLayout& row, Form1& form, QWidget* window) {
   switch (row.kind) {

@@ -3,7 +3,6 @@
 
 #include "form/form1.h"
 #include "ui/layout.h"
-#include "ui/qt/fonts.h"
 
 #include <QWidget>
 
@@ -15,12 +14,6 @@ struct Mirror {
   std::function<void()> show;  // makes the widget show its control's text or rows
 };
 
-// Makes the widget of a row in `window`, which owns it. What the user does with the widget goes to
-// the form's handlers.
+// Makes the widget of a row in `window`, which owns it. It passes what the user does to the form's
+// handlers.
 Mirror make_mirror(const ControlLayout& row, Form1& form, QWidget* window);
-
-// What the caption of a row's button or label may take.
-Room room_for(const ControlLayout& row, const Form1& form, const QWidget& widget);
-
-// The pixels on a widget's screen of a length in twips.
-int pixels(int twips, const QWidget& widget);

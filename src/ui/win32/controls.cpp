@@ -1,4 +1,4 @@
-// The system's own controls, which mirror those of the form.
+// The system's controls that mirror those of the form.
 #include "ui/win32/controls.h"
 
 #include "platform/windows/wide_text.h"
@@ -10,14 +10,14 @@
 
 namespace {
 
-// A window class of the system, and the styles of the control.
+// A control's window class and styles.
 struct Style {
   const wchar_t* type;
   DWORD style;
   DWORD extended;
 };
 
-// Each control is a group of its own, so that the arrow keys stay in it.
+// Each control is a group of its own, so that the arrow keys do not leave it.
 constexpr DWORD child = WS_CHILD | WS_CLIPSIBLINGS | WS_GROUP;
 constexpr DWORD list = child | WS_TABSTOP | WS_VSCROLL;
 
@@ -50,7 +50,7 @@ std::wstring text_of(HWND window) {
   return text;
 }
 
-// A box with several lines would take Tab for itself, and close the window at Escape.
+// By itself a multi-line box takes Tab, closes the window at Escape, and ignores Ctrl+A.
 LRESULT CALLBACK edit_box_procedure(HWND box, UINT message, WPARAM word, LPARAM detail, UINT_PTR,
                                     DWORD_PTR) {
   constexpr WPARAM control_a = 1;
@@ -86,7 +86,7 @@ void show_files(const Mirror& mirror, const FileList& files) {
   fill_rows(mirror, rows);
 }
 
-// The folders that lead to the list's own, each further in, and below it the subfolders.
+// Each folder is indented below its parent; the list's own is selected.
 void show_folders(const Mirror& mirror, const DirectoryList& folders) {
   constexpr std::size_t indentation = 3;  // in blanks
   std::vector<std::wstring> rows;
@@ -96,7 +96,7 @@ void show_folders(const Mirror& mirror, const DirectoryList& folders) {
   SendMessageW(mirror.window, LB_SETCURSEL, rows.size() - folders.subfolders().size() - 1, 0);
 }
 
-// The drives are filled in once: the list may be open while another one is selected.
+// Adds the drives only once: the list may be dropped down while another one is selected.
 void show_drives(HWND window, const DriveList& drives) {
   const std::vector<std::string>& all = drives.drives();
   if (SendMessageW(window, CB_GETCOUNT, 0, 0) == 0)
@@ -128,7 +128,7 @@ HWND make_control(const ControlLayout& row, HWND parent, int identifier) {
       CreateWindowExW(style.extended, style.type, L"", style.style, 0, 0, 0, 0, parent,
                       reinterpret_cast<HMENU>(static_cast<INT_PTR>(identifier)), nullptr, nullptr);
   if (window && row.kind == Kind::text_box) {
-    SendMessageW(window, EM_SETLIMITTEXT, 0, 0);  // 0: as much as memory holds
+    SendMessageW(window, EM_SETLIMITTEXT, 0, 0);  // 0: no limit but memory
     SetWindowSubclass(window, edit_box_procedure, 0, 0);
   }
   return window;
@@ -146,13 +146,45 @@ void show_control(const Mirror& mirror, const Form1& form) {
     SetWindowTextW(mirror.window, text.c_str());
 }
 
+void set_font(Mirror& mirror, int dpi) {
+  FontHandle font = make_font(mirror.row->font, dpi);
+  SendMessageW(mirror.window, WM_SETFONT, reinterpret_cast<WPARAM>(font.get()), TRUE);
+  mirror.font = std::move(font);
+}
+
+void fit_caption(Mirror& mirror, const Form1& form, int dpi) {
+  const ControlLayout& row = *mirror.row;
+  if (row.kind != Kind::button && row.kind != Kind::label)
+    return;
+  const std::wstring caption = widen(mirror.control->text());
+  const Room room = caption_room(row, form, dpi);
+  FontHandle fitting;
+  if (!fits(mirror.font.get(), caption, room))
+    fitting = make_fitting_font(row.font, dpi, caption, room);
+  const HFONT font = fitting ? fitting.get() : mirror.font.get();
+  if (font != font_of(mirror.window))
+    SendMessageW(mirror.window, WM_SETFONT, reinterpret_cast<WPARAM>(font), TRUE);
+  mirror.fitting = std::move(fitting);
+}
+
+void place_control(const Mirror& mirror, SIZE client, int dpi) {
+  constexpr int dropped_rows = 12;  // the height of a drop-down list includes what it drops
+  Place at = place_of(*mirror.row, client.cx, client.cy, dpi);
+  if (mirror.row->kind == Kind::drive_list)
+    at.height *= dropped_rows;
+  if (mirror.row->sized_to_text)
+    at.width = text_width(font_of(mirror.window), widen(mirror.control->text()));
+  SetWindowPos(mirror.window, nullptr, at.left, at.top, at.width, at.height,
+               SWP_NOZORDER | SWP_NOACTIVATE | SWP_NOCOPYBITS);
+}
+
 void append_text(HWND box, std::string_view text) {
   const int end = GetWindowTextLengthW(box);
   SendMessageW(box, EM_SETSEL, static_cast<WPARAM>(end), end);
   SendMessageW(box, EM_REPLACESEL, FALSE, reinterpret_cast<LPARAM>(widen(text).c_str()));
 }
 
-void notified(const Mirror& mirror, Form1& form, WORD code) {
+void handle_notification(const Mirror& mirror, Form1& form, WORD code) {
   if (mirror.row->kind == Kind::button && code == BN_CLICKED)
     press(form, *mirror.control);
   if (mirror.row->kind == Kind::drive_list && code == CBN_SELCHANGE)
@@ -160,10 +192,10 @@ void notified(const Mirror& mirror, Form1& form, WORD code) {
   if (mirror.row->kind == Kind::directory_list && code == LBN_DBLCLK)
     open_selected(mirror.window, form);
   if (mirror.row->kind == Kind::text_box && code == EN_CHANGE)
-    mirror.control->typed(narrow(text_of(mirror.window)));
+    mirror.control->store_typed(narrow(text_of(mirror.window)));
 }
 
-void entered(const Mirror& mirror, Form1& form) {
+void handle_enter(const Mirror& mirror, Form1& form) {
   if (mirror.row->kind == Kind::button)
     press(form, *mirror.control);
   if (mirror.row->kind == Kind::directory_list)

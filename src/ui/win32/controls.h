@@ -1,11 +1,10 @@
-// The system's own controls, which mirror those of the form.
+// The system's controls that mirror those of the form.
 #pragma once
 
 #include "form/form1.h"
 #include "ui/layout.h"
 #include "ui/win32/font.h"
 
-#include <string>
 #include <string_view>
 
 #include <windows.h>
@@ -15,20 +14,29 @@ struct Mirror {
   Control* control;
   HWND window;
   FontHandle font;     // that of the layout
-  FontHandle fitting;  // one in which its caption fits, where that needs another
+  FontHandle fitting;  // a smaller one, if the caption needs it
 };
 
-// Makes the control of a row in `parent`, which owns it. Null on failure.
+// Creates the control of a row in `parent`, which owns it. Null on failure.
 HWND make_control(const ControlLayout& row, HWND parent, int identifier);
 
 // Shows the control's text or rows.
 void show_control(const Mirror& mirror, const Form1& form);
 
-// Adds to the end of a text box, after what the user has typed into it.
+// Gives a control the layout's font for a monitor of `dpi` dots per inch.
+void set_font(Mirror& mirror, int dpi);
+
+// Gives a caption that is too large for its room a smaller font. Does nothing to other controls.
+void fit_caption(Mirror& mirror, const Form1& form, int dpi);
+
+// Moves a control to its place in a client area of the size `client`, in pixels.
+void place_control(const Mirror& mirror, SIZE client, int dpi);
+
+// Appends to a text box.
 void append_text(HWND box, std::string_view text);
 
-// What the user did with a control: `code` is that of its notification.
-void notified(const Mirror& mirror, Form1& form, WORD code);
+// Passes what the user did with a control to the form; `code` is the control's notification code.
+void handle_notification(const Mirror& mirror, Form1& form, WORD code);
 
-// The user presses Enter in a control: a button is pressed, a folder opened.
-void entered(const Mirror& mirror, Form1& form);
+// The user pressed Enter: presses a button, opens the folder selected in the directory list.
+void handle_enter(const Mirror& mirror, Form1& form);

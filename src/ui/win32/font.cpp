@@ -1,4 +1,4 @@
-// A font of the layout, for a monitor, and captions that fit their room.
+// Fonts of the layout on a monitor of so many dots per inch, and captions that fit.
 #include "ui/win32/font.h"
 
 #include "platform/windows/wide_text.h"
@@ -9,13 +9,14 @@ namespace {
 
 constexpr double points_per_inch = 72;
 
-// The screen with a font, for measuring.
-class Measure {
+// A device context in which a font is measured.
+class MeasuringContext {
 public:
-  explicit Measure(HFONT font) : context(GetDC(nullptr)), before(SelectObject(context, font)) {}
-  Measure(const Measure&) = delete;
-  Measure& operator=(const Measure&) = delete;
-  ~Measure() {
+  explicit MeasuringContext(HFONT font)
+      : context(GetDC(nullptr)), before(SelectObject(context, font)) {}
+  MeasuringContext(const MeasuringContext&) = delete;
+  MeasuringContext& operator=(const MeasuringContext&) = delete;
+  ~MeasuringContext() {
     SelectObject(context, before);
     ReleaseDC(nullptr, context);
   }
@@ -27,16 +28,16 @@ private:
   const HGDIOBJ before;
 };
 
-// `width`: that of an average letter in pixels; 0: the font's own.
-FontHandle font_of_width(const Font& font, UINT dpi, LONG width) {
+// `width`: of an average letter in pixels; 0 for the font's own.
+FontHandle font_of_width(const Font& font, int dpi, LONG width) {
   LOGFONTW wanted{};
-  // A negative height is that of the letters, without the space between lines.
+  // Negative: the height of the letters, without the space between lines.
   wanted.lfHeight = -static_cast<LONG>(std::lround(font.points * dpi / points_per_inch));
   wanted.lfWidth = width;
   wanted.lfWeight = font.bold ? FW_BOLD : FW_NORMAL;
   wanted.lfItalic = font.italic;
   wanted.lfCharSet = DEFAULT_CHARSET;
-  // Not the bitmap font of that name, which has the letters of one code page in a few sizes.
+  // No bitmap font of that name: it has a single code page and a few sizes.
   wanted.lfOutPrecision = OUT_TT_ONLY_PRECIS;
   wanted.lfPitchAndFamily = VARIABLE_PITCH | FF_SWISS;  // where the named font is missing
   widen(font.name).copy(wanted.lfFaceName, LF_FACESIZE - 1);
@@ -45,22 +46,22 @@ FontHandle font_of_width(const Font& font, UINT dpi, LONG width) {
 
 }  // namespace
 
-FontHandle make_font(const Font& font, UINT dpi, int stretch) {
+FontHandle make_font(const Font& font, int dpi, int stretch) {
   FontHandle own = font_of_width(font, dpi, 0);
   TEXTMETRICW metrics{};
-  if (stretch == 100 || !GetTextMetricsW(Measure(own.get()), &metrics))
+  if (stretch == 100 || !GetTextMetricsW(MeasuringContext(own.get()), &metrics))
     return own;
   return font_of_width(font, dpi, std::lround(metrics.tmAveCharWidth * stretch / 100.0));
 }
 
 bool fits(HFONT font, const std::wstring& text, const Room& room) {
   RECT needed{0, 0, room.width, 0};
-  DrawTextW(Measure(font), text.c_str(), static_cast<int>(text.size()), &needed,
+  DrawTextW(MeasuringContext(font), text.c_str(), static_cast<int>(text.size()), &needed,
             DT_CALCRECT | DT_NOPREFIX | (room.wraps ? DT_WORDBREAK : DT_SINGLELINE));
   return needed.right <= room.width && (!room.wraps || needed.bottom <= room.height);
 }
 
-FontHandle make_fitting_font(const Font& font, UINT dpi, const std::wstring& text,
+FontHandle make_fitting_font(const Font& font, int dpi, const std::wstring& text,
                              const Room& room) {
   FontHandle made;
   fit_lettering(font.points, [&](const Lettering& lettering) {
@@ -78,6 +79,6 @@ HFONT font_of(HWND control) {
 
 int text_width(HFONT font, const std::wstring& text) {
   SIZE size{};
-  GetTextExtentPoint32W(Measure(font), text.c_str(), static_cast<int>(text.size()), &size);
+  GetTextExtentPoint32W(MeasuringContext(font), text.c_str(), static_cast<int>(text.size()), &size);
   return size.cx;
 }

@@ -1,4 +1,4 @@
-// A font of the layout, for a monitor, and captions that fit their room.
+// Fonts of the layout on a monitor of so many dots per inch, and captions that fit.
 #pragma once
 
 #include "ui/layout.h"
@@ -14,24 +14,17 @@ struct DeleteFont {
 };
 using FontHandle = std::unique_ptr<HFONT, DeleteFont>;
 
-// `stretch`: the letters' width in hundredths of their own.
-FontHandle make_font(const Font& font, UINT dpi, int stretch = 100);
+// `stretch`: the letters' width in percent of the font's own.
+FontHandle make_font(const Font& font, int dpi, int stretch = 100);
 
-// What a caption may take: a width in pixels, and where it is broken into lines a height as well.
-struct Room {
-  int width;
-  int height;
-  bool wraps;
-};
-
+// Whether `text` fits; a single line may be taller than its room.
 bool fits(HFONT font, const std::wstring& text, const Room& room);
 
-// `font` in the lettering in which `text` fits.
-FontHandle make_fitting_font(const Font& font, UINT dpi, const std::wstring& text,
-                             const Room& room);
+// `font` with the lettering in which `text` fits.
+FontHandle make_fitting_font(const Font& font, int dpi, const std::wstring& text, const Room& room);
 
-// The font that a control shows its text in.
+// The font of a control.
 HFONT font_of(HWND control);
 
-// The pixels that a line of text takes.
+// The width of a line of text in pixels.
 int text_width(HFONT font, const std::wstring& text);

@@ -1,10 +1,11 @@
-// The form in a window of the system: a control for each row of the layout, at its place.
+// The front end with a window of the system: a control for each row of the layout, at its place.
 #include "ui/win32/main_window.h"
 
 #include "platform/windows/wide_text.h"
 #include "ui/handlers.h"
 #include "ui/layout.h"
-#include "ui/win32/dpi.h"
+#include "ui/win32/monitor.h"
+#include "ui/write_stderr.h"
 
 #include <algorithm>
 
@@ -12,7 +13,7 @@
 
 namespace {
 
-constexpr WORD icon = 1;  // the program's, among its resources
+constexpr WORD icon = 1;  // in the program's resources
 
 HINSTANCE program() { return GetModuleHandleW(nullptr); }
 
@@ -28,12 +29,7 @@ void register_class(WNDPROC procedure) {
   RegisterClassExW(&windows);
 }
 
-Control& control_of(const ControlLayout& row, Form1& form) {
-  return **std::find_if(form.controls().begin(), form.controls().end(),
-                        [&](const Control* control) { return control->name() == row.name; });
-}
-
-SIZE design_size(UINT dpi) { return {pixels(window_width, dpi), pixels(window_height, dpi)}; }
+SIZE design_size(int dpi) { return {pixels(window_width, dpi), pixels(window_height, dpi)}; }
 
 TOOLINFOW tool_of(const Mirror& mirror, std::wstring& text) {
   TOOLINFOW tool{};
@@ -45,31 +41,35 @@ TOOLINFOW tool_of(const Mirror& mirror, std::wstring& text) {
   return tool;
 }
 
-constexpr int button_frame = 90;  // twips that a button's frame takes of its width
-
-RECT work_area(HWND window) {
-  MONITORINFO monitor{};
-  monitor.cbSize = sizeof monitor;
-  GetMonitorInfoW(MonitorFromWindow(window, MONITOR_DEFAULTTONEAREST), &monitor);
-  return monitor.rcWork;
-}
-
-// Room for what a drop-down list drops, in rows' heights.
-constexpr int dropped_rows = 12;
-
 }  // namespace
 
-MainWindow::MainWindow(Form1& form_in) : form(form_in) {
+bool MainWindow::open(Form1& new_form) {
+  form = &new_form;
   register_class(procedure);
   window =
       CreateWindowExW(WS_EX_CONTROLPARENT, window_class, L"", WS_OVERLAPPEDWINDOW | WS_CLIPCHILDREN,
                       CW_USEDEFAULT, CW_USEDEFAULT, 0, 0, nullptr, nullptr, program(), this);
   if (!window)
-    return;
-  dpi = dpi_of(window);
+    return false;
+  dpi = static_cast<int>(dpi_of(window));
   make_tooltips();
-  make_fonts();
+  set_fonts();
   move_into_view();
+  return true;
+}
+
+void MainWindow::run() {
+  MSG message;
+  while (GetMessageW(&message, nullptr, 0, 0) > 0)
+    dispatch(message);
+  MainWindow::end(static_cast<int>(message.wParam));
+}
+
+void MainWindow::dispatch(MSG& message) const {
+  if (IsDialogMessageW(window, &message))  // the keys that move between controls
+    return;
+  TranslateMessage(&message);
+  DispatchMessageW(&message);
 }
 
 bool MainWindow::make_controls() {
@@ -78,7 +78,7 @@ bool MainWindow::make_controls() {
     const HWND made = make_control(row, window, identifier++);
     if (!made)
       return false;
-    mirrors.push_back({&row, &control_of(row, form), made, nullptr, nullptr});
+    mirrors.push_back({&row, &control_of(row, *form), made, nullptr, nullptr});
   }
   return true;
 }
@@ -100,49 +100,27 @@ void MainWindow::set_tooltip(const Mirror& mirror) {
   SendMessageW(tooltips, TTM_UPDATETIPTEXTW, 0, reinterpret_cast<LPARAM>(&tool));
 }
 
-void MainWindow::make_fonts() {
+void MainWindow::set_fonts() {
   for (Mirror& mirror : mirrors) {
-    FontHandle font = make_font(mirror.row->font, dpi);
-    SendMessageW(mirror.window, WM_SETFONT, reinterpret_cast<WPARAM>(font.get()), TRUE);
-    mirror.font = std::move(font);
-    fit(mirror);
+    set_font(mirror, dpi);
+    fit_caption(mirror, *form, dpi);
   }
 }
 
-// Gives a caption the font of the layout, or where that is too wide one that fits.
-void MainWindow::fit(Mirror& mirror) {
-  const ControlLayout& row = *mirror.row;
-  if (row.kind != Kind::button && row.kind != Kind::label)
-    return;
-  const std::wstring caption = widen(mirror.control->text());
-  const Room room = room_for(row);
-  FontHandle fitting;
-  if (!fits(mirror.font.get(), caption, room))
-    fitting = make_fitting_font(row.font, dpi, caption, room);
-  const HFONT font = fitting ? fitting.get() : mirror.font.get();
-  if (font != font_of(mirror.window))
-    SendMessageW(mirror.window, WM_SETFONT, reinterpret_cast<WPARAM>(font), TRUE);
-  mirror.fitting = std::move(fitting);
-  if (row.sized_to_text)
-    place_control(mirror, client_size());
+SIZE MainWindow::client_size() const {
+  RECT client;
+  GetClientRect(window, &client);
+  return {client.right, client.bottom};
 }
 
-Room MainWindow::room_for(const ControlLayout& row) const {
-  if (row.sized_to_text)
-    return {pixels(room_of(row, form), dpi), 0, false};
-  if (row.kind == Kind::button)
-    return {pixels(row.width - button_frame, dpi), 0, false};
-  return {pixels(row.width, dpi), pixels(row.height, dpi), true};
-}
-
-// That of the design, or less on a small screen.
+// The size of the design, or less on a small screen.
 SIZE MainWindow::min_size() const {
   const SIZE design = framed_size(window, design_size(dpi));
   const RECT work = work_area(window);
   return {std::min(design.cx, work.right - work.left), std::min(design.cy, work.bottom - work.top)};
 }
 
-// The system places windows of which it does not know the size yet.
+// The system has placed the window before it had a size.
 void MainWindow::move_into_view() {
   const SIZE size = min_size();
   const RECT work = work_area(window);
@@ -153,32 +131,9 @@ void MainWindow::move_into_view() {
                SWP_NOZORDER | SWP_NOACTIVATE);
 }
 
-SIZE MainWindow::client_size() const {
-  RECT client;
-  GetClientRect(window, &client);
-  return {client.right, client.bottom};
-}
-
-void MainWindow::place() {
+void MainWindow::place_controls() {
   for (const Mirror& mirror : mirrors)
-    place_control(mirror, client_size());
-}
-
-void MainWindow::place_control(const Mirror& mirror, SIZE client) const {
-  const auto twips = [&](LONG length) {
-    return MulDiv(static_cast<int>(length), twips_per_inch, static_cast<int>(dpi));
-  };
-  const Place at = place_of(*mirror.row, twips(client.cx), twips(client.cy));
-  const int left = pixels(at.left, dpi);
-  const int top = pixels(at.top, dpi);
-  int width = pixels(at.left + at.width, dpi) - left;
-  int height = pixels(at.top + at.height, dpi) - top;
-  if (mirror.row->kind == Kind::drive_list)
-    height *= dropped_rows;
-  if (mirror.row->sized_to_text)
-    width = text_width(font_of(mirror.window), widen(mirror.control->text()));
-  SetWindowPos(mirror.window, nullptr, left, top, width, height,
-               SWP_NOZORDER | SWP_NOACTIVATE | SWP_NOCOPYBITS);
+    place_control(mirror, client_size(), dpi);
 }
 
 void MainWindow::limit_size(MINMAXINFO& limits) const {
@@ -186,18 +141,12 @@ void MainWindow::limit_size(MINMAXINFO& limits) const {
   limits.ptMinTrackSize = {least.cx, least.cy};
 }
 
-void MainWindow::change_dpi(UINT new_dpi, const RECT& suggested) {
+void MainWindow::change_dpi(int new_dpi, const RECT& suggested) {
   dpi = new_dpi;
-  make_fonts();
+  set_fonts();
   SetWindowPos(window, nullptr, suggested.left, suggested.top, suggested.right - suggested.left,
                suggested.bottom - suggested.top, SWP_NOZORDER | SWP_NOACTIVATE);
-  place();
-}
-
-void MainWindow::show() {
-  focused = mirrors.front().window;
-  ShowWindow(window, SW_SHOWDEFAULT);
-  UpdateWindow(window);
+  place_controls();
 }
 
 const Mirror* MainWindow::mirror_of(HWND control) const {
@@ -211,61 +160,86 @@ Mirror& MainWindow::mirror_of(const Control& control) {
                        [&](const Mirror& mirror) { return mirror.control == &control; });
 }
 
-void MainWindow::refresh(const Control& control) {
-  Mirror& mirror = mirror_of(control);
-  const bool before = IsWindowVisible(mirror.window);
-  own = true;
-  show_control(mirror, form);
-  own = false;
-  set_tooltip(mirror);
-  fit(mirror);
-  EnableWindow(mirror.window, control.enabled());
-  ShowWindow(mirror.window, control.visible() ? SW_SHOWNA : SW_HIDE);
-  if (!before && IsWindowVisible(mirror.window))
-    make_room();
+void MainWindow::show() {
+  focused = mirrors.front().window;
+  ShowWindow(window, SW_SHOWDEFAULT);
+  UpdateWindow(window);
+  handle_pending(PM_QS_PAINT | PM_QS_POSTMESSAGE | PM_QS_SENDMESSAGE);
 }
 
-// What appears takes room from the labels beside it.
-void MainWindow::make_room() {
+void MainWindow::show_caption(const std::string& caption) {
+  SetWindowTextW(window, widen(caption).c_str());
+}
+
+void MainWindow::refresh(const Control& control) {
+  Mirror& mirror = mirror_of(control);
+  const bool was_visible = IsWindowVisible(mirror.window);
+  refreshing = true;
+  show_control(mirror, *form);
+  refreshing = false;
+  set_tooltip(mirror);
+  fit_caption(mirror, *form, dpi);
+  if (mirror.row->sized_to_text)
+    place_control(mirror, client_size(), dpi);
+  EnableWindow(mirror.window, control.enabled());
+  ShowWindow(mirror.window, control.visible() ? SW_SHOWNA : SW_HIDE);
+  if (!was_visible && IsWindowVisible(mirror.window))
+    refit_labels();
+}
+
+// A control that appears takes room from the labels beside it.
+void MainWindow::refit_labels() {
   for (Mirror& mirror : mirrors)
-    if (mirror.row->sized_to_text)
-      fit(mirror);
-  // At once: the work of a silent run may follow, which does not yield.
+    if (mirror.row->sized_to_text) {
+      fit_caption(mirror, *form, dpi);
+      place_control(mirror, client_size(), dpi);
+    }
+  // At once: a silent run may follow, which does not yield.
   RedrawWindow(window, nullptr, nullptr,
                RDW_INVALIDATE | RDW_ERASE | RDW_ALLCHILDREN | RDW_UPDATENOW);
 }
 
 void MainWindow::append(const Control& control, std::string_view text) {
-  own = true;
+  refreshing = true;
   append_text(mirror_of(control).window, text);
-  own = false;
+  refreshing = false;
 }
 
-void MainWindow::dispatch(MSG& message) const {
-  if (IsDialogMessageW(window, &message))
-    return;
-  TranslateMessage(&message);
-  DispatchMessageW(&message);
+void MainWindow::message_box(const std::string& text) {
+  MessageBoxW(window, widen(text).c_str(), widen(program_title).c_str(), MB_OK);
 }
 
-// The dialog keys give Enter the identifier of a dialog's OK button.
+void MainWindow::print_error(const std::string& text) { write_stderr(text); }
+
+void MainWindow::process_messages() { handle_pending(0); }
+
+// `kinds`: the PM_QS_ flags of the messages to handle; 0 for all.
+void MainWindow::handle_pending(UINT kinds) const {
+  MSG message;
+  while (PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE | kinds))
+    dispatch(message);
+}
+
+void MainWindow::end(int status) { ExitProcess(static_cast<UINT>(status)); }
+
+// Enter comes as the identifier of a dialog's OK button, whatever has the focus.
 void MainWindow::command(WORD identifier, WORD code) {
   const Mirror* mirror =
       mirror_of(identifier == IDOK ? GetFocus() : GetDlgItem(window, identifier));
-  if (!mirror || own)
+  if (!mirror || refreshing)
     return;
   if (identifier == IDOK)
-    entered(*mirror, form);
+    handle_enter(*mirror, *form);
   else
-    notified(*mirror, form, code);
+    handle_notification(*mirror, *form, code);
   leave_disabled_control(*mirror);
 }
 
-// A button that has disabled itself has lost the keyboard.
+// A button that has disabled itself cannot keep the focus.
 void MainWindow::leave_disabled_control(const Mirror& mirror) {
   if (IsWindowEnabled(mirror.window) || (GetFocus() && GetFocus() != mirror.window))
     return;
-  focused = mirror_of(focus_after(form)).window;
+  focused = mirror_of(focus_after(*form)).window;
   keep_focus(GetActiveWindow() == window);
 }
 
@@ -290,12 +264,12 @@ LRESULT CALLBACK MainWindow::procedure(HWND window, UINT message, WPARAM word, L
 LRESULT MainWindow::handle(UINT message, WPARAM word, LPARAM detail) {
   switch (message) {
   case WM_CREATE:
-    return make_controls() ? 0 : -1;  // -1: there is to be no window
+    return make_controls() ? 0 : -1;  // -1: no window is created
   case WM_COMMAND:
     command(LOWORD(word), HIWORD(word));
     return 0;
   case WM_SIZE:
-    place();
+    place_controls();
     return 0;
   case WM_GETMINMAXINFO:
     limit_size(*reinterpret_cast<MINMAXINFO*>(detail));
@@ -307,7 +281,7 @@ LRESULT MainWindow::handle(UINT message, WPARAM word, LPARAM detail) {
     keep_focus(LOWORD(word) != WA_INACTIVE);
     return 0;
   case WM_CLOSE:
-    end_program(form);
+    end_program(*form);
   default:
     return DefWindowProcW(window, message, word, detail);
   }

@@ -1,4 +1,4 @@
-// The form in a window of the system: a control for each row of the layout, at its place.
+// The front end with a window of the system: a control for each row of the layout, at its place.
 #pragma once
 
 #include "ui/win32/controls.h"
@@ -9,60 +9,60 @@
 
 #include <windows.h>
 
-// The window's class, and the identifier of the layout's first control: the others follow it.
+// The window's class, and the identifier of the layout's first control; the others count up.
 inline constexpr wchar_t window_class[] = L"VoraMapUpdater";
 inline constexpr int first_control_id = 100;
 
-class MainWindow {
+class MainWindow : public Screen {
 public:
-  // Mirrors the form as it is. The form must outlive the window.
-  explicit MainWindow(Form1& form_in);
+  MainWindow() = default;
   MainWindow(const MainWindow&) = delete;
   MainWindow& operator=(const MainWindow&) = delete;
 
-  // Null when the system could not make the window or one of its controls.
-  HWND handle() const { return window; }
+  // Creates the window and the controls of `new_form`, whose screen is this object; false when the
+  // system fails. Before it only `message_box` and `print_error` may be called.
+  bool open(Form1& new_form);
 
-  void show();
+  // Handles messages until the program ends.
+  [[noreturn]] void run();
 
-  // Shows a control as it is now.
-  void refresh(const Control& control);
-
-  // Adds to the end of a text box.
-  void append(const Control& control, std::string_view text);
-
-  // Hands a message to the window, the keys that move between its controls included.
-  void dispatch(MSG& message) const;
+  void show() override;
+  void show_caption(const std::string& caption) override;
+  void refresh(const Control& control) override;
+  void append(const Control& control, std::string_view text) override;
+  void message_box(const std::string& text) override;
+  void print_error(const std::string& text) override;
+  void process_messages() override;
+  [[noreturn]] void end(int status) override;
 
 private:
   static LRESULT CALLBACK procedure(HWND window, UINT message, WPARAM word, LPARAM detail);
   LRESULT handle(UINT message, WPARAM word, LPARAM detail);
+  void handle_pending(UINT kinds) const;
+  void dispatch(MSG& message) const;
 
   bool make_controls();
   void make_tooltips();
   void set_tooltip(const Mirror& mirror);
-  void make_fonts();
-  void fit(Mirror& mirror);
-  Room room_for(const ControlLayout& row) const;
-  void make_room();
+  void set_fonts();
+  void refit_labels();
+  SIZE client_size() const;
   SIZE min_size() const;
   void move_into_view();
-  void place();
-  SIZE client_size() const;
-  void place_control(const Mirror& mirror, SIZE client) const;
+  void place_controls();
   void limit_size(MINMAXINFO& limits) const;
-  void change_dpi(UINT new_dpi, const RECT& suggested);
+  void change_dpi(int new_dpi, const RECT& suggested);
   void command(WORD identifier, WORD code);
   void keep_focus(bool active);
   void leave_disabled_control(const Mirror& mirror);
   const Mirror* mirror_of(HWND control) const;
   Mirror& mirror_of(const Control& control);
 
-  Form1& form;
+  Form1* form = nullptr;
   HWND window = nullptr;
   HWND tooltips = nullptr;
-  HWND focused = nullptr;  // the control that had the focus when the window was last left
-  UINT dpi = 96;
-  bool own = false;  // a text box changes because the program adds to it
+  HWND focused = nullptr;  // the control that had the focus when the window was last inactive
+  int dpi = 96;
+  bool refreshing = false;  // the program is changing a control: notifications are not the user's
   std::vector<Mirror> mirrors;
 };

@@ -1,19 +1,16 @@
-// The dots per inch of the monitor that a window is on.
-#include "ui/win32/dpi.h"
-
-#include "ui/layout.h"
+// The monitor that a window is on. Functions that older Windows lacks are looked up at run time.
+#include "ui/win32/monitor.h"
 
 namespace {
 
-// A function of a library of the system by its name; null where it is not known. The library stays
-// loaded.
+// A function of a system library by its name; null where there is none. The library stays loaded.
 template <class Function> Function system_function(const wchar_t* library, const char* name) {
   const HMODULE loaded = LoadLibraryExW(library, nullptr, LOAD_LIBRARY_SEARCH_SYSTEM32);
   const FARPROC found = loaded ? GetProcAddress(loaded, name) : nullptr;
   return reinterpret_cast<Function>(reinterpret_cast<void*>(found));
 }
 
-// That of the window's monitor as Windows 8.1 and the first 10 tell it; 0 where they are older.
+// By the function of Windows 8.1 and the first releases of 10; 0 where it is missing.
 UINT monitor_dpi(HWND window) {
   using Ask = HRESULT(WINAPI*)(HMONITOR, int, UINT*, UINT*);
   static const auto ask = system_function<Ask>(L"shcore.dll", "GetDpiForMonitor");
@@ -25,7 +22,7 @@ UINT monitor_dpi(HWND window) {
   return across;
 }
 
-// That of all monitors, on a system that does not tell them apart.
+// Older systems have one value for all monitors.
 UINT system_dpi() {
   const HDC screen = GetDC(nullptr);
   const int dpi = GetDeviceCaps(screen, LOGPIXELSX);
@@ -43,6 +40,13 @@ UINT dpi_of(HWND window) {
   return dpi ? dpi : system_dpi();
 }
 
+RECT work_area(HWND window) {
+  MONITORINFO monitor{};
+  monitor.cbSize = sizeof monitor;
+  GetMonitorInfoW(MonitorFromWindow(window, MONITOR_DEFAULTTONEAREST), &monitor);
+  return monitor.rcWork;
+}
+
 SIZE framed_size(HWND window, SIZE client) {
   static const auto ask = system_function<BOOL(WINAPI*)(RECT*, DWORD, BOOL, DWORD, UINT)>(
       L"user32.dll", "AdjustWindowRectExForDpi");
@@ -55,5 +59,3 @@ SIZE framed_size(HWND window, SIZE client) {
     AdjustWindowRectEx(&frame, style, FALSE, extended);
   return {frame.right - frame.left, frame.bottom - frame.top};
 }
-
-int pixels(int twips, UINT dpi) { return MulDiv(twips, static_cast<int>(dpi), twips_per_inch); }
