@@ -8,8 +8,6 @@
 
 namespace fs = std::filesystem;
 
-using Tree = std::map<std::string, std::string>;
-
 namespace {
 
 // A machine with a folder of maps, and the program about to convert them.
@@ -143,15 +141,6 @@ TEST_F(Conversion, TellsWhichMapsItCouldNotConvertAndGoesOn) {
             "C:\\maps\\empty.galaxy: cannot convert it: it has no second line\r\n"
             "C:\\maps\\huge.galaxy: cannot read it: it is larger than 1 GiB\r\n"
             "C:\\maps\\taken.galaxy: cannot convert it: a folder has the name taken.galold");
-}
-
-TEST_F(Conversion, KeepsAnEarlierBackupThatOnlyHasTheSameSize) {
-  const std::string other(std::string(old_map).size(), 'x');
-  add("a.galaxy", old_map);
-  write_file(maps / "a.galold", other);
-  fix();
-  EXPECT_EQ(tree(maps),
-            (Tree{{"a.galaxy", converted_map}, {"a.galold", old_map}, {"a.galold2", other}}));
 }
 
 TEST_F(Conversion, ATemplateErrorEndsTheProgramAndLosesNothing) {

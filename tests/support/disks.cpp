@@ -10,8 +10,6 @@ namespace fs = std::filesystem;
 
 namespace {
 
-using Tree = std::map<std::string, std::string>;
-
 ino_t inode_of(int folder, const char* name) {
   struct stat status {};
   ::fstatat(folder, name, &status, AT_EMPTY_PATH | AT_SYMLINK_NOFOLLOW);
@@ -38,11 +36,6 @@ bool WatchedDisk::fails() {
   return error > 0;
 }
 
-ssize_t WatchedDisk::counted(ssize_t done) {
-  bytes += std::max<ssize_t>(done, 0);
-  return done;
-}
-
 std::size_t WatchedDisk::part(std::size_t size) {
   if (!halved)
     return size;
@@ -64,11 +57,11 @@ int WatchedDisk::close(int file) {
 }
 
 ssize_t WatchedDisk::read(int file, char* into, std::size_t size, off_t from) {
-  return fails() ? -1 : counted(Disk::read(file, into, part(size), from));
+  return fails() ? -1 : Disk::read(file, into, part(size), from);
 }
 
 ssize_t WatchedDisk::write(int file, const char* from, std::size_t size) {
-  return fails() ? -1 : counted(Disk::write(file, from, part(size)));
+  return fails() ? -1 : Disk::write(file, from, part(size));
 }
 
 int WatchedDisk::flush(int) { return fails() ? -1 : 0; }
@@ -82,7 +75,7 @@ int WatchedDisk::status(int folder, const char* name, int flags, struct stat& st
 }
 
 ssize_t WatchedDisk::names(int folder, char* into, std::size_t size) {
-  return fails() ? -1 : counted(Disk::names(folder, into, size));
+  return fails() ? -1 : Disk::names(folder, into, size);
 }
 
 int WatchedDisk::rename(int folder, const char* from, const char* to, unsigned flags) {

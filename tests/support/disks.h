@@ -55,11 +55,9 @@ public:
 
   int calls = 0;
   int disturbed = 0;  // of them: failed, or done by half
-  ssize_t bytes = 0;  // read and written, those of folders among them
 
 private:
   bool fails();
-  ssize_t counted(ssize_t done);
   std::size_t part(std::size_t size);  // of what is to be read or written
 
   Before before;

@@ -3,10 +3,7 @@
 
 #include "tests/support/test_machine.h"
 
-#include <map>
 #include <string>
-
-using Tree = std::map<std::string, std::string>;
 
 // The maps of a folder, each of another content, and what stood beside them: map `i` has no backup,
 // an older one of other content (the expansion's in another letter case), or one that holds just
