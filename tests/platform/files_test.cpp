@@ -9,7 +9,9 @@ namespace {
 
 class FilesTest : public testing::Test {
 protected:
-  void add(const std::string& name) { write_file(machine.drive_c / "f" / name, "x"); }
+  void add(const std::string& name) {
+    write_file(machine.drive_c / "f" / std::u8string(name.begin(), name.end()), "x");
+  }
 
   TestMachine machine;
   const std::unique_ptr<Files> files = machine.files();

@@ -40,7 +40,7 @@ TEST_F(WindowsFilesTest, TellsLinksApart) {
 }
 
 TEST_F(WindowsFilesTest, ReachesTreesThatAreDeepAndSpelledInAnyScript) {
-  std::string deep = "C:\\Карта 漢字";
+  std::string deep = "C:\\users\\me\\Карта 漢字";
   while (deep.size() < 600)
     deep += "\\a folder with a rather long name of its own";
   const std::string map = deep + "\\Ægir 銀河.galaxy";

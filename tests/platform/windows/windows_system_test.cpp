@@ -28,7 +28,7 @@ protected:
   }
 
   TestMachine machine;
-  const std::string folder = "C:\\t\\";
+  const std::string folder = "C:\\users\\me\\";
   std::vector<std::string> notices;
   WindowsSystem system{[this](const std::string& text) { notices.push_back(text); }};
 };
@@ -132,8 +132,8 @@ TEST(Wide, TextsSurviveTheWayToWindowsAndBack) {
   EXPECT_EQ(from_code_page(to_code_page("plain").value()), "plain");
   EXPECT_TRUE(GetACP() == CP_UTF8 || !to_code_page("漢字 Ж ü"));
   const TestMachine machine;
-  write_file(system_path("C:\\t\\漢字 Ж\\x"), "");
-  const auto path = code_page_path("C:\\t\\漢字 Ж\\x");
+  write_file(system_path("C:\\users\\me\\漢字 Ж\\x"), "");
+  const auto path = code_page_path("C:\\users\\me\\漢字 Ж\\x");
   EXPECT_TRUE(!path || GetFileAttributesA(path->c_str()) != INVALID_FILE_ATTRIBUTES);
 }
 
