@@ -24,9 +24,11 @@ def heads(text):
     return [line for line in text if line.find(b"$") > 0]
 
 
-def make_templates(data, tail, letter):
-    """A pair whose new template can write every section of the old one."""
+def make_templates(data, tail, letter, often=None):
+    """A pair whose new template can write every section of the old one, and which knows `often`."""
     old = lines(12, [b"a", b"b", b"\t", b"ab", b"\xff", b"$-1", b"$0", b"$1", b"$2", b"$3", HUGE])
+    if often:  # an empty line would match every line
+        old = [line for line in old if line] + often
     new = []
     for _ in range(max(1, len(heads(old)))):
         body = lines(5, [b"a", b"b\n", b"x", b" #", b"##", b" &", b"#", b"&"])
@@ -42,7 +44,7 @@ def main():
     with open(os.path.join(data, letter + "newstruct0.txt"), "rb") as file:
         current = file.read().split(b"\r\n")[1].split()[-1].decode()
     if letter == "t":
-        make_templates(data, "fix" + current, letter)
+        make_templates(data, "fix" + current, letter, [b"a", b"b", b"x"])
     for version in range(100):
         tail = chr(ord("a") + version // 26) + chr(ord("a") + version % 26)
         make_templates(data, tail, letter)

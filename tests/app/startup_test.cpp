@@ -77,11 +77,10 @@ TEST(Startup, SelectsTheEditionThatIsInstalledAloneOrClickedOn) {
       set_debug(machine);
     Program program(machine);
     Form1& form = program.form;
+    const Tree places = {
+        {"P", z_path(machine.program) + "\\"}, {"U", user_space}, {"T", expansion_space}};
     const auto place = [&](const std::string& text) {
-      const std::map<std::string, std::string> places = {
-          {"P", z_path(machine.program) + "\\"}, {"U", user_space}, {"T", expansion_space}};
-      const auto known = places.find(text);
-      return known == places.end() ? text : known->second;
+      return places.contains(text) ? places.at(text) : text;
     };
     apply_layout(form);
     form.Command6.set_visible(false);

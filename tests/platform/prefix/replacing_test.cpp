@@ -53,9 +53,7 @@ protected:
 // Until it takes its name a new file can be opened by its owner, who may have to clear it up.
 TEST_F(ReplaceOnPosix, KeepsPermissionsAndOwner) {
   const bool root = ::geteuid() == 0;
-  for (const mode_t mode : {0440, 0000, 06750}) {
-    if (mode == 0 && !root)
-      continue;
+  for (const mode_t mode : {0440, 0400, 06750}) {
     write_file(maps / "a.galaxy", "old");
     ASSERT_TRUE(!root || ::chown((maps / "a.galaxy").c_str(), 1234, 1234) == 0);
     ::chmod((maps / "a.galaxy").c_str(), mode);
@@ -63,8 +61,7 @@ TEST_F(ReplaceOnPosix, KeepsPermissionsAndOwner) {
     for (const char* name : {"a.galaxy", "a.galold", "a.galfix"}) {
       struct stat status;
       ASSERT_EQ(::stat((maps / name).c_str(), &status), 0);
-      const bool anew = std::string(name) != "a.galold";
-      EXPECT_EQ(status.st_mode & 07777, anew ? mode & 0777 : mode) << name;
+      EXPECT_EQ(status.st_mode & 07777, name[5] == 'o' ? mode : mode & 0777) << name;
       EXPECT_TRUE(!root || status.st_uid == 1234u) << name;
     }
     EXPECT_EQ(disk.permitted, 2);
@@ -112,10 +109,8 @@ TEST_F(ReplaceOnPosix, WhatIsNoOrdinaryFileIsLeftAlone) {
   write_file(other, "old");
   const std::function<void()> makers[] = {
       [&] { fs::create_directory(map); },
-      [&] { fs::create_symlink("gone", map); },
       [&] { fs::create_symlink("../other", map); },
       [&] { ASSERT_EQ(::mkfifo(map.c_str(), 0600), 0); },
-      [&] { ASSERT_EQ(::mknod(map.c_str(), S_IFSOCK | 0600, 0), 0); },
   };
   for (const auto& make : makers) {
     fs::remove_all(map);
