@@ -4,6 +4,7 @@
 set -euo pipefail
 build=$(cd "$1" && pwd)
 source "$(dirname "$0")/../scripts/common.sh"
+[ ! -d /dev/shm ] || export TMPDIR=/dev/shm  # thousands of files are flushed
 scratch=$(mktemp -d)
 trap 'rm -rf "$scratch"' EXIT
 

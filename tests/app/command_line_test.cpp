@@ -22,6 +22,7 @@ TEST(CommandLine, KnowsTheSilentRunInFourForms) {
     Program program(machine, c.arguments);
     Form1& form = program.form;
     form.Label19.set_visible(false);
+    EXPECT_EQ(will_be_silent(*program.own_system), c.silent && !c.rejected) << c.arguments;
     const int status = program.run([&] { examine_arguments(form); });
     EXPECT_EQ(status, c.rejected ? 1 : Program::returned) << c.arguments;
     EXPECT_EQ(program.screen.messages,

@@ -55,7 +55,7 @@ def put(path, content):
 class Machine:
     """A sample machine whose only maps are in `maps`."""
 
-    def __init__(self, build, scratch, edition):
+    def __init__(self, build, program, scratch, edition):
         self.root = pathlib.Path(scratch) / edition
         subprocess.run(["bash", "-c", 'source scripts/common.sh; make_sample "$@"', "bash", edition,
                         str(self.root), str(build)], check=True)
@@ -68,9 +68,8 @@ class Machine:
         self.drive = self.root / "machine/drive_c"
         self.user = self.drive / "users/player" / EDITIONS[edition]
         self.maps = self.user / "maps"
-        # Beside the machine, where every user may start it.
-        self.program = shutil.copy(build / "vora-map-updater", self.root)
-        self.sanitized = b"__asan_init" in (build / "vora-map-updater").read_bytes()
+        self.program = program
+        self.sanitized = b"__asan_init" in pathlib.Path(program).read_bytes()
         self.converted = None
 
     def start(self, **how):
@@ -323,13 +322,16 @@ def main():
     if not mounts and succeeds("unshare", "-m", "true"):  # what is mounted goes with the process
         os.environ["OWN_MOUNTS"] = "1"
         os.execvp("unshare", ["unshare", "-m", sys.executable, *sys.argv])
-    os.chdir(pathlib.Path(__file__).parents[2])
+    build = options.build.resolve()
+    os.chdir(pathlib.Path(__file__).resolve().parents[2])
     print(f"--seed {options.seed}")
     random.seed(options.seed)
     memory = "/dev/shm" if os.path.isdir("/dev/shm") else None
-    with tempfile.TemporaryDirectory(dir=memory) as scratch:
+    with tempfile.TemporaryDirectory(dir=memory) as scratch, tempfile.TemporaryDirectory() as public:
+        os.chmod(public, 0o755)  # every user may start the program
+        program = shutil.copy(build / "vora-map-updater", public)
         for edition in EDITIONS:
-            machine = Machine(options.build.resolve(), scratch, edition)
+            machine = Machine(build, program, scratch, edition)
             machine.measure()
             kill(machine, options.kills)
             run_two_at_once(machine)
