@@ -4,6 +4,7 @@
 set -euo pipefail
 build=$(cd "$1" && pwd)
 source "$(dirname "$0")/../scripts/common.sh"
+[ ! -d /dev/shm ] || export TMPDIR=/dev/shm  # thousands of files are flushed
 scratch=$(mktemp -d)
 trap 'rm -rf "$scratch"' EXIT
 
@@ -45,6 +46,20 @@ for edition in base expansion; do
   letter=$([ $edition = base ] && echo v || echo t)
   python3 bench/convert.py "$scratch/machine/$folder" --edition $letter --data data > /dev/null
   check "$edition: the plain script" "$(maps "tests/expected/$edition")" "$(maps "$scratch/machine")"
+done
+
+# Random templates and maps: the program and the plain script must agree.
+for round in 1 2 3 4; do
+  edition=$([ $((round % 2)) = 0 ] && echo base || echo expansion)
+  letter=$([ $edition = base ] && echo v || echo t)
+  make_sample "$edition" "$scratch" "$build"
+  user=$(find "$scratch/machine/drive_c/users" -type d -iname 'Vorakai*')
+  python3 tests/random_maps.py "$scratch/data" "$user/random" $letter $round
+  cp -r "$user/random" "$scratch/random"
+  run /silent
+  check "random maps $round: exit status" "0 " "$status $said"
+  python3 bench/convert.py "$scratch/random" --edition $letter --data "$scratch/data" > /dev/null
+  check "random maps $round" "" "$(diff -r "$scratch/random" "$user/random")"
 done
 
 # The README's command to get all maps of a folder tree back.

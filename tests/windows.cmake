@@ -27,16 +27,10 @@ endfunction()
 
 # Tests that change the registry run only under Wine, never on a developer's own Windows.
 if(NOT CMAKE_CROSSCOMPILING)
-  add_unit_tests(platform platform/os_version_test.cpp)
   add_unit_tests(engine
     engine/line_array_test.cpp engine/numbers_test.cpp engine/passes_test.cpp)
   return()
 endif()
-
-add_unit_tests(windows
-  platform/windows/replacing_test.cpp platform/windows/windows_files_test.cpp
-  platform/windows/windows_system_test.cpp)
-target_link_libraries(test-windows PRIVATE advapi32)
 
 add_library(test_machine STATIC support/test_machine.cpp support/windows/test_machine.cpp)
 target_link_libraries(test_machine PUBLIC test_support advapi32)
@@ -47,8 +41,11 @@ function(add_machine_tests name)
   target_compile_definitions(test-${name} PRIVATE DOCUMENTS="Z:${CMAKE_SOURCE_DIR}/docs")
 endfunction()
 
+add_machine_tests(windows
+  platform/windows/replacing_test.cpp platform/windows/windows_files_test.cpp
+  platform/windows/windows_system_test.cpp)
 add_machine_tests(platform
-  platform/os_version_test.cpp platform/replacing_test.cpp platform/services_test.cpp)
+  platform/files_test.cpp platform/replacing_test.cpp platform/services_test.cpp)
 add_machine_tests(engine
   engine/line_array_test.cpp engine/numbers_test.cpp engine/passes_test.cpp
   docs/templates_test.cpp)
@@ -57,7 +54,7 @@ add_machine_tests(convert
   convert/conversion_test.cpp convert/line_reader_test.cpp convert/original_maps_test.cpp
   convert/template_files_test.cpp)
 add_machine_tests(discover discover/search_test.cpp)
-add_machine_tests(app app/command_line_test.cpp app/edition_test.cpp app/startup_test.cpp)
+add_machine_tests(app app/command_line_test.cpp app/startup_test.cpp)
 add_machine_tests(ui ui/handlers_test.cpp ui/layout_test.cpp)
 add_machine_tests(window ui/win32/window_test.cpp)
 target_link_libraries(test-window PRIVATE win32)

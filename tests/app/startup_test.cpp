@@ -1,6 +1,7 @@
 // Start-up over the combinations of installed editions, versions, debug mode and arguments.
 #include "app/startup.h"
 
+#include "app/edition.h"
 #include "tests/support/test_machine.h"
 #include "ui/handlers.h"
 #include "ui/layout.h"
@@ -28,38 +29,40 @@ void set_debug(const TestMachine& machine) {
 
 }  // namespace
 
-TEST(Startup, SelectsTheEditionThatIsInstalledAlone) {
-  // "P" stands for the program's own folder, "U" and "T" for the user space folders.
+TEST(Startup, SelectsTheEditionThatIsInstalledAloneOrClickedOn) {
+  // "P" stands for the program's own folder, "U" and "T" for the user space folders, "click v" for
+  // a click on the base edition's button.
   const std::string vora = "C:\\Games\\vora\\";
   const std::string zendrel = "C:\\Games\\vorazendrel\\";
   const std::string tarnfall = "C:\\Games\\voratarnfall\\";
   const struct {
     std::vector<std::string> installed;
+    std::string then;
     const char* windows;
     bool user_files;
     bool debugmode;
     const char* edition;
-    std::string gamepath;
-    std::string program_space;
-    std::string user;
+    std::string gamepath, program_space, user;
     bool command6, command7;
     const char* release;
   } cases[] = {
       // clang-format off
-      {{"vora"},                 "6.3", true,  false, "v", vora,     vora,    "U", true,  false, "1.2.3.4"},
-      {{"vora"},                 "6.3", false, false, "v", vora,     "P",     "U", true,  false, "1.2.3.4"},
-      {{"vora"},                 "6.1", true,  false, "v", vora,     "U",     "U", true,  false, "1.2.3.4"},
-      {{"vora"},                 "6.0", true,  false, "v", vora,     "U",     "U", true,  false, "1.2.3.4"},
-      {{"vora"},                 "6.1", false, false, "v", vora,     "P",     "U", true,  false, "1.2.3.4"},
-      {{"vora"},                 "5.1", true,  true,  "v", vora,     vora,    "U", true,  false, "1.2.3.4"},
-      {{"vorazendrel"},          "6.3", true,  false, "v", zendrel,  zendrel, "U", true,  false, "1.2.3.4"},
-      {{"vora", "vorazendrel"},  "6.3", true,  false, "v", zendrel,  zendrel, "U", true,  false, "1.2.3.4"},
-      {{"voratarnfall"},         "6.3", true,  false, "t", tarnfall, "P",     "T", false, true,  "5.6.7.8"},
-      {{"voratarnfall"},         "6.1", true,  false, "t", tarnfall, "P",     "T", false, true,  "5.6.7.8"},
-      {{"voratarnfall"},         "6.3", true,  true,  "t", tarnfall, "",      "",  false, true,  "5.6.7.8"},
-      {{"vora", "voratarnfall"}, "6.3", true,  false, "",  "",       "",      "",  true,  true,  ""},
-      {{"vora", "voratarnfall"}, "6.3", true,  true,  "",  "",       "",      "",  true,  true,  ""},
-      {{},                       "6.3", true,  true,  "v", "",       "",      "U", false, false, ""},
+      {{"vora"},                 "", "6.3", true,  false, "v", vora,     vora,    "U", true,  false, "1.2.3.4"},
+      {{"vora"},                 "", "6.3", false, false, "v", vora,     "P",     "U", true,  false, "1.2.3.4"},
+      {{"vora"},                 "", "6.1", true,  false, "v", vora,     "U",     "U", true,  false, "1.2.3.4"},
+      {{"vora"},                 "", "6.0", true,  false, "v", vora,     "U",     "U", true,  false, "1.2.3.4"},
+      {{"vora"},                 "", "6.1", false, false, "v", vora,     "P",     "U", true,  false, "1.2.3.4"},
+      {{"vora"},                 "", "5.1", true,  true,  "v", vora,     vora,    "U", true,  false, "1.2.3.4"},
+      {{"vora", "vorazendrel"},  "", "6.3", true,  false, "v", zendrel,  zendrel, "U", true,  false, "1.2.3.4"},
+      {{"voratarnfall"},         "", "6.3", true,  false, "t", tarnfall, "P",     "T", false, true,  "5.6.7.8"},
+      {{"voratarnfall"},         "", "6.1", true,  false, "t", tarnfall, "P",     "T", false, true,  "5.6.7.8"},
+      {{"voratarnfall"},         "", "6.3", true,  true,  "t", tarnfall, "",      "",  false, true,  "5.6.7.8"},
+      {{},                       "", "6.3", true,  true,  "v", "",       "",      "U", false, false, ""},
+      {{"vora", "voratarnfall"}, "",        "6.3", true,  true,  "",  "",       "",       "",  true,  true,  ""},
+      {{"vora", "voratarnfall"}, "click v", "6.3", true,  false, "v", vora,     vora,     "U", false, false, "1.2.3.4"},
+      {{"vora", "voratarnfall"}, "click v", "6.3", false, false, "v", vora,     "P",      "U", false, false, "1.2.3.4"},
+      {{"vora", "voratarnfall"}, "click t", "6.3", true,  false, "t", tarnfall, tarnfall, "T", false, false, "5.6.7.8"},
+      {{"vora", "voratarnfall"}, "click t", "6.1", true,  false, "t", tarnfall, "T",      "T", false, false, "5.6.7.8"},
       // clang-format on
   };
   for (const auto& c : cases) {
@@ -74,31 +77,41 @@ TEST(Startup, SelectsTheEditionThatIsInstalledAlone) {
       set_debug(machine);
     Program program(machine);
     Form1& form = program.form;
+    const Tree places = {
+        {"P", z_path(machine.program) + "\\"}, {"U", user_space}, {"T", expansion_space}};
     const auto place = [&](const std::string& text) {
-      const std::map<std::string, std::string> places = {
-          {"P", z_path(machine.program) + "\\"}, {"U", user_space}, {"T", expansion_space}};
-      const auto known = places.find(text);
-      return known == places.end() ? text : known->second;
+      return places.contains(text) ? places.at(text) : text;
     };
     apply_layout(form);
     form.Command6.set_visible(false);
     form.Command7.set_visible(false);
+    SCOPED_TRACE(std::to_string(&c - cases));
     EXPECT_EQ(program.run([&] { startup(form); }), Program::returned);
+    const std::string shown = form.Dir1.path();
+    if (!c.then.empty())
+      selectedition(form, c.then == "click v" ? Edition::base : Edition::expansion);
     EXPECT_EQ(form.edition, c.edition);
     EXPECT_EQ(form.gamepath, c.gamepath);
     EXPECT_EQ(form.pathlist[1], place(c.program_space));
     EXPECT_EQ(form.pathlist[0], place(c.user));
     EXPECT_EQ(form.Command4.tooltip(), form.pathlist[1]);
     EXPECT_EQ(form.Command5.tooltip(), form.pathlist[0]);
+    EXPECT_EQ(form.homefolder, std::string("C:\\users\\me\\") +
+                                   (*c.edition == 't' ? "Documents" : "AppData\\Local"));
+    // A user space folder that is missing leaves the list where it is.
+    const bool moves = c.then == "click v" && c.user_files;
+    EXPECT_EQ(form.Dir1.path(), moves ? user_space.substr(0, user_space.size() - 1) : shown);
     EXPECT_EQ(form.foundversion, c.release);
     EXPECT_EQ(form.Command6.enabled(), c.command6);
     EXPECT_EQ(form.Command7.enabled(), c.command7);
-    EXPECT_EQ(form.Command6.visible() && form.Command7.visible(), form.bothfound);
+    const bool both = c.installed == std::vector<std::string>{"vora", "voratarnfall"};
+    EXPECT_EQ(form.bothfound, both);
+    EXPECT_EQ(form.Command6.visible() && form.Command7.visible(), both);
+    EXPECT_EQ(form.expansiononly, !both && *c.edition == 't');
     EXPECT_TRUE(form.Command1.enabled());
     EXPECT_FALSE(form.Command2.enabled());
     EXPECT_FALSE(form.Label19.visible());
-    EXPECT_EQ(form.bothfound, c.command6 && c.command7);
-    EXPECT_EQ(form.expansiononly, !c.command6 && c.command7);
+    EXPECT_EQ(form.originalmaps[0], *c.edition ? "own.galaxy" : "");
     EXPECT_EQ(program.screen.caption, std::string("brindle's vora & Tarnfall map updater") +
                                           (c.debugmode ? " DeBuGgInG M O D E!" : ""));
     EXPECT_EQ(fs::exists(machine.data / "info.txt"), c.debugmode);
@@ -133,7 +146,8 @@ TEST(Startup, RegisteredFoldersMustExistAndBeLongEnough) {
 
 TEST(Startup, WritesTheDiagnosticFileInDebugMode) {
   std::string own;  // the program's folder
-  const auto start = [&own](const std::vector<std::string>& editions) {
+  const auto start = [&own](const std::vector<std::string>& editions,
+                            std::optional<Edition> click = {}) {
     TestMachine machine;
     own = z_path(machine.program) + "\\";
     machine.write_data();
@@ -144,26 +158,36 @@ TEST(Startup, WritesTheDiagnosticFileInDebugMode) {
     write_file(machine.user_folder / "maps.txt", "");
     Program program(machine);
     program.run([&] { load_form(program.form); });
+    if (click)
+      selectedition(program.form, *click);
     return read_file(machine.data / "info.txt");
   };
-  const std::string head =
-      "Win7+ x64?, 64 bit ?True\r\n type cores ID\r\n\r\nC:\\users\\me\\AppData\\Local\r\n";
+  const std::string home = "C:\\users\\me\\AppData\\Local\r\n";
+  const std::string documents = "C:\\users\\me\\Documents\r\n";
+  const std::string vora = "C:\\Games\\vora\\\r\n", tarnfall = "C:\\Games\\voratarnfall\\\r\n";
+  const std::string head = "Win7+ x64?, 64 bit ?True\r\n type cores ID\r\n\r\n" + home;
 
   const std::string base = start({"vora"});
-  EXPECT_EQ(base, head + "pathlist(1)C:\\Games\\vora\\\r\npathlist(0)" + user_space +
-                      "\r\nhome C:\\users\\me\\AppData\\Local\r\nApp_Path()" + own +
+  EXPECT_EQ(base, head + "pathlist(1)" + vora + "pathlist(0)" + user_space + "\r\nhome " + home +
+                      "App_Path()" + own +
                       "\r\n\r\nDir(pathlist(1))Vorakai.exe\r\nDir(pathlist(0))maps.txt\r\n"
-                      "Dir(App_Path())first\r\nC:\\Games\\vora\\\r\nvoraversion1.2.3.4\r\n");
-
+                      "Dir(App_Path())first\r\n" +
+                      vora + "voraversion1.2.3.4\r\n");
   const std::string expansion = start({"voratarnfall"});
   EXPECT_EQ(expansion,
-            head + "pathlist(1)\r\npathlist(0)\r\nhome C:\\users\\me\\Documents\r\nApp_Path()" +
-                own +
-                "\r\n\r\nDir(pathlist(1))\r\nDir(pathlist(0))\r\nDir(App_Path())first\r\n"
-                "C:\\Games\\voratarnfall\\\r\n\r\nC:\\Games\\voratarnfall\\\r\n"
-                "voraversion5.6.7.8\r\n");
+            head + "pathlist(1)\r\npathlist(0)\r\nhome " + documents + "App_Path()" + own +
+                "\r\n\r\nDir(pathlist(1))\r\nDir(pathlist(0))\r\nDir(App_Path())first\r\n" +
+                tarnfall + "\r\n" + tarnfall + "voraversion5.6.7.8\r\n");
 
-  EXPECT_EQ(start({"vora", "voratarnfall"}), head + "\r\nvoraversion\r\n");
+  const std::vector<std::string> both = {"vora", "voratarnfall"};
+  const std::string undecided = head + "\r\nvoraversion\r\n";
+  EXPECT_EQ(start(both), undecided);
+  const std::string on_base = start(both, Edition::base);
+  EXPECT_EQ(on_base, undecided + vora + user_space + "\r\n" + home + own +
+                         "\r\n\r\nVorakai.exe\r\nmaps.txt\r\nfirst\r\n" + vora + "1.2.3.4\r\n");
+  const std::string on_expansion = start(both, Edition::expansion);
+  EXPECT_EQ(on_expansion, undecided + tarnfall + expansion_space + "\r\n" + documents + own +
+                              "\r\n\r\nfirst\r\n" + tarnfall + "5.6.7.8\r\n");
 }
 
 TEST(Startup, ChecksTheReleaseOfTheInstalledGame) {
@@ -215,18 +239,12 @@ TEST(Startup, GoesOnWithoutAMachine) {
   if (machine.prefix.empty())
     GTEST_SKIP() << "Windows is there";
   fs::remove_all(machine.prefix);
+  set_debug(machine);
+  fs::create_directory(machine.data / "info.txt");  // the diagnostic file cannot be written either
   Program program(machine);
   EXPECT_EQ(program.run([&] { load_form(program.form); }), Program::returned);
   EXPECT_EQ(program.form.Label15.text(), "");
   EXPECT_EQ(program.form.Label16.text(), " 32 bit");
   EXPECT_EQ(program.form.pathlist[0], "\\Kettlewick Games\\Vorakai\\");
   EXPECT_FALSE(fs::exists(machine.prefix));
-}
-
-TEST(Startup, GoesOnWithoutADiagnosticFile) {
-  TestMachine machine;
-  set_debug(machine);
-  fs::create_directory(machine.data / "info.txt");
-  Program program(machine);
-  EXPECT_EQ(program.run([&] { load_form(program.form); }), Program::returned);
 }

@@ -6,19 +6,15 @@
 #include <gtest/gtest.h>
 
 TEST(TemplateFiles, TheBaselineGivesTheCurrentVersion) {
-  const struct {
-    const char* text;
-    double version;
-  } cases[] = {{"a\r\nv 4", 4}, {"a\r\nv 12\r\nb", 12}, {"a\r\nx4", 0}, {"v 4", 0}, {"", 0}};
   TestMachine machine;
   Program program(machine);
   TemplateFiles templates(program.files, "v");
-  const auto missing = templates.initnew();
-  ASSERT_FALSE(bool(missing));
-  EXPECT_EQ(missing.failure().path, "vnewstruct0.txt");
-  for (const auto& c : cases) {
-    write_file(machine.data / "vnewstruct0.txt", c.text);
-    EXPECT_EQ(*templates.initnew(), c.version) << c.text;
+  EXPECT_EQ(templates.initnew().failure().path, "vnewstruct0.txt");
+  const std::pair<const char*, double> cases[] = {
+      {"a\r\nv 4", 4}, {"a\r\nv 12\r\nb", 12}, {"a\r\nx4", 0}, {"v 4", 0}, {"", 0}};
+  for (const auto& [text, version] : cases) {
+    write_file(machine.data / "vnewstruct0.txt", text);
+    EXPECT_EQ(*templates.initnew(), version) << text;
   }
 }
 
@@ -33,6 +29,5 @@ TEST(TemplateFiles, AreReadAnewOnceTheirFilesChange) {
   }
   std::filesystem::remove(machine.data / "toldstruct12.txt");
   templates.loadold("12");
-  EXPECT_EQ(templates.oldtemplate().lines.size(), 11u);
-  EXPECT_TRUE(templates.oldtemplate().failure);
+  EXPECT_TRUE(templates.oldtemplate().failure && templates.oldtemplate().lines.size() == 11);
 }

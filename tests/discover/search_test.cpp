@@ -11,8 +11,10 @@ using Found = std::vector<std::string>;
 
 namespace {
 
-// What was found, without the empty element at the end.
-Found found(const Program& program) {
+// Searches both roots; what was found, without the empty element at the end.
+Found find_on(Program& program, const std::string& user, const std::string& game) {
+  program.form.pathlist = {user, game};
+  findgalaxies(program.form);
   const FoundList& list = program.form.foundlist;
   Found paths;
   for (std::size_t i = 0; i + 1 < list.size(); ++i)
@@ -23,11 +25,8 @@ Found found(const Program& program) {
 
 class Search : public testing::Test {
 protected:
-  // Searches both roots.
   Found find(const std::string& user, const std::string& game) {
-    program.form.pathlist = {user, game};
-    findgalaxies(program.form);
-    return found(program);
+    return find_on(program, user, game);
   }
 
   void add(const char* path) { write_file(machine.drive_c / path, "x"); }
@@ -72,22 +71,17 @@ TEST_F(Search, AnEmptyRootIsTheCurrentDrivesWhole) {
   add("sub/b.galaxy");
   machine.data = machine.drive_c / "users";
   Program on_c_drive(machine);
-  on_c_drive.form.pathlist = {"", "C:\\sub"};
-  findgalaxies(on_c_drive.form);
-  EXPECT_EQ(found(on_c_drive), (Found{"C:\\sub\\b.galaxy", "C:\\a.galaxy", "C:\\sub\\b.galaxy"}));
+  EXPECT_EQ(find_on(on_c_drive, "", "C:\\sub"),
+            (Found{"C:\\sub\\b.galaxy", "C:\\a.galaxy", "C:\\sub\\b.galaxy"}));
 }
 
 TEST_F(Search, PassesOverLinksHiddenNamesAndWhatWindowsCannotName) {
   if (machine.prefix.empty())
     GTEST_SKIP() << "a program of Windows makes no such entries";
-  add("r/a.galaxy");
-  add("r/.hidden/b.galaxy");
-  add("r/.galaxy");
-  add("r/back\\slash.galaxy");
-  add("r/what?.galaxy");
-  add("r/folder.galaxy/inside.galaxy");
-  add("r/\xFF.galaxy");
-  add("elsewhere/c.galaxy");
+  for (const char* path :
+       {"r/a.galaxy", "r/.hidden/b.galaxy", "r/.galaxy", "r/back\\slash.galaxy", "r/what?.galaxy",
+        "r/folder.galaxy/inside.galaxy", "r/\xFF.galaxy", "elsewhere/c.galaxy"})
+    add(path);
   fs::create_symlink("../elsewhere", machine.drive_c / "r/link");
   fs::create_symlink("../elsewhere/c.galaxy", machine.drive_c / "r/link.galaxy");
   fs::create_symlink("..", machine.drive_c / "r/up");

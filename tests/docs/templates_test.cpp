@@ -9,14 +9,13 @@
 
 namespace {
 
-// The fenced blocks of one example by their names.
-using Example = std::map<std::string, std::string>;
+using Example = std::map<std::string, std::string>;  // its fenced blocks by their names
 
 std::vector<Example> examples(const std::string& document) {
   std::vector<Example> found(1);
   std::istringstream lines(document);
-  std::string line, block;
-  while (std::getline(lines, line)) {
+  std::string block;
+  for (std::string line; std::getline(lines, line);) {
     if (!line.starts_with("```")) {
       if (!block.empty())
         found.back()[block] += line + "\r\n";
@@ -34,10 +33,9 @@ std::vector<Example> examples(const std::string& document) {
 }
 
 Result<std::string> file(const Example& example, const std::string& block) {
-  const auto text = example.find(block);
-  if (text == example.end())
+  if (!example.contains(block))
     return Failure{block, "read it", "the file is missing", true};
-  return text->second;
+  return example.at(block);
 }
 
 }  // namespace
@@ -51,12 +49,9 @@ TEST(TemplatesDocument, ItsExamplesDoWhatTheySay) {
     const auto result = (fix ? fix_pass : first_pass)(
         index_old("old", file(example, prefix + "old")),
         index_new("new", file(example, prefix + "new")), LineArray::split(*file(example, "map")));
-    if (result) {
-      EXPECT_EQ(*result, example.contains("result") ? example.at("result") : "an error");
-      continue;
-    }
-    const std::string& reason = result.failure().reason;  // the section's header may follow a colon
-    EXPECT_EQ(reason.substr(0, reason.find(": ")) + "\r\n",
-              example.contains("error") ? example.at("error") : "a result");
+    const std::string reason = result ? "" : result.failure().reason;
+    EXPECT_EQ(*file(example, example.contains("result") ? "result" : "error"),
+              result ? *result : reason.substr(0, reason.find(": ")) + "\r\n");
+    EXPECT_EQ(example.contains("result"), bool(result));
   }
 }

@@ -19,28 +19,18 @@ TEST(Services, RegistryAccessKnowsThreeModesInAnyCase) {
   EXPECT_FALSE(system.registry.contains("K\\Path"));
 }
 
-TEST(Services, SpecialFoldersTellTwoOfTheirFailures) {
-  const struct {
-    std::uint32_t status;
-    const char* folder;
-    std::vector<std::string> messages;
-  } cases[] = {
-      {0, "C:\\folder", {}},
-      {1, "", {"The folder does not exist"}},
-      {0x80070057, "", {"An invalid folder ID was specified"}},
-      {0x80004005, "", {}},
-  };
-  for (const auto& c : cases) {
-    FakeSystem system;
-    system.folder.status = c.status;
-    std::vector<std::string> told;
-    const ShowMessage tell = [&](const std::string& text) { told.push_back(text); };
-    EXPECT_EQ(getmydocs(system, tell), c.folder);
-    EXPECT_EQ(system.asked_folder, 32773u);
-    EXPECT_EQ(told, c.messages);
-    EXPECT_EQ(getlocalappdata(system, tell), c.folder);
-    EXPECT_EQ(system.asked_folder, 32796u);
+TEST(Services, SpecialFoldersReportTwoOfTheirFailures) {
+  FakeSystem system;
+  std::string told;
+  const ShowMessage tell = [&](const std::string& text) { told += text + "\n"; };
+  EXPECT_EQ(getmydocs(system, tell), "C:\\folder");
+  EXPECT_EQ(system.asked_folder, 0x8005u);
+  for (const std::uint32_t status : {1u, 0x80070057u, 0x80004005u}) {
+    system.folder.status = status;
+    EXPECT_EQ(getlocalappdata(system, tell), "");
+    EXPECT_EQ(system.asked_folder, 0x801Cu);
   }
+  EXPECT_EQ(told, "The folder does not exist\nAn invalid folder ID was specified\n");
 }
 
 TEST(Services, OwnFolderEndsInOneBackslash) {
@@ -59,15 +49,26 @@ TEST(Services, AMachineHas64BitsByItsSecondProgramFolder) {
   EXPECT_FALSE(is64bit(system, program.files, ""));
   system.version->platform = 1;
   EXPECT_FALSE(is64bit(system, program.files, "C:"));
-  system.version.reset();
-  EXPECT_FALSE(is64bit(system, program.files, "C:"));
 }
 
-TEST(Services, ReleasesAreFourUnsignedNumbers) {
+TEST(OsVersion, TheFirstRowThatFitsNamesAVersion) {
+  FakeSystem system;
+  const auto name = [&](std::uint32_t platform, std::uint32_t major, std::uint32_t minor) {
+    system.version = OsVersion{platform, major, minor};
+    return getosshortname(system);
+  };
+  EXPECT_EQ(name(1, 4, 0) + name(1, 9, 90) + name(1, 4, 10), "95ME98");
+  EXPECT_EQ(name(2, 5, 2) + name(2, 5, 3) + name(2, 6, 2), "WinXP x64 Winxp x64?Win7+ x64?");
+  EXPECT_EQ(name(2, 3, 10) + name(2, 10, 0) + name(3, 6, 1), "");
+  EXPECT_FALSE(name(2, 6, 1).empty() || isvista(system) || !iswin7(system));
+  system.version.reset();
+  EXPECT_EQ(getosshortname(system), "");
+  EXPECT_FALSE(isvista(system) || iswin7(system));
+}
+
+TEST(OsVersion, ReleasesAreFourUnsignedNumbers) {
   FakeSystem system;
   EXPECT_EQ(getexeversion(system, "any"), "");
   system.product = ProductVersion{0x00010002, 0x8000FFFF};
   EXPECT_EQ(getexeversion(system, "any"), "1.2.32768.65535");
-  system.product = ProductVersion{0, 0};
-  EXPECT_EQ(getexeversion(system, "any"), "0.0.0.0");
 }

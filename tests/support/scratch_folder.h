@@ -1,4 +1,4 @@
-// A folder of a test's own on Windows, and what tests do with files by the system's own means.
+// A folder of a test's own on Windows.
 #pragma once
 
 #include "platform/windows/find_file.h"
@@ -6,9 +6,6 @@
 #include "platform/windows/wide_text.h"
 
 #include <filesystem>
-#include <fstream>
-#include <map>
-#include <sstream>
 #include <string>
 
 #include <windows.h>
@@ -45,31 +42,6 @@ public:
   ~ScratchFolder() { remove_folder(system_path(path).wstring()); }
 
   std::string operator/(const std::string& name) const { return path + "\\" + name; }
-
-  // Makes a file, and the folders on the way.
-  void add(const std::string& name, std::string_view text, DWORD attributes = 0) const {
-    const auto file = system_path(*this / name);
-    std::filesystem::create_directories(file.parent_path());
-    std::ofstream(file, std::ios::binary) << text;
-    if (attributes)
-      SetFileAttributesW(file.c_str(), attributes);
-  }
-
-  DWORD attributes_of(const std::string& name) const {
-    return GetFileAttributesW(system_path(*this / name).c_str());
-  }
-
-  // The names of the folder's files, each with its content.
-  std::map<std::string, std::string> tree() const {
-    std::map<std::string, std::string> found;
-    for (const auto& entry : std::filesystem::directory_iterator(system_path(path))) {
-      std::ostringstream text;
-      if (entry.is_regular_file())
-        text << std::ifstream(entry.path(), std::ios::binary).rdbuf();
-      found[narrow(entry.path().filename().wstring())] = text.str();
-    }
-    return found;
-  }
 
   std::string path;  // without "\" at its end
 };

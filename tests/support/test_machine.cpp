@@ -59,8 +59,8 @@ std::string read_file(const fs::path& path) {
   return text.str();
 }
 
-std::map<std::string, std::string> tree(const fs::path& folder) {
-  std::map<std::string, std::string> found;
+Tree tree(const fs::path& folder) {
+  Tree found;
   for (const auto& entry : fs::recursive_directory_iterator(folder)) {
     const std::string name = entry.path().lexically_relative(folder).generic_string();
     if (entry.is_symlink())

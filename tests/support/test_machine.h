@@ -66,7 +66,8 @@ std::string read_file(const std::filesystem::path& path);
 
 // The names below a folder, relative to it, folders left out, each with its file's content; links
 // have their target.
-std::map<std::string, std::string> tree(const std::filesystem::path& folder);
+using Tree = std::map<std::string, std::string>;
+Tree tree(const std::filesystem::path& folder);
 
 // The program on a machine.
 struct Program {

@@ -3,7 +3,6 @@
 #include "platform/prefix/registry.h"
 
 #include "platform/files.h"
-#include "platform/mapfolder.h"
 #include "platform/prefix/folder_names.h"
 #include "platform/prefix/handle.h"
 #include "platform/prefix/letter_case.h"
@@ -58,10 +57,10 @@ bool replace_file(const fs::path& file, std::string_view text) {
   Disk& disk = system_disk();
   const auto folder = open_path(disk, target.parent_path().string(), O_RDONLY | O_DIRECTORY);
   for_each_name(folder, [&](const char* name, unsigned char) {
-    if (MapFolder::is_temporary(name))
+    if (OpenMap::is_temporary(name))
       remove_stale_temporary(folder, name);
   });
-  const auto temporary = MapFolder::temporary_name();
+  const auto temporary = OpenMap::temporary_name();
   const auto handle = open_at(folder, temporary, O_WRONLY | O_CREAT | O_EXCL, 0600);
   const bool replaced =
       write_flushed(handle, text, exists ? status.st_mode & 07777 : 0644) &&

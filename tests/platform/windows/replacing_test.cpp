@@ -1,33 +1,26 @@
-// How a map gives way to its converted self on Windows.
+// What only Windows has of a map: attributes, and files that are held for a moment.
 #include "platform/replacing.h"
 
-#include "platform/windows/windows_files.h"
 #include "platform/windows/windows_map.h"
 #include "tests/support/scratch_folder.h"
+#include "tests/support/test_machine.h"
 
 #include <gtest/gtest.h>
 
 #include <numeric>
 
-using Tree = std::map<std::string, std::string>;
-
 namespace {
 
-class Replace : public testing::Test {
+class ReplaceOnWindows : public testing::Test {
 protected:
-  Replace() { scratch.add("a.galaxy", "old"); }
+  ReplaceOnWindows() { write_file(maps / "a.galaxy", "old"); }
 
   static Replacement wanted() { return {"old", {{"a.galfix", "fix"}}, "new", "a.galold"}; }
 
-  Result<Done> replace() {
-    const auto map = files.open_map(scratch / "a.galaxy");
-    return map ? replace_map(**map, wanted()) : map.failure();
-  }
-
   // Holds a file as a virus scanner does, sharing nothing or reading alone.
   Handle hold(const char* name, DWORD share) const {
-    Handle holder(CreateFileW(system_path(scratch / name).c_str(), GENERIC_READ, share, nullptr,
-                              OPEN_EXISTING, 0, nullptr));
+    Handle holder(CreateFileW((maps / name).c_str(), GENERIC_READ, share, nullptr, OPEN_EXISTING, 0,
+                              nullptr));
     EXPECT_TRUE(bool(holder));
     return holder;
   }
@@ -35,7 +28,7 @@ protected:
   // Replaces the map; `waiting` is called instead of each wait, which `waits` counts.
   Result<Done> replace_waiting(const std::function<void()>& waiting) {
     waits.clear();
-    WindowsMap map(scratch / "a.galaxy", system_path(scratch.path).wstring(), "a.galaxy", "old",
+    WindowsMap map("C:\\m\\a.galaxy", maps.wstring(), "a.galaxy", "old",
                    RetryBudget([&](DWORD milliseconds) {
                      waits.push_back(milliseconds);
                      waiting();
@@ -45,8 +38,8 @@ protected:
 
   std::vector<DWORD> waits;
   const Tree replaced = {{"a.galaxy", "new"}, {"a.galfix", "fix"}, {"a.galold", "old"}};
-  ScratchFolder scratch;
-  WindowsFiles files;
+  TestMachine machine;
+  const std::filesystem::path maps = machine.drive_c / "m";
 };
 
 // A map on a file system without hard links.
@@ -58,45 +51,31 @@ public:
 
 }  // namespace
 
-TEST_F(Replace, LeavesTheBackupAndNothingElse) {
-  ASSERT_TRUE(bool(replace()));
-  EXPECT_EQ(scratch.tree(), replaced);
-  for (const char* name : {"a.galaxy", "a.galfix", "a.galold"})
-    EXPECT_FALSE(scratch.attributes_of(name) & (FILE_ATTRIBUTE_HIDDEN | FILE_ATTRIBUTE_READONLY));
+TEST_F(ReplaceOnWindows, FilesKeepTheMapsAttributes) {
+  for (const DWORD attributes : {FILE_ATTRIBUTE_NORMAL, FILE_ATTRIBUTE_READONLY}) {
+    for (const bool links : {true, false}) {
+      remove_folder(maps.wstring());
+      for (const char* name : {"a.galaxy", "a.galfix"}) {
+        write_file(maps / name, "old");
+        SetFileAttributesW((maps / name).c_str(), attributes);
+      }
+      WindowsMap with("C:\\m\\a.galaxy", maps.wstring(), "a.galaxy", "old");
+      WithoutLinks without("C:\\m\\a.galaxy", maps.wstring(), "a.galaxy", "old");
+      ASSERT_TRUE(bool(replace_map(links ? with : without, wanted())));
+      EXPECT_EQ(tree(maps), replaced);
+      for (const auto& [name, text] : replaced)
+        EXPECT_EQ(GetFileAttributesW((maps / name).c_str()) &
+                      (FILE_ATTRIBUTE_HIDDEN | FILE_ATTRIBUTE_READONLY),
+                  attributes & FILE_ATTRIBUTE_READONLY)
+            << name;
+    }
+  }
 }
 
-TEST_F(Replace, CopiesTheBackupWhereThereAreNoSecondNames) {
-  WithoutLinks map(scratch / "a.galaxy", system_path(scratch.path).wstring(), "a.galaxy", "old");
-  ASSERT_TRUE(bool(replace_map(map, wanted())));
-  EXPECT_EQ(scratch.tree(), replaced);
-  EXPECT_FALSE(scratch.attributes_of("a.galold") & FILE_ATTRIBUTE_HIDDEN);
-}
-
-TEST_F(Replace, AReadOnlyMapStaysReadOnly) {
-  scratch.add("a.galaxy", "old", FILE_ATTRIBUTE_READONLY);
-  scratch.add("a.galfix", "earlier", FILE_ATTRIBUTE_READONLY);
-  ASSERT_TRUE(bool(replace()));
-  EXPECT_EQ(scratch.tree(), replaced);
-  for (const char* name : {"a.galaxy", "a.galfix", "a.galold"})
-    EXPECT_TRUE(scratch.attributes_of(name) & FILE_ATTRIBUTE_READONLY) << name;
-}
-
-TEST_F(Replace, KeepsTheFirstBackupAndTakesOneThatHoldsTheSame) {
-  scratch.add("A.GALOLD", "first");
-  ASSERT_TRUE(bool(replace()));
-  Tree expected = replaced;
-  expected["A.GALOLD2"] = "first";
-  EXPECT_EQ(scratch.tree(), expected);
-  scratch.add("a.galaxy", "old");
-  SetFileAttributesW(system_path(scratch / "a.galold").c_str(), FILE_ATTRIBUTE_READONLY);
-  ASSERT_TRUE(bool(replace()));
-  EXPECT_EQ(scratch.tree(), expected);
-}
-
-TEST_F(Replace, WaitsForFilesThatAreHeldForAMoment) {
+TEST_F(ReplaceOnWindows, WaitsForFilesThatAreHeldForAMoment) {
   for (const DWORD share : {DWORD{0}, DWORD{FILE_SHARE_READ}}) {
-    scratch.add("a.galaxy", "old");
-    scratch.add("a.galfix", "earlier");
+    write_file(maps / "a.galaxy", "old");
+    write_file(maps / "a.galfix", "earlier");
     Handle map = hold("a.galaxy", share);
     Handle companion = hold("a.galfix", share);
     const auto done = replace_waiting([&] {
@@ -107,15 +86,15 @@ TEST_F(Replace, WaitsForFilesThatAreHeldForAMoment) {
     });
     EXPECT_TRUE(bool(done)) << done.failure().text();
     EXPECT_EQ(waits, (std::vector<DWORD>{15, 30, 60, 120}));
-    EXPECT_EQ(scratch.tree(), replaced);
+    EXPECT_EQ(tree(maps), replaced);
   }
 }
 
 // However many of its files are held, a map is waited for under two seconds, of which reading it
 // took as long as replacing it.
-TEST_F(Replace, LeavesAloneAMapWhoseFilesAreHeldForLong) {
-  scratch.add("a.galfix", "earlier");
-  const Tree before = scratch.tree();
+TEST_F(ReplaceOnWindows, SkipsAMapWhoseFilesAreHeldForLong) {
+  write_file(maps / "a.galfix", "earlier");
+  const Tree before = tree(maps);
   Handle map = hold("a.galaxy", 0);
   Handle companion = hold("a.galfix", 0);
   const auto done = replace_waiting([&] {
@@ -127,5 +106,5 @@ TEST_F(Replace, LeavesAloneAMapWhoseFilesAreHeldForLong) {
   EXPECT_EQ(waits.size(), 6u);
   EXPECT_LT(std::accumulate(waits.begin(), waits.end(), DWORD{0}), 1000u);
   companion = Handle();
-  EXPECT_EQ(scratch.tree(), before);
+  EXPECT_EQ(tree(maps), before);
 }

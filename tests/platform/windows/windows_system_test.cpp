@@ -3,6 +3,7 @@
 
 #include "tests/support/moved_folder.h"
 #include "tests/support/scratch_folder.h"
+#include "tests/support/test_machine.h"
 #include "tools/executable.h"
 
 #include <gtest/gtest.h>
@@ -26,6 +27,8 @@ protected:
     return system.reg_read(key + name).value_or("nothing");
   }
 
+  TestMachine machine;
+  const std::string folder = "C:\\users\\me\\";
   std::vector<std::string> notices;
   WindowsSystem system{[this](const std::string& text) { notices.push_back(text); }};
 };
@@ -62,9 +65,8 @@ TEST_F(WindowsSystemTest, KnowsTheVersionThatTheNameTableHas) {
 }
 
 TEST_F(WindowsSystemTest, FindsTheUsersFoldersWhateverTheirNames) {
-  const ScratchFolder scratch;
   for (const char* name : {"plain", "Łukasz", "Дмитрий", "漢字"}) {
-    const std::string expected = scratch / name;
+    const std::string expected = folder + name;
     const MovedFolder moved(L"Local AppData", expected);
     const FolderPath answer = system.folder_path(0x801C);
     EXPECT_EQ(answer.status, FolderPath::ok);
@@ -76,24 +78,19 @@ TEST_F(WindowsSystemTest, FindsTheUsersFoldersWhateverTheirNames) {
 }
 
 TEST_F(WindowsSystemTest, ReadsProductVersions) {
-  const ScratchFolder scratch;
-  for (const bool wide : {false, true}) {
-    for (const char* name : {"game.exe", "Größe\\game.exe", "Игры\\漢字\\game.exe"}) {
-      scratch.add(name, Executable{{1, 40000, 0, 65535}, {9, 9, 9, 9}, wide}.bytes());
-      const auto version = system.product_version(scratch / name);
-      ASSERT_TRUE(version) << name << wide;
-      EXPECT_EQ(version->high, 1u << 16 | 40000u);
-      EXPECT_EQ(version->low, 65535u);
+  Executable game{{1, 40000, 0, 65535}};
+  for (const std::string place : {"", "Größe\\", "Игры\\漢字\\"}) {
+    for (const bool has_version : {true, false}) {
+      game.version_resource = has_version;
+      write_file(system_path(folder + place + "game.exe"), game.bytes());
+      const auto version = system.product_version(folder + place + "game.exe");
+      ASSERT_EQ(version.has_value(), has_version) << place;
+      EXPECT_TRUE(!version || (version->high == (1u << 16 | 40000u) && version->low == 65535u));
     }
   }
-  Executable without;
-  without.version_resource = false;
-  scratch.add("without.exe", without.bytes());
-  scratch.add("Игры\\without.exe", without.bytes());
-  scratch.add("text.exe", "no executable");
-  for (const char* name :
-       {"without.exe", "Игры\\without.exe", "text.exe", "missing.exe", "", "漢字.exe"})
-    EXPECT_FALSE(system.product_version(scratch / name)) << name;
+  write_file(system_path(folder + "text.exe"), "no executable");
+  for (const char* name : {"text.exe", "missing.exe", "", "漢字.exe"})
+    EXPECT_FALSE(system.product_version(folder + name)) << name;
 }
 
 TEST_F(WindowsSystemTest, KnowsItsSurroundings) {
@@ -134,9 +131,9 @@ TEST(Wide, TextsSurviveTheWayToWindowsAndBack) {
   EXPECT_EQ(widen("\xFF"), L"\xFFFD");
   EXPECT_EQ(from_code_page(to_code_page("plain").value()), "plain");
   EXPECT_TRUE(GetACP() == CP_UTF8 || !to_code_page("漢字 Ж ü"));
-  const ScratchFolder scratch;
-  scratch.add("漢字 Ж\\x", "");
-  const auto path = code_page_path(scratch / "漢字 Ж\\x");
+  const TestMachine machine;
+  write_file(system_path("C:\\users\\me\\漢字 Ж\\x"), "");
+  const auto path = code_page_path("C:\\users\\me\\漢字 Ж\\x");
   EXPECT_TRUE(!path || GetFileAttributesA(path->c_str()) != INVALID_FILE_ATTRIBUTES);
 }
 

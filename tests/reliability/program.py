@@ -1,0 +1,347 @@
+#!/usr/bin/env python3
+"""Gives the program itself trouble: kills, two runs at once, what a user may not do, a full disk, odd
+machines and power cuts. No map may ever be lost.
+
+    program.py BUILDFOLDER [--kills N] [--cuts N] [--seed N]
+
+N kills for each edition (100), and N power cuts for each edition and file system (20). The seed
+repeats a run's random moments. What needs root, mounts or mkfs is skipped where that is missing.
+"""
+import argparse
+import contextlib
+import fcntl
+import os
+import pathlib
+import random
+import shutil
+import signal
+import statistics
+import struct
+import subprocess
+import sys
+import tempfile
+import time
+
+COUNT = 15  # maps
+NOBODY = 65534
+MEGABYTE = 1 << 20
+DISK = 320 * MEGABYTE  # some kinds want 300 MB
+SHUT_DOWN, FLUSHING_NOTHING = 0x8004587D, 2  # XFS_IOC_GOINGDOWN, which ext4 knows too
+EDITIONS = {
+    "base": "AppData/Local/Kettlewick Games/Vorakai",
+    "expansion": "Documents/My Games/Kettlewick Games/Vorakai Tarnfall",
+}
+
+
+def tree(folder):
+    """The files below a folder with their contents."""
+    return {str(p.relative_to(folder)): p.read_bytes() for p in folder.rglob("*") if p.is_file()}
+
+
+@contextlib.contextmanager
+def mounted(*arguments):
+    subprocess.run(["mount", *arguments], check=True)
+    try:
+        yield
+    finally:
+        subprocess.run(["umount", "-l", arguments[-1]], check=True)
+
+
+def put(path, content):
+    path.parent.mkdir(parents=True, exist_ok=True)
+    path.write_bytes(content)
+
+
+class Machine:
+    """A sample machine whose only maps are in `maps`."""
+
+    def __init__(self, build, program, scratch, edition):
+        self.root = pathlib.Path(scratch) / edition
+        subprocess.run(["bash", "-c", 'source scripts/common.sh; make_sample "$@"', "bash", edition,
+                        str(self.root), str(build)], check=True)
+        found = [p for p in self.root.rglob("*") if p.suffix.lower() == ".galaxy" and p.is_file()]
+        sample = "Rung One" if edition == "expansion" else "Amber Reach"
+        self.old = next(p for p in found if p.stem == sample).read_bytes()
+        for path in found:
+            path.unlink()
+        self.edition = edition
+        self.drive = self.root / "machine/drive_c"
+        self.user = self.drive / "users/player" / EDITIONS[edition]
+        self.maps = self.user / "maps"
+        self.program = program
+        self.sanitized = b"__asan_init" in pathlib.Path(program).read_bytes()
+        self.converted = None
+
+    def start(self, **how):
+        hidden = ("DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM")
+        environment = {k: v for k, v in os.environ.items() if k not in hidden}
+        environment.update(WINEPREFIX=str(self.root / "machine"), LC_ALL="C.UTF-8")
+        return subprocess.Popen([self.program, "/silent"], cwd=self.root / "data", env=environment,
+                                stdout=subprocess.PIPE, stderr=subprocess.STDOUT, **how)
+
+    def run(self, megabytes=None, said="", **how):
+        """Runs the program to its end; it must say that and use at most that much memory."""
+        process = self.start(**how)
+        told = process.stdout.read().decode()
+        _, status, usage = os.wait4(process.pid, 0)
+        process.returncode = os.waitstatus_to_exitcode(status)
+        assert told == said or said and said in told, told
+        assert process.returncode == (1 if said else 0), process.returncode
+        if megabytes:
+            print(f"memory: {usage.ru_maxrss // 1024} of {megabytes} MB")
+            assert self.sanitized or usage.ru_maxrss <= megabytes * 1024
+        return told
+
+    def map(self, i):
+        return self.old + b"~map %d\r\n" % i
+
+    def fill(self, count=COUNT):
+        """Makes maps without a backup, with an older one of other content, or with an equal one."""
+        shutil.rmtree(self.maps, ignore_errors=True)
+        for i in range(count):
+            put(self.maps / f"map{i}.galaxy", self.map(i))
+            if i % 3:
+                put(self.maps / f"map{i}.GALold", self.map(1000 + i) if i % 3 == 1 else self.map(i))
+
+    def measure(self):
+        """Looks at a few runs that nobody disturbs."""
+        times = []
+        for _ in range(5):
+            self.fill()
+            start = time.monotonic()
+            self.run()
+            times.append(time.monotonic() - start)
+        self.median = statistics.median(times)
+        self.converted = tree(self.maps)
+        for i in range(COUNT):
+            assert self.converted[f"map{i}.galaxy"] != self.map(i)
+        self.check(self.converted)
+
+    def any_moment(self):
+        time.sleep(random.uniform(0, self.median))
+
+    def check(self, left):
+        """Checks the promise; returns whether some maps are converted and some are not."""
+        done = 0
+        for i in range(COUNT):
+            own = left[f"map{i}.galaxy"]
+            backups = [c for n, c in left.items() if n.lower().startswith(f"map{i}.galold")]
+            assert own in (self.map(i), self.converted[f"map{i}.galaxy"]), f"map{i} is half converted"
+            assert own == self.map(i) or self.map(i) in backups, f"map{i} is lost"
+            assert i % 3 != 1 or self.map(1000 + i) in backups, f"map{i}'s older backup is lost"
+            done += own != self.map(i)
+        return 0 < done < COUNT
+
+    def finish(self):
+        """A run to its end must leave what undisturbed ones do."""
+        self.run()
+        assert tree(self.maps) == self.converted
+
+
+def kill(machine, kills):
+    midway = done = 0
+    while done < kills:
+        machine.fill()
+        killed = True
+        while killed and done < kills:
+            process = machine.start()
+            machine.any_moment()
+            process.kill()
+            killed = process.wait() == -signal.SIGKILL
+            done += killed
+            midway += killed and machine.check(tree(machine.maps))
+        machine.finish()
+    print(f"{machine.edition}: {kills} kills, {midway} with some maps converted and some not")
+    assert midway
+
+
+def run_two_at_once(machine):
+    """Each skips the maps that the other is converting; now and then one is killed."""
+    for i in range(20):
+        machine.fill()
+        pair = machine.start(), machine.start()
+        machine.any_moment()
+        if i % 2:
+            pair[1].kill()
+        for process in pair:
+            process.communicate()
+        machine.check(tree(machine.maps))
+        machine.finish()
+
+
+def run_as_nobody(machine):
+    """What the user may not do is reported, and the rest is converted."""
+    for path in (machine.root.parent, *machine.drive.parents):
+        if str(path).startswith(str(machine.root.parent)):
+            path.chmod(0o755)
+    cases = [
+        # the map, whether it is the user's, its mode, and why it is skipped
+        ("readonly/a.galaxy", False, 0o644, "Permission denied"),
+        ("unreadable/b.galaxy", False, 0o600, "Permission denied"),
+        ("longname/" + "x" * 248 + ".galaxy", True, 0o644, "File name too long"),
+        ("taken/c.galaxy", True, 0o644, "a folder has the name c.galold"),
+        ("fine/d.galaxy", True, 0o640, None),
+        ("nolinks/e.galaxy", None, 0o6664, None),  # only the folder is
+    ]
+    shutil.rmtree(machine.maps, ignore_errors=True)
+    for name, ours, mode, _ in cases:
+        path = machine.maps / name
+        put(path, machine.old)
+        if ours:
+            os.chown(path, NOBODY, NOBODY)
+        if ours is not False:
+            os.chown(path.parent, NOBODY, NOBODY)
+        path.chmod(mode)
+    put(machine.maps / "longname" / ("x" * 248 + ".galold"), b"older")
+    (machine.maps / "taken/c.galold").mkdir()
+    told = machine.run(said="Permission denied", user=NOBODY, group=NOBODY, extra_groups=[])
+    for name, _, _, reason in cases:
+        path = machine.maps / name
+        assert (path.read_bytes() == machine.old) == bool(reason), name
+        lines = [line for line in told.splitlines() if path.name in line]
+        assert reason in lines[0] if reason else not lines, told
+    # Its backup is a copy, as nobody may link to somebody else's file; what the user makes of it
+    # does nothing in the user's name, nor shows the user's group what was another group's.
+    result, backup = ((machine.maps / "nolinks" / name).stat() for name in ("e.galaxy", "e.galold"))
+    assert result.st_mode & 0o7777 == 0o604
+    if open("/proc/sys/fs/protected_hardlinks").read() == "1\n":
+        assert backup.st_uid == NOBODY
+    assert len(list((machine.maps / "longname").iterdir())) == 2
+
+
+def fill_disk(machine):
+    """A full disk loses nothing, and the rest is converted later."""
+    machine.maps.mkdir(exist_ok=True)
+    with mounted("-t", "tmpfs", "-o", "size=120k", "none", machine.user):
+        machine.fill()
+        machine.run(said="No space left on device")
+        machine.check(tree(machine.maps))
+        subprocess.run(["mount", "-o", "remount,size=4m", machine.user], check=True)
+        machine.finish()
+
+
+def run_odd_machines(machine):
+    """Machines that are large and deep: time and memory follow what the program is given."""
+    registry = machine.root / "machine/system.reg"
+    plain = registry.read_bytes()
+    many = rb"[Software\\Some\\Key] 1" + b'\n"Name"="text"\n"Data"=hex:01,\\\n  03\n\n'
+    size = (5 if machine.sanitized else 100) * MEGABYTE
+    large = rb"[Software\\Large] 1" + b'\n"Name"="' + b"v" * MEGABYTE + b'"\n\n'
+    with open(registry, "wb") as file:  # in pieces: a process begins with the memory of its parent
+        for _ in range(size // MEGABYTE):
+            file.write(many * (MEGABYTE // len(many)))
+        file.write(large + plain)
+    machine.fill()
+    machine.run(megabytes=24)
+    machine.check(tree(machine.maps))
+    registry.write_bytes(plain)
+
+    shutil.rmtree(machine.maps)
+    machine.maps.mkdir()
+    below = os.open(machine.maps, os.O_RDONLY)
+    for _ in range(2000):  # deeper than the system takes a path in one piece
+        os.mkdir("deep", dir_fd=below)
+        above, below = below, os.open("deep", os.O_RDONLY, dir_fd=below)
+        os.close(above)
+    opener = lambda name, flags: os.open(name, flags, 0o644, dir_fd=below)
+    with open("map0.galaxy", "wb", opener=opener) as file:
+        file.write(machine.map(0))
+    machine.run(megabytes=96)
+    with open("map0.galaxy", "rb", opener=opener) as file:
+        assert file.read() == machine.converted["map0.galaxy"]
+    os.close(below)
+    subprocess.run(["rm", "-rf", machine.maps], check=True)
+
+    for i in range(2000 if machine.sanitized else 50000):
+        old = i < COUNT
+        put(machine.maps / f"map{i}.galaxy",
+            machine.map(i) if old else machine.converted["map0.galaxy"])
+    machine.run(megabytes=24)
+    for i in range(COUNT):
+        content = (machine.maps / f"map{i}.galaxy").read_bytes()
+        assert content == machine.converted[f"map{i}.galaxy"]
+    shutil.rmtree(machine.maps)
+
+
+def cut_power(machine, kind, cuts):
+    """Stops a file system as a power cut would: what is not on the disk yet never gets there."""
+    image = machine.root / "disk"
+    with open(image, "wb") as file:
+        file.truncate(DISK)
+    subprocess.run(["mkfs." + kind, "-q", "-F" if kind == "ext4" else "-f", image], check=True)
+    midway = 0
+    with mounted("-o", "loop", image, machine.user):
+        machine.measure()
+    for _ in range(cuts):
+        with mounted("-o", "loop", image, machine.user):
+            machine.fill()
+            subprocess.run(["sync", "-f", machine.user], check=True)
+            process = machine.start()
+            machine.any_moment()
+            folder = os.open(machine.user, os.O_RDONLY)
+            fcntl.ioctl(folder, SHUT_DOWN, struct.pack("I", FLUSHING_NOTHING))
+            os.close(folder)
+            process.kill()
+            process.communicate()
+        with mounted("-o", "loop", image, machine.user):
+            midway += machine.check(tree(machine.maps))
+            machine.finish()
+    print(f"{machine.edition}, {kind}: {cuts} power cuts, {midway} amid conversions")
+    assert midway
+
+
+def succeeds(*command):
+    return subprocess.run(command, capture_output=True, check=False).returncode == 0
+
+
+def can_make(kind, scratch):
+    """Whether a file system of a kind can be made and mounted."""
+    image, folder = os.path.join(scratch, kind), os.path.join(scratch, "mounted")
+    os.makedirs(folder, exist_ok=True)
+    with open(image, "wb") as file:
+        file.truncate(DISK)
+    return (shutil.which("mkfs." + kind) and succeeds("mkfs." + kind, "-q", image) and
+            succeeds("mount", "-o", "loop", image, folder) and succeeds("umount", folder))
+
+
+def attempt(test, possible, *arguments):
+    if possible:
+        test(*arguments)
+    else:
+        print("skipped:", test.__name__, *arguments[1:])
+
+
+def main():
+    parser = argparse.ArgumentParser()
+    parser.add_argument("build", type=pathlib.Path)
+    parser.add_argument("--kills", type=int, default=100)
+    parser.add_argument("--cuts", type=int, default=20)
+    parser.add_argument("--seed", type=int, default=random.randrange(1 << 16))
+    options = parser.parse_args()
+    mounts = "OWN_MOUNTS" in os.environ
+    if not mounts and succeeds("unshare", "-m", "true"):  # what is mounted goes with the process
+        os.environ["OWN_MOUNTS"] = "1"
+        os.execvp("unshare", ["unshare", "-m", sys.executable, *sys.argv])
+    build = options.build.resolve()
+    os.chdir(pathlib.Path(__file__).resolve().parents[2])
+    print(f"--seed {options.seed}")
+    random.seed(options.seed)
+    memory = "/dev/shm" if os.path.isdir("/dev/shm") else None
+    with tempfile.TemporaryDirectory(dir=memory) as scratch, tempfile.TemporaryDirectory() as public:
+        os.chmod(public, 0o755)  # every user may start the program
+        program = shutil.copy(build / "vora-map-updater", public)
+        for edition in EDITIONS:
+            machine = Machine(build, program, scratch, edition)
+            machine.measure()
+            kill(machine, options.kills)
+            run_two_at_once(machine)
+            if edition == "base":
+                run_odd_machines(machine)
+                attempt(run_as_nobody, os.geteuid() == 0, machine)
+                attempt(fill_disk, mounts, machine)
+            for kind in ("ext4", "xfs"):
+                attempt(cut_power, mounts and can_make(kind, scratch), machine, kind, options.cuts)
+
+
+if __name__ == "__main__":
+    main()
