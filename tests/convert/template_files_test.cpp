@@ -11,10 +11,14 @@ TEST(TemplateFiles, TheBaselineGivesTheCurrentVersion) {
   TemplateFiles templates(program.files, "v");
   EXPECT_EQ(templates.initnew().failure().path, "vnewstruct0.txt");
   const std::pair<const char*, double> cases[] = {
-      {"a\r\nv 4", 4}, {"a\r\nv 12\r\nb", 12}, {"a\r\nx4", 0}, {"v 4", 0}, {"", 0}};
+      {"a\r\nv 4", 4}, {"a\r\nv 12\r\nb", 12}, {"a\r\nv 0", 0}};
   for (const auto& [text, version] : cases) {
     write_file(machine.data / "vnewstruct0.txt", text);
     EXPECT_EQ(*templates.initnew(), version) << text;
+  }
+  for (const char* text : {"a\r\nx4", "a\r\n", "v 4", ""}) {
+    write_file(machine.data / "vnewstruct0.txt", text);
+    EXPECT_FALSE(bool(templates.initnew())) << text;
   }
 }
 
