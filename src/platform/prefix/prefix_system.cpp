@@ -17,8 +17,8 @@ namespace fs = std::filesystem;
 namespace {
 
 constexpr char windows_nt[] = R"(HKEY_LOCAL_MACHINE\Software\Microsoft\Windows NT\CurrentVersion\)";
-constexpr char shell_folders[] =
-    R"(HKEY_CURRENT_USER\Software\Microsoft\Windows\CurrentVersion\Explorer\Shell Folders\)";
+constexpr char explorer[] =
+    R"(HKEY_CURRENT_USER\Software\Microsoft\Windows\CurrentVersion\Explorer\)";
 
 // Where Windows sets variables of the user's session by name.
 constexpr char session_key[] = R"(HKEY_CURRENT_USER\Volatile Environment\)";
@@ -52,13 +52,15 @@ constexpr struct {
 constexpr std::size_t most_variables = 200;    // in one text, at any level: bounds the recursion
 constexpr std::size_t longest_result = 32767;  // of an expansion, as in Windows
 
+constexpr char local_app_data[] = "Local AppData";
+
 constexpr std::uint32_t create_flag = 0x8000;  // CSIDL_FLAG_CREATE
 constexpr std::uint32_t nt_family = 2;         // VER_PLATFORM_WIN32_NT
 
 // The registry's name for the folder of a CSIDL value; null for any other value.
 const char* folder_name(std::uint32_t csidl) {
   if (csidl == 0x1C)  // CSIDL_LOCAL_APPDATA
-    return "Local AppData";
+    return local_app_data;
   return csidl == 0x05 ? "Personal" : nullptr;  // CSIDL_PERSONAL
 }
 
@@ -196,7 +198,7 @@ FolderPath PrefixSystem::folder_path(std::uint32_t csidl) {
   const char* const name = folder_name(csidl & ~create_flag);
   if (!name)
     return {FolderPath::invalid_identifier, ""};
-  const std::string path = reg_read(std::string(shell_folders) + name).value_or("");
+  const std::string path = registered_folder(name);
   if (path.empty())
     return {FolderPath::failed, ""};
   if (csidl & create_flag)
@@ -206,6 +208,23 @@ FolderPath PrefixSystem::folder_path(std::uint32_t csidl) {
   if (!location || !fs::is_directory(location->path(), ignored))
     return {FolderPath::does_not_exist, ""};
   return {FolderPath::ok, path};
+}
+
+// A special folder by its name in the registry, empty when it is not known.
+std::string PrefixSystem::registered_folder(const std::string& name) {
+  for (const char* const key : {R"(Shell Folders\)", R"(User Shell Folders\)"})
+    if (const auto path = reg_read(std::string(explorer) + key + name); path && !path->empty())
+      return *path;
+  return name == local_app_data ? default_local_app_data() : "";
+}
+
+std::string PrefixSystem::default_local_app_data() {
+  const std::string profile = environment("USERPROFILE");
+  if (profile.empty())
+    return "";
+  const auto version = os_version();
+  const bool before_vista = version && version->major < 6;
+  return profile + (before_vista ? R"(\Local Settings\Application Data)" : R"(\AppData\Local)");
 }
 
 // Creates a folder and its missing parents. Failures show when the folder is looked up.

@@ -29,6 +29,9 @@ public:
   // At most 6.2, as Windows itself reports to a program that declares no newer version.
   std::optional<OsVersion> os_version() override;
 
+  // A special folder of the user. Without a value for it in the registry, local application data
+  // lies in the user's profile: "AppData\Local", before Windows Vista "Local Settings\Application
+  // Data".
   FolderPath folder_path(std::uint32_t csidl) override;
   std::optional<ProductVersion> product_version(const std::string& path) override;
   std::vector<std::string> drives() override;
@@ -46,6 +49,8 @@ private:
   std::optional<std::string> variable(const std::string& name, Variables& known);
   std::optional<std::string> registry_variable(const std::string& name, Variables& known);
   std::string expand(std::string_view text, Variables& known);
+  std::string registered_folder(const std::string& name);
+  std::string default_local_app_data();
   void make_folder(const std::string& path);
 
   Paths paths;

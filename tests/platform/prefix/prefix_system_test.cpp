@@ -143,6 +143,27 @@ TEST(PrefixSystem, SpecialFoldersAreMadeWhenMissing) {
             FolderPath::failed);
 }
 
+TEST(PrefixSystem, LocalApplicationDataLiesInTheProfileByDefault) {
+  constexpr std::uint32_t create = 0x8000, local = 28, personal = 5;
+  TestMachine machine;
+  write_file(machine.prefix / "user.reg", "WINE REGISTRY Version 2\n\n[Volatile Environment]\n"
+                                          "\"USERPROFILE\"=\"C:\\\\users\\\\you\"\n");
+  const auto folder = [&](std::uint32_t csidl) {
+    return PrefixSystem(machine_of(machine), "").folder_path(csidl | create);
+  };
+  EXPECT_EQ(folder(local).path, "C:\\users\\you\\AppData\\Local");
+  EXPECT_TRUE(fs::is_directory(machine.drive_c / "users/you/AppData/Local"));
+  EXPECT_EQ(folder(personal).status, FolderPath::failed);
+  machine.set_version("5.2");
+  EXPECT_EQ(folder(local).path, "C:\\users\\you\\Local Settings\\Application Data");
+  // The value that Windows copies to the one of the other tests.
+  PrefixSystem(machine_of(machine), "")
+      .reg_write("HKCU\\Software\\Microsoft\\Windows\\CurrentVersion\\Explorer\\User Shell Folders"
+                 "\\Local AppData",
+                 "%USERPROFILE%\\Elsewhere", "REG_EXPAND_SZ");
+  EXPECT_EQ(folder(local).path, "C:\\users\\you\\Elsewhere");
+}
+
 TEST(PrefixSystem, ReadsReleasesOfExecutables) {
   TestMachine machine;
   machine.install("vora", {1, 2, 3, 4});
