@@ -17,10 +17,42 @@ namespace fs = std::filesystem;
 namespace {
 
 constexpr char windows_nt[] = R"(HKEY_LOCAL_MACHINE\Software\Microsoft\Windows NT\CurrentVersion\)";
-constexpr char session_variables[] =
-    R"(HKEY_LOCAL_MACHINE\System\CurrentControlSet\Control\Session Manager\Environment\)";
-constexpr char shell_folders[] =
-    R"(HKEY_CURRENT_USER\Software\Microsoft\Windows\CurrentVersion\Explorer\Shell Folders\)";
+constexpr char explorer[] =
+    R"(HKEY_CURRENT_USER\Software\Microsoft\Windows\CurrentVersion\Explorer\)";
+
+// Where Windows sets variables of the user's session by name.
+constexpr char session_key[] = R"(HKEY_CURRENT_USER\Volatile Environment\)";
+
+// Where the user and the machine set variables by name.
+constexpr const char* variable_keys[] = {
+    R"(HKEY_CURRENT_USER\Environment\)",
+    R"(HKEY_LOCAL_MACHINE\System\CurrentControlSet\Control\Session Manager\Environment\)",
+};
+
+// The variables that Windows makes from other values of HKEY_LOCAL_MACHINE\Software\Microsoft.
+// Wine's user always has the same identifier.
+constexpr struct {
+  std::string_view variable;  // in lower case
+  const char* value;
+} made_variables[] = {
+    {"systemroot", R"(Windows NT\CurrentVersion\SystemRoot)"},
+    {"programfiles", R"(Windows\CurrentVersion\ProgramFilesDir)"},
+    {"programw6432", R"(Windows\CurrentVersion\ProgramFilesDir)"},
+    {"programfiles(x86)", R"(Windows\CurrentVersion\ProgramFilesDir (x86))"},
+    {"commonprogramfiles", R"(Windows\CurrentVersion\CommonFilesDir)"},
+    {"commonprogramw6432", R"(Windows\CurrentVersion\CommonFilesDir)"},
+    {"commonprogramfiles(x86)", R"(Windows\CurrentVersion\CommonFilesDir (x86))"},
+    {"programdata", R"(Windows NT\CurrentVersion\ProfileList\ProgramData)"},
+    {"allusersprofile", R"(Windows NT\CurrentVersion\ProfileList\ProgramData)"},
+    {"public", R"(Windows NT\CurrentVersion\ProfileList\Public)"},
+    {"userprofile",
+     R"(Windows NT\CurrentVersion\ProfileList\S-1-5-21-0-0-0-1000\ProfileImagePath)"},
+};
+
+constexpr std::size_t most_variables = 200;    // in one text, at any level: bounds the recursion
+constexpr std::size_t longest_result = 32767;  // of an expansion, as in Windows
+
+constexpr char local_app_data[] = "Local AppData";
 
 constexpr std::uint32_t create_flag = 0x8000;  // CSIDL_FLAG_CREATE
 constexpr std::uint32_t nt_family = 2;         // VER_PLATFORM_WIN32_NT
@@ -28,8 +60,36 @@ constexpr std::uint32_t nt_family = 2;         // VER_PLATFORM_WIN32_NT
 // The registry's name for the folder of a CSIDL value; null for any other value.
 const char* folder_name(std::uint32_t csidl) {
   if (csidl == 0x1C)  // CSIDL_LOCAL_APPDATA
-    return "Local AppData";
+    return local_app_data;
   return csidl == 0x05 ? "Personal" : nullptr;  // CSIDL_PERSONAL
+}
+
+// A text value as it stands in the registry; nullopt for one of another type.
+std::optional<RegistryValue> read_text(Registry& registry, const std::string& value_path) {
+  const auto value = registry.read(value_path);
+  const bool text = value && (value->type == RegistryValue::Type::text ||
+                              value->type == RegistryValue::Type::expandable_text);
+  return text ? value : std::nullopt;
+}
+
+// A variable that Windows makes itself; `name` is in lower case.
+std::optional<RegistryValue> find_made(Registry& registry, std::string_view name) {
+  if (auto value = read_text(registry, session_key + std::string(name)))
+    return value;
+  const std::string software = R"(HKEY_LOCAL_MACHINE\Software\Microsoft\)";
+  for (const auto& made : made_variables)
+    if (made.variable == name)
+      return read_text(registry, software + made.value);
+  return std::nullopt;
+}
+
+// A variable: what Windows makes itself comes before what the user and the machine set.
+std::optional<RegistryValue> find_variable(Registry& registry, const std::string& name) {
+  auto value = find_made(registry, name);
+  for (const char* const key : variable_keys)
+    if (!value)
+      value = read_text(registry, key + name);
+  return value;
 }
 
 // A version text such as "6.3".
@@ -59,11 +119,12 @@ std::optional<std::string> PrefixSystem::reg_read(const std::string& value_path)
   const auto value = registry.read(value_path);
   if (!value)
     return std::nullopt;
+  Variables known;
   switch (value->type) {
   case RegistryValue::Type::text:
     return value->text;
   case RegistryValue::Type::expandable_text:
-    return expand(value->text);
+    return expand(value->text, known);
   case RegistryValue::Type::number:
     return std::to_string(value->number);
   default:
@@ -78,22 +139,38 @@ bool PrefixSystem::reg_write(const std::string& value_path, const std::string& d
 
 bool PrefixSystem::reg_delete(const std::string& value_path) { return registry.remove(value_path); }
 
-// A variable, not expanded. Wine sets SystemRoot, on which others build, from another key.
-std::optional<std::string> PrefixSystem::variable(const std::string& name) {
-  const char* of_process = std::getenv(name.c_str());
-  if (of_process && *of_process)
-    return of_process;
-  const bool root = ::lowercase(name) == "systemroot";
-  const auto value = registry.read((root ? windows_nt : session_variables) + name);
-  return value ? std::optional(value->text) : std::nullopt;
-}
-
 std::string PrefixSystem::environment(const std::string& name) {
-  return expand(variable(name).value_or(""));
+  Variables known;
+  return variable(name, known).value_or("");
 }
 
-// Replaces every %NAME% that is set by its value, which is not expanded again.
-std::string PrefixSystem::expand(std::string_view text) {
+std::optional<std::string> PrefixSystem::variable(const std::string& name, Variables& known) {
+  if (const char* of_process = std::getenv(name.c_str()); of_process && *of_process)
+    return of_process;
+  if (name.empty() || name.find('\\') != std::string::npos || known.size() == most_variables)
+    return std::nullopt;
+  // It counts as not set while its own value is expanded, so that a cycle ends.
+  const auto [entry, added] = known.try_emplace(::lowercase(name));
+  if (added)
+    entry->second = registry_variable(entry->first, known);
+  return entry->second;
+}
+
+// `name` is in lower case.
+std::optional<std::string> PrefixSystem::registry_variable(const std::string& name,
+                                                           Variables& known) {
+  if (name == "systemdrive") {
+    const auto root = variable("SystemRoot", known);
+    return root ? std::optional(root->substr(0, 2)) : std::nullopt;
+  }
+  const auto value = find_variable(registry, name);
+  if (!value || value->type == RegistryValue::Type::text)
+    return value ? std::optional(value->text) : std::nullopt;
+  return expand(value->text, known);
+}
+
+// Replaces every %NAME% that is set, as long as the result is not too long.
+std::string PrefixSystem::expand(std::string_view text, Variables& known) {
   std::string result;
   while (!text.empty()) {
     const auto open = std::min(text.find('%'), text.size());
@@ -102,10 +179,11 @@ std::string PrefixSystem::expand(std::string_view text) {
     const auto close = text.find('%', 1);
     if (close == std::string_view::npos)
       return result.append(text);
-    const auto value = variable(std::string(text.substr(1, close - 1)));
+    const auto value = variable(std::string(text.substr(1, close - 1)), known);
+    const bool replaced = value && result.size() + value->size() <= longest_result;
     // If no such variable is set, the second "%" may start the next name.
-    result += value ? *value : std::string(text.substr(0, close));
-    text.remove_prefix(value ? close + 1 : close);
+    result += replaced ? *value : std::string(text.substr(0, close));
+    text.remove_prefix(replaced ? close + 1 : close);
   }
   return result;
 }
@@ -120,16 +198,33 @@ FolderPath PrefixSystem::folder_path(std::uint32_t csidl) {
   const char* const name = folder_name(csidl & ~create_flag);
   if (!name)
     return {FolderPath::invalid_identifier, ""};
-  const auto path = reg_read(std::string(shell_folders) + name);
-  if (!path || path->empty())
+  const std::string path = registered_folder(name);
+  if (path.empty())
     return {FolderPath::failed, ""};
   if (csidl & create_flag)
-    make_folder(*path);
-  const auto location = paths.find(*path);
+    make_folder(path);
+  const auto location = paths.find(path);
   std::error_code ignored;
   if (!location || !fs::is_directory(location->path(), ignored))
     return {FolderPath::does_not_exist, ""};
-  return {FolderPath::ok, *path};
+  return {FolderPath::ok, path};
+}
+
+// A special folder by its name in the registry, empty when it is not known.
+std::string PrefixSystem::registered_folder(const std::string& name) {
+  for (const char* const key : {R"(Shell Folders\)", R"(User Shell Folders\)"})
+    if (const auto path = reg_read(std::string(explorer) + key + name); path && !path->empty())
+      return *path;
+  return name == local_app_data ? default_local_app_data() : "";
+}
+
+std::string PrefixSystem::default_local_app_data() {
+  const std::string profile = environment("USERPROFILE");
+  if (profile.empty())
+    return "";
+  const auto version = os_version();
+  const bool before_vista = version && version->major < 6;
+  return profile + (before_vista ? R"(\Local Settings\Application Data)" : R"(\AppData\Local)");
 }
 
 // Creates a folder and its missing parents. Failures show when the folder is looked up.

@@ -6,6 +6,11 @@
 #include "platform/prefix/registry.h"
 #include "platform/system.h"
 
+#include <map>
+#include <optional>
+#include <string>
+#include <string_view>
+
 class PrefixSystem : public System {
 public:
   // `argument_line` is the result of `argument_text`.
@@ -16,12 +21,17 @@ public:
                  const std::string& type) override;
   bool reg_delete(const std::string& value_path) override;
 
-  // A variable of the process, else of the registry.
+  // A variable of the process, else of the registry: one that Windows makes itself, the user's, or
+  // the machine's. %NAME% is expanded, at all levels, in a registry value whose type asks for it
+  // and nowhere else; it stays where NAME is not set, and where a variable would contain itself.
   std::string environment(const std::string& name) override;
 
   // At most 6.2, as Windows itself reports to a program that declares no newer version.
   std::optional<OsVersion> os_version() override;
 
+  // A special folder of the user. Without a value for it in the registry, local application data
+  // lies in the user's profile: "AppData\Local", before Windows Vista "Local Settings\Application
+  // Data".
   FolderPath folder_path(std::uint32_t csidl) override;
   std::optional<ProductVersion> product_version(const std::string& path) override;
   std::vector<std::string> drives() override;
@@ -32,8 +42,15 @@ public:
   std::string lowercase(std::string_view text) override;
 
 private:
-  std::optional<std::string> variable(const std::string& name);
-  std::string expand(std::string_view text);
+  // The variables met in one expansion, by their names in lower case; nullopt for one that is not
+  // set.
+  using Variables = std::map<std::string, std::optional<std::string>>;
+
+  std::optional<std::string> variable(const std::string& name, Variables& known);
+  std::optional<std::string> registry_variable(const std::string& name, Variables& known);
+  std::string expand(std::string_view text, Variables& known);
+  std::string registered_folder(const std::string& name);
+  std::string default_local_app_data();
   void make_folder(const std::string& path);
 
   Paths paths;

@@ -13,6 +13,7 @@ namespace {
 using Offset = std::uint64_t;  // from the start of the file; 64 bits, so that sums cannot overflow
 
 constexpr std::uint32_t version_type = 16;  // RT_VERSION
+constexpr std::uint32_t version_name = 1;   // VS_VERSION_INFO
 constexpr std::uint32_t fixed_signature = 0xFEEF04BD;
 constexpr std::uint32_t subdirectory = 0x80000000;  // flag of an entry that is a directory
 
@@ -99,41 +100,56 @@ std::optional<Offset> find_address(Image& image, const Headers& headers, Offset 
   return std::nullopt;
 }
 
-// The target of the entry for a numbered type in a resource directory.
-std::optional<std::uint32_t> find_type(Image& image, Offset directory, std::uint32_t type) {
+// The target of a resource directory's numbered entry whose number ranks lowest, the first of
+// those. `rank` gives nullopt for a number that will not do.
+template <typename Rank>
+std::optional<std::uint32_t> find_entry(Image& image, Offset directory, Rank rank) {
   const auto named = image.word(directory + 12);
   const auto numbered = image.word(directory + 14);
   if (!named || !numbered)
     return std::nullopt;
+  std::optional<int> lowest;
+  Offset best = 0;
   for (std::uint16_t i = 0; i < *numbered; ++i) {
     const Offset entry = directory + 16 + Offset{8} * (Offset{*named} + i);
     const auto found = image.dword(entry);
     if (!found)
       return std::nullopt;
-    if (*found == type)
-      return image.dword(entry + 4);
+    const std::optional<int> ranked = rank(*found);
+    if (!ranked || (lowest && *lowest <= *ranked))
+      continue;
+    lowest = ranked;
+    best = entry;
   }
-  return std::nullopt;
+  return lowest ? image.dword(best + 4) : std::nullopt;
 }
 
-// The target of a resource directory's first entry.
-std::optional<std::uint32_t> first_entry(Image& image, Offset directory) {
-  const auto named = image.word(directory + 12);
-  const auto numbered = image.word(directory + 14);
-  if (!named || !numbered || *named + *numbered == 0)
-    return std::nullopt;
-  return image.dword(directory + 16 + 4);
+std::optional<std::uint32_t> find_number(Image& image, Offset directory, std::uint32_t number) {
+  return find_entry(image, directory, [&](std::uint32_t found) {
+    return found == number ? std::optional(0) : std::nullopt;
+  });
+}
+
+// How early Windows takes a language: the neutral one, English of the United States, other English,
+// then the first of the others.
+std::optional<int> language_rank(std::uint32_t language) {
+  constexpr std::uint32_t primary = 0x3FF, english = 0x09, united_states = 0x0409;
+  if (language == 0)
+    return 0;
+  if (language == united_states)
+    return 1;
+  return (language & primary) == english ? 2 : 3;
 }
 
 // The data entry of the version resource: below the type comes a name, below that a language.
 std::optional<Offset> find_data_entry(Image& image, Offset resources) {
-  const auto names = find_type(image, resources, version_type);
+  const auto names = find_number(image, resources, version_type);
   if (!names || !(*names & subdirectory))
     return std::nullopt;
-  const auto languages = first_entry(image, resources + (*names & ~subdirectory));
+  const auto languages = find_number(image, resources + (*names & ~subdirectory), version_name);
   if (!languages || !(*languages & subdirectory))
     return std::nullopt;
-  const auto entry = first_entry(image, resources + (*languages & ~subdirectory));
+  const auto entry = find_entry(image, resources + (*languages & ~subdirectory), language_rank);
   if (!entry || (*entry & subdirectory))
     return std::nullopt;
   return resources + *entry;

@@ -37,17 +37,91 @@ TEST(PrefixSystem, VariablesComeFromTheProcessThenTheRegistry) {
       "WINE REGISTRY Version 2\n\n"
       "[Software\\\\Microsoft\\\\Windows NT\\\\CurrentVersion]\n\"SystemRoot\"=\"C:\\\\win\"\n\n"
       "[System\\\\CurrentControlSet\\\\Control\\\\Session Manager\\\\Environment]\n"
-      "\"windir\"=str(2):\"%SystemRoot%\"\n\"Sum\"=\"%windir%;%Sum%;100%;%Unset%x\"\n"
-      "\"VORA_TEST\"=\"registry\"\n\"COUNT\"=dword:00000004\n");
+      "\"windir\"=str(2):\"%SystemRoot%\"\n"
+      "\"Sum\"=str(2):\"%windir%;%Sum%;%Text%;100%;%Unset%x;%COUNT%\"\n"
+      "\"Text\"=\"%windir%\"\n\"VORA_TEST\"=\"registry\"\n\"COUNT\"=dword:00000004\n");
   PrefixSystem system(machine_of(machine), "");
   EXPECT_EQ(system.environment("windir"), "C:\\win");
   EXPECT_EQ(system.environment("WINDIR"), "C:\\win");
-  EXPECT_EQ(system.environment("Sum"), "%SystemRoot%;%windir%;%Sum%;100%;%Unset%x;100%;%Unset%x");
+  EXPECT_EQ(system.environment("Sum"), "C:\\win;%Sum%;%windir%;100%;%Unset%x;%COUNT%");
   EXPECT_EQ(system.environment("unset"), "");
   EXPECT_EQ(system.environment("VORA_TEST"), "registry");
-  setenv("VORA_TEST", "process", 1);
-  EXPECT_EQ(system.environment("VORA_TEST"), "process");
+  setenv("VORA_TEST", "%windir%", 1);
+  EXPECT_EQ(system.environment("VORA_TEST"), "%windir%");
   unsetenv("VORA_TEST");
+}
+
+// The keys and values as Wine writes them.
+TEST(PrefixSystem, ExpandsTheVariablesThatWindowsMakesItself) {
+  constexpr char current[] = "Software\\Microsoft\\Windows\\CurrentVersion";
+  constexpr char profiles[] = "Software\\Microsoft\\Windows NT\\CurrentVersion\\ProfileList";
+  constexpr char session[] = "System\\CurrentControlSet\\Control\\Session Manager\\Environment";
+  TestMachine machine;
+  for (const char* name :
+       {"ProgramFilesDir", "ProgramFilesDir (x86)", "CommonFilesDir", "CommonFilesDir (x86)"})
+    machine.set_registry(current, name, name);
+  machine.set_registry(profiles, "ProgramData", "C:\\ProgramData");
+  machine.set_registry(profiles, "Public", "C:\\users\\Public");
+  machine.set_registry(std::string(profiles) + "\\S-1-5-21-0-0-0-1000", "ProfileImagePath",
+                       "C:\\me");
+  machine.set_registry(session, "ProgramData", "set by the machine");
+  machine.set_registry(session, "TEMP", "of the machine");
+  PrefixSystem system(machine_of(machine), "");
+  const auto expanded = [&](const std::string& text) {
+    EXPECT_TRUE(system.reg_write("HKCU\\Test\\Path", text, "REG_EXPAND_SZ"));
+    return system.reg_read("HKCU\\Test\\Path").value_or("none");
+  };
+  EXPECT_EQ(expanded("%UserProfile%"), "C:\\me");
+  for (const char* name : {"USERPROFILE", "USERNAME", "APPDATA", "LOCALAPPDATA", "HOMEPATH"})
+    system.reg_write(std::string("HKCU\\Volatile Environment\\") + name, "of the session", "");
+  system.reg_write("HKCU\\Environment\\TEMP", "of the user", "");
+
+  const struct {
+    const char *name, *value;
+  } cases[] = {{"SystemDrive", "C:"},
+               {"SystemRoot", "C:\\windows"},
+               {"windir", "C:\\windows"},
+               {"ProgramFiles", "ProgramFilesDir"},
+               {"ProgramW6432", "ProgramFilesDir"},
+               {"ProgramFiles(x86)", "ProgramFilesDir (x86)"},
+               {"CommonProgramFiles", "CommonFilesDir"},
+               {"CommonProgramW6432", "CommonFilesDir"},
+               {"CommonProgramFiles(x86)", "CommonFilesDir (x86)"},
+               {"ProgramData", "C:\\ProgramData"},
+               {"ALLUSERSPROFILE", "C:\\ProgramData"},
+               {"PUBLIC", "C:\\users\\Public"},
+               {"USERPROFILE", "of the session"},
+               {"USERNAME", "of the session"},
+               {"APPDATA", "of the session"},
+               {"LOCALAPPDATA", "of the session"},
+               {"HOMEPATH", "of the session"},
+               {"TEMP", "of the user"}};
+  for (const auto& c : cases) {
+    unsetenv(c.name);
+    EXPECT_EQ(expanded(std::string("%") + c.name + "%\\x"), std::string(c.value) + "\\x");
+  }
+  for (const char* text : {"%%", "%\\x%", "%Session\\TEMP%"})
+    EXPECT_EQ(expanded(text), text);
+}
+
+// Values that each contain the next one twice, and a chain of values deeper than the stack.
+TEST(PrefixSystem, HoldsExpansionWithinBounds) {
+  const struct {
+    int length;
+    bool twice;
+  } cases[] = {{60, true}, {20000, false}};
+  for (const auto& c : cases) {
+    TestMachine machine;
+    std::string text = "WINE REGISTRY Version 2\n\n[Environment]\n\"V" + std::to_string(c.length) +
+                       "\"=\"text\"\n";
+    for (int i = 0; i < c.length; ++i) {
+      const std::string next = "%V" + std::to_string(i + 1) + "%";
+      text += "\"V" + std::to_string(i) + "\"=str(2):\"" + next + (c.twice ? next : "") + "\"\n";
+    }
+    write_file(machine.prefix / "user.reg", text);
+    const auto size = PrefixSystem(machine_of(machine), "").environment("V0").size();
+    EXPECT_TRUE(size > 0 && size < 33000) << size;
+  }
 }
 
 TEST(PrefixSystem, SpecialFoldersAreMadeWhenMissing) {
@@ -67,6 +141,27 @@ TEST(PrefixSystem, SpecialFoldersAreMadeWhenMissing) {
   fs::remove(machine.prefix / "user.reg");
   EXPECT_EQ(PrefixSystem(machine_of(machine), "").folder_path(local | create).status,
             FolderPath::failed);
+}
+
+TEST(PrefixSystem, LocalApplicationDataLiesInTheProfileByDefault) {
+  constexpr std::uint32_t create = 0x8000, local = 28, personal = 5;
+  TestMachine machine;
+  write_file(machine.prefix / "user.reg", "WINE REGISTRY Version 2\n\n[Volatile Environment]\n"
+                                          "\"USERPROFILE\"=\"C:\\\\users\\\\you\"\n");
+  const auto folder = [&](std::uint32_t csidl) {
+    return PrefixSystem(machine_of(machine), "").folder_path(csidl | create);
+  };
+  EXPECT_EQ(folder(local).path, "C:\\users\\you\\AppData\\Local");
+  EXPECT_TRUE(fs::is_directory(machine.drive_c / "users/you/AppData/Local"));
+  EXPECT_EQ(folder(personal).status, FolderPath::failed);
+  machine.set_version("5.2");
+  EXPECT_EQ(folder(local).path, "C:\\users\\you\\Local Settings\\Application Data");
+  // The value that Windows copies to the one of the other tests.
+  PrefixSystem(machine_of(machine), "")
+      .reg_write("HKCU\\Software\\Microsoft\\Windows\\CurrentVersion\\Explorer\\User Shell Folders"
+                 "\\Local AppData",
+                 "%USERPROFILE%\\Elsewhere", "REG_EXPAND_SZ");
+  EXPECT_EQ(folder(local).path, "C:\\users\\you\\Elsewhere");
 }
 
 TEST(PrefixSystem, ReadsReleasesOfExecutables) {

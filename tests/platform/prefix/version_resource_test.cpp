@@ -53,6 +53,40 @@ TEST(VersionResource, FindsItAmongOthers) {
   EXPECT_EQ(version_of(bytes), 0x8000'FFFF'0003'0004u);
 }
 
+// The sample's resource beside another that leads nowhere.
+TEST(VersionResource, TakesTheNameAndLanguageThatWindowsTakes) {
+  enum class Taken { first, second, none };
+  const struct {
+    std::size_t directory;
+    std::uint32_t first, second;
+    Taken taken;
+  } cases[] = {
+      {at.names, 2, 1, Taken::second},
+      {at.names, 1, 2, Taken::first},
+      {at.names, 2, 3, Taken::none},
+      {at.languages, 0x0407, 0x0409, Taken::second},
+      {at.languages, 0x0809, 0x0409, Taken::second},
+      {at.languages, 0x0407, 0x0809, Taken::second},
+      {at.languages, 0x0409, 0, Taken::second},
+      {at.languages, 0x0407, 0, Taken::second},
+      {at.languages, 0x0407, 0x040C, Taken::first},
+      {at.languages, 0x0409, 0x0809, Taken::first},
+  };
+  for (const auto& c : cases)
+    for (const auto intact : {Taken::first, Taken::second}) {
+      auto bytes = sample.bytes();
+      const std::size_t moved = 0x300;  // the directory, with one entry more
+      const auto offset = static_cast<std::uint32_t>(moved - at.resources);
+      const auto target = bytes.substr(c.directory + 20, 4);
+      put32(bytes, c.directory - 4, 0x80000000 | offset);
+      put16(bytes, moved + 14, 2);
+      put32(bytes, moved + 16, c.first);
+      put32(bytes, moved + 24, c.second);
+      bytes.replace(moved + (intact == Taken::first ? 20 : 28), 4, target);
+      EXPECT_EQ(version_of(bytes) != 0, intact == c.taken) << c.first << ", " << c.second;
+    }
+}
+
 TEST(VersionResource, MalformedFilesHaveNone) {
   const struct {
     std::size_t offset;
