@@ -40,7 +40,7 @@ put_maps() { # put_maps <base|expansion> <executable> <line of the target file>
   cp -r "$sample/users/player/AppData/Local"/. "$user/AppData/Local"
   cp -r "$sample/users/player/Documents"/. "$user/Documents"
   local folder
-  for folder in "$user/AppData/Local/Kettlewick Games/Vorakai" \
+  for folder in "$programs/${2%/*}" "$user/AppData/Local/Kettlewick Games/Vorakai" \
     "$user/Documents/My Games/Kettlewick Games/Vorakai Tarnfall"; do
     [ ! -d "$folder" ] || printf 'only one line' > "$folder/bad.galaxy"
   done
