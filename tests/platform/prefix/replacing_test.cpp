@@ -154,7 +154,7 @@ TEST_F(ReplaceOnPosix, TheMapsOwnFileBecomesTheBackup) {
 TEST_F(ReplaceOnPosix, AMapThatIsOpenForWritingIsSkippedAndALaterWriterWaits) {
   const std::string path = maps / "a.galaxy";
   {
-    const Handle writer = open_path(system_disk(), path, O_WRONLY);
+    const Descriptor writer = open_path(system_disk(), path, O_WRONLY);
     EXPECT_EQ(replace().failure().reason, "another program has it open");
   }
   auto opened = files.open_map("C:\\m\\a.galaxy");
