@@ -232,7 +232,7 @@ def run_odd_machines(machine):
             file.write(many * (MEGABYTE // len(many)))
         file.write(large + plain)
     machine.fill()
-    machine.run(megabytes=24)
+    machine.run(megabytes=128)
     machine.check(tree(machine.maps))
     registry.write_bytes(plain)
 
