@@ -61,7 +61,7 @@ def output(command, folder, environment):
     return result.stdout
 
 
-def makesedscript(data, path):
+def make_sed_script(data, path):
     """Writes a sed script with one rule for each recognition line of the template."""
     with open(os.path.join(data, "voldstruct9.txt"), encoding="utf-8") as template:
         lines = [line.rstrip("\r\n") for line in template]
@@ -110,7 +110,7 @@ class Contest:
             print(f"{name:12} {wall:8.4f} {cpu:8.4f} {ratios[0]:16.3f} {ratios[1]:6.3f}")
 
 
-def checkresults(contenders, environment, tree):
+def check_results(contenders, environment, tree):
     """Checks that the program and the script leave the same bytes."""
     digests = []
     for name in ("program", "convert.py"):
@@ -144,7 +144,7 @@ def convert(folder, build, environment, rounds):
 
 def script(folder, build, environment, rounds):
     tree, data, rules = (os.path.join(folder, name) for name in (USER, "data", "rules.sed"))
-    makesedscript(data, rules)
+    make_sed_script(data, rules)
     sed = f'find . -name "*.galaxy" -print0 | xargs -0 sed -i.bak -f "{rules}"'
     python = [sys.executable, os.path.join(HERE, "convert.py"), tree, "--edition", "v"]
     contenders = {
@@ -152,7 +152,7 @@ def script(folder, build, environment, rounds):
         "convert.py": ([*python, "--data", data], folder),
         "sed -i.bak": (["sh", "-c", sed], tree),
     }
-    checkresults(contenders, environment, tree)
+    check_results(contenders, environment, tree)
     contest = Contest(contenders, environment, lambda: restore(tree))
     contest.play(rounds)
     contest.tell()

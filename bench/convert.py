@@ -84,19 +84,19 @@ def rewrite(old, new, section, lines, k, out):
             template.fail("the file is missing")
     if section >= len(new.heads):
         new.fail("it has no such section")
-    oldcount, newcount = old.count(section), new.count(section)
+    old_count, new_count = old.count(section), new.count(section)
     begin = new.heads[section] + 1
-    if newcount <= 0:
+    if new_count <= 0:
         new.fail("its section count is 0 or below")
-    if begin + newcount > len(new.lines):
+    if begin + new_count > len(new.lines):
         new.fail("its count runs past its end")
-    for d, text in enumerate(new.lines[begin:begin + newcount]):
+    for d, text in enumerate(new.lines[begin:begin + new_count]):
         line = fill(text, lines[k], lines[k + d] if k + d < len(lines) else b"")
         if line is not None:
             out.append(line)
-    if oldcount < 1:
+    if old_count < 1:
         out.append(lines[k])
-    return k + max(oldcount, 1)
+    return k + max(old_count, 1)
 
 
 def convert(lines, old, new, needed=1):
@@ -117,7 +117,7 @@ def write(path, text):
         file.write(text)
 
 
-def keepold(how, path):
+def keep_old(how, path):
     """Makes the backup; an older backup of other content moves to the first free number."""
     old, n = path[:-3] + "old", 2
     while os.path.exists(f"{old}{n}"):
@@ -127,7 +127,7 @@ def keepold(how, path):
     how(path, old)
 
 
-def convertmap(path, edition, folder, current):
+def convert_map(path, edition, folder, current):
     """Converts one map; returns whether it was older than the current format."""
     lines = readlines(path)
     if len(lines) < 2:
@@ -144,22 +144,22 @@ def convertmap(path, edition, folder, current):
         if edition == "t":
             result = convert(split(first), *templates(f"fix{current:g}.txt"), needed=3)
     except TemplateError:
-        keepold(shutil.copyfile, path)
+        keep_old(shutil.copyfile, path)
         raise
-    keepold(os.rename, path)
+    keep_old(os.rename, path)
     if edition == "t":
         write(path[:-3] + "fix", first)
     write(path, result)
     return True
 
 
-def findmaps(folder):
+def find_maps(folder):
     """The maps below a folder: subfolders first, names in case-insensitive order."""
     entries = sorted(os.scandir(folder), key=lambda entry: entry.name.lower())
     entries = [entry for entry in entries if entry.name[0] != "." and not entry.is_symlink()]
     for entry in entries:
         if entry.is_dir():
-            yield from findmaps(entry.path)
+            yield from find_maps(entry.path)
     for entry in entries:
         if entry.is_file() and entry.name.lower().endswith(".galaxy"):
             yield entry.path
@@ -175,10 +175,10 @@ def main():
     current = number(baseline[1][-2:])
     owned = readlines(os.path.join(options.data, "original vora galaxies.txt"))
     owned = {os.fsdecode(name).lower() for name in owned}
-    maps = [p for p in findmaps(options.folder) if os.path.basename(p).lower() not in owned]
+    maps = [p for p in find_maps(options.folder) if os.path.basename(p).lower() not in owned]
     for path in maps:
         try:
-            if convertmap(path, options.edition, options.data, current):
+            if convert_map(path, options.edition, options.data, current):
                 print(os.path.basename(path))
         except TemplateError as error:
             sys.exit(f"{path}: {error}")

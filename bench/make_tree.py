@@ -24,33 +24,33 @@ class Section:
     def __init__(self, number, known, chance):
         self.name = f"section{number}"
         self.known = [f"\t{self.name}key{i}" for i in range(known)]
-        self.oldcount = chance.randint(2, 8)
-        self.newcount = max(1, self.oldcount + chance.randint(-1, 2))
+        self.old_count = chance.randint(2, 8)
+        self.new_count = max(1, self.old_count + chance.randint(-1, 2))
 
-    def oldlines(self):
-        return [f"{self.name}${self.oldcount}", *self.known]
+    def old_lines(self):
+        return [f"{self.name}${self.old_count}", *self.known]
 
-    def newlines(self):
-        lines = [f"\t{self.name}new{i}{ENDINGS[i % len(ENDINGS)]}" for i in range(self.newcount)]
-        return [f"{self.name}${self.newcount}", *lines]
+    def new_lines(self):
+        lines = [f"\t{self.name}new{i}{ENDINGS[i % len(ENDINGS)]}" for i in range(self.new_count)]
+        return [f"{self.name}${self.new_count}", *lines]
 
     def block(self, chance):
         """A block of a map: a recognised line, then lines with values."""
         values = [f"\t\tvalue of line {i} = {chance.randint(10, 99999)}" for i in
-                  range(1, self.oldcount)]
+                  range(1, self.old_count)]
         return [f"{chance.choice(self.known)} {chance.randint(10, 99)}", *values]
 
 
-def maketemplates(folder, sections):
-    old = [line for section in sections for line in section.oldlines()]
-    new = [line for section in sections for line in section.newlines()]
+def make_templates(folder, sections):
+    old = [line for section in sections for line in section.old_lines()]
+    new = [line for section in sections for line in section.new_lines()]
     version = ["version$1", "version"], ["version$1", f"version {CURRENT}"]
     write(os.path.join(folder, f"voldstruct{OLD}.txt"), ["GALAXY", *version[0], *old])
     write(os.path.join(folder, f"vnewstruct{OLD}.txt"), ["GALAXY", *version[1], *new])
     write(os.path.join(folder, "vnewstruct0.txt"), ["GALAXY", f"version {CURRENT}"])
 
 
-def makepieces(sections, chance):
+def make_pieces(sections, chance):
     """The building blocks of maps: a block each, followed by lines that are not recognised."""
     pieces = []
     for section in sections * 4:
@@ -59,7 +59,7 @@ def makepieces(sections, chance):
     return pieces
 
 
-def makemap(pieces, count, number, chance):
+def make_map(pieces, count, number, chance):
     lines = ["GALAXY", f"version {OLD}", f"map number {number}"]
     while len(lines) < count:
         lines += chance.choice(pieces)
@@ -81,14 +81,14 @@ def main():
     share = [options.known // options.sections + (i < options.known % options.sections)
              for i in range(options.sections)]
     sections = [Section(i, max(1, known), chance) for i, known in enumerate(share)]
-    maketemplates(options.data, sections)
-    pieces = makepieces(sections, chance)
+    make_templates(options.data, sections)
+    pieces = make_pieces(sections, chance)
     for i in range(options.folders):
         os.makedirs(os.path.join(options.tree, f"Region {i % 20}", f"Folder {i}"), exist_ok=True)
     for number in range(options.maps):
         i = number % options.folders
         path = os.path.join(options.tree, f"Region {i % 20}", f"Folder {i}", f"Map {number}.")
-        write(path + "galaxy", makemap(pieces, options.lines, number, chance))
+        write(path + "galaxy", make_map(pieces, options.lines, number, chance))
         for other in range(options.others):
             write(f"{path}{other}.txt", [])
 

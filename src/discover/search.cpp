@@ -78,8 +78,11 @@ void findfiles(Form1& form, const std::string& pattern, const std::string& root,
   if (!top)
     return add_unsearched(form, top.failure());
   walk(form, pattern, without_backslash(*top), list);
-  // When the parent cannot be shown the lists stay as they are.
-  static_cast<void>(form.Dir1.set_path(parent_folder(*top)));
+  // Files may have come or gone where the lists are already. When the parent cannot be shown they
+  // stay as they are.
+  const std::string before = form.Dir1.path();
+  if (form.Dir1.set_path(parent_folder(*top)) && form.Dir1.path() == before)
+    form.File1.set_path(before);
 }
 
 void findgalaxies(Form1& form) {

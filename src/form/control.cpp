@@ -91,14 +91,13 @@ Result<Done> DirectoryList::set_path(const std::string& folder) {
   const auto full = files.full_path(folder);
   if (!full)
     return full.failure();
-  if (*full == path())
-    return Done{};
   const auto entries = files.list(*full, "*");
   if (!entries)
     return entries.failure();
   own_subfolders = names_of(*entries, true);
+  const bool moves = *full != path();
   set_text(*full);
-  if (changed)
+  if (moves && changed)
     changed();
   return Done{};
 }

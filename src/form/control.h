@@ -99,8 +99,8 @@ public:
   // while it shows no folder.
   std::vector<FolderRow> rows() const;
 
-  // Points the list at a folder. Fires `changed` unless it shows that folder already. Fails, and
-  // leaves the list unchanged, when the folder cannot be listed.
+  // Points the list at a folder, which is listed anew even if it is shown already; only another
+  // folder fires `changed`. Fails, and leaves the list unchanged, when the folder cannot be listed.
   Result<Done> set_path(const std::string& folder);
 
   std::function<void()> changed;

@@ -106,6 +106,12 @@ Control& focus_after(Form1& form) {
   return form.Command1.enabled() ? form.Command1 : form.Command2;
 }
 
+void close_window(Form1& form) {
+  if (form.silentmode)
+    form.trouble = true;
+  end_program(form);
+}
+
 void open_folder(Form1& form, const std::string& path) {
   if (!form.searching)
     show_folder(form, path);

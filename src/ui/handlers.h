@@ -15,6 +15,9 @@ void select_drive(Form1& form, const std::string& drive);
 // of the work, never the exit button.
 Control& focus_after(Form1& form);
 
+// The user closes the window, which ends the program. During a silent run that is trouble.
+[[noreturn]] void close_window(Form1& form);
+
 // Gives the form its layout, its handlers and the current folder, then runs start-up. Returns when
 // the window is ready for the user.
 void load_form(Form1& form);

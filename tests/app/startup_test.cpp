@@ -248,3 +248,46 @@ TEST(Startup, GoesOnWithoutAMachine) {
   EXPECT_EQ(program.form.pathlist[0], "\\Kettlewick Games\\Vorakai\\");
   EXPECT_FALSE(fs::exists(machine.prefix));
 }
+
+// What is wrong with the data files is reported, and the run goes on; only a missing list is no
+// reason for another exit status.
+TEST(Startup, ReportsDataFilesThatItCannotUse) {
+  constexpr std::uintmax_t too_large = std::uintmax_t{2} << 30;
+  const char list[] = "original vora galaxies.txt";
+  const struct {
+    const char* file;
+    bool missing, debugmode;
+    const char* reported;
+    int status;
+  } cases[] = {{list, true, false, "is missing", 0},
+               {list, false, false, "larger than 1 GiB", 1},
+               {"targetvoraver.txt", false, false, "larger than 1 GiB", 1},
+               {"info.txt", false, true, "cannot write it", 1}};
+  for (const auto& c : cases) {
+    TestMachine machine;
+    machine.write_data();
+    install(machine, "vora");
+    write_file(machine.user_folder / "settings.txt", "");
+    if (c.debugmode)
+      set_debug(machine);
+    if (c.missing)
+      fs::remove(machine.data / c.file);
+    else if (c.debugmode)
+      fs::create_directory(machine.data / c.file);
+    else
+      fs::resize_file((write_file(machine.data / c.file, ""), machine.data / c.file), too_large);
+    Program program(machine, "/silent");
+    apply_layout(program.form);
+    const int status = program.run([&] { startup(program.form); });
+    SCOPED_TRACE(c.file);
+    const std::vector<std::string>& errors = program.screen.errors;
+    ASSERT_GE(errors.size(), 1u);
+    EXPECT_NE(errors[0].find(c.reported), std::string::npos) << errors[0];
+    EXPECT_NE(errors[0].find(c.file), std::string::npos) << errors[0];
+    if (std::string(c.file) != "targetvoraver.txt") {
+      EXPECT_EQ(errors.size(), 1u);
+      EXPECT_EQ(status, c.status);
+    }
+    EXPECT_EQ(program.form.trouble, c.status == 1);
+  }
+}

@@ -201,3 +201,17 @@ TEST_F(Conversion, AMissingBaselineConvertsNothingAndIsTold) {
     EXPECT_TRUE(told(text)) << text;
   }
 }
+
+// A version below 0 is older than any, but there is nothing to convert it to.
+TEST_F(Conversion, NothingIsConvertedWithoutAFormatVersion) {
+  for (const char* baseline : {"a\r\nno number", "one line", ""}) {
+    start_over();
+    write_file(machine.data / "vnewstruct0.txt", baseline);
+    add("a.galaxy", "MAP\r\nversion -5\r\n");
+    program.form.Label8.set_text("1");
+    EXPECT_EQ(fix(), Program::returned);
+    EXPECT_TRUE(told("No map was converted: vnewstruct0.txt")) << baseline;
+    EXPECT_EQ(tree(maps), (Tree{{"a.galaxy", "MAP\r\nversion -5\r\n"}}));
+    EXPECT_EQ(program.form.Label8.text(), "2");
+  }
+}

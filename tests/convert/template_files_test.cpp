@@ -10,14 +10,15 @@ TEST(TemplateFiles, TheBaselineGivesTheCurrentVersion) {
   Program program(machine);
   TemplateFiles templates(program.files, "v");
   EXPECT_EQ(templates.initnew().failure().path, "vnewstruct0.txt");
-  constexpr double missing = -1;
-  const std::pair<const char*, double> cases[] = {{"a\r\nv 4", 4},  {"a\r\nv 12\r\nb", 12},
-                                                  {"a\r\nv 0", 0},  {"a\r\nx4", missing},
-                                                  {"v 4", missing}, {"", missing}};
+  const std::pair<const char*, double> cases[] = {
+      {"a\r\nv 4", 4}, {"a\r\nv 12\r\nb", 12}, {"a\r\nv 0", 0}};
   for (const auto& [text, version] : cases) {
     write_file(machine.data / "vnewstruct0.txt", text);
-    const auto found = templates.initnew();
-    EXPECT_EQ(found ? *found : missing, version) << text;
+    EXPECT_EQ(*templates.initnew(), version) << text;
+  }
+  for (const char* text : {"a\r\nx4", "a\r\n", "v 4", ""}) {
+    write_file(machine.data / "vnewstruct0.txt", text);
+    EXPECT_FALSE(bool(templates.initnew())) << text;
   }
 }
 

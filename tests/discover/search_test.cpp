@@ -100,6 +100,11 @@ TEST_F(Search, LeavesTheListsAtTheParentOfTheLastRoot) {
   find("C:\\users", "C:\\r\\game\\");
   EXPECT_EQ(program.form.Dir1.path(), "C:\\r");
   EXPECT_EQ(program.form.File1.names(), Found{"b.galaxy"});
+  add("r/c.galaxy");
+  add("r/new/d.galaxy");
+  find("C:\\users", "C:\\r\\game\\");
+  EXPECT_EQ(program.form.Dir1.subfolders(), (Found{"game", "new"}));
+  EXPECT_EQ(program.form.File1.names(), (Found{"b.galaxy", "c.galaxy"}));
   find("C:\\r\\game", "C:\\");
   EXPECT_EQ(program.form.Dir1.path(), "C:\\");
   find("C:\\r\\game", "D:\\gone");

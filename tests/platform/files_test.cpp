@@ -92,6 +92,14 @@ TEST_F(FilesTest, ReadsAndWritesBytes) {
   EXPECT_EQ(*files->read("new.txt"), "");
   EXPECT_TRUE(files->read("missing.txt").failure().missing);
   EXPECT_FALSE(bool(files->read("C:\\users")));
+  // A file with another hard link, which may be a map, is replaced and not written into.
+  write_file(machine.data / "a.galaxy", "map");
+  std::filesystem::create_hard_link(machine.data / "a.galaxy", machine.data / "info.txt");
+  EXPECT_FALSE(bool(files->append("info.txt", "more")));
+  EXPECT_TRUE(bool(files->write("info.txt", "info")));
+  EXPECT_TRUE(bool(files->append("info.txt", "more")));
+  EXPECT_EQ(read_file(machine.data / "info.txt"), "infomore");
+  EXPECT_EQ(read_file(machine.data / "a.galaxy"), "map");
   EXPECT_FALSE(bool(files->write("no\\such\\folder.txt", "x")));
   EXPECT_FALSE(bool(files->read("NUL")));
 }

@@ -13,6 +13,7 @@ import fcntl
 import os
 import pathlib
 import random
+import resource
 import shutil
 import signal
 import statistics
@@ -209,6 +210,80 @@ def run_as_nobody(machine):
     assert len(list((machine.maps / "longname").iterdir())) == 2
 
 
+def run_beside_others(machine):
+    """Another program has a map open, stderr is gone, files may not grow, memory is short."""
+    machine.fill()
+    with open(machine.maps / "map0.galaxy", "r+b"):
+        machine.run(said="map0.galaxy: cannot convert it: another program has it open")
+        assert (machine.maps / "map0.galaxy").read_bytes() == machine.map(0)
+    machine.finish()
+
+    def without_standard_files():
+        for descriptor in range(3):
+            os.close(descriptor)
+
+    def with_broken_stderr():
+        reading, writing = os.pipe()
+        os.close(reading)
+        os.dup2(writing, 2)
+
+    def with_small_files():
+        resource.setrlimit(resource.RLIMIT_FSIZE, (64, 64))
+
+    for preparation in (without_standard_files, with_broken_stderr, with_small_files):
+        machine.fill()
+        put(machine.maps / "bad.galaxy", b"only one line")
+        process = machine.start(preexec_fn=preparation)
+        process.communicate()
+        assert process.returncode == 1, (preparation, process.returncode)
+        machine.check(tree(machine.maps))
+        (machine.maps / "bad.galaxy").unlink()
+        machine.finish()
+
+    for megabytes in range(0 if machine.sanitized else 4, 0 if machine.sanitized else 24):
+        limit = megabytes * MEGABYTE
+        machine.fill()
+        process = machine.start(
+            preexec_fn=lambda: resource.setrlimit(resource.RLIMIT_AS, (limit, limit)))
+        process.communicate()
+        assert process.returncode != -signal.SIGABRT, megabytes
+        machine.check(tree(machine.maps))
+    machine.finish()
+
+
+def interrupt(machine):
+    """The map in hand is finished, and nothing is left behind."""
+    midway = 0
+    while midway < 5:
+        machine.fill()
+        process = machine.start()
+        machine.any_moment()
+        process.send_signal(random.choice((signal.SIGINT, signal.SIGTERM, signal.SIGHUP)))
+        told = process.communicate()[0].decode()
+        left = tree(machine.maps)
+        midway += machine.check(left)
+        if process.returncode > 0:
+            assert "Interrupted: " in told and "the rest is as it was." in told, told
+        if machine.check(left):
+            assert process.returncode == 1, process.returncode
+        assert not [name for name in left if name.startswith(".vora")], left
+        machine.finish()
+
+
+def run_where_nothing_may_be_renamed(machine):
+    """No temporary file is left behind by a run that could not remove it."""
+    machine.fill()
+    before = tree(machine.maps)
+    if not succeeds("chattr", "+a", machine.maps):
+        return print("skipped: run_where_nothing_may_be_renamed")
+    try:
+        machine.run(said="nothing may be renamed in its folder")
+        assert tree(machine.maps) == before
+    finally:
+        subprocess.run(["chattr", "-a", machine.maps], check=True)
+    machine.finish()
+
+
 def fill_disk(machine):
     """A full disk loses nothing, and the rest is converted later."""
     machine.maps.mkdir(exist_ok=True)
@@ -232,7 +307,7 @@ def run_odd_machines(machine):
             file.write(many * (MEGABYTE // len(many)))
         file.write(large + plain)
     machine.fill()
-    machine.run(megabytes=128)
+    machine.run(megabytes=112)  # the registry is read whole
     machine.check(tree(machine.maps))
     registry.write_bytes(plain)
 
@@ -335,8 +410,11 @@ def main():
             machine.measure()
             kill(machine, options.kills)
             run_two_at_once(machine)
+            interrupt(machine)
             if edition == "base":
                 run_odd_machines(machine)
+                run_beside_others(machine)
+                run_where_nothing_may_be_renamed(machine)
                 attempt(run_as_nobody, os.geteuid() == 0, machine)
                 attempt(fill_disk, mounts, machine)
             for kind in ("ext4", "xfs"):

@@ -69,3 +69,9 @@ TEST(Layout, HasEveryControlOnceInsideTheWindow) {
     EXPECT_LE(row.top + row.height, window_height) << row.name;
   }
 }
+
+TEST_F(Handlers, ClosingTheWindowIsTroubleInASilentRunAlone) {
+  EXPECT_EQ(program.run([&] { close_window(form); }), 0);
+  form.silentmode = true;
+  EXPECT_EQ(program.run([&] { close_window(form); }), 1);
+}

@@ -1,6 +1,7 @@
 // The front end with a Qt window: a widget for each row of the layout, at its place.
 #include "ui/qt/main_window.h"
 
+#include "ui/handlers.h"
 #include "ui/qt/message_box.h"
 #include "ui/qt/text_box.h"
 #include "ui/qt/texts.h"
@@ -94,7 +95,7 @@ void MainWindow::end(int status) {
   std::_Exit(status);
 }
 
-void MainWindow::closeEvent(QCloseEvent*) { end_program(*form); }
+void MainWindow::closeEvent(QCloseEvent*) { close_window(*form); }
 
 void MainWindow::resizeEvent(QResizeEvent*) { place_widgets(); }
 

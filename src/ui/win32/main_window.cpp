@@ -281,7 +281,7 @@ LRESULT MainWindow::handle(UINT message, WPARAM word, LPARAM detail) {
     keep_focus(LOWORD(word) != WA_INACTIVE);
     return 0;
   case WM_CLOSE:
-    end_program(*form);
+    close_window(*form);
   default:
     return DefWindowProcW(window, message, word, detail);
   }

@@ -6,18 +6,42 @@
 #include <gtest/gtest.h>
 
 #include <cerrno>
+#include <functional>
 
+#include <fcntl.h>
 #include <sys/stat.h>
+#include <sys/xattr.h>
 #include <unistd.h>
 
 namespace fs = std::filesystem;
 
 namespace {
 
-// Looks at files whose permissions are about to be set, or fails to set them; lets another file take
-// the map's name while a link is made to it.
+// Looks at files whose permissions are about to be set, or fails to set them; lets another file
+// take the map's name while a link is made to it; and whatever else its members say.
 class OddDisk : public Disk {
 public:
+  int open(int folder, const char* name, int flags, unsigned mode) override {
+    return interrupts() ? -1 : Disk::open(folder, name, flags, mode);
+  }
+  ssize_t write(int file, const char* from, std::size_t size) override {
+    return writes_nothing ? 0 : interrupts() ? -1 : Disk::write(file, from, size);
+  }
+  int flush(int file) override {
+    if (at_flush)
+      at_flush();
+    return interrupts() ? -1 : Disk::flush(file);
+  }
+  int status(int folder, const char* name, int flags, struct stat& status) override {
+    const int done = Disk::status(folder, name, flags, status);
+    if (own_numbers && done == 0 && std::string(name).ends_with("old"))
+      ++status.st_ino;
+    return done;
+  }
+  int rename(int folder, const char* from, const char* to, unsigned flags) override {
+    errno = EIO;
+    return to == unnamable || interrupts() ? -1 : Disk::rename(folder, from, to, flags);
+  }
   int link(int folder, const char* from, const char* to) override {
     return Disk::link(folder, linked.empty() ? from : linked.c_str(), to);
   }
@@ -30,10 +54,30 @@ public:
     return error ? -1 : Disk::permit(file, mode);
   }
 
-  std::string linked;  // instead of the map
+  std::string linked;           // instead of the map
+  std::string unnamable;        // what no file can be renamed to
+  bool writes_nothing = false;  // and reports no failure
+  bool interrupted = false;     // every other call, by a signal
+  bool own_numbers = false;     // a backup has another file number than the map that it links to
+  std::function<void()> at_flush;
   int permitted = 0;
   int error = 0;
+
+private:
+  bool interrupts() {
+    odd = interrupted && !odd;
+    if (odd)
+      errno = EINTR;
+    return odd;
+  }
+
+  bool odd = false;
 };
+
+ino_t inode(const fs::path& file) {
+  struct stat status {};
+  return ::stat(file.c_str(), &status) == 0 ? status.st_ino : 0;
+}
 
 class ReplaceOnPosix : public testing::Test {
 protected:
@@ -41,6 +85,8 @@ protected:
 
   static Replacement wanted() { return {"old", {{"a.galfix", "fix"}}, "new", "a.galold"}; }
   Result<Done> replace() { return open_and_replace(files, "C:\\m\\a.galaxy", wanted()); }
+
+  Tree replaced() const { return {{"a.galaxy", "new"}, {"a.galfix", "fix"}, {"a.galold", "old"}}; }
 
   TestMachine machine;
   const fs::path maps = machine.drive_c / "m";
@@ -87,6 +133,99 @@ TEST_F(ReplaceOnPosix, ABackupIsTheMapThatWasRead) {
   write_file(maps / "theirs", "theirs");
   EXPECT_EQ(replace().failure().reason, "it has changed since it was read");
   EXPECT_EQ(read_file(maps / "a.galaxy"), "old");
+}
+
+// Whatever else has the map open then writes to the backup.
+TEST_F(ReplaceOnPosix, TheMapsOwnFileBecomesTheBackup) {
+  for (const char* before : {"none", "equal", "linked"}) {
+    fs::remove_all(maps);
+    write_file(maps / "a.galaxy", "old");
+    if (std::string(before) == "equal")
+      write_file(maps / "a.galold", "old");
+    if (std::string(before) == "linked")
+      fs::create_hard_link(maps / "a.galaxy", maps / "a.galold");
+    const ino_t map = inode(maps / "a.galaxy");
+    EXPECT_TRUE(bool(replace())) << before;
+    EXPECT_EQ(tree(maps), replaced()) << before;
+    EXPECT_EQ(inode(maps / "a.galold"), map) << before;
+  }
+}
+
+TEST_F(ReplaceOnPosix, AMapThatIsOpenForWritingIsSkippedAndALaterWriterWaits) {
+  const std::string path = maps / "a.galaxy";
+  {
+    const Handle writer = open_path(system_disk(), path, O_WRONLY);
+    EXPECT_EQ(replace().failure().reason, "another program has it open");
+  }
+  auto opened = files.open_map("C:\\m\\a.galaxy");
+  ASSERT_TRUE(bool((*opened)->lock()));
+  EXPECT_FALSE(open_path(system_disk(), path, O_WRONLY | O_NONBLOCK));
+  EXPECT_EQ(errno, EWOULDBLOCK);
+  EXPECT_TRUE(open_path(system_disk(), path, O_RDONLY));
+  opened->reset();
+  EXPECT_TRUE(open_path(system_disk(), path, O_WRONLY | O_NONBLOCK));
+}
+
+TEST_F(ReplaceOnPosix, ABackupThatVanishesKeepsTheMap) {
+  for (const bool equal : {false, true}) {
+    fs::remove(maps / "a.galold");
+    if (equal)
+      write_file(maps / "a.galold", "old");
+    disk.at_flush = [&] {
+      if (fs::exists(maps / "a.galfix"))
+        fs::remove(maps / "a.galold");
+    };
+    EXPECT_FALSE(bool(replace()));
+    EXPECT_EQ(read_file(maps / "a.galaxy"), "old");
+    fs::remove(maps / "a.galfix");
+  }
+}
+
+TEST_F(ReplaceOnPosix, AFailureTakesTheBackupNameAwayAgain) {
+  disk.unnamable = "a.galaxy";
+  EXPECT_FALSE(bool(replace()));
+  EXPECT_EQ(tree(maps), (Tree{{"a.galaxy", "old"}, {"a.galfix", "fix"}}));
+}
+
+TEST_F(ReplaceOnPosix, GoesOnOnOddDisks) {
+  for (bool OddDisk::*const odd : {&OddDisk::own_numbers, &OddDisk::interrupted}) {
+    fs::remove_all(maps);
+    write_file(maps / "a.galaxy", "old");
+    disk.*odd = true;
+    const auto done = replace();
+    EXPECT_TRUE(bool(done)) << done.failure().text();
+    EXPECT_EQ(tree(maps), replaced());
+    disk.*odd = false;
+  }
+  write_file(maps / "a.galaxy", "old");
+  disk.writes_nothing = true;
+  EXPECT_FALSE(bool(replace()));
+}
+
+// An access control list that lets user 1 read: the version, then each entry's tag, permissions and
+// user. The map's mode shows the list's mask as the group's permissions.
+TEST_F(ReplaceOnPosix, KeepsTheAccessControlList) {
+  constexpr std::uint32_t anybody = ~0u;
+  std::string list("\2\0\0\0", 4);
+  const auto add = [&](std::uint16_t tag, std::uint16_t permissions, std::uint32_t user) {
+    list.append(reinterpret_cast<const char*>(&tag), sizeof tag);
+    list.append(reinterpret_cast<const char*>(&permissions), sizeof permissions);
+    list.append(reinterpret_cast<const char*>(&user), sizeof user);
+  };
+  add(0x01, 6, anybody);
+  add(0x02, 4, 1);
+  add(0x04, 0, anybody);
+  add(0x10, 4, anybody);
+  add(0x20, 0, anybody);
+  constexpr char name[] = "system.posix_acl_access";
+  const std::string map = maps / "a.galaxy";
+  if (::setxattr(map.c_str(), name, list.data(), list.size(), 0) != 0)
+    GTEST_SKIP() << "this file system has no access control lists";
+  EXPECT_TRUE(bool(replace()));
+  std::string kept(list.size(), ' ');
+  EXPECT_EQ(::getxattr(map.c_str(), name, kept.data(), kept.size()),
+            static_cast<ssize_t>(list.size()));
+  EXPECT_EQ(kept, list);
 }
 
 TEST_F(ReplaceOnPosix, LinksAreNeverFollowed) {
