@@ -91,6 +91,7 @@ private:
   bool is_map(const std::string& name);
   Result<Done> link_or_copy_backup();
   Result<Done> link_in_place_of_equal_backup();
+  Result<Done> number_equal_backup();
   Result<Done> copy_backup();
   Result<Done> adopt_link();
   Result<Done> adopt_copy();
@@ -302,19 +303,28 @@ Result<Done> Replacing::link_in_place_of_equal_backup() {
   if (!linked)
     return linked.failure();
   if (!*linked) {
-    const auto restored = doing(action, [&] { return equal_backup->rename(backup, ""); });
-    return restored ? adopt_copy() : restored;
+    if (auto restored = doing(action, [&] { return equal_backup->rename(backup, ""); }); !restored)
+      return restored;
+    equal_backup.reset();
+    return adopt_copy();
   }
   made_link = true;
   const auto equal = doing("read " + backup, [&] { return map.holds(aside, replacement.was); });
   if (!equal)
     return equal.failure();
   if (!*equal)  // somebody has just written to it
-    if (auto kept = give_free_number(
-            backup, [&](const std::string& free) { return equal_backup->rename_no_replace(free); });
-        !kept)
-      return kept;
+    if (auto numbered = number_equal_backup(); !numbered)
+      return numbered;
   return adopt_link();
+}
+
+// Gives the older backup a name that nothing else wants.
+Result<Done> Replacing::number_equal_backup() {
+  auto numbered = give_free_number(
+      backup, [&](const std::string& free) { return equal_backup->rename_no_replace(free); });
+  if (numbered)
+    equal_backup.reset();
+  return numbered;
 }
 
 Result<Done> Replacing::copy_backup() {
@@ -390,10 +400,8 @@ void Replacing::undo_link() {
     const auto renamed = equal_backup->rename_no_replace(backup);
     return renamed && *renamed;
   }();
-  if (!restored)
-    static_cast<void>(give_free_number(
-        backup, [&](const std::string& free) { return equal_backup->rename_no_replace(free); }));
-  equal_backup->keep();
+  if (!restored && !number_equal_backup())
+    equal_backup->keep();
 }
 
 bool Replacing::is_map(const std::string& name) {
