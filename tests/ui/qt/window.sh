@@ -60,6 +60,20 @@ wait_for fix || fail 'the maps are not converted'
 click_on Command3
 ended 'the exit button'
 
+# Clicks that come while the window appears wait until start-up is over. Without a window manager it
+# appears in the screen's corner.
+touch "$scratch/clicking"
+while [ -e "$scratch/clicking" ]; do click_on Command1; done &
+clicking=$!
+start
+wait_for xdotool search --onlyvisible --name 'map updater' || fail 'no window appears'
+rm "$scratch/clicking"  # not in the middle of a click
+wait "$clicking"
+click_on Command1  # should all have come before the window
+wait_for fix || fail 'the maps are not converted after clicks during start-up'
+click_on Command3
+ended 'the exit button after clicks during start-up'
+
 start /silent
 ended 'a silent run in a window'
 converted || fail 'a silent run in a window does not convert the maps'
