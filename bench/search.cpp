@@ -12,7 +12,7 @@ int main(int argc, char** argv) {
     std::fputs("usage: search FOLDER\n", stderr);
     return 2;
   }
-  const Machine machine = find_machine();
+  const Machine machine = find_machine([](const Machine&) { return true; });
   PrefixFiles files(machine);
   PrefixSystem system(machine, "");
   ConsoleScreen screen;

@@ -1,13 +1,15 @@
 # The program on Linux, for a Windows machine that is kept in a folder.
 layer(prefix BELOW platform SOURCES
   platform/prefix/disk.cpp platform/prefix/folder_names.cpp platform/prefix/descriptor.cpp
-  platform/prefix/letter_case.cpp platform/prefix/machine.cpp
-  platform/prefix/process.cpp platform/prefix/paths.cpp platform/prefix/prefix_files.cpp
-  platform/prefix/prefix_map.cpp platform/prefix/prefix_system.cpp
+  platform/prefix/launcher_prefixes.cpp platform/prefix/letter_case.cpp
+  platform/prefix/machine.cpp platform/prefix/process.cpp platform/prefix/paths.cpp
+  platform/prefix/prefix_check.cpp platform/prefix/prefix_files.cpp platform/prefix/prefix_map.cpp
+  platform/prefix/prefix_system.cpp
   platform/prefix/registry.cpp platform/prefix/registry_text.cpp
   platform/prefix/version_resource.cpp)
+find_package(nlohmann_json REQUIRED)
 find_package(utf8cpp REQUIRED)
-target_link_libraries(prefix PRIVATE utf8cpp)
+target_link_libraries(prefix PRIVATE nlohmann_json::nlohmann_json utf8cpp)
 target_sources(ui PRIVATE ui/write_stderr.cpp)
 layer(console BELOW ui SOURCES ui/console/console_screen.cpp)
 

@@ -1,12 +1,16 @@
 // Chooses the machine and the front end: the window where there is a display, else the console.
+#include "app/installation.h"
+#include "form/form1.h"
 #include "platform/prefix/machine.h"
 #include "platform/prefix/prefix_files.h"
 #include "platform/prefix/prefix_system.h"
 #include "platform/prefix/process.h"
 #include "ui/console/console_screen.h"
 #include "ui/qt/load_window.h"
+#include "ui/write_stderr.h"
 
 #include <cstdio>
+#include <cstdlib>
 #include <new>
 #include <string>
 
@@ -20,8 +24,23 @@ std::string argument_text(int argc, char** argv) {
   return text;
 }
 
+bool has_game(const Machine& machine) {
+  PrefixFiles files(machine);
+  PrefixSystem system(machine, "");
+  return game_is_registered(system, files);
+}
+
+// Says once which prefix was chosen, also if the program restarts itself without its window.
+void report_choice(const Machine& machine) {
+  write_stderr("Using the Wine prefix " + printable(machine.folder) + " (the game was found in " +
+               std::to_string(machine.choices) + "; set WINEPREFIX to choose another)");
+  setenv("WINEPREFIX", machine.folder.c_str(), 1);
+}
+
 int run(int argc, char** argv) {
-  const Machine machine = find_machine();
+  const Machine machine = find_machine(has_game);
+  if (machine.choices > 0)
+    report_choice(machine);
   PrefixFiles files(machine);
   PrefixSystem system(machine, argument_text(argc, argv));
   if (RunWindow* run_window = load_window(machine.program_folder))

@@ -109,5 +109,57 @@ run /s
 check "a map left alone: exit status" 1 "$status"
 check "a map left alone: what it says" yes "$([[ $said == *"bad.galaxy"*"no second line"* ]] && echo yes)"
 
+# Without WINEPREFIX, the prefixes of launchers are searched; here two in a Steam library have the
+# game, and one below Games has not.
+make_sample base "$scratch" "$build"
+home=$scratch/home
+library=$home/.local/share/Steam/steamapps/compatdata
+mkdir -p "$library/1" "$library/2" "$home/Games" "$scratch/other drive"
+mv "$scratch/machine" "$library/1/pfx"
+mkdir "$library/1/pfx/dosdevices"
+ln -s ../drive_c "$library/1/pfx/dosdevices/c:"
+ln -s "$scratch/other drive" "$library/1/pfx/dosdevices/z:"
+cp -a "$library/1/pfx" "$library/2/pfx"
+cp -a "$library/1/pfx" "$home/Games/without"
+sed -i 's/Paxhollow/Another/' "$home/Games/without/system.reg"
+touch -d '2 hours ago' "$library/1/pfx/user.reg"
+touch -d '1 hour ago' "$library/2/pfx/user.reg"
+
+find_and_run() { # find_and_run <WINEPREFIX, which may be empty>: sets status and said
+  status=0
+  said=$(cd "$scratch/data" && HOME=$home WINEPREFIX=$1 "$build/vora-map-updater" /silent 2>&1) ||
+    status=$?
+}
+
+find_and_run ""
+check "search: what it says" "0 Using the Wine prefix $library/2/pfx (the game was found in 2; \
+set WINEPREFIX to choose another)" "$status $said"
+check "search: the maps" "$(maps tests/expected/base)" "$(maps "$library/2/pfx")"
+check "search: the older prefix" "$(maps sample/base)" "$(maps "$library/1/pfx")"
+DISPLAY=:dead find_and_run ""
+check "search: a restart without the window" 1 "$(grep -c '^Using the Wine prefix' <<<"$said")"
+find_and_run "$library/1/pfx"
+check "search: WINEPREFIX" "0 " "$status $said"
+
+explained() { # explained <WINEPREFIX> <reason>
+  find_and_run "$1"
+  check "no game: exit status" 1 "$status"
+  check "no game: first line" "found vora version ::" "$(head -n 1 <<<"$said")"
+  check "no game: lines" 9 "$(wc -l <<<"$said")"
+  check "no game: last line" "No game was found: $2" "$(tail -n 1 <<<"$said")"
+}
+ln -s system.reg "$scratch/other drive/system.reg"
+explained "$home/none" "the Wine prefix $home/none cannot be used: there is no such folder"
+explained "$home" "the Wine prefix $home cannot be used: it has no system.reg"
+explained "$library/1" "the Wine prefix $library/1 cannot be used: it has no system.reg; \
+did you mean $library/1/pfx?"
+explained "$library/1/pfx/drive_c" "the Wine prefix $library/1/pfx/drive_c cannot be used: \
+it has no system.reg; did you mean $library/1/pfx?"
+explained "$scratch/other drive" "the Wine prefix $scratch/other drive cannot be used: \
+its system.reg cannot be read: Too many levels of symbolic links"
+explained "$home/Games/without" "the game is not registered in the Wine prefix $home/Games/without"
+rm -r "$library"
+explained "" "the Wine prefix $home/.wine cannot be used: there is no such folder"
+
 [ $failed = 0 ] && echo "the program passed"
 exit $failed

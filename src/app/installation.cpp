@@ -12,12 +12,26 @@ namespace {
 // The expansion counts as registered when its folder text, "\" included, is longer than this.
 constexpr std::size_t expansion_path_threshold = 3;
 
+// The registry's names of the game and its editions.
+constexpr char product_key[] = "Paxhollow";
+constexpr char base_key[] = "vora";
+constexpr char bundle_key[] = "vorazendrel";
+constexpr char expansion_key[] = "voratarnfall";
+
 // An edition's installation folder in the registry, with "\" appended.
-std::string registered_path(Form1& form, bool is_64bit, const std::string& edition) {
+std::string registered_path(System& system, bool is_64bit, const std::string& edition) {
   const std::string software =
       is_64bit ? R"(HKEY_LOCAL_MACHINE\SOFTWARE\Wow6432Node)" : R"(HKEY_LOCAL_MACHINE\SOFTWARE)";
-  const std::string value = software + R"(\Orbwright\Paxhollow\)" + edition + R"(\Path)";
-  return regaccess(form.system, "read", value, "Path", "string") + "\\";
+  const std::string value = software + R"(\Orbwright\)" + product_key + "\\" + edition + R"(\Path)";
+  return regaccess(system, "read", value, "Path", "string") + "\\";
+}
+
+bool is_registered(System& system, bool is_64bit) {
+  const auto length = [&](const char* edition) {
+    return registered_path(system, is_64bit, edition).size();
+  };
+  return length(base_key) > base_path_threshold || length(bundle_key) > base_path_threshold ||
+         length(expansion_key) > expansion_path_threshold;
 }
 
 void find_base(Form1& form, const std::string& path) {
@@ -84,15 +98,30 @@ void select(Form1& form, Edition edition) {
 }  // namespace
 
 void find_installations(Form1& form, bool is_64bit) {
-  form.expansionpath = registered_path(form, is_64bit, "voratarnfall");
+  form.expansionpath = registered_path(form.system, is_64bit, expansion_key);
   form.expansionregistered = form.expansionpath.size() > expansion_path_threshold &&
                              direxists(form.files, form.expansionpath);
-  form.basepath = registered_path(form, is_64bit, "vora");
-  form.bundlepath = registered_path(form, is_64bit, "vorazendrel");
+  form.basepath = registered_path(form.system, is_64bit, base_key);
+  form.bundlepath = registered_path(form.system, is_64bit, bundle_key);
   find_base(form, form.basepath);
   find_base(form, form.bundlepath);
   find_expansion(form);
   set_found(form);
+}
+
+bool game_is_registered(System& system, Files& files) {
+  return system.may_have_key(product_key) &&
+         is_registered(system, is64bit(system, files, system_drive(system)));
+}
+
+void explain_missing_game(Form1& form) {
+  if (form.basefound || form.expansionfound)
+    return;
+  const bool registered = game_is_registered(form.system, form.files);
+  const std::string reason = registered ? "the folder that the game is registered in is missing"
+                                        : form.system.explain_unregistered("the game");
+  if (!reason.empty())
+    form.screen.print_error("No game was found: " + reason);
 }
 
 void decide_edition(Form1& form) {

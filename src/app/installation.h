@@ -7,6 +7,12 @@
 // the flags that say which were found. `is_64bit`: the machine has a 64-bit Windows.
 void find_installations(Form1& form, bool is_64bit);
 
+// Whether the registry has a record of any edition; its folder may be missing.
+bool game_is_registered(System& system, Files& files);
+
+// Reports on stderr why no edition was found; nothing if one was, or if there is no more to say.
+void explain_missing_game(Form1& form);
+
 // Selects the only edition that was found, or the base edition when none was. When both were found,
 // the user selects.
 void decide_edition(Form1& form);

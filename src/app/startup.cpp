@@ -11,8 +11,6 @@
 
 namespace {
 
-void set_sysdrive(Form1& form) { form.sysdrive = form.system.environment("windir").substr(0, 2); }
-
 // The labels that say on what kind of machine the program runs.
 void fill_info_panel(Form1& form, bool is_64bit) {
   const auto value = [&](const char* name) { return form.system.environment(name); };
@@ -50,7 +48,7 @@ void set_homefolder(Form1& form) {
 void startup(Form1& form) {
   form.screen.show();
   form.unattended = will_be_silent(form.system);
-  set_sysdrive(form);
+  form.sysdrive = system_drive(form.system);
   read_target(form);
   const bool is_64bit = is64bit(form.system, form.files, form.sysdrive);
   fill_info_panel(form, is_64bit);

@@ -1,6 +1,7 @@
 // The target file, and the diagnostic file of debug mode.
 #include "app/target.h"
 
+#include "app/installation.h"
 #include "convert/line_reader.h"
 #include "platform/services.h"
 
@@ -46,8 +47,11 @@ void check_release(Form1& form) {
   form.targetlines = readlines(form.files, target_file);
   const std::string target(
       form.targetlines[form.expansiononly ? expansion_release_line : base_release_line]);
-  if (form.foundversion != target)
-    end_with_message(form, mismatch_message(form, target));
+  if (form.foundversion == target)
+    return;
+  show_trouble(form, mismatch_message(form, target));
+  explain_missing_game(form);
+  end_program(form);
 }
 
 void create_info(Form1& form) {

@@ -53,6 +53,8 @@ bool direxists(Files& files, const std::string& path) {
   return !first_entry(files, path, Match::files_and_folders).empty();
 }
 
+std::string system_drive(System& system) { return system.environment("windir").substr(0, 2); }
+
 bool is64bit(System& system, Files& files, const std::string& sysdrive) {
   const auto version = system.os_version();
   return version && version->platform == nt_family &&

@@ -27,6 +27,9 @@ std::string App_Path(System& system);
 // Whether `path` matches a file or a folder.
 bool direxists(Files& files, const std::string& path);
 
+// The system drive's letter and colon.
+std::string system_drive(System& system);
+
 // Whether the machine has a 64-bit Windows. `sysdrive` is its letter and colon.
 bool is64bit(System& system, Files& files, const std::string& sysdrive);
 

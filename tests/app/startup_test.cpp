@@ -2,6 +2,7 @@
 #include "app/startup.h"
 
 #include "app/edition.h"
+#include "app/installation.h"
 #include "tests/support/test_machine.h"
 #include "ui/handlers.h"
 #include "ui/layout.h"
@@ -290,4 +291,44 @@ TEST(Startup, ReportsDataFilesThatItCannotUse) {
     }
     EXPECT_EQ(program.form.trouble, c.status == 1);
   }
+}
+
+TEST(Startup, KnowsWhetherTheGameIsRegistered) {
+  const auto registered = [](const TestMachine& machine) {
+    return game_is_registered(*machine.system(""), *machine.files());
+  };
+  for (const std::string edition : {"vora", "vorazendrel", "voratarnfall"}) {
+    TestMachine machine;
+    EXPECT_FALSE(registered(machine));
+    machine.set_registry("Software\\Orbwright\\Paxhollow\\" + edition, "Path", "C:\\Games");
+    EXPECT_FALSE(registered(machine)) << "under a 32-bit Windows";
+    machine.install(edition, base_release);
+    EXPECT_TRUE(registered(machine)) << edition;
+    fs::remove_all(machine.drive_c / "Games");
+    EXPECT_TRUE(registered(machine)) << edition;
+  }
+}
+
+TEST(Startup, SaysAfterTheMismatchWhyNoGameWasFound) {
+  TestMachine machine;
+  machine.write_data();
+  const auto errors = [&] {
+    Program program(machine);
+    EXPECT_EQ(program.run([&] { startup(program.form); }), 1);
+    EXPECT_EQ(program.screen.messages.size(), 1U);
+    return program.screen.errors;
+  };
+  using Lines = std::vector<std::string>;
+  const std::string reason = machine.prefix.empty()
+                                 ? ""
+                                 : "No game was found: the game is not registered in the Wine "
+                                   "prefix " +
+                                       machine.prefix.string();
+  EXPECT_EQ(errors(), reason.empty() ? Lines() : Lines{reason});
+  install(machine, "vora");
+  fs::remove_all(machine.drive_c / "Games");
+  EXPECT_EQ(errors(),
+            Lines{"No game was found: the folder that the game is registered in is missing"});
+  machine.install("vora", {9, 9, 9, 9});
+  EXPECT_EQ(errors(), Lines());
 }

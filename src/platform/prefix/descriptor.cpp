@@ -75,6 +75,20 @@ std::optional<std::size_t> read_all(const Descriptor& file, char* buffer, std::s
   return done;
 }
 
+std::optional<std::string> read_regular_file(const std::string& path, std::size_t most) {
+  const auto file = open_path(system_disk(), path, O_RDONLY | O_NONBLOCK);
+  struct stat status {};
+  if (!file || !describe(file, status) || !S_ISREG(status.st_mode) ||
+      static_cast<std::size_t>(status.st_size) > most)
+    return std::nullopt;
+  std::string text(static_cast<std::size_t>(status.st_size), '\0');
+  const auto length = read_all(file, text.data(), text.size());
+  if (!length)
+    return std::nullopt;
+  text.resize(*length);
+  return text;
+}
+
 bool describe(const Descriptor& file, struct stat& status) {
   return uninterrupted([&] { return file.disk().status(file.get(), "", AT_EMPTY_PATH, status); }) ==
          0;

@@ -1,9 +1,13 @@
 // Locates the Wine prefix and the program's own folders.
 #include "platform/prefix/machine.h"
 
+#include "platform/prefix/launcher_prefixes.h"
+#include "platform/prefix/prefix_check.h"
+
 #include <cstdlib>
 #include <filesystem>
 #include <optional>
+#include <utility>
 
 #include <pwd.h>
 #include <unistd.h>
@@ -12,23 +16,6 @@ namespace fs = std::filesystem;
 
 namespace {
 
-bool is_prefix(const fs::path& folder) {
-  std::error_code ignored;
-  return fs::exists(folder / "system.reg", ignored) &&
-         (fs::exists(folder / "dosdevices", ignored) || fs::exists(folder / "drive_c", ignored));
-}
-
-// The innermost Wine prefix that contains `folder`, which may be the prefix itself.
-std::optional<std::string> prefix_around(fs::path folder) {
-  for (; !folder.empty(); folder = folder.parent_path()) {
-    if (is_prefix(folder))
-      return folder.string();
-    if (folder == folder.root_path())
-      break;
-  }
-  return std::nullopt;
-}
-
 std::string user_home() {
   if (const char* home = std::getenv("HOME"))
     return home;
@@ -36,24 +23,41 @@ std::string user_home() {
   return user ? user->pw_dir : "";
 }
 
-std::string find_prefix(const Machine& machine) {
+// The prefix that needs no search: the one that is named, or around the program.
+std::optional<std::string> given_prefix(const Machine& machine) {
   if (const char* prefix = std::getenv("WINEPREFIX"); prefix && *prefix)
     return (fs::path(machine.current_folder) / prefix).lexically_normal().string();
   if (auto prefix = prefix_around(machine.current_folder))
-    return *prefix;
-  if (auto prefix = prefix_around(machine.program_folder))
-    return *prefix;
-  return user_home() + "/.wine";
+    return prefix;
+  return prefix_around(machine.program_folder);
+}
+
+// Of the user's prefixes, one with the game.
+void search_prefix(Machine& machine, const HasGame& has_game) {
+  const std::string home = user_home();
+  machine.folder = home + "/.wine";
+  if (has_game(machine))
+    return;
+  Machine chosen = machine;
+  for (auto& prefix : launcher_prefixes(home)) {
+    machine.folder = std::move(prefix);
+    if (has_game(machine) && chosen.choices++ == 0)
+      chosen.folder = machine.folder;
+  }
+  machine = std::move(chosen);
 }
 
 }  // namespace
 
-Machine find_machine() {
+Machine find_machine(const HasGame& has_game) {
   std::error_code ignored;
   Machine machine;
   machine.current_folder = fs::current_path(ignored).string();
   machine.program_folder = fs::read_symlink("/proc/self/exe", ignored).parent_path().string();
-  machine.folder = find_prefix(machine);
+  if (auto prefix = given_prefix(machine))
+    machine.folder = std::move(*prefix);
+  else
+    search_prefix(machine, has_game);
   while (machine.folder.size() > 1 && machine.folder.ends_with('/'))
     machine.folder.pop_back();
   return machine;

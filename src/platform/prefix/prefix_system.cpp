@@ -2,6 +2,7 @@
 #include "platform/prefix/prefix_system.h"
 
 #include "platform/prefix/letter_case.h"
+#include "platform/prefix/prefix_check.h"
 #include "platform/prefix/process.h"
 #include "platform/prefix/version_resource.h"
 
@@ -112,8 +113,8 @@ OsVersion cap_version(const OsVersion& version) {
 }  // namespace
 
 PrefixSystem::PrefixSystem(const Machine& machine, std::string argument_line)
-    : paths(machine), registry(machine.folder), program_folder(machine.program_folder),
-      arguments(std::move(argument_line)) {}
+    : paths(machine), registry(machine.folder), prefix_folder(machine.folder),
+      program_folder(machine.program_folder), arguments(std::move(argument_line)) {}
 
 std::optional<std::string> PrefixSystem::reg_read(const std::string& value_path) {
   const auto value = registry.read(value_path);
@@ -138,6 +139,12 @@ bool PrefixSystem::reg_write(const std::string& value_path, const std::string& d
 }
 
 bool PrefixSystem::reg_delete(const std::string& value_path) { return registry.remove(value_path); }
+
+bool PrefixSystem::may_have_key(std::string_view name) { return registry.may_have_key(name); }
+
+std::string PrefixSystem::explain_unregistered(const std::string& subject) {
+  return ::explain_unregistered(prefix_folder, subject);
+}
 
 std::string PrefixSystem::environment(const std::string& name) {
   Variables known;

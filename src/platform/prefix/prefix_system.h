@@ -21,6 +21,9 @@ public:
                  const std::string& type) override;
   bool reg_delete(const std::string& value_path) override;
 
+  bool may_have_key(std::string_view name) override;
+  std::string explain_unregistered(const std::string& subject) override;
+
   // A variable of the process, else of the registry: one that Windows makes itself, the user's, or
   // the machine's. %NAME% is expanded, at all levels, in a registry value whose type asks for it
   // and nowhere else; it stays where NAME is not set, and where a variable would contain itself.
@@ -55,6 +58,7 @@ private:
 
   Paths paths;
   Registry registry;
+  const std::string prefix_folder;
   const std::string program_folder;
   const std::string arguments;
 };

@@ -23,21 +23,6 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// Nullopt if the file cannot be read, is not a regular file or is larger than any file may be.
-std::optional<std::string> read_file(const fs::path& file) {
-  const auto handle = open_path(system_disk(), file.string(), O_RDONLY | O_NONBLOCK);
-  struct stat status {};
-  if (!handle || !describe(handle, status) || !S_ISREG(status.st_mode) ||
-      status.st_size > Files::max_file_size)
-    return std::nullopt;
-  std::string text(static_cast<std::size_t>(status.st_size), '\0');
-  const auto length = read_all(handle, text.data(), text.size());
-  if (!length)
-    return std::nullopt;
-  text.resize(*length);
-  return text;
-}
-
 // False if another run holds the lock. File systems without locks do not matter here.
 bool lock(const Descriptor& file) {
   return file.disk().lock(file.get()) == 0 || errno != EWOULDBLOCK;
@@ -133,14 +118,14 @@ std::optional<RegistryValue> make_value(const std::string& data, const std::stri
 
 const std::string& Registry::Hive::read() {
   if (!text)
-    text = read_file(file).value_or("");
+    text = read_regular_file(file.string(), Files::max_file_size).value_or("");
   return *text;
 }
 
 bool Registry::Hive::change(const Edit& edit) {
   std::error_code ignored;
   const bool missing = fs::symlink_status(file, ignored).type() == fs::file_type::not_found;
-  const auto old = missing ? std::string() : read_file(file);
+  const auto old = missing ? std::string() : read_regular_file(file.string(), Files::max_file_size);
   if (!old)
     return false;
   const auto changed = edit(*old);
@@ -169,6 +154,8 @@ std::optional<RegistryValue> Registry::read(const std::string& value_path) {
     return std::nullopt;
   return find_value(hive->read(), path->key, path->name);
 }
+
+bool Registry::may_have_key(std::string_view name) { return contains(local_machine.read(), name); }
 
 bool Registry::write(const std::string& value_path, const std::string& data,
                      const std::string& type) {

@@ -90,6 +90,21 @@ TEST(RegistryText, FindsValues) {
     EXPECT_EQ(show(find_value(text, "K", "v")), "none") << text;
 }
 
+TEST(RegistryText, ContainsAWord) {
+  EXPECT_TRUE(contains(sample, "Toolset"));
+  EXPECT_TRUE(contains(sample, "tOOLSET"));
+  EXPECT_TRUE(contains(sample, "WINE"));
+  EXPECT_TRUE(contains(sample, "set\"\n"));
+  EXPECT_TRUE(contains(sample, "]"));
+  EXPECT_FALSE(contains(sample, "Toolsets"));
+  EXPECT_FALSE(contains("", "word"));
+  EXPECT_FALSE(contains("wor", "word"));
+  EXPECT_FALSE(contains("wordy", "wordier"));
+  EXPECT_FALSE(contains("wore{}`@", "ord[{}`@"));
+  for (std::size_t at = 4080; at < 4100; ++at)  // across the end of a block
+    EXPECT_TRUE(contains(std::string(at, 'W') + "wOrD", "word")) << at;
+}
+
 TEST(RegistryText, ParsesData) {
   const std::pair<const char*, const char*> cases[] = {
       {R"("\1x\018\1018")", "text \1x\0018A8"},

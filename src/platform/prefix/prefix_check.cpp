@@ -1,0 +1,65 @@
+// Tells whether a folder is a Wine prefix, and what is wrong with one that is not.
+#include "platform/prefix/prefix_check.h"
+
+#include "platform/prefix/descriptor.h"
+
+#include <cerrno>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+
+namespace fs = std::filesystem;
+
+namespace {
+
+bool is_there(const fs::path& path) {
+  std::error_code ignored;
+  return fs::exists(path, ignored);
+}
+
+std::string suggest(const fs::path& folder) {
+  const auto around = prefix_around(folder);
+  if (is_prefix(folder / "pfx"))
+    return "; did you mean " + (folder / "pfx").string() + "?";
+  if (around && *around != folder)
+    return "; did you mean " + *around + "?";
+  return "";
+}
+
+// Why the registry cannot be read; empty if it can.
+std::string registry_problem(const fs::path& folder) {
+  struct stat status {};
+  const auto registry =
+      open_path(system_disk(), (folder / "system.reg").string(), O_RDONLY | O_NONBLOCK);
+  if (registry && describe(registry, status))
+    return S_ISREG(status.st_mode) ? "" : "its system.reg is not a regular file";
+  const bool missing = errno == ENOENT || errno == ENOTDIR;
+  if (!missing)
+    return "its system.reg cannot be read: " + system_reason();
+  std::error_code ignored;
+  return fs::is_directory(folder, ignored) ? "it has no system.reg" : "there is no such folder";
+}
+
+}  // namespace
+
+bool is_prefix(const fs::path& folder) {
+  return is_there(folder / "system.reg") &&
+         (is_there(folder / "dosdevices") || is_there(folder / "drive_c"));
+}
+
+std::optional<std::string> prefix_around(fs::path folder) {
+  for (; !folder.empty(); folder = folder.parent_path()) {
+    if (is_prefix(folder))
+      return folder.string();
+    if (folder == folder.root_path())
+      break;
+  }
+  return std::nullopt;
+}
+
+std::string explain_unregistered(const fs::path& folder, const std::string& subject) {
+  const std::string problem = registry_problem(folder);
+  if (problem.empty())
+    return subject + " is not registered in the Wine prefix " + folder.string() + suggest(folder);
+  return "the Wine prefix " + folder.string() + " cannot be used: " + problem + suggest(folder);
+}
