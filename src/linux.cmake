@@ -1,6 +1,6 @@
 # The program on Linux, for a Windows machine that is kept in a folder.
 layer(prefix BELOW platform SOURCES
-  platform/prefix/disk.cpp platform/prefix/folder_names.cpp platform/prefix/handle.cpp
+  platform/prefix/disk.cpp platform/prefix/folder_names.cpp platform/prefix/descriptor.cpp
   platform/prefix/letter_case.cpp platform/prefix/machine.cpp
   platform/prefix/process.cpp platform/prefix/paths.cpp platform/prefix/prefix_files.cpp
   platform/prefix/prefix_map.cpp platform/prefix/prefix_system.cpp

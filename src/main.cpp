@@ -36,7 +36,7 @@ int main(int argc, char** argv) {
   try {
     return run(argc, argv);
   } catch (const std::bad_alloc&) {
-    std::fputs("The memory is not enough to start the program.\n", stderr);
+    std::fputs("Not enough memory to start the program.\n", stderr);
     return 1;
   }
 }

@@ -6,6 +6,8 @@
 #include "ui/handlers.h"
 #include "ui/win32/main_window.h"
 
+#include <new>
+
 namespace {
 
 // In a silent run nobody would answer a message box.
@@ -16,9 +18,7 @@ void report(const std::string& text, System& system, Screen& screen) {
     screen.message_box(text);
 }
 
-}  // namespace
-
-int main() {
+int run() {
   WindowsFiles files;
   MainWindow window;
   WindowsSystem system([&](const std::string& text) { report(text, system, window); });
@@ -29,4 +29,14 @@ int main() {
   }
   load_form(form);
   window.run();
+}
+
+}  // namespace
+
+int main() {
+  try {
+    return run();
+  } catch (const std::bad_alloc&) {
+    return 1;
+  }
 }

@@ -87,8 +87,8 @@ plainly() { on_windows "$scratch/program/vora-map-updater.exe" /silent; }
 # With a redirection, as in the README: it stands first, as cmd passes on the blank before it.
 from_prompt() {
   local status=0
-  on_windows cmd /c 'C:\both\program\vora-map-updater.exe 2> ..\told.txt /silent' || status=$?
-  cat ../told.txt
+  on_windows cmd /c 'C:\both\program\vora-map-updater.exe 2> ..\reported.txt /silent' || status=$?
+  cat ../reported.txt
   return $status
 }
 

@@ -155,8 +155,13 @@ void Run::stop(const Map& map, const Failure& fault) {
     if (!done)
       skip(done.failure());
   }
-  report_skipped();
-  report_trouble(form, printable(text) + "\r\nThe map is as it was. No further map was converted.");
+  try {
+    report_skipped();
+    report_trouble(form,
+                   printable(text) + "\r\nThe map is as it was. No further map was converted.");
+  } catch (const std::bad_alloc&) {
+    end_out_of_memory(form);
+  }
   end_program(form);
 }
 

@@ -3,7 +3,6 @@
 
 #include "convert/line_reader.h"
 #include "platform/path_rules.h"
-#include "platform/services.h"
 
 namespace {
 
@@ -12,13 +11,15 @@ constexpr char list_file[] = "original vora galaxies.txt";
 }  // namespace
 
 void loadoriginalmaps(Form1& form) {
-  if (first_file(form.files, list_file).empty()) {
+  const auto found = form.files.lookup(list_file, Match::files);
+  if (!found)
+    report_trouble(form, printable(found.failure().text()));
+  if (found && found->empty() && form.unattended)
+    form.screen.print_error(std::string(list_file) +
+                            " is missing: the game's release is not checked, and the game's own "
+                            "maps are converted like any other.");
+  if (!found || found->empty())
     form.missingdata = true;
-    if (form.unattended)
-      form.screen.print_error(std::string(list_file) +
-                              " is missing: the game's release is not checked, and the game's own "
-                              "maps are converted like any other.");
-  }
   form.originalmaps = form.missingdata ? LineArray::empty(1) : readlines_or_report(form, list_file);
 }
 

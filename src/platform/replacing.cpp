@@ -1,6 +1,7 @@
 // How a map is replaced by its converted self so that no instant is without the map.
 #include "platform/replacing.h"
 
+#include <optional>
 #include <random>
 #include <utility>
 
@@ -11,8 +12,10 @@ constexpr std::string_view temporary_end = ".tmp";
 
 constexpr int first_backup_number = 2;  // of backups that are renamed to make room
 
-// Names what was tried when a step failed.
-template <class Value> Result<Value> doing(const std::string& action, Result<Value> result) {
+// Takes a step, and names what was tried when it fails. The name is made before the step: memory
+// may run out for it, but not once a file is renamed.
+template <class Step> auto doing(const std::string& action, Step step) -> decltype(step()) {
+  auto result = step();
   if (result)
     return result;
   Failure failure = result.failure();
@@ -31,14 +34,6 @@ public:
       map.remove(name);
   }
 
-  // Makes it a hard link to `other`; false when the file system has no hard links.
-  Result<bool> link_to(const std::string& other) {
-    auto linked = map.link(other, name);
-    if (!linked || !*linked)
-      name.clear();
-    return linked;
-  }
-
   Result<Done> rename(const std::string& to, const std::string& kept) {
     auto renamed = map.rename(name, to, kept);
     if (renamed)
@@ -52,6 +47,9 @@ public:
       name.clear();
     return renamed;
   }
+
+  // Leaves the file as it is.
+  void keep() { name.clear(); }
 
 private:
   OpenMap& map;
@@ -71,7 +69,8 @@ public:
   Result<Done> make_backup();
   Result<Done> replace();
 
-  // After a failure: takes the backup name away again that the map got as a second hard link.
+  // After a failure: takes the backup name away again that the map got as a second hard link, and
+  // gives it back to the older backup that had it.
   void undo_link();
 
 private:
@@ -83,40 +82,46 @@ private:
 
   Result<std::string> find_companion(const std::string& name);
   Result<Done> write_temporary(const std::string& name, std::string_view text);
-  Result<Done> check_unchanged(bool by_stamp);
+  Result<Done> check_unchanged(bool by_state);
   Result<Done> check_content();
-  Result<Done> check_stamp(const std::string& name);
+  Result<Done> check_state(const std::string& name);
   Result<bool> is_backup(const std::string& name);
   Result<Done> move_aside(const std::string& name);
+  template <class Rename> Result<Done> give_free_number(const std::string& name, Rename rename);
+  bool is_map(const std::string& name);
   Result<Done> link_or_copy_backup();
-  Result<Done> link_over_equal_backup();
+  Result<Done> link_in_place_of_equal_backup();
+  Result<Done> number_equal_backup();
   Result<Done> copy_backup();
   Result<Done> adopt_link();
   Result<Done> adopt_copy();
   Result<Done> check_backup();
   Result<Done> place(Prepared& file, const std::string& kept);
   Result<OpenMap::Kind> kind_of(const std::string& name);
-  Result<Done> flush(const std::string& name) { return doing("flush " + name, map.flush(name)); }
+  Result<Done> flush(const std::string& name) {
+    return doing("flush " + name, [&] { return map.flush(name); });
+  }
   Failure failure(std::string reason) const { return {map.path, "convert it", std::move(reason)}; }
   Failure changed() const { return failure("it has changed since it was read"); }
 
   OpenMap& map;
   const Replacement& replacement;
-  OpenMap::Stamp stamp{};  // of the map when it was read, or compared again
+  OpenMap::FileState state{};  // of the map when it was read, or compared again
 
   std::vector<std::string> companions;  // their names as the folder spells them, in order
   std::string backup;                // the older backup as the folder spells it, then the new one
   bool backup_is_hard_link = false;  // to the map's own file
-  bool made_link = false;            // as a new name, where there was no backup
-  OpenMap::Stamp backup_stamp{};     // of a backup that is no hard link, when it was compared
-  std::vector<Prepared> prepared;    // the companions, then the map
+  bool made_link = false;            // in this run
+  std::optional<Temporary> equal_backup;  // an older backup that the link takes the place of
+  OpenMap::FileState backup_state{};      // of a backup that is no hard link, when it was compared
+  std::vector<Prepared> prepared;         // the companions, then the map
 };
 
 Result<Done> Replacing::lock() {
   const auto locked = map.lock();
   if (!locked)
     return locked.failure();
-  stamp = *locked;
+  state = *locked;
   return Done{};
 }
 
@@ -153,36 +158,37 @@ Result<std::string> Replacing::find_companion(const std::string& name) {
 Result<Done> Replacing::write_temporaries() {
   for (std::size_t i = 0; i < companions.size(); ++i) {
     const NewFile& file = replacement.companions[i];
-    auto written = doing("write " + file.name, map.write_temporary(file.text));
+    auto written = doing("write " + file.name, [&] { return map.write_temporary(file.text); });
     if (!written)
       return written.failure();
     prepared.push_back({Temporary(map, *std::move(written)), companions[i]});
   }
   if (replacement.backup.empty())
     return Done{};
-  auto written = doing("write " + map.name, map.write_temporary(replacement.result));
+  auto written =
+      doing("write " + map.name, [&] { return map.write_temporary(replacement.result); });
   if (!written)
     return written.failure();
   prepared.push_back({Temporary(map, *std::move(written)), map.name});
   return Done{};
 }
 
-Result<Done> Replacing::check_map() { return check_unchanged(stamp.settled); }
+Result<Done> Replacing::check_map() { return check_unchanged(state.settled); }
 
-// The map must be as it was read. A stamp that is not settled cannot show that: a map that was
+// The map must be as it was read. A state that is not settled cannot show that: a map that was
 // written just before may be written again within the same time stamp, or get its time stamp late.
-Result<Done> Replacing::check_unchanged(bool by_stamp) {
-  if (!by_stamp) {
-    const auto now = map.stamp_of(map.name);
+Result<Done> Replacing::check_unchanged(bool by_state) {
+  if (!by_state) {
+    const auto now = map.state_of(map.name);
     if (!now)
       return now.failure();
-    if (!now->same_file(stamp))
+    if (!now->same_file(state))
       return changed();
-    stamp = *now;
+    state = *now;
     if (auto checked = check_content(); !checked)
       return checked;
   }
-  return check_stamp(map.name);
+  return check_state(map.name);
 }
 
 // What somebody else has saved since the reading must not be lost.
@@ -194,11 +200,11 @@ Result<Done> Replacing::check_content() {
 }
 
 // A name must be that of the file that was read, and nobody may have written to that file.
-Result<Done> Replacing::check_stamp(const std::string& name) {
-  const auto now = map.stamp_of(name);
+Result<Done> Replacing::check_state(const std::string& name) {
+  const auto now = map.state_of(name);
   if (!now)
     return now.failure();
-  return *now == stamp ? Result<Done>(Done{}) : changed();
+  return *now == state ? Result<Done>(Done{}) : changed();
 }
 
 Result<Done> Replacing::place_companions() {
@@ -209,11 +215,11 @@ Result<Done> Replacing::place_companions() {
 }
 
 Result<Done> Replacing::place(Prepared& file, const std::string& kept) {
-  return doing("write " + file.name, file.temporary.rename(file.name, kept));
+  return doing("write " + file.name, [&] { return file.temporary.rename(file.name, kept); });
 }
 
-// Makes sure that the map has a backup, and that this is on the disk before the map's own name goes
-// to its successor: flushing a file flushes its names as well.
+// Makes sure that the map has a backup, and that this is on the disk before the result is
+// renamed over the map: flushing a file flushes its names as well.
 Result<Done> Replacing::make_backup() {
   if (replacement.backup.empty())
     return Done{};
@@ -222,7 +228,7 @@ Result<Done> Replacing::make_backup() {
     if (!equal)
       return equal.failure();
     if (*equal)
-      return link_over_equal_backup();
+      return link_in_place_of_equal_backup();
     if (auto moved = move_aside(backup); !moved)
       return moved;
   }
@@ -237,28 +243,42 @@ Result<bool> Replacing::is_backup(const std::string& name) {
     return kind.failure();
   if (*kind != OpenMap::Kind::file)
     return false;
-  return doing("read " + name, map.holds(name, replacement.was));
+  return doing("read " + name, [&] { return map.holds(name, replacement.was); });
 }
 
 Result<Done> Replacing::move_aside(const std::string& name) {
   const auto kind = kind_of(name);
   if (!kind)
     return kind.failure();
+  return give_free_number(name, [&](const std::string& free) -> Result<bool> {
+    const auto moved = map.rename_no_replace(name, free);
+    const bool is_file = *kind == OpenMap::Kind::file;
+    if (!moved || !*moved || !is_file)
+      return moved;
+    const auto flushed = flush(free);
+    return flushed ? moved : flushed.failure();
+  });
+}
+
+// Calls `rename` with the name of a backup and the first number that is free.
+template <class Rename>
+Result<Done> Replacing::give_free_number(const std::string& name, Rename rename) {
   for (int number = first_backup_number;; ++number) {
     const std::string free = name + std::to_string(number);
     if (!map.spelled(free).empty())
       continue;
-    const auto moved = doing("move " + name + " aside", map.rename_no_replace(name, free));
-    if (!moved)
-      return moved.failure();
-    if (*moved)
-      return *kind == OpenMap::Kind::file ? flush(free) : Done{};
+    const auto renamed = doing("move " + name + " aside", [&] { return rename(free); });
+    if (!renamed)
+      return renamed.failure();
+    if (*renamed)
+      return Done{};
   }
 }
 
 // A hard link to the map; a copy where the file system has no hard links.
 Result<Done> Replacing::link_or_copy_backup() {
-  const auto linked = doing("make its backup " + backup, map.link(map.name, backup));
+  const auto linked =
+      doing("make its backup " + backup, [&] { return map.link(map.name, backup); });
   if (!linked)
     return linked.failure();
   made_link = *linked;
@@ -266,31 +286,54 @@ Result<Done> Replacing::link_or_copy_backup() {
 }
 
 // The map's own file takes the place of a backup that holds the same, so that what another program
-// that has the map open writes to it is in the backup.
-Result<Done> Replacing::link_over_equal_backup() {
-  const auto found = doing("look at " + backup, map.stamp_of(backup));
-  if (!found)
-    return found.failure();
-  if (found->same_file(stamp))
+// that has the map open writes to it is in the backup. The older backup waits under a temporary
+// name until the map is replaced.
+Result<Done> Replacing::link_in_place_of_equal_backup() {
+  if (is_map(backup))
     return adopt_link();
   const std::string action = "make its backup " + backup;
-  Temporary temporary(map, OpenMap::temporary_name());
-  const auto linked = doing(action, temporary.link_to(map.name));
+  const std::string aside = OpenMap::temporary_name();
+  const auto moved = doing(action, [&] { return map.rename_no_replace(backup, aside); });
+  if (!moved)
+    return moved.failure();
+  if (!*moved)
+    return Failure{map.path, action, "the name is taken"};
+  equal_backup.emplace(map, aside);
+  const auto linked = doing(action, [&] { return map.link(map.name, backup); });
   if (!linked)
     return linked.failure();
-  if (!*linked)
+  if (!*linked) {
+    if (auto restored = doing(action, [&] { return equal_backup->rename(backup, ""); }); !restored)
+      return restored;
+    equal_backup.reset();
     return adopt_copy();
-  if (auto renamed = doing(action, temporary.rename(backup, map.name)); !renamed)
-    return renamed;
+  }
+  made_link = true;
+  const auto equal = doing("read " + backup, [&] { return map.holds(aside, replacement.was); });
+  if (!equal)
+    return equal.failure();
+  if (!*equal)  // somebody has just written to it
+    if (auto numbered = number_equal_backup(); !numbered)
+      return numbered;
   return adopt_link();
+}
+
+// Gives the older backup a name that nothing else wants.
+Result<Done> Replacing::number_equal_backup() {
+  auto numbered = give_free_number(
+      backup, [&](const std::string& free) { return equal_backup->rename_no_replace(free); });
+  if (numbered)
+    equal_backup.reset();
+  return numbered;
 }
 
 Result<Done> Replacing::copy_backup() {
   const std::string action = "make its backup " + backup;
-  auto written = doing(action, map.write_temporary(replacement.was));
+  auto written = doing(action, [&] { return map.write_temporary(replacement.was); });
   if (!written)
     return written.failure();
-  const auto renamed = doing(action, Temporary(map, *std::move(written)).rename_no_replace(backup));
+  const auto renamed =
+      doing(action, [&] { return Temporary(map, *std::move(written)).rename_no_replace(backup); });
   if (!renamed)
     return renamed.failure();
   if (!*renamed)
@@ -302,21 +345,21 @@ Result<Done> Replacing::copy_backup() {
 // its own do not show that it is one, and another file may have had the map's name in that moment:
 // then it counts as a copy.
 Result<Done> Replacing::adopt_link() {
-  const auto now = map.stamp_of(backup);
+  const auto now = map.state_of(backup);
   if (!now)
     return now.failure();
-  if (!now->same_file(stamp))
+  if (!now->same_file(state))
     return adopt_copy();
   backup_is_hard_link = true;
-  return *now == stamp ? flush(map.name) : changed();
+  return *now == state ? flush(map.name) : changed();
 }
 
 // The backup is another file than the map. It is flushed, and must hold what the map holds.
 Result<Done> Replacing::adopt_copy() {
-  const auto now = map.stamp_of(backup);
+  const auto now = map.state_of(backup);
   if (!now)
     return now.failure();
-  backup_stamp = *now;
+  backup_state = *now;
   const auto equal = is_backup(backup);
   if (!equal)
     return equal.failure();
@@ -325,14 +368,14 @@ Result<Done> Replacing::adopt_copy() {
 
 // Between its flush and the replacement somebody may have removed or changed the backup.
 Result<Done> Replacing::check_backup() {
-  const auto now = doing("look at " + backup, map.stamp_of(backup));
+  const auto now = doing("look at " + backup, [&] { return map.state_of(backup); });
   if (!now)
     return now.failure();
-  const bool same = backup_is_hard_link ? now->same_file(stamp) : *now == backup_stamp;
+  const bool same = backup_is_hard_link ? now->same_file(state) : *now == backup_state;
   return same ? Result<Done>(Done{}) : failure("its backup " + backup + " has changed");
 }
 
-// The last look comes after everything slow, so that it sees what is saved while the map is
+// The last check comes after everything slow, so that it sees what is saved while the map is
 // compared or its backup is copied or flushed. Where the map's own file does not become the backup,
 // content is compared, so that not even a writer who sets the time back loses anything.
 Result<Done> Replacing::replace() {
@@ -340,23 +383,34 @@ Result<Done> Replacing::replace() {
     return Done{};
   if (auto checked = check_backup(); !checked)
     return checked;
-  if (auto checked = check_unchanged(stamp.settled && backup_is_hard_link); !checked)
+  if (auto checked = check_unchanged(state.settled && backup_is_hard_link); !checked)
     return checked;
   return place(prepared.back(), backup);
 }
 
 // Both names must still be those of the map's file: else the backup may be its only name.
 void Replacing::undo_link() {
-  if (!made_link || !backup_is_hard_link)
+  const bool linked = made_link && is_map(map.name) && is_map(backup);
+  if (!equal_backup) {
+    if (linked)
+      map.remove(backup);
     return;
-  const auto own = map.stamp_of(map.name);
-  const auto link = map.stamp_of(backup);
-  if (own && link && own->same_file(stamp) && link->same_file(stamp))
-    map.remove(backup);
+  }
+  const bool restored = linked ? bool(equal_backup->rename(backup, map.name)) : [&] {
+    const auto renamed = equal_backup->rename_no_replace(backup);
+    return renamed && *renamed;
+  }();
+  if (!restored && !number_equal_backup())
+    equal_backup->keep();
+}
+
+bool Replacing::is_map(const std::string& name) {
+  const auto now = map.state_of(name);
+  return now && now->same_file(state);
 }
 
 Result<OpenMap::Kind> Replacing::kind_of(const std::string& name) {
-  return doing("look at " + name, map.kind_of(name));
+  return doing("look at " + name, [&] { return map.kind_of(name); });
 }
 
 }  // namespace

@@ -12,8 +12,9 @@
 #include <string_view>
 #include <vector>
 
-// A map that was read and can be replaced. Where an open file can be renamed it stays open, and no
-// other file that has got its name since is replaced; on Windows one with the same content may be.
+// A map that was read and can be replaced. On Linux it stays open, so that a file
+// which has taken its name since is detected. Windows renames no open file: there a file of the
+// same content cannot be told from it.
 //
 // The functions are the steps of a replacement; each machine has its own. Names are those of
 // entries of the map's folder. No step follows a symlink. A failure has the map's path and the
@@ -23,14 +24,14 @@ public:
   enum class Kind { nothing, file, folder, other };
 
   // Tells a file from any other, and from itself once somebody has written to it.
-  struct Stamp {
+  struct FileState {
     std::uint64_t device, file, size, time;
-    bool settled;  // whoever writes to the file from now on changes its time
+    bool settled;  // old enough that any later write changes the modification time
 
-    bool same_file(const Stamp& other) const {
+    bool same_file(const FileState& other) const {
       return device == other.device && file == other.file;
     }
-    bool operator==(const Stamp& other) const {
+    bool operator==(const FileState& other) const {
       return same_file(other) && size == other.size && time == other.time;
     }
   };
@@ -51,9 +52,9 @@ public:
   // Takes an exclusive lock on the map until the object is gone, where the file system has locks;
   // fails when another run holds it. Where the system has leases it also fails when another program
   // has the map open for writing, and one that opens it later waits until the object is gone. The
-  // stamp is that of the file that was read; when it is settled, it was taken before the reading.
+  // state is that of the file that was read; when it is settled, it was taken before the reading.
   // Call it before the other steps.
-  virtual Result<Stamp> lock() = 0;
+  virtual Result<FileState> lock() = 0;
 
   // How `entry` is spelled in the folder, case-insensitively; empty when the name is free.
   virtual std::string spelled(const std::string& entry) = 0;
@@ -61,9 +62,9 @@ public:
   // `nothing` is certain: an entry that cannot be examined is a failure.
   virtual Result<Kind> kind_of(const std::string& entry) = 0;
 
-  // Fails when it is not an ordinary file. Only this step surely follows the map's name: `holds`
-  // and `flush` may use the open file even when another has taken its name.
-  virtual Result<Stamp> stamp_of(const std::string& entry) = 0;
+  // Fails when it is not an ordinary file. Always looks the name up; `holds` and `flush` may use
+  // the open descriptor of the map.
+  virtual Result<FileState> state_of(const std::string& entry) = 0;
 
   // Whether it is an ordinary file whose content is `content`.
   virtual Result<bool> holds(const std::string& entry, std::string_view content) = 0;

@@ -88,6 +88,15 @@ void show_current_folder(Form1& form) {
   form.Drive1.fill(form.system.drives(), form.Dir1.path().substr(0, 2));
 }
 
+// Does what the user asked for. No exception may pass through a front end's own frames.
+template <class Work> void within_memory(Form1& form, const Work& work) {
+  try {
+    work();
+  } catch (const std::bad_alloc&) {
+    end_out_of_memory(form);
+  }
+}
+
 }  // namespace
 
 void press(Form1& form, const Control& button) {
@@ -95,11 +104,7 @@ void press(Form1& form, const Control& button) {
     return;
   const auto handler = std::find_if(std::begin(handlers), std::end(handlers),
                                     [&](const Handler& h) { return &(form.*h.button) == &button; });
-  try {
-    handler->click(form);
-  } catch (const std::bad_alloc&) {
-    end_out_of_memory(form);
-  }
+  within_memory(form, [&] { handler->click(form); });
 }
 
 Control& focus_after(Form1& form) {
@@ -114,21 +119,19 @@ void close_window(Form1& form) {
 
 void open_folder(Form1& form, const std::string& path) {
   if (!form.searching)
-    show_folder(form, path);
+    within_memory(form, [&] { show_folder(form, path); });
 }
 
 void select_drive(Form1& form, const std::string& drive) {
   if (!form.searching)
-    form.Drive1.select(drive);
+    within_memory(form, [&] { form.Drive1.select(drive); });
 }
 
 void load_form(Form1& form) {
-  try {
+  within_memory(form, [&] {
     apply_layout(form);
     connect_lists(form);
     show_current_folder(form);
     startup(form);
-  } catch (const std::bad_alloc&) {
-    end_out_of_memory(form);
-  }
+  });
 }

@@ -197,7 +197,7 @@ TEST(Startup, ChecksTheReleaseOfTheInstalledGame) {
     VersionParts release;
     const char* target;
     bool list;
-    std::string told;  // how the message begins
+    std::string reported;  // how the message begins
   } cases[] = {
       {{"vora"}, {1, 2, 3, 4}, "1.2.3.4\r\n", true, right},
       {{"vora"},
@@ -230,7 +230,7 @@ TEST(Startup, ChecksTheReleaseOfTheInstalledGame) {
     Program program(machine, "/x");  // examined only when the release is right
     EXPECT_EQ(program.run([&] { load_form(program.form); }), 1);
     ASSERT_EQ(program.screen.messages.size(), 1u);
-    EXPECT_EQ(program.screen.messages[0].substr(0, c.told.size()), c.told) << c.target;
+    EXPECT_EQ(program.screen.messages[0].substr(0, c.reported.size()), c.reported) << c.target;
   }
 }
 

@@ -44,7 +44,7 @@ protected:
   }
 
   // Whether there was one message, with such a text in it.
-  bool told(const std::string& text) {
+  bool reported(const std::string& text) {
     const std::vector<std::string>& messages = program.screen.messages;
     return messages.size() == 1 && messages[0].find(text) != std::string::npos;
   }
@@ -112,7 +112,7 @@ TEST_F(Conversion, TakesTheVersionFromTheEndOfTheSecondLine) {
     start_over();
     add("a.galaxy", "MAP\r\n" + std::string(second_line) + "\r\nend\r\n");
     EXPECT_EQ(fix(), 1);
-    EXPECT_TRUE(told(file)) << file;
+    EXPECT_TRUE(reported(file)) << file;
   }
 }
 
@@ -135,12 +135,12 @@ TEST_F(Conversion, TellsWhichMapsItCouldNotConvertAndGoesOn) {
   EXPECT_EQ(program.form.Text2.text(), "a.galaxy\r\n");
   EXPECT_TRUE(program.form.trouble);
   EXPECT_TRUE(
-      told("These maps could not be converted and were left alone:\r\n"
-           "C:\\maps\\vanished.galaxy: cannot read it: the file is missing\r\n"
-           "C:\\maps\\oneline.galaxy: cannot convert it: it has no second line\r\n"
-           "C:\\maps\\empty.galaxy: cannot convert it: it has no second line\r\n"
-           "C:\\maps\\huge.galaxy: cannot read it: it is larger than 1 GiB\r\n"
-           "C:\\maps\\taken.galaxy: cannot convert it: a folder has the name taken.galold"));
+      reported("These maps could not be converted and were left alone:\r\n"
+               "C:\\maps\\vanished.galaxy: cannot read it: the file is missing\r\n"
+               "C:\\maps\\oneline.galaxy: cannot convert it: it has no second line\r\n"
+               "C:\\maps\\empty.galaxy: cannot convert it: it has no second line\r\n"
+               "C:\\maps\\huge.galaxy: cannot read it: it is larger than 1 GiB\r\n"
+               "C:\\maps\\taken.galaxy: cannot convert it: a folder has the name taken.galold"));
 }
 
 TEST_F(Conversion, ATemplateErrorEndsTheProgramAndLosesNothing) {
@@ -152,7 +152,7 @@ TEST_F(Conversion, ATemplateErrorEndsTheProgramAndLosesNothing) {
     const char* edition;
     bool debugmode;
     Tree left;
-    const char* told;
+    const char* reported;
   } cases[] = {
       {"t", false, backed_up, "tnewstructfix4.txt: its section count is 0 or below: MAP"},
       {"v", true, untouched, "vnewstruct3.txt"},
@@ -167,7 +167,7 @@ TEST_F(Conversion, ATemplateErrorEndsTheProgramAndLosesNothing) {
     add("b.galaxy", old_map);
     EXPECT_EQ(fix(), 1);
     EXPECT_EQ(tree(maps), c.left) << c.edition << c.debugmode;
-    EXPECT_TRUE(told(c.told)) << c.told;
+    EXPECT_TRUE(reported(c.reported)) << c.reported;
   }
   // The backup is a file of its own: changing the map in place leaves it.
   write_file(maps / "a.galaxy", "edited");
@@ -198,7 +198,7 @@ TEST_F(Conversion, AMissingBaselineConvertsNothingAndIsTold) {
     add("a.galaxy", old_map);
     EXPECT_EQ(fix(), Program::returned);
     EXPECT_EQ(tree(maps), (Tree{{"a.galaxy", old_map}}));
-    EXPECT_TRUE(told(text)) << text;
+    EXPECT_TRUE(reported(text)) << text;
   }
 }
 
@@ -210,7 +210,7 @@ TEST_F(Conversion, NothingIsConvertedWithoutAFormatVersion) {
     add("a.galaxy", "MAP\r\nversion -5\r\n");
     program.form.Label8.set_text("1");
     EXPECT_EQ(fix(), Program::returned);
-    EXPECT_TRUE(told("No map was converted: vnewstruct0.txt")) << baseline;
+    EXPECT_TRUE(reported("No map was converted: vnewstruct0.txt")) << baseline;
     EXPECT_EQ(tree(maps), (Tree{{"a.galaxy", "MAP\r\nversion -5\r\n"}}));
     EXPECT_EQ(program.form.Label8.text(), "2");
   }

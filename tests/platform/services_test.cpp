@@ -21,8 +21,8 @@ TEST(Services, RegistryAccessKnowsThreeModesInAnyCase) {
 
 TEST(Services, SpecialFoldersReportTwoOfTheirFailures) {
   FakeSystem system;
-  std::string told;
-  const ShowMessage tell = [&](const std::string& text) { told += text + "\n"; };
+  std::string reported;
+  const ShowMessage tell = [&](const std::string& text) { reported += text + "\n"; };
   EXPECT_EQ(getmydocs(system, tell), "C:\\folder");
   EXPECT_EQ(system.asked_folder, 0x8005u);
   for (const std::uint32_t status : {1u, 0x80070057u, 0x80004005u}) {
@@ -30,7 +30,7 @@ TEST(Services, SpecialFoldersReportTwoOfTheirFailures) {
     EXPECT_EQ(getlocalappdata(system, tell), "");
     EXPECT_EQ(system.asked_folder, 0x801Cu);
   }
-  EXPECT_EQ(told, "The folder does not exist\nAn invalid folder ID was specified\n");
+  EXPECT_EQ(reported, "The folder does not exist\nAn invalid folder ID was specified\n");
 }
 
 TEST(Services, OwnFolderEndsInOneBackslash) {

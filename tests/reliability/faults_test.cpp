@@ -130,7 +130,7 @@ protected:
     return names;
   }
 
-  // Finds and converts all maps on such a disk; what the user is told.
+  // Finds and converts all maps on such a disk; what the user is reported.
   std::string convert(Disk& disk) {
     Program program(std::make_unique<PrefixFiles>(machine_of(machine), disk), machine.system(""));
     program.form.edition = edition;
@@ -140,10 +140,10 @@ protected:
       findgalaxies(program.form);
       fixgalaxies(program.form);
     });
-    std::string told;
+    std::string reported;
     for (const std::string& message : program.screen.messages)
-      told += message + "\n";
-    return told;
+      reported += message + "\n";
+    return reported;
   }
 
   // How many calls it takes.
@@ -205,18 +205,18 @@ TEST_P(Faults, EveryCallFailsOnceOrFromThenOn) {
       WatchedDisk disk(
           [&](int call) { return call == fault || (lasting && call > fault) ? error : 0; },
           unknown);
-      const std::string told = convert(disk);
+      const std::string reported = convert(disk);
       injected += lasting ? disk.disturbed > 0 : disk.disturbed;
       const Tree left = tree(folder);
-      SCOPED_TRACE(std::to_string(error) + " at " + std::to_string(fault) + ": " + told);
+      SCOPED_TRACE(std::to_string(error) + " at " + std::to_string(fault) + ": " + reported);
       ASSERT_EQ(broken(left), "");
       const auto skipped = not_converted(left);
-      const bool ended = told.find("struct") != told.npos;
-      const bool all = lasting || ended || told.find("could not be searched") != told.npos;
+      const bool ended = reported.find("struct") != reported.npos;
+      const bool all = lasting || ended || reported.find("could not be searched") != reported.npos;
       ASSERT_LE(skipped.size(), all ? 3u : error == WatchedDisk::half ? 0u : 1u);
       for (const std::string& name : skipped) {
-        ASSERT_TRUE(all || told.find(name) != told.npos) << name;
-        ASSERT_TRUE(ended || told.find(std::strerror(error)) != told.npos);
+        ASSERT_TRUE(all || reported.find(name) != reported.npos) << name;
+        ASSERT_TRUE(ended || reported.find(std::strerror(error)) != reported.npos);
       }
       convert_undisturbed();
       ASSERT_EQ(unfinished(), "");

@@ -1,4 +1,4 @@
-// A system for tests that answers what it is told to.
+// A system for tests that answers what it is reported to.
 #pragma once
 
 #include "platform/system.h"

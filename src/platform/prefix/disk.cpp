@@ -1,6 +1,7 @@
 // The system calls that touch the disk.
 #include "platform/prefix/disk.h"
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <csignal>
@@ -8,7 +9,9 @@
 
 #include <dirent.h>
 #include <fcntl.h>
+#include <linux/magic.h>
 #include <sys/file.h>
+#include <sys/vfs.h>
 #include <sys/xattr.h>
 #include <unistd.h>
 
@@ -32,9 +35,19 @@ int Disk::flush(int file) { return ::fsync(file); }
 
 int Disk::lock(int file) { return ::flock(file, LOCK_EX | LOCK_NB); }
 
-// A program that waits for the lease is announced by a signal. SIGURG is ignored by default.
+// A lease break raises a signal; SIGURG is ignored by default, SIGIO would kill. Network file
+// systems refuse with EAGAIN whenever their server grants nothing, whoever has the file open.
 int Disk::lease(int file) {
-  return ::fcntl(file, F_SETSIG, SIGURG) == 0 ? ::fcntl(file, F_SETLEASE, F_RDLCK) : -1;
+  constexpr unsigned long networks[] = {NFS_SUPER_MAGIC, SMB_SUPER_MAGIC, CIFS_SUPER_MAGIC,
+                                        SMB2_SUPER_MAGIC};
+  if (::fcntl(file, F_SETSIG, SIGURG) == 0 && ::fcntl(file, F_SETLEASE, F_RDLCK) == 0)
+    return 0;
+  struct statfs status;
+  if (errno == EAGAIN && ::fstatfs(file, &status) == 0 &&
+      std::find(std::begin(networks), std::end(networks),
+                static_cast<unsigned long>(status.f_type)) != std::end(networks))
+    errno = EOPNOTSUPP;
+  return -1;
 }
 
 int Disk::copy_acl(int from, int to) {

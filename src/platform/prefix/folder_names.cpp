@@ -13,12 +13,12 @@
 namespace {
 
 // `for_each_name` for a folder that may have been read already.
-bool read_again(const Handle& folder, const Visit& visit) {
+bool read_again(const Descriptor& folder, const Visit& visit) {
   return for_each_name(open_at(folder, ".", O_RDONLY | O_DIRECTORY), visit);
 }
 
 // The first name in byte order that differs from `name` only in case.
-std::string find_folded(const Handle& folder, const std::string& name) {
+std::string find_folded(const Descriptor& folder, const std::string& name) {
   const std::string wanted = lowercase(name);
   std::string found;
   read_again(folder, [&](const char* other, unsigned char) {
@@ -31,14 +31,14 @@ std::string find_folded(const Handle& folder, const std::string& name) {
 // Ends in a NUL, which no name contains: a key that no other key starts with.
 std::string folded_key(std::string_view name) { return lowercase(name) + '\0'; }
 
-bool has_name(const Handle& folder, const std::string& name) {
+bool has_name(const Descriptor& folder, const std::string& name) {
   struct stat ignored;
   return stat_at(folder, name, ignored);
 }
 
 }  // namespace
 
-bool for_each_name(const Handle& folder, const Visit& visit) {
+bool for_each_name(const Descriptor& folder, const Visit& visit) {
   if (!folder)
     return false;
   alignas(dirent64) char buffer[1 << 15];
@@ -56,30 +56,30 @@ bool for_each_name(const Handle& folder, const Visit& visit) {
   }
 }
 
-std::string find_name(const Handle& folder, const std::string& name) {
+std::string find_name(const Descriptor& folder, const std::string& name) {
   return has_name(folder, name) ? name : find_folded(folder, name);
 }
 
-FolderNames::Stamp FolderNames::stamp_of(const Handle& folder) {
+FolderNames::FileState FolderNames::state_of(const Descriptor& folder) {
   struct stat status;
   if (!describe(folder, status))
     return {};
   return {status.st_dev, status.st_ino, status.st_mtim.tv_sec, status.st_mtim.tv_nsec};
 }
 
-void FolderNames::refresh(const Handle& folder) {
-  const Stamp now = stamp_of(folder);
-  if (stamp == now)
+void FolderNames::refresh(const Descriptor& folder) {
+  const FileState now = state_of(folder);
+  if (state == now)
     return;
   *this = {};
   const auto visit = [&](const char* name, unsigned char) {
     hashes.insert(std::hash<std::string>()(folded_key(name)));
   };
   if (read_again(folder, visit))
-    stamp = now;  // else it is read again for the next lookup
+    state = now;  // else it is read again for the next lookup
 }
 
-std::string FolderNames::find(const Handle& folder, const std::string& name) {
+std::string FolderNames::find(const Descriptor& folder, const std::string& name) {
   if (has_name(folder, name))
     return name;
   const auto key = folded_key(name);
@@ -91,7 +91,7 @@ std::string FolderNames::find(const Handle& folder, const std::string& name) {
       spellings->insert(folded_key(other) + other);
     };
     if (!read_again(folder, visit))
-      stamp = {};
+      state = {};
   }
   for (auto known = spellings->lower_bound(key);
        known != spellings->end() && known->starts_with(key); ++known)
@@ -107,7 +107,7 @@ void FolderNames::added(const std::string& name) {
     spellings->insert(key + name);
 }
 
-void FolderNames::changed(const Handle& folder) {
-  if (stamp != Stamp{})
-    stamp = stamp_of(folder);
+void FolderNames::changed(const Descriptor& folder) {
+  if (state != FileState{})
+    state = state_of(folder);
 }

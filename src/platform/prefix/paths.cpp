@@ -2,8 +2,8 @@
 #include "platform/prefix/paths.h"
 
 #include "platform/path_rules.h"
+#include "platform/prefix/descriptor.h"
 #include "platform/prefix/folder_names.h"
-#include "platform/prefix/handle.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -144,7 +144,7 @@ Result<Location> Paths::find(const std::string& path) const {
   for (const std::string& component : parsed->components) {
     if (!found.name.empty())
       found.folder += "/" + found.name;
-    const Handle folder = open_path(disk, found.folder + "/", O_PATH | O_DIRECTORY);
+    const Descriptor folder = open_path(disk, found.folder + "/", O_PATH | O_DIRECTORY);
     if (!folder)
       return path_failure(path);
     const std::string spelled = find_name(folder, component);

@@ -24,7 +24,7 @@ Failure failure(const std::string& path, const char* action) {
 bool is_hidden(std::string_view name) { return name.starts_with('.'); }
 
 // The kernel's own file systems: they hold no maps, and a walk through them may never end.
-bool is_kernel_file_system(const Handle& folder) {
+bool is_kernel_file_system(const Descriptor& folder) {
   struct statfs status;
   if (::fstatfs(folder.get(), &status) != 0)
     return false;
@@ -39,7 +39,7 @@ bool is_kernel_file_system(const Handle& folder) {
 
 // Whether a name in an open folder is a folder (true) or an ordinary file (false); nullopt for any
 // other kind. A symlink counts as what it points to.
-std::optional<bool> is_folder(const Handle& folder, const char* name) {
+std::optional<bool> is_folder(const Descriptor& folder, const char* name) {
   struct stat status;
   if (!folder || folder.disk().status(folder.get(), name, 0, status) != 0)
     return std::nullopt;
@@ -49,7 +49,7 @@ std::optional<bool> is_folder(const Handle& folder, const char* name) {
 }
 
 // The entry for a name and type from readdir; nullopt when it does not belong in a list.
-std::optional<Entry> make_entry(const Handle& folder, const char* name, unsigned char type,
+std::optional<Entry> make_entry(const Descriptor& folder, const char* name, unsigned char type,
                                 std::string_view pattern) {
   if (is_hidden(name) || (type == DT_REG && !matches_pattern(name, pattern)) ||
       !is_allowed_name(name))
@@ -71,12 +71,12 @@ std::optional<Entry> make_entry(const Handle& folder, const char* name, unsigned
 Result<PrefixFiles::Opened> PrefixFiles::open(const std::string& path, int flags,
                                               const char* action) const {
   if (auto exact = paths.exact(path))
-    if (Handle handle = open_path(disk, exact->path(), flags))
+    if (Descriptor handle = open_path(disk, exact->path(), flags))
       return Opened{std::move(handle), *std::move(exact)};
   auto location = paths.find(path);
   if (!location)
     return location.failure();
-  Handle handle = open_path(disk, location->path(), flags);
+  Descriptor handle = open_path(disk, location->path(), flags);
   if (!handle)
     return failure(path, action);
   return Opened{std::move(handle), *std::move(location)};
@@ -95,7 +95,7 @@ Result<Done> PrefixFiles::write_text(const std::string& path, std::string_view t
   const std::string file_path = location->path();
   constexpr int new_file = O_WRONLY | O_CREAT | O_NOFOLLOW | O_NONBLOCK;
   const auto create = [&](int more) { return open_path(disk, file_path, new_file | more, 0666); };
-  Handle file = create(flags & O_APPEND);
+  Descriptor file = create(flags & O_APPEND);
   struct stat status;
   if (file && describe(file, status) && status.st_nlink > 1) {
     if (flags & O_APPEND)
@@ -123,7 +123,7 @@ Result<std::string> PrefixFiles::lookup(const std::string& path, Match match) {
   if (!location || !location->exists || is_hidden(location->name) || path.ends_with("\\."))
     return std::string();
   errno = 0;
-  const Handle folder = open_path(disk, location->folder + "/", O_PATH | O_DIRECTORY);
+  const Descriptor folder = open_path(disk, location->folder + "/", O_PATH | O_DIRECTORY);
   const auto kind = is_folder(folder, location->name.c_str());
   if (!kind && errno != 0 && errno != ENOENT)
     return failure(path, "find it");
@@ -134,7 +134,7 @@ Result<std::vector<Entry>> PrefixFiles::list(const std::string& folder, std::str
   const auto opened = open_folder(folder);
   if (!opened)
     return opened.failure();
-  const Handle& handle = opened->handle;
+  const Descriptor& handle = opened->handle;
   if (is_kernel_file_system(handle))
     return Failure{folder, "list the folder", "it is the system's own"};
   std::vector<Entry> entries;
@@ -176,14 +176,14 @@ Result<ReadFile> PrefixFiles::read_file(const std::string& path) {
     return missing;
   if (status.st_size > max_file_size)
     return Failure{path, "read it", "it is larger than 1 GiB"};
-  const auto stamp = PrefixMap::stamp_from(status);
+  const auto state = PrefixMap::state_from(status);
   std::string text(static_cast<std::size_t>(status.st_size), '\0');
   const auto length = read_all(handle, text.data(), text.size());
   if (!length)
     return failure(path, "read it");
   text.resize(*length);
   return ReadFile{
-      std::move(handle), std::move(location.folder), std::move(location.name), status, stamp,
+      std::move(handle), std::move(location.folder), std::move(location.name), status, state,
       std::move(text)};
 }
 

@@ -24,7 +24,7 @@ public:
 private:
   // An open file or folder, and where it is.
   struct Opened {
-    Handle handle;
+    Descriptor handle;
     Location location;
   };
 

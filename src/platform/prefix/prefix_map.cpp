@@ -21,12 +21,12 @@ bool lacks_hard_links(int error) {
   return error == EPERM || error == EOPNOTSUPP || error == ENOSYS || error == EMLINK;
 }
 
-constexpr mode_t permissions = 0777;  // a map has no use for the bits above
+constexpr mode_t permissions = 0777;  // without set-user-ID, set-group-ID and sticky bits
 constexpr mode_t group_permissions = 0070;
 
 // Copies owner and group from `like` to a file whose status is `own`. Returns the permissions that
 // may be copied: those of the group only if the group matches, so that another group gains nothing.
-mode_t copy_owner(const Handle& file, const struct stat& own, const struct stat& like) {
+mode_t copy_owner(const Descriptor& file, const struct stat& own, const struct stat& like) {
   const bool same = own.st_uid == like.st_uid && own.st_gid == like.st_gid;
   if (same || ::fchown(file.get(), like.st_uid, like.st_gid) == 0)
     return like.st_mode & permissions;
@@ -36,14 +36,15 @@ mode_t copy_owner(const Handle& file, const struct stat& own, const struct stat&
 
 // Whether a new file is this run's alone. Another run that clears stale temporaries may have taken
 // it for one before it was locked, and has removed it or is about to.
-bool is_ours(const Handle& file, struct stat& status) {
+bool is_ours(const Descriptor& file, struct stat& status) {
   if (file.disk().lock(file.get()) != 0 && errno == EWOULDBLOCK)
     return false;
   return describe(file, status) && status.st_nlink > 0;
 }
 
 // False, with errno set, on failure: EEXIST when `to` exists.
-bool rename_at_no_replace(const Handle& folder, const std::string& from, const std::string& to) {
+bool rename_at_no_replace(const Descriptor& folder, const std::string& from,
+                          const std::string& to) {
   Disk& disk = folder.disk();
   const int at = folder.get();
   if (uninterrupted([&] { return disk.rename(at, from.c_str(), to.c_str(), RENAME_NOREPLACE); }) ==
@@ -65,7 +66,7 @@ bool rename_at_no_replace(const Handle& folder, const std::string& from, const s
 PrefixMap::PrefixMap(std::string path_in, ReadFile file_in, FolderNames& names_in)
     : OpenMap(std::move(path_in), std::move(file_in.name), std::move(file_in.text)),
       file(std::move(file_in.handle)), folder_path(std::move(file_in.folder)),
-      status(file_in.status), stamp(file_in.stamp), names(names_in) {}
+      status(file_in.status), state(file_in.state), names(names_in) {}
 
 PrefixMap::~PrefixMap() {
   if (folder)
@@ -74,7 +75,7 @@ PrefixMap::~PrefixMap() {
 
 Failure PrefixMap::last_error() const { return failure(system_reason()); }
 
-OpenMap::Stamp PrefixMap::stamp_from(const struct stat& status) {
+OpenMap::FileState PrefixMap::state_from(const struct stat& status) {
   const auto& time = status.st_mtim;
   return {status.st_dev, status.st_ino, static_cast<std::uint64_t>(status.st_size),
           static_cast<std::uint64_t>(time.tv_sec) * 1'000'000'000u +
@@ -88,9 +89,9 @@ bool PrefixMap::is_append_only() const {
          (attributes.stx_attributes & STATX_ATTR_APPEND);
 }
 
-// Where the file system has no locks, `stamp_of` alone keeps two runs apart. Leases are only for a
+// Where the file system has no locks, `state_of` alone keeps two runs apart. Leases are only for a
 // file's owner and root.
-Result<OpenMap::Stamp> PrefixMap::lock() {
+Result<OpenMap::FileState> PrefixMap::lock() {
   folder = open_path(file.disk(), folder_path + "/", O_RDONLY | O_DIRECTORY);
   if (!folder)
     return Failure{path, "open its folder", system_reason()};
@@ -101,7 +102,7 @@ Result<OpenMap::Stamp> PrefixMap::lock() {
     return failure(locked_by_another);
   if (file.disk().lease(file.get()) != 0 && errno == EAGAIN)
     return failure(open_in_another);
-  return stamp;
+  return state;
 }
 
 std::string PrefixMap::spelled(const std::string& entry) { return names.find(folder, entry); }
@@ -123,17 +124,17 @@ Result<OpenMap::Kind> PrefixMap::kind_of(const std::string& entry) {
   return S_ISREG(found.st_mode) ? Kind::file : Kind::other;
 }
 
-Result<OpenMap::Stamp> PrefixMap::stamp_of(const std::string& entry) {
+Result<OpenMap::FileState> PrefixMap::state_of(const std::string& entry) {
   struct stat found;
   if (!stat_at(folder, entry, found))
     return last_error();
   if (!S_ISREG(found.st_mode))
     return failure(not_ordinary);
-  return stamp_from(found);
+  return state_from(found);
 }
 
 Result<bool> PrefixMap::holds(const std::string& entry, std::string_view content) {
-  return with_file(entry, [&](const Handle& opened) -> Result<bool> {
+  return with_file(entry, [&](const Descriptor& opened) -> Result<bool> {
     struct stat found;
     if (!opened || !describe(opened, found))
       return last_error();
@@ -151,14 +152,14 @@ Result<bool> PrefixMap::holds(const std::string& entry, std::string_view content
 }
 
 Result<Done> PrefixMap::flush(const std::string& entry) {
-  return with_file(entry, [&](const Handle& opened) -> Result<Done> {
+  return with_file(entry, [&](const Descriptor& opened) -> Result<Done> {
     if (!opened || uninterrupted([&] { return folder.disk().flush(opened.get()); }) != 0)
       return last_error();
     return Done{};
   });
 }
 
-Result<std::string> PrefixMap::make_file(Handle& made, struct stat& made_status) {
+Result<std::string> PrefixMap::make_file(Descriptor& made, struct stat& made_status) {
   for (int attempt = 0; attempt < attempts; ++attempt) {
     std::string free = temporary_name();
     made = open_at(folder, free, O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW, 0600);
@@ -173,7 +174,7 @@ Result<std::string> PrefixMap::make_file(Handle& made, struct stat& made_status)
 }
 
 Result<std::string> PrefixMap::write_temporary(std::string_view content) {
-  Handle made;
+  Descriptor made;
   struct stat made_status;
   auto free = make_file(made, made_status);
   if (!free)
@@ -181,10 +182,10 @@ Result<std::string> PrefixMap::write_temporary(std::string_view content) {
   mode_t mode = copy_owner(made, made_status, status);
   const int copied = folder.disk().copy_acl(file.get(), made.get());
   if (copied < 0)
-    mode &= ~group_permissions;  // they limit what the list grants
+    mode &= ~group_permissions;  // with a list the group bits are its mask
   if (copied > 0 && folder.disk().permit(made.get(), 0600) != 0)
     return remove_after_failure(*free);
-  // It stays open for its lock. What was flushed, no failing close can take back.
+  // It stays open for its lock. After a flush a failing close loses nothing.
   if (write_all(made, content) &&
       uninterrupted([&] { return folder.disk().flush(made.get()); }) == 0) {
     written.push_back({*free, std::move(made), mode});
@@ -213,19 +214,25 @@ bool PrefixMap::set_permissions(const std::string& entry) {
          errno == EOPNOTSUPP;
 }
 
-// Another hard link is unmoved by what becomes of `to`.
+// The kept hard link needs no care: on Linux a rename leaves it alone.
 Result<Done> PrefixMap::rename(const std::string& from, const std::string& to, const std::string&) {
+  names.added(to);
   if (!set_permissions(from) || uninterrupted([&] {
                                   return folder.disk().rename(folder.get(), from.c_str(),
                                                               to.c_str(), 0);
                                 }) != 0)
     return last_error();
-  names.added(to);
   return Done{};
 }
 
+// What gets a temporary name must be locked like any temporary file.
 Result<bool> PrefixMap::rename_no_replace(const std::string& from, const std::string& to) {
   names.added(to);
+  if (is_temporary(to)) {
+    renamed.push_back(open_at(folder, from, O_RDONLY | O_NOFOLLOW | O_NONBLOCK));
+    if (renamed.back())
+      folder.disk().lock(renamed.back().get());
+  }
   if (set_permissions(from) && rename_at_no_replace(folder, from, to))
     return true;
   if (errno == EEXIST)
@@ -235,15 +242,16 @@ Result<bool> PrefixMap::rename_no_replace(const std::string& from, const std::st
 
 Result<bool> PrefixMap::link(const std::string& from, const std::string& to) {
   names.added(to);
-  if (folder.disk().link(folder.get(), from.c_str(), to.c_str()) == 0)
+  if (uninterrupted([&] { return folder.disk().link(folder.get(), from.c_str(), to.c_str()); }) ==
+      0)
     return true;
   if (lacks_hard_links(errno))
     return false;
   return last_error();
 }
 
-void remove_stale_temporary(const Handle& folder, const std::string& name) {
-  const Handle file = open_at(folder, name, O_RDONLY | O_NOFOLLOW | O_NONBLOCK);
+void remove_stale_temporary(const Descriptor& folder, const std::string& name) {
+  const Descriptor file = open_at(folder, name, O_RDONLY | O_NOFOLLOW | O_NONBLOCK);
   struct stat status;
   if (!file || !describe(file, status) || !S_ISREG(status.st_mode))
     return;

@@ -1,8 +1,8 @@
 // An open map in a folder of a Wine prefix, and the steps of its replacement there.
 #pragma once
 
+#include "platform/prefix/descriptor.h"
 #include "platform/prefix/folder_names.h"
-#include "platform/prefix/handle.h"
 #include "platform/replacing.h"
 
 #include <string>
@@ -12,11 +12,11 @@
 
 // A file that was read: it is still open, and `status` is from before the reading.
 struct ReadFile {
-  Handle handle;
+  Descriptor handle;
   std::string folder;  // POSIX path of the folder that holds it
   std::string name;    // as the folder spells it
   struct stat status;
-  OpenMap::Stamp stamp;
+  OpenMap::FileState state;
   std::string text;
 };
 
@@ -26,13 +26,13 @@ public:
   PrefixMap(std::string path_in, ReadFile file, FolderNames& names_in);
   ~PrefixMap() override;
 
-  // The stamp of a file from its status, which was just read.
-  static Stamp stamp_from(const struct stat& status);
+  // The state of a file from its status, which was just read.
+  static FileState state_from(const struct stat& status);
 
-  Result<Stamp> lock() override;
+  Result<FileState> lock() override;
   std::string spelled(const std::string& entry) override;
   Result<Kind> kind_of(const std::string& entry) override;
-  Result<Stamp> stamp_of(const std::string& entry) override;
+  Result<FileState> state_of(const std::string& entry) override;
   Result<bool> holds(const std::string& entry, std::string_view content) override;
   Result<Done> flush(const std::string& entry) override;
   Result<std::string> write_temporary(std::string_view content) override;
@@ -46,7 +46,7 @@ private:
   // A temporary file that is locked until the map is closed, and the permissions that it will get.
   struct Written {
     std::string name;
-    Handle file;
+    Descriptor file;
     mode_t mode;
   };
 
@@ -55,23 +55,24 @@ private:
 
   Failure last_error() const;
   Failure remove_after_failure(const std::string& entry);
-  Result<std::string> make_file(Handle& file, struct stat& status);
+  Result<std::string> make_file(Descriptor& file, struct stat& status);
   bool set_permissions(const std::string& entry);
 
   // What `use` returns for the open file of an entry.
   template <class Use> auto with_file(const std::string& entry, Use use) const;
 
-  const Handle file;
+  const Descriptor file;
   const std::string folder_path;
   const struct stat status;
-  const Stamp stamp;
-  Handle folder;  // open once the map is locked
+  const FileState state;
+  Descriptor folder;  // open once the map is locked
   FolderNames& names;
   std::vector<Written> written;
+  std::vector<Descriptor> renamed;  // what got a temporary name, for its lock
 };
 
 // Removes the stale temporary `name`, which a killed run left in an open folder. The rule: the name
 // is one of `OpenMap::temporary_name`, it is an ordinary file and no symlink, and its lock is free.
 // A run holds the locks of its temporary files, and the system releases them when the run is
 // killed. Where the file system has no locks nothing is removed.
-void remove_stale_temporary(const Handle& folder, const std::string& name);
+void remove_stale_temporary(const Descriptor& folder, const std::string& name);

@@ -2,6 +2,7 @@
 #include "platform/prefix/process.h"
 
 #include <csignal>
+#include <cstdlib>
 
 #include <fcntl.h>
 #include <malloc.h>
@@ -24,8 +25,8 @@ void note_interrupt(int signal) {
 
 void open_standard_descriptors() {
   for (int descriptor = STDIN_FILENO; descriptor <= STDERR_FILENO; ++descriptor)
-    if (::fcntl(descriptor, F_GETFD) < 0)
-      ::open("/dev/null", O_RDWR);  // the lowest descriptor that is free
+    if (::fcntl(descriptor, F_GETFD) < 0 && ::open("/dev/null", O_RDWR) != descriptor)
+      std::_Exit(EXIT_FAILURE);
 }
 
 void keep_freed_memory() {

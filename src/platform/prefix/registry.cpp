@@ -3,8 +3,8 @@
 #include "platform/prefix/registry.h"
 
 #include "platform/files.h"
+#include "platform/prefix/descriptor.h"
 #include "platform/prefix/folder_names.h"
-#include "platform/prefix/handle.h"
 #include "platform/prefix/letter_case.h"
 #include "platform/prefix/prefix_map.h"
 
@@ -39,9 +39,11 @@ std::optional<std::string> read_file(const fs::path& file) {
 }
 
 // False if another run holds the lock. File systems without locks do not matter here.
-bool lock(const Handle& file) { return file.disk().lock(file.get()) == 0 || errno != EWOULDBLOCK; }
+bool lock(const Descriptor& file) {
+  return file.disk().lock(file.get()) == 0 || errno != EWOULDBLOCK;
+}
 
-bool write_flushed(const Handle& file, std::string_view text, mode_t permissions) {
+bool write_flushed(const Descriptor& file, std::string_view text, mode_t permissions) {
   return file && lock(file) && write_all(file, text) &&
          file.disk().permit(file.get(), permissions) == 0 && file.disk().flush(file.get()) == 0;
 }

@@ -84,7 +84,7 @@ Result<bool> WindowsMap::lock_entry(const std::string& entry) {
   return true;
 }
 
-Result<OpenMap::Stamp> WindowsMap::lock() {
+Result<OpenMap::FileState> WindowsMap::lock() {
   const auto kind = kind_of(name);
   if (!kind)
     return kind.failure();
@@ -98,7 +98,7 @@ Result<OpenMap::Stamp> WindowsMap::lock() {
   map_attributes = GetFileAttributesW(path_of(name).c_str());
   if (map_attributes == INVALID_FILE_ATTRIBUTES)
     return last_error();
-  return stamp_of(name);
+  return state_of(name);
 }
 
 Result<OpenMap::Kind> WindowsMap::kind_of(const std::string& entry) {
@@ -112,17 +112,18 @@ Result<OpenMap::Kind> WindowsMap::kind_of(const std::string& entry) {
   return is_link(*found) ? Kind::other : Kind::file;
 }
 
-Result<OpenMap::Stamp> WindowsMap::stamp_of(const std::string& entry) {
+Result<OpenMap::FileState> WindowsMap::state_of(const std::string& entry) {
   const Handle file = open_file(path_of(entry), FILE_READ_ATTRIBUTES, OPEN_EXISTING, 0);
   if (!file)
     return last_error();
   const auto about = file_information(file);
   if (!about)
     return last_error();
-  return Stamp{about->dwVolumeSerialNumber, joined(about->nFileIndexHigh, about->nFileIndexLow),
-               joined(about->nFileSizeHigh, about->nFileSizeLow),
-               joined(about->ftLastWriteTime.dwHighDateTime, about->ftLastWriteTime.dwLowDateTime),
-               false};  // Windows may set the time only when the writer closes the file
+  return FileState{
+      about->dwVolumeSerialNumber, joined(about->nFileIndexHigh, about->nFileIndexLow),
+      joined(about->nFileSizeHigh, about->nFileSizeLow),
+      joined(about->ftLastWriteTime.dwHighDateTime, about->ftLastWriteTime.dwLowDateTime),
+      false};  // Windows may set the time only when the writer closes the file
 }
 
 Result<bool> WindowsMap::holds(const std::string& entry, std::string_view content) {
@@ -218,6 +219,9 @@ Result<Done> WindowsMap::rename(const std::string& from, const std::string& to,
 }
 
 Result<bool> WindowsMap::rename_no_replace(const std::string& from, const std::string& to) {
+  if (is_temporary(to))
+    if (const auto ours = lock_entry(to); !ours)
+      return ours.failure();
   unhide(from);
   if (move_file(from, to, 0))
     return true;
@@ -228,9 +232,6 @@ Result<bool> WindowsMap::rename_no_replace(const std::string& from, const std::s
 
 // File systems without hard links fail with many different errors.
 Result<bool> WindowsMap::link(const std::string& from, const std::string& to) {
-  if (is_temporary(to))
-    if (const auto ours = lock_entry(to); !ours)
-      return ours.failure();
   if (CreateHardLinkW(path_of(to).c_str(), path_of(from).c_str(), nullptr))
     return true;
   if (is_taken(GetLastError()))

@@ -14,10 +14,10 @@ public:
   WindowsMap(std::string path_in, std::wstring folder_in, std::string name_in, std::string text_in,
              RetryBudget retry_in = RetryBudget());
 
-  Result<Stamp> lock() override;
+  Result<FileState> lock() override;
   std::string spelled(const std::string& entry) override;
   Result<Kind> kind_of(const std::string& entry) override;
-  Result<Stamp> stamp_of(const std::string& entry) override;
+  Result<FileState> state_of(const std::string& entry) override;
   Result<bool> holds(const std::string& entry, std::string_view content) override;
   Result<Done> flush(const std::string& entry) override;
   Result<std::string> write_temporary(std::string_view content) override;

@@ -43,6 +43,8 @@ public:
     return to == unnamable || interrupts() ? -1 : Disk::rename(folder, from, to, flags);
   }
   int link(int folder, const char* from, const char* to) override {
+    if (before_link)
+      before_link();
     return Disk::link(folder, linked.empty() ? from : linked.c_str(), to);
   }
   int permit(int file, mode_t mode) override {
@@ -59,7 +61,7 @@ public:
   bool writes_nothing = false;  // and reports no failure
   bool interrupted = false;     // every other call, by a signal
   bool own_numbers = false;     // a backup has another file number than the map that it links to
-  std::function<void()> at_flush;
+  std::function<void()> at_flush, before_link;
   int permitted = 0;
   int error = 0;
 
@@ -154,7 +156,7 @@ TEST_F(ReplaceOnPosix, TheMapsOwnFileBecomesTheBackup) {
 TEST_F(ReplaceOnPosix, AMapThatIsOpenForWritingIsSkippedAndALaterWriterWaits) {
   const std::string path = maps / "a.galaxy";
   {
-    const Handle writer = open_path(system_disk(), path, O_WRONLY);
+    const Descriptor writer = open_path(system_disk(), path, O_WRONLY);
     EXPECT_EQ(replace().failure().reason, "another program has it open");
   }
   auto opened = files.open_map("C:\\m\\a.galaxy");
@@ -181,10 +183,32 @@ TEST_F(ReplaceOnPosix, ABackupThatVanishesKeepsTheMap) {
   }
 }
 
+// An older backup must not become a hard link to a map that stays.
 TEST_F(ReplaceOnPosix, AFailureTakesTheBackupNameAwayAgain) {
   disk.unnamable = "a.galaxy";
   EXPECT_FALSE(bool(replace()));
   EXPECT_EQ(tree(maps), (Tree{{"a.galaxy", "old"}, {"a.galfix", "fix"}}));
+
+  write_file(maps / "a.galold", "old");
+  const ino_t older = inode(maps / "a.galold");
+  EXPECT_FALSE(bool(replace()));
+  EXPECT_EQ(tree(maps), (Tree{{"a.galaxy", "old"}, {"a.galfix", "fix"}, {"a.galold", "old"}}));
+  EXPECT_EQ(inode(maps / "a.galold"), older);
+}
+
+// It is written to just after it was found to be equal.
+TEST_F(ReplaceOnPosix, ABackupThatIsWrittenToIsKept) {
+  write_file(maps / "a.galold", "old");
+  disk.before_link = [&] {
+    for (const auto& entry : fs::directory_iterator(maps))
+      if (OpenMap::is_temporary(entry.path().filename().string()) &&
+          read_file(entry.path()) == "old")
+        write_file(entry.path(), "theirs");
+  };
+  EXPECT_TRUE(bool(replace()));
+  Tree expected = replaced();
+  expected["a.galold2"] = "theirs";
+  EXPECT_EQ(tree(maps), expected);
 }
 
 TEST_F(ReplaceOnPosix, GoesOnOnOddDisks) {

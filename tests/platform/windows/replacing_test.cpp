@@ -2,8 +2,8 @@
 #include "platform/replacing.h"
 
 #include "platform/windows/windows_map.h"
-#include "tests/support/scratch_folder.h"
 #include "tests/support/test_machine.h"
+#include "tests/support/windows/folders.h"
 
 #include <gtest/gtest.h>
 

@@ -1,9 +1,8 @@
 // The system of Windows itself.
 #include "platform/windows/windows_system.h"
 
-#include "tests/support/moved_folder.h"
-#include "tests/support/scratch_folder.h"
 #include "tests/support/test_machine.h"
+#include "tests/support/windows/folders.h"
 #include "tools/executable.h"
 
 #include <gtest/gtest.h>

@@ -4,8 +4,7 @@
 
 #include "platform/windows/windows_files.h"
 #include "platform/windows/windows_system.h"
-#include "tests/support/moved_folder.h"
-#include "tests/support/scratch_folder.h"
+#include "tests/support/windows/folders.h"
 
 #include <cstdlib>
 #include <set>

@@ -2,8 +2,8 @@
 // they show.
 #include "platform/windows/handle.h"
 #include "platform/windows/wide_text.h"
-#include "tests/support/scratch_folder.h"
 #include "tests/support/test_machine.h"
+#include "tests/support/windows/folders.h"
 #include "ui/layout.h"
 #include "ui/win32/main_window.h"
 

@@ -1,13 +1,35 @@
-// Where Windows keeps a user's folder, changed for a test.
+// Folders of Windows for tests: found, removed and moved by the system's own means.
 #pragma once
 
+#include "platform/windows/find_file.h"
+#include "platform/windows/paths.h"
 #include "platform/windows/wide_text.h"
 
+#include <filesystem>
 #include <string>
 
 #include <windows.h>
 
 #include <winreg.h>
+
+// The path that the system takes for one of the program's, however long it is.
+inline std::filesystem::path system_path(const std::string& path) { return (*locate(path)).wide(); }
+
+// Removes a folder with all that is in it, whatever its attributes and depth; links alone, never
+// what they lead to.
+inline void remove_folder(const std::wstring& folder) {
+  for_each_entry(folder, [&](const WIN32_FIND_DATAW& entry) {
+    const std::wstring path = folder + L"\\" + entry.cFileName;
+    SetFileAttributesW(path.c_str(), FILE_ATTRIBUTE_NORMAL);
+    if (!(entry.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY))
+      DeleteFileW(path.c_str());
+    else if (is_link(entry))
+      RemoveDirectoryW(path.c_str());
+    else
+      remove_folder(path);
+  });
+  RemoveDirectoryW(folder.c_str());
+}
 
 // A folder of the user's, elsewhere for as long as the object lives. Only for a machine that was
 // made for the tests: where they are broken off, it stays there.

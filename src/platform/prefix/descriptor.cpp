@@ -1,5 +1,5 @@
 // File descriptors that close themselves, and basic operations on them.
-#include "platform/prefix/handle.h"
+#include "platform/prefix/descriptor.h"
 
 #include <cerrno>
 #include <climits>
@@ -7,16 +7,16 @@
 
 #include <fcntl.h>
 
-Handle::~Handle() { static_cast<void>(close()); }
+Descriptor::~Descriptor() { static_cast<void>(close()); }
 
-bool Handle::close() {
+bool Descriptor::close() {
   const int closing = std::exchange(descriptor, -1);
   return closing < 0 || owner->close(closing) == 0;
 }
 
 // A path longer than PATH_MAX is walked in pieces, each relative to the one before.
-Handle open_path(Disk& disk, const std::string& path, int flags, unsigned mode) {
-  Handle folder;
+Descriptor open_path(Disk& disk, const std::string& path, int flags, unsigned mode) {
+  Descriptor folder;
   std::string_view rest = path;
   int base = AT_FDCWD;
   while (rest.size() >= PATH_MAX) {
@@ -24,27 +24,28 @@ Handle open_path(Disk& disk, const std::string& path, int flags, unsigned mode) 
     if (slash == std::string_view::npos || slash == 0)
       break;
     const std::string piece(rest.substr(0, slash));
-    folder = Handle(disk, uninterrupted([&] {
-                      return disk.open(base, piece.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC, 0);
-                    }));
+    folder =
+        Descriptor(disk, uninterrupted([&] {
+                     return disk.open(base, piece.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC, 0);
+                   }));
     if (!folder)
       return folder;
     base = folder.get();
     rest.remove_prefix(rest.find_first_not_of('/', slash));
   }
   const std::string last(rest);
-  return Handle(
+  return Descriptor(
       disk, uninterrupted([&] { return disk.open(base, last.c_str(), flags | O_CLOEXEC, mode); }));
 }
 
-Handle open_at(const Handle& folder, const std::string& name, int flags, unsigned mode) {
+Descriptor open_at(const Descriptor& folder, const std::string& name, int flags, unsigned mode) {
   Disk& disk = folder.disk();
-  return Handle(disk, uninterrupted([&] {
-                  return disk.open(folder.get(), name.c_str(), flags | O_CLOEXEC, mode);
-                }));
+  return Descriptor(disk, uninterrupted([&] {
+                      return disk.open(folder.get(), name.c_str(), flags | O_CLOEXEC, mode);
+                    }));
 }
 
-bool write_all(const Handle& file, std::string_view text) {
+bool write_all(const Descriptor& file, std::string_view text) {
   while (!text.empty()) {
     const ssize_t written =
         uninterrupted([&] { return file.disk().write(file.get(), text.data(), text.size()); });
@@ -57,7 +58,7 @@ bool write_all(const Handle& file, std::string_view text) {
   return true;
 }
 
-std::optional<std::size_t> read_all(const Handle& file, char* buffer, std::size_t size,
+std::optional<std::size_t> read_all(const Descriptor& file, char* buffer, std::size_t size,
                                     std::size_t from) {
   std::size_t done = 0;
   while (done < size) {
@@ -74,12 +75,15 @@ std::optional<std::size_t> read_all(const Handle& file, char* buffer, std::size_
   return done;
 }
 
-bool describe(const Handle& file, struct stat& status) {
-  return file.disk().status(file.get(), "", AT_EMPTY_PATH, status) == 0;
+bool describe(const Descriptor& file, struct stat& status) {
+  return uninterrupted([&] { return file.disk().status(file.get(), "", AT_EMPTY_PATH, status); }) ==
+         0;
 }
 
-bool stat_at(const Handle& folder, const std::string& name, struct stat& status) {
-  return folder.disk().status(folder.get(), name.c_str(), AT_SYMLINK_NOFOLLOW, status) == 0;
+bool stat_at(const Descriptor& folder, const std::string& name, struct stat& status) {
+  return uninterrupted([&] {
+           return folder.disk().status(folder.get(), name.c_str(), AT_SYMLINK_NOFOLLOW, status);
+         }) == 0;
 }
 
 std::string system_reason() { return std::generic_category().message(errno); }

@@ -12,18 +12,18 @@
 #include <utility>
 
 // An open file or folder, or none.
-class Handle {
+class Descriptor {
 public:
-  Handle() = default;
-  Handle(Disk& disk_in, int opened) : owner(&disk_in), descriptor(opened) {}
-  Handle(Handle&& other) noexcept
+  Descriptor() = default;
+  Descriptor(Disk& disk_in, int opened) : owner(&disk_in), descriptor(opened) {}
+  Descriptor(Descriptor&& other) noexcept
       : owner(other.owner), descriptor(std::exchange(other.descriptor, -1)) {}
-  Handle& operator=(Handle&& other) noexcept {
+  Descriptor& operator=(Descriptor&& other) noexcept {
     std::swap(owner, other.owner);
     std::swap(descriptor, other.descriptor);
     return *this;
   }
-  ~Handle();
+  ~Descriptor();
 
   explicit operator bool() const { return descriptor >= 0; }
   int get() const { return descriptor; }
@@ -47,24 +47,24 @@ template <class Call> auto uninterrupted(Call call) {
 
 // Opens a POSIX path, which may be longer than PATH_MAX. Returns no handle, with errno set, on
 // failure. `flags` are those of open(), to which O_CLOEXEC is added.
-Handle open_path(Disk& disk, const std::string& path, int flags, unsigned mode = 0);
+Descriptor open_path(Disk& disk, const std::string& path, int flags, unsigned mode = 0);
 
 // Opens a name in an open folder.
-Handle open_at(const Handle& folder, const std::string& name, int flags, unsigned mode = 0);
+Descriptor open_at(const Descriptor& folder, const std::string& name, int flags, unsigned mode = 0);
 
 // Writes all of `text`; false, with errno set, on failure.
-bool write_all(const Handle& file, std::string_view text);
+bool write_all(const Descriptor& file, std::string_view text);
 
 // Reads up to `size` bytes from byte `from` on, fewer only at the file's end. Returns how many;
 // nullopt, with errno set, on failure.
-std::optional<std::size_t> read_all(const Handle& file, char* buffer, std::size_t size,
+std::optional<std::size_t> read_all(const Descriptor& file, char* buffer, std::size_t size,
                                     std::size_t from = 0);
 
 // The status of an open file; false, with errno set, on failure.
-bool describe(const Handle& file, struct stat& status);
+bool describe(const Descriptor& file, struct stat& status);
 
 // The status of a name in an open folder, symlinks not followed; false, with errno set, on failure.
-bool stat_at(const Handle& folder, const std::string& name, struct stat& status);
+bool stat_at(const Descriptor& folder, const std::string& name, struct stat& status);
 
 // The system's own words for errno.
 std::string system_reason();
