@@ -1,9 +1,15 @@
-# The archive for players on Windows: the program, its data files and a readme, in one folder.
+# The archive for players on Windows: the program, its data files, a readme and the licence, in one
+# folder.
 install(TARGETS vora-map-updater RUNTIME DESTINATION .)
 install(DIRECTORY data/ DESTINATION .)
 configure_file(share/readme-windows.txt readme.txt @ONLY NEWLINE_STYLE CRLF)
-install(FILES ${CMAKE_CURRENT_BINARY_DIR}/readme.txt DESTINATION .)
+configure_file(LICENSE license.txt @ONLY NEWLINE_STYLE CRLF)
+install(FILES ${CMAKE_CURRENT_BINARY_DIR}/readme.txt ${CMAKE_CURRENT_BINARY_DIR}/license.txt
+  DESTINATION .)
 
-set(CPACK_GENERATOR ZIP)
+# Not cpack's own ZIP, which takes the files in the order of the disk.
+set(CPACK_GENERATOR External)
+set(CPACK_EXTERNAL_ENABLE_STAGING ON)
+set(CPACK_EXTERNAL_PACKAGE_SCRIPT ${CMAKE_CURRENT_SOURCE_DIR}/cmake/make_zip.cmake)
 set(CPACK_PACKAGE_FILE_NAME vora-map-updater-${PROJECT_VERSION}-windows)
 include(CPack)

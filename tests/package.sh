@@ -1,8 +1,9 @@
 #!/usr/bin/env bash
-# Installs the program into a folder, runs it there, and checks the package's content.
-# package.sh <build folder>
+# Installs the program into a folder, runs it there, and checks the Debian package.
+# package.sh <build folder> <another build folder of the same sources>
 set -euo pipefail
 build=$(cd "$1" && pwd)
+again=$(cd "$2" && pwd)
 source "$(dirname "$0")/../scripts/common.sh"
 scratch=$(mktemp -d)
 trap 'rm -rf "$scratch"' EXIT
@@ -12,13 +13,22 @@ fail() {
   exit 1
 }
 
-installed=$scratch/usr
-cmake --install "$build" --prefix "$installed" > /dev/null
+# Without Qt 6 all but the window is built.
+said=$(cmake -B "$scratch/without-qt" -DCMAKE_DISABLE_FIND_PACKAGE_Qt6=ON -DBUILD_TESTING=OFF 2>&1)
+grep -q 'the window is not built' <<< "$said" || fail 'CMake does not say that the window is missing'
+cmake --build "$scratch/without-qt" --target help | grep -q window && fail 'the window is built'
+
+# From another folder, to a prefix named relative to it.
+installed=$scratch/other/usr
+mkdir "$scratch/other"
+(cd "$scratch/other" && cmake --install "$build" --prefix usr > /dev/null)
 desktop=$installed/share/applications/vora-map-updater.desktop
 desktop-file-validate "$desktop"
-appstreamcli validate --no-net "$installed/share/metainfo/vora-map-updater.metainfo.xml"
-man --warnings "$installed/share/man/man1/vora-map-updater.1" 2>&1 > /dev/null | grep . &&
-  fail 'the man page has mistakes'
+appstreamcli validate --pedantic --strict --no-net \
+  "$installed/share/metainfo/vora-map-updater.metainfo.xml"
+manual=$installed/share/man/man1/vora-map-updater.1
+mandoc -Tlint -Wstyle "$manual" || fail 'the man page has mistakes'
+man --warnings "$manual" 2>&1 > /dev/null | grep . && fail 'the man page has mistakes'
 
 # Start it as the desktop entry does, with Qt's offscreen platform.
 folder=$(sed -n 's/^Path=//p' "$desktop")
@@ -38,14 +48,34 @@ all_converted 'installed'
 
 (cd "$build" && cpack -B "$scratch/package" > /dev/null)
 package=$(echo "$scratch"/package/*.deb)
+(cd "$scratch/package" && sha256sum --quiet --check ./*.sha256)
+lintian --fail-on error,warning "$package" || fail 'lintian finds mistakes'
+
+# The other build gives the same bytes, in another time zone and language, too.
+(cd "$again" && TZ=Asia/Tokyo LC_ALL=C cpack -B "$scratch/again" > /dev/null)
+cmp "$package" "$scratch/again/${package##*/}" || fail 'two builds give different packages'
+
 contents=$(dpkg-deb -c "$package")
 for file in bin/vora-map-updater lib/.*/vora-map-updater-window.so \
   share/vora-map-updater/targetvoraver.txt share/applications/vora-map-updater.desktop \
-  share/metainfo/vora-map-updater.metainfo.xml share/man/man1/vora-map-updater.1 \
+  share/metainfo/vora-map-updater.metainfo.xml share/man/man1/vora-map-updater.1.gz \
+  share/doc/vora-map-updater/copyright share/doc/vora-map-updater/changelog.gz \
   share/icons/hicolor/scalable/apps/vora-map-updater.svg; do
   grep -qE " \./usr/$file$" <<< "$contents" || fail "the package lacks $file"
 done
 dpkg-deb -x "$package" "$scratch/unpacked"
+# protected <file> [options]: Debian 12 does not build its own start-up code for control flow
+# protection. The program itself calls nothing that fortify checks; the window shows that it is on.
+protected() {
+  hardening-check --nocfprotection "${@:2}" "$scratch/unpacked/usr/$1" || fail "$1 lacks a protection"
+}
+protected bin/vora-map-updater --nofortify
+protected lib/vora-map-updater/vora-map-updater-window.so
+control() { dpkg-deb -f "$package" "$1"; }
+version=$(sed -nE 's/^## ([0-9.]+) .*/\1/p' CHANGELOG.md | head -n 1)
+[ "$(control Version)" = "$version" ] || fail 'the package has another version than the changelog'
+[[ $(control Depends) == *libstdc++6* && $(control Depends) != *qt6* ]] || fail 'wrong dependencies'
+[[ $(control Recommends) == *libqt6widgets6* ]] || fail 'the package does not recommend Qt'
 grep -qx 'Path=/usr/share/vora-map-updater' \
   "$scratch/unpacked/usr/share/applications/vora-map-updater.desktop" || fail 'the package starts in another folder'
 make_sample base "$scratch/sample" "$build"

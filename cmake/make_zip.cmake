@@ -1,0 +1,7 @@
+# Read by cpack when the files of the archive are in place: packs them, sorted by name.
+set(archive ${CPACK_TOPLEVEL_DIRECTORY}/${CPACK_PACKAGE_FILE_NAME}.zip)
+get_filename_component(parent ${CPACK_TEMPORARY_DIRECTORY} DIRECTORY)
+file(GLOB_RECURSE files RELATIVE ${parent} ${CPACK_TEMPORARY_DIRECTORY}/*)
+execute_process(COMMAND ${CMAKE_COMMAND} -E tar cf ${archive} --format=zip -- ${files}
+  WORKING_DIRECTORY ${parent} COMMAND_ERROR_IS_FATAL ANY)
+set(CPACK_EXTERNAL_BUILT_PACKAGES ${archive})
