@@ -251,7 +251,7 @@ Result<Done> Replacing::move_aside(const std::string& name) {
   if (!kind)
     return kind.failure();
   return give_free_number(name, [&](const std::string& free) -> Result<bool> {
-    const auto moved = map.rename_no_replace(name, free);
+    auto moved = map.rename_no_replace(name, free);
     const bool is_file = *kind == OpenMap::Kind::file;
     if (!moved || !*moved || !is_file)
       return moved;
