@@ -95,6 +95,24 @@ void select(Form1& form, Edition edition) {
   write_info(form, form.foundversion);
 }
 
+std::string mismatch_message(const Form1& form, const std::string& target) {
+  return "found vora version :" + form.foundversion + ":\r\n" + " need vora version :" + target +
+         ":\r\n" + "in the default location of\r\n" + form.installfolder + "\r\n" +
+         "local apps is\r\n" + form.homefolder + ":\r\n" + "and the vora user directory is\r\n" +
+         form.pathlist[1];
+}
+
+// Reports on stderr why no edition was found; nothing if one was, or if there is no more to say.
+void explain_missing_game(Form1& form) {
+  if (form.basefound || form.expansionfound)
+    return;
+  const bool registered = game_is_registered(form.system, form.files);
+  const std::string reason = registered ? "the folder that the game is registered in is missing"
+                                        : form.system.explain_unregistered("the game");
+  if (!reason.empty())
+    form.screen.print_error("No game was found: " + reason);
+}
+
 }  // namespace
 
 void find_installations(Form1& form, bool is_64bit) {
@@ -114,16 +132,6 @@ bool game_is_registered(System& system, Files& files) {
          is_registered(system, is64bit(system, files, system_drive(system)));
 }
 
-void explain_missing_game(Form1& form) {
-  if (form.basefound || form.expansionfound)
-    return;
-  const bool registered = game_is_registered(form.system, form.files);
-  const std::string reason = registered ? "the folder that the game is registered in is missing"
-                                        : form.system.explain_unregistered("the game");
-  if (!reason.empty())
-    form.screen.print_error("No game was found: " + reason);
-}
-
 void decide_edition(Form1& form) {
   if (form.bothfound) {
     form.Command6.set_visible(true);
@@ -140,4 +148,13 @@ void read_release(Form1& form) {
   if (form.basefound)
     read_release_of(form, Edition::base);
   write_info(form, "voraversion" + form.foundversion);
+}
+
+void check_release(Form1& form) {
+  const auto required = required_release(form);
+  if (!required || form.foundversion == *required)
+    return;
+  show_trouble(form, mismatch_message(form, *required));
+  explain_missing_game(form);
+  end_program(form);
 }

@@ -10,12 +10,12 @@ void find_installations(Form1& form, bool is_64bit);
 // Whether the registry has a record of any edition; its folder may be missing.
 bool game_is_registered(System& system, Files& files);
 
-// Reports on stderr why no edition was found; nothing if one was, or if there is no more to say.
-void explain_missing_game(Form1& form);
-
 // Selects the only edition that was found, or the base edition when none was. When both were found,
 // the user selects.
 void decide_edition(Form1& form);
 
 // Reads the release of the game's executable into `foundversion`.
 void read_release(Form1& form);
+
+// Ends the program with a message when that release is not the required one.
+void check_release(Form1& form);

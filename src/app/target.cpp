@@ -1,7 +1,6 @@
 // The target file, and the diagnostic file of debug mode.
 #include "app/target.h"
 
-#include "app/installation.h"
 #include "convert/line_reader.h"
 #include "platform/services.h"
 
@@ -14,13 +13,6 @@ constexpr char infofile[] = "info.txt";
 constexpr std::size_t base_release_line = 0;
 constexpr std::size_t expansion_release_line = 4;
 constexpr std::size_t debug_line = 6;
-
-std::string mismatch_message(const Form1& form, const std::string& target) {
-  return "found vora version :" + form.foundversion + ":\r\n" + " need vora version :" + target +
-         ":\r\n" + "in the default location of\r\n" + form.installfolder + "\r\n" +
-         "local apps is\r\n" + form.homefolder + ":\r\n" + "and the vora user directory is\r\n" +
-         form.pathlist[1];
-}
 
 void report_info_failure(Form1& form, const Result<Done>& written) {
   form.info_failed = !written;
@@ -37,21 +29,16 @@ void read_target(Form1& form) {
     form.set_caption(form.caption() + " DeBuGgInG M O D E!");
 }
 
-void check_release(Form1& form) {
+std::optional<std::string> required_release(Form1& form) {
   if (form.bothfound)
-    return;
+    return std::nullopt;
   if (first_file(form.files, target_file).empty() || form.debugmode)
     form.missingdata = true;
   if (form.missingdata)
-    return;
+    return std::nullopt;
   form.targetlines = readlines(form.files, target_file);
-  const std::string target(
+  return std::string(
       form.targetlines[form.expansiononly ? expansion_release_line : base_release_line]);
-  if (form.foundversion == target)
-    return;
-  show_trouble(form, mismatch_message(form, target));
-  explain_missing_game(form);
-  end_program(form);
 }
 
 void create_info(Form1& form) {

@@ -4,14 +4,15 @@
 
 #include "form/form1.h"
 
+#include <optional>
 #include <string>
 
 // Reads the target file and switches debug mode on if it says so.
 void read_target(Form1& form);
 
-// Ends the program with a message when the installed release is not the target. There is no check
-// when both editions are found, a data file is missing or debug mode is on.
-void check_release(Form1& form);
+// The release that the installed game must have. There is none when both editions are found, a data
+// file is missing or debug mode is on.
+std::optional<std::string> required_release(Form1& form);
 
 // In debug mode makes "info.txt" in the current folder anew, empty. The first failure of this and
 // of `write_info` is reported, and nothing more is written then.
