@@ -3,6 +3,7 @@
 
 #include "app/edition.h"
 #include "app/installation.h"
+#include "tests/support/fake_system.h"
 #include "tests/support/test_machine.h"
 #include "ui/handlers.h"
 #include "ui/layout.h"
@@ -331,4 +332,15 @@ TEST(Startup, SaysAfterTheMismatchWhyNoGameWasFound) {
             Lines{"No game was found: the folder that the game is registered in is missing"});
   machine.install("vora", {9, 9, 9, 9});
   EXPECT_EQ(errors(), Lines());
+}
+
+TEST(Startup, AUserFolderThatCannotBeFoundIsTrouble) {
+  const TestMachine machine;
+  auto system = std::make_unique<FakeSystem>();
+  system->folder = {FolderPath::does_not_exist, ""};
+  Program program(machine.files(), std::move(system));
+  apply_layout(program.form);
+  EXPECT_EQ(program.run([&] { startup(program.form); }), Program::returned);
+  EXPECT_EQ(program.screen.messages, std::vector<std::string>{"The folder does not exist"});
+  EXPECT_TRUE(program.form.trouble);
 }

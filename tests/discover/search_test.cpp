@@ -102,7 +102,7 @@ TEST_F(Search, LeavesTheListsAtTheParentOfTheLastRoot) {
   EXPECT_EQ(program.form.File1.names(), Found{"b.galaxy"});
   add("r/c.galaxy");
   add("r/new/d.galaxy");
-  find("C:\\users", "C:\\r\\game\\");
+  find("C:\\r\\game", "C:\\r\\game\\");
   EXPECT_EQ(program.form.Dir1.subfolders(), (Found{"game", "new"}));
   EXPECT_EQ(program.form.File1.names(), (Found{"b.galaxy", "c.galaxy"}));
   find("C:\\r\\game", "C:\\");

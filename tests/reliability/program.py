@@ -221,6 +221,8 @@ def run_beside_others(machine):
         assert (machine.maps / "map0.galaxy").read_bytes() == machine.map(0)
     machine.finish()
 
+    link = None
+
     def without_standard_files():
         for descriptor in range(3):
             os.close(descriptor)
@@ -232,6 +234,18 @@ def run_beside_others(machine):
 
     def with_small_files():
         resource.setrlimit(resource.RLIMIT_FSIZE, (64, 64))
+
+    for _ in range(200):  # a process that is seen once it has set itself up
+        process = machine.start(preexec_fn=without_standard_files)
+        time.sleep(random.uniform(0, 0.02))
+        process.send_signal(signal.SIGSTOP)
+        with contextlib.suppress(OSError):
+            link = os.readlink(f"/proc/{process.pid}/fd/2")
+        process.send_signal(signal.SIGCONT)
+        process.communicate()
+        if link == "/dev/null":
+            break
+    assert link == "/dev/null", link
 
     for preparation in (without_standard_files, with_broken_stderr, with_small_files):
         machine.fill()
