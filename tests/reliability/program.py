@@ -237,7 +237,7 @@ def run_beside_others(machine):
 
     for _ in range(200):  # a process that is seen once it has set itself up
         process = machine.start(preexec_fn=without_standard_files)
-        time.sleep(random.uniform(0, 0.02))
+        machine.any_moment()
         process.send_signal(signal.SIGSTOP)
         with contextlib.suppress(OSError):
             link = os.readlink(f"/proc/{process.pid}/fd/2")
