@@ -1,6 +1,5 @@
 // Chooses the machine and the front end: the window where there is a display, else the console.
 #include "app/installation.h"
-#include "form/form1.h"
 #include "platform/prefix/machine.h"
 #include "platform/prefix/prefix_files.h"
 #include "platform/prefix/prefix_system.h"
@@ -32,7 +31,7 @@ bool has_game(const Machine& machine) {
 
 // Says once which prefix was chosen, also if the program restarts itself without its window.
 void report_choice(const Machine& machine) {
-  write_stderr("Using the Wine prefix " + printable(machine.folder) + " (the game was found in " +
+  write_stderr("Using the Wine prefix " + machine.folder + " (the game was found in " +
                std::to_string(machine.choices) + "; set WINEPREFIX to choose another)");
   setenv("WINEPREFIX", machine.folder.c_str(), 1);
 }

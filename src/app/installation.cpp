@@ -26,12 +26,10 @@ std::string registered_path(System& system, bool is_64bit, const std::string& ed
   return regaccess(system, "read", value, "Path", "string") + "\\";
 }
 
-bool is_registered(System& system, bool is_64bit) {
-  const auto length = [&](const char* edition) {
-    return registered_path(system, is_64bit, edition).size();
-  };
-  return length(base_key) > base_path_threshold || length(bundle_key) > base_path_threshold ||
-         length(expansion_key) > expansion_path_threshold;
+bool any_registered(const std::string& base, const std::string& bundle,
+                    const std::string& expansion) {
+  return base.size() > base_path_threshold || bundle.size() > base_path_threshold ||
+         expansion.size() > expansion_path_threshold;
 }
 
 void find_base(Form1& form, const std::string& path) {
@@ -106,7 +104,7 @@ std::string mismatch_message(const Form1& form, const std::string& target) {
 void explain_missing_game(Form1& form) {
   if (form.basefound || form.expansionfound)
     return;
-  const bool registered = game_is_registered(form.system, form.files);
+  const bool registered = any_registered(form.basepath, form.bundlepath, form.expansionpath);
   const std::string reason = registered ? "the folder that the game is registered in is missing"
                                         : form.system.explain_unregistered("the game");
   if (!reason.empty())
@@ -128,8 +126,11 @@ void find_installations(Form1& form, bool is_64bit) {
 }
 
 bool game_is_registered(System& system, Files& files) {
-  return system.may_have_key(product_key) &&
-         is_registered(system, is64bit(system, files, system_drive(system)));
+  if (!system.may_have_key(product_key))
+    return false;
+  const bool is_64bit = is64bit(system, files, system_drive(system));
+  const auto path = [&](const char* edition) { return registered_path(system, is_64bit, edition); };
+  return any_registered(path(base_key), path(bundle_key), path(expansion_key));
 }
 
 void decide_edition(Form1& form) {

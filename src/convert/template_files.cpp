@@ -6,7 +6,7 @@
 
 namespace {
 
-// The template of that file in `loaded`, indexed again if the file's text is not what it was.
+// The template of that file in `loaded`, indexed again if the file has changed.
 template <class Kind, class Index>
 const Kind* load(Files& files, std::map<std::string, Kind>& loaded, std::string filename,
                  Index index) {

@@ -7,8 +7,8 @@
 #include <utility>
 #include <vector>
 
-// A radix tree: each text ends at a node, and each node stores the highest number of the texts that
-// end at it or at one of its ancestors. The children of a node are stored side by side.
+// A radix tree: each text ends at a node. A node stores the highest number of the texts that end
+// there or at an ancestor. The children of a node are adjacent.
 class PrefixIndex {
 public:
   PrefixIndex() : PrefixIndex(std::vector<std::string_view>()) {}

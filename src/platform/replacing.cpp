@@ -81,7 +81,7 @@ private:
   };
 
   Result<std::string> find_companion(const std::string& name);
-  Result<Done> write_temporary(const std::string& name, std::string_view text);
+  Result<Done> write_temporary(const NewFile& file, const std::string& name);
   Result<Done> check_unchanged(bool by_state);
   Result<Done> check_content();
   Result<Done> check_state(const std::string& name);
@@ -158,18 +158,19 @@ Result<std::string> Replacing::find_companion(const std::string& name) {
 Result<Done> Replacing::write_temporaries() {
   for (std::size_t i = 0; i < companions.size(); ++i) {
     const NewFile& file = replacement.companions[i];
-    auto written = doing("write " + file.name, [&] { return map.write_temporary(file.text); });
-    if (!written)
-      return written.failure();
-    prepared.push_back({Temporary(map, *std::move(written)), companions[i]});
+    if (auto written = write_temporary(file, companions[i]); !written)
+      return written;
   }
-  if (replacement.backup.empty())
-    return Done{};
-  auto written =
-      doing("write " + map.name, [&] { return map.write_temporary(replacement.result); });
+  return replacement.backup.empty() ? Result<Done>(Done{})
+                                    : write_temporary({map.name, replacement.result}, map.name);
+}
+
+// `name` is what the temporary file will be renamed to.
+Result<Done> Replacing::write_temporary(const NewFile& file, const std::string& name) {
+  auto written = doing("write " + file.name, [&] { return map.write_temporary(file.text); });
   if (!written)
     return written.failure();
-  prepared.push_back({Temporary(map, *std::move(written)), map.name});
+  prepared.push_back({Temporary(map, *std::move(written)), name});
   return Done{};
 }
 

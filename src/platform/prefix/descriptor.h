@@ -45,8 +45,8 @@ template <class Call> auto uninterrupted(Call call) {
   return result;
 }
 
-// Opens a POSIX path, which may be longer than PATH_MAX. Returns no handle, with errno set, on
-// failure. `flags` are those of open(), to which O_CLOEXEC is added.
+// Opens a POSIX path, which may be longer than PATH_MAX. Returns no descriptor, with errno
+// set, on failure. `flags` are those of open(), to which O_CLOEXEC is added.
 Descriptor open_path(Disk& disk, const std::string& path, int flags, unsigned mode = 0);
 
 // Opens a name in an open folder.

@@ -71,15 +71,15 @@ std::optional<Entry> make_entry(const Descriptor& folder, const char* name, unsi
 Result<PrefixFiles::Opened> PrefixFiles::open(const std::string& path, int flags,
                                               const char* action) const {
   if (auto exact = paths.exact(path))
-    if (Descriptor handle = open_path(disk, exact->path(), flags))
-      return Opened{std::move(handle), *std::move(exact)};
+    if (Descriptor descriptor = open_path(disk, exact->path(), flags))
+      return Opened{std::move(descriptor), *std::move(exact)};
   auto location = paths.find(path);
   if (!location)
     return location.failure();
-  Descriptor handle = open_path(disk, location->path(), flags);
-  if (!handle)
+  Descriptor descriptor = open_path(disk, location->path(), flags);
+  if (!descriptor)
     return failure(path, action);
-  return Opened{std::move(handle), *std::move(location)};
+  return Opened{std::move(descriptor), *std::move(location)};
 }
 
 Result<PrefixFiles::Opened> PrefixFiles::open_folder(const std::string& folder) const {
@@ -88,23 +88,23 @@ Result<PrefixFiles::Opened> PrefixFiles::open_folder(const std::string& folder) 
 
 // A file with another hard link is somebody's: it is never written into.
 Result<Done> PrefixFiles::write_text(const std::string& path, std::string_view text,
-                                     int flags) const {
+                                     bool at_end) const {
   const auto location = paths.find(path);
   if (!location)
     return location.failure();
   const std::string file_path = location->path();
   constexpr int new_file = O_WRONLY | O_CREAT | O_NOFOLLOW | O_NONBLOCK;
   const auto create = [&](int more) { return open_path(disk, file_path, new_file | more, 0666); };
-  Descriptor file = create(flags & O_APPEND);
+  Descriptor file = create(at_end ? O_APPEND : 0);
   struct stat status;
   if (file && describe(file, status) && status.st_nlink > 1) {
-    if (flags & O_APPEND)
+    if (at_end)
       return Failure{path, "write it", "it has another hard link"};
     if (disk.remove(AT_FDCWD, file_path.c_str()) != 0)
       return failure(path, "write it");
     file = create(O_EXCL);
   }
-  const bool truncated = file && ((flags & O_APPEND) || disk.truncate(file.get()) == 0);
+  const bool truncated = file && (at_end || disk.truncate(file.get()) == 0);
   if (!truncated || !write_all(file, text) || !file.close())
     return failure(path, "write it");
   return Done{};
@@ -134,21 +134,21 @@ Result<std::vector<Entry>> PrefixFiles::list(const std::string& folder, std::str
   const auto opened = open_folder(folder);
   if (!opened)
     return opened.failure();
-  const Descriptor& handle = opened->handle;
-  if (is_kernel_file_system(handle))
+  const Descriptor& descriptor = opened->descriptor;
+  if (is_kernel_file_system(descriptor))
     return Failure{folder, "list the folder", "it is the system's own"};
   std::vector<Entry> entries;
   std::vector<std::string> stale;
-  const bool complete = for_each_name(handle, [&](const char* name, unsigned char type) {
+  const bool complete = for_each_name(descriptor, [&](const char* name, unsigned char type) {
     if (OpenMap::is_temporary(name))
       stale.emplace_back(name);
-    if (auto entry = make_entry(handle, name, type, pattern))
+    if (auto entry = make_entry(descriptor, name, type, pattern))
       entries.push_back(*std::move(entry));
   });
   if (!complete)
     return failure(folder, "list the folder");
   for (const std::string& name : stale)
-    remove_stale_temporary(handle, name);
+    remove_stale_temporary(descriptor, name);
   sort_entries(entries, lowercase);
   return entries;
 }
@@ -167,9 +167,9 @@ Result<ReadFile> PrefixFiles::read_file(const std::string& path) {
     const auto name = lookup(path, Match::files);
     return name && name->empty() ? missing : opened.failure();
   }
-  auto& [handle, location] = *opened;
+  auto& [descriptor, location] = *opened;
   struct stat status;
-  if (!describe(handle, status))
+  if (!describe(descriptor, status))
     return failure(path, "read it");
   if (!S_ISREG(status.st_mode) || is_hidden(location.name) || path.ends_with("\\.") ||
       path.ends_with('\\'))
@@ -178,12 +178,12 @@ Result<ReadFile> PrefixFiles::read_file(const std::string& path) {
     return Failure{path, "read it", "it is larger than 1 GiB"};
   const auto state = PrefixMap::state_from(status);
   std::string text(static_cast<std::size_t>(status.st_size), '\0');
-  const auto length = read_all(handle, text.data(), text.size());
+  const auto length = read_all(descriptor, text.data(), text.size());
   if (!length)
     return failure(path, "read it");
   text.resize(*length);
   return ReadFile{
-      std::move(handle), std::move(location.folder), std::move(location.name), status, state,
+      std::move(descriptor), std::move(location.folder), std::move(location.name), status, state,
       std::move(text)};
 }
 
@@ -202,9 +202,9 @@ Result<std::unique_ptr<OpenMap>> PrefixFiles::open_map(const std::string& path) 
 }
 
 Result<Done> PrefixFiles::write(const std::string& path, std::string_view text) {
-  return write_text(path, text, O_TRUNC);
+  return write_text(path, text, false);
 }
 
 Result<Done> PrefixFiles::append(const std::string& path, std::string_view text) {
-  return write_text(path, text, O_APPEND);
+  return write_text(path, text, true);
 }

@@ -24,7 +24,7 @@ public:
 private:
   // An open file or folder, and where it is.
   struct Opened {
-    Descriptor handle;
+    Descriptor descriptor;
     Location location;
   };
 
@@ -33,7 +33,7 @@ private:
   Result<Opened> open(const std::string& path, int flags, const char* action) const;
   Result<Opened> open_folder(const std::string& folder) const;
   Result<ReadFile> read_file(const std::string& path);
-  Result<Done> write_text(const std::string& path, std::string_view text, int flags) const;
+  Result<Done> write_text(const std::string& path, std::string_view text, bool at_end) const;
 
   Disk& disk;
   Paths paths;

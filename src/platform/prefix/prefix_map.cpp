@@ -65,7 +65,7 @@ bool rename_at_no_replace(const Descriptor& folder, const std::string& from,
 
 PrefixMap::PrefixMap(std::string path_in, ReadFile file_in, FolderNames& names_in)
     : OpenMap(std::move(path_in), std::move(file_in.name), std::move(file_in.text)),
-      file(std::move(file_in.handle)), folder_path(std::move(file_in.folder)),
+      file(std::move(file_in.descriptor)), folder_path(std::move(file_in.folder)),
       status(file_in.status), state(file_in.state), names(names_in) {}
 
 PrefixMap::~PrefixMap() {

@@ -12,7 +12,7 @@
 
 // A file that was read: it is still open, and `status` is from before the reading.
 struct ReadFile {
-  Descriptor handle;
+  Descriptor descriptor;
   std::string folder;  // POSIX path of the folder that holds it
   std::string name;    // as the folder spells it
   struct stat status;

@@ -48,11 +48,11 @@ bool replace_file(const fs::path& file, std::string_view text) {
       remove_stale_temporary(folder, name);
   });
   const auto temporary = OpenMap::temporary_name();
-  const auto handle = open_at(folder, temporary, O_WRONLY | O_CREAT | O_EXCL, 0600);
+  const auto descriptor = open_at(folder, temporary, O_WRONLY | O_CREAT | O_EXCL, 0600);
   const bool replaced =
-      write_flushed(handle, text, exists ? status.st_mode & 07777 : 0644) &&
+      write_flushed(descriptor, text, exists ? status.st_mode & 07777 : 0644) &&
       disk.rename(folder.get(), temporary.c_str(), target.filename().c_str(), 0) == 0;
-  if (handle && !replaced)
+  if (descriptor && !replaced)
     disk.remove(folder.get(), temporary.c_str());
   disk.flush(folder.get());  // some file systems refuse this; the file itself is safe
   return replaced;
