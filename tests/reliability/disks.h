@@ -4,8 +4,10 @@
 #include "platform/prefix/disk.h"
 #include "tests/support/test_machine.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <functional>
+#include <random>
 #include <set>
 
 #include <fcntl.h>
@@ -55,7 +57,10 @@ public:
   ssize_t write(int file, const char* from, std::size_t size) override {
     return fails() ? -1 : Disk::write(file, from, part(size));
   }
-  int flush(int) override { return fails() ? -1 : 0; }
+  void flush(std::span<const int> files, std::span<int> errors) override {
+    for (std::size_t i = 0; i < files.size(); ++i)
+      errors[i] = fails() ? errno : 0;
+  }
   int lock(int file) override { return fails() ? -1 : Disk::lock(file); }
   int lease(int file) override {
     return fails() || Unknown::refuses(unknown.lease) ? -1 : Disk::lease(file);
@@ -103,9 +108,9 @@ private:
 class ModelDisk : public Disk {
 public:
   // The folder's files have long been flushed, except for those whose content `is_unflushed`.
-  ModelDisk(const std::filesystem::path& folder, Unknown unknown_in,
+  ModelDisk(const std::filesystem::path& folder, Unknown unknown_in, std::mt19937& chance_in,
             const std::function<bool(const std::string& name)>& is_unflushed)
-      : unknown(unknown_in) {
+      : unknown(unknown_in), chance(chance_in) {
     for (const auto& [name, content] : tree(folder)) {
       before[name] = inode_of(AT_FDCWD, (folder / name).c_str());
       contents[before[name]] = is_unflushed(name) ? unflushed : content;
@@ -125,13 +130,13 @@ public:
     changed({"", name, inode_of(file, ""), false});
     return file;
   }
-  int flush(int file) override {
-    const ino_t inode = inode_of(file, "");
-    contents[inode] = read_file("/proc/self/fd/" + std::to_string(file));
-    for (Change& change : changes)
-      change.flushed |= change.inode == inode;
-    add_cuts();
-    return 0;
+  // The disk may take the files in any order.
+  void flush(std::span<const int> files, std::span<int> errors) override {
+    std::vector<int> order(files.begin(), files.end());
+    std::shuffle(order.begin(), order.end(), chance);
+    for (const int file : order)
+      flush(file);
+    std::fill(errors.begin(), errors.end(), 0);
   }
   int rename(int folder, const char* from, const char* to, unsigned flags) override {
     const Change change{from, to, inode_of(folder, from), false};
@@ -169,6 +174,13 @@ private:
     }
     return result;
   }
+  void flush(int file) {
+    const ino_t inode = inode_of(file, "");
+    contents[inode] = read_file("/proc/self/fd/" + std::to_string(file));
+    for (Change& change : changes)
+      change.flushed |= change.inode == inode;
+    add_cuts();
+  }
   void add_cuts() {
     add_cut([](std::size_t) { return true; });
     for (std::size_t lone = 0; lone < changes.size(); ++lone) {
@@ -194,6 +206,7 @@ private:
   }
 
   const Unknown unknown;
+  std::mt19937& chance;
   std::map<std::string, ino_t> before;  // the first change
   std::vector<Change> changes;
   std::map<ino_t, std::string> contents;

@@ -229,7 +229,8 @@ TEST_P(Faults, EveryCallFailsOnceOrFromThenOn) {
 // what its flushing would have saved; one that has lost it must be whole under its backup name.
 TEST_P(Faults, ThePowerIsCutAfterEveryChange) {
   fill();
-  ModelDisk disk(folder, unknown,
+  std::mt19937 chance(1);
+  ModelDisk disk(folder, unknown, chance,
                  [&](const std::string& name) { return read_file(folder / name) != older_backup; });
   convert(disk);
   ASSERT_EQ(unfinished(), "");
