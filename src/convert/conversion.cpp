@@ -91,6 +91,8 @@ void Run::convert_or_skip(std::size_t index) {
   }
   if (!done)
     skipped.push_back(done.failure());
+  if (batch.is_full())
+    commit();
 }
 
 Result<Done> Run::try_to_convert(std::size_t index) {
@@ -151,8 +153,6 @@ Result<Done> Run::add_to_batch(Map map, std::string_view first, std::string_view
     replacement.backup = companion(path, "old");
   if (is_expansion() && !form.debugmode)
     replacement.companions = {{companion(path, "fix"), first}};
-  if (!batch.has_room(replacement.was.size()))
-    commit();
   pending.reserve(pending.size() + 1);
   auto added = batch.add(std::move(map.file), std::move(replacement));
   if (added)

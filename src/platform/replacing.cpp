@@ -490,11 +490,11 @@ ReplacementBatch::ReplacementBatch(Files& files_in)
 
 ReplacementBatch::~ReplacementBatch() = default;
 
-bool ReplacementBatch::has_room(std::size_t size) const {
-  return empty() || (maps.size() < most && bytes + size <= most_bytes);
-}
+bool ReplacementBatch::is_full() const { return maps.size() >= most || bytes >= most_bytes; }
 
-bool ReplacementBatch::has_like(const Replacing& replacing) const {
+bool ReplacementBatch::must_wait(const Replacing& replacing) const {
+  if (replacing.size() > most_bytes && !empty())
+    return true;
   return std::any_of(maps.begin(), maps.end(),
                      [&](const auto& other) { return other->is_like(replacing); });
 }
@@ -502,7 +502,7 @@ bool ReplacementBatch::has_like(const Replacing& replacing) const {
 Result<Done> ReplacementBatch::add(std::unique_ptr<OpenMap> map, Replacement replacement) {
   auto replacing = std::make_unique<Replacing>(std::move(map), std::move(replacement));
   replacing->take(&Replacing::lock);
-  if (replacing->outcome && has_like(*replacing))
+  if (replacing->outcome && must_wait(*replacing))
     return Failure{replacing->open_map().path, "convert it", "another map comes first"};
   replacing->take(&Replacing::find_companions);
   replacing->take(&Replacing::write_temporaries);

@@ -51,13 +51,14 @@ public:
 
   bool empty() const { return maps.empty(); }
 
-  // Whether a map of `size` bytes may be added: a batch has at most 64 maps and 16 MB of text, and
-  // leaves descriptors for others. A larger map has a batch of its own.
-  bool has_room(std::size_t size) const;
+  // Whether it is time to commit: the batch holds 64 maps or 16 MB of text, or as many maps as may
+  // be open at once.
+  bool is_full() const;
 
   // Locks the map, writes what it is replaced by to temporary files, and keeps it until `commit`.
-  // Also fails for what must wait until other maps of the batch are replaced: one that is the same
-  // file, or has the same companions. After a failure nothing of the map is left in the batch.
+  // Also fails for a map that must wait until the batch is committed, and be read again then: one
+  // of more than 16 MB, one that is the same file as another, or one that has the same companions.
+  // After a failure nothing of the map is left in the batch.
   Result<Done> add(std::unique_ptr<OpenMap> map, Replacement replacement);
 
   // Replaces the maps and empties the batch. Returns what came of them, in the order of `add`.
@@ -66,7 +67,7 @@ public:
 private:
   class Replacing;
 
-  bool has_like(const Replacing& replacing) const;
+  bool must_wait(const Replacing& replacing) const;
   void flush();
 
   Files& files;

@@ -1,7 +1,7 @@
 // Disks for tests, below the program's files.
 #pragma once
 
-#include "platform/prefix/disk.h"
+#include "platform/prefix/prefix_files.h"
 #include "tests/support/test_machine.h"
 
 #include <algorithm>
@@ -23,6 +23,18 @@ struct Unknown {
       errno = error;
     return error != 0;
   }
+};
+
+// Files of which no more than `most_in` maps are open at once.
+class BoundedFiles : public PrefixFiles {
+public:
+  BoundedFiles(const Machine& machine, Disk& disk_in, std::size_t most_in)
+      : PrefixFiles(machine, disk_in), most(most_in) {}
+
+  std::size_t most_open_maps() override { return most; }
+
+private:
+  const std::size_t most;
 };
 
 // A disk on which something happens before one of the calls. It flushes nothing: no test that stays
@@ -127,6 +139,8 @@ public:
     if (file < 0 || !(flags & O_CREAT))
       return file;
     contents[inode_of(file, "")] = unflushed;
+    if (OpenMap::is_temporary(name))
+      numbered(name);
     changed({"", name, inode_of(file, ""), false});
     return file;
   }
@@ -181,6 +195,11 @@ private:
       change.flushed |= change.inode == inode;
     add_cuts();
   }
+  // Temporary names are random: those of two runs are the same in what a cut leaves.
+  std::string numbered(const std::string& temporary) {
+    const auto number = temporaries.try_emplace(temporary, temporaries.size()).first->second;
+    return ".vora-map-updater-" + std::to_string(number) + ".tmp";
+  }
   void add_cuts() {
     add_cut([](std::size_t) { return true; });
     for (std::size_t lone = 0; lone < changes.size(); ++lone) {
@@ -201,7 +220,7 @@ private:
     }
     Tree left;
     for (const auto& [name, inode] : names)
-      left[name] = contents.at(inode);
+      left[OpenMap::is_temporary(name) ? numbered(name) : name] = contents.at(inode);
     cuts.insert(std::move(left));
   }
 
@@ -210,4 +229,5 @@ private:
   std::map<std::string, ino_t> before;  // the first change
   std::vector<Change> changes;
   std::map<ino_t, std::string> contents;
+  std::map<std::string, std::size_t> temporaries;
 };
