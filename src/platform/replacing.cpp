@@ -92,7 +92,7 @@ public:
   void fail(Failure failure);
   Failure out_of_memory() const { return failure("the memory is not enough"); }
 
-  bool is_like(const Replacing& other) const {
+  bool conflicts_with(const Replacing& other) const {
     return state.same_file(other.state) || folded == other.folded;
   }
   std::size_t size() const { return replacement.was.size(); }
@@ -146,7 +146,7 @@ private:
   std::vector<Prepared> prepared;         // the companions, then the map
 };
 
-// Memory may run out in the middle of a step, but never between two steps that belong together.
+// A step that runs out of memory fails like any other.
 void ReplacementBatch::Replacing::take(Step step) {
   if (!outcome)
     return;
@@ -496,7 +496,7 @@ bool ReplacementBatch::must_wait(const Replacing& replacing) const {
   if (replacing.size() > most_bytes && !empty())
     return true;
   return std::any_of(maps.begin(), maps.end(),
-                     [&](const auto& other) { return other->is_like(replacing); });
+                     [&](const auto& other) { return other->conflicts_with(replacing); });
 }
 
 Result<Done> ReplacementBatch::add(std::unique_ptr<OpenMap> map, Replacement replacement) {
