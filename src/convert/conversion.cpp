@@ -1,6 +1,7 @@
 // The conversion run over the maps that the search has found.
 #include "convert/conversion.h"
 
+#include "convert/line_reader.h"
 #include "convert/original_maps.h"
 #include "convert/template_files.h"
 #include "engine/numbers.h"
@@ -43,6 +44,7 @@ public:
   long converted = 0;  // maps
 
 private:
+  std::string missing_version(const Failure& failure) const;
   void convert_map(const std::string& path);
   bool is_expansion() const { return form.edition == expansion_letter; }
   void skip(const Failure& failure) { skipped.push_back(failure); }
@@ -50,7 +52,7 @@ private:
   Result<std::string> fix(const LineArray& lines);
   void put_in_place(const Map& map, std::string_view first, std::string_view result);
   void list_converted(const std::string& path);
-  [[noreturn]] void stop(const Map& map, const Failure& fault);
+  [[noreturn]] void stop(const Map& map, const Failure& fault, const std::string& advice = "");
 
   Form1& form;
   TemplateFiles templates;
@@ -63,9 +65,18 @@ void Run::read_baseline() {
   if (version)
     formatver = *version;
   else if (form.foundlist.size() > 1)
-    report_trouble(form, "No map was converted: " + (form.edition.empty()
-                                                         ? "no edition of the game is selected."
-                                                         : version.failure().text()));
+    report_trouble(form, "No map was converted: " + missing_version(version.failure()));
+}
+
+// Why there is no format version.
+std::string Run::missing_version(const Failure& failure) const {
+  if (form.edition.empty())
+    return "no edition of the game is selected.";
+  const auto folder = form.files.full_path(".");
+  if (!failure.missing || !folder)
+    return failure.text();
+  return failure.path + " is missing in " + printable(*folder) +
+         ". Start the program in the folder that holds its data files.";
 }
 
 void Run::convert_or_skip(const std::string& path) {
@@ -89,7 +100,8 @@ void Run::convert_map(const std::string& path) {
   if (!opened)
     return skip(opened.failure());
   if (galaxylines.size() < 2)
-    return skip({path, "convert it", "it has no second line"});
+    return skip({path, "convert it",
+                 ends_lines_in_lf(galaxylines.text()) ? needs_cr_lf : "it has no second line"});
   templates.loadold(versiontext);
   templates.loadnew(versiontext);
   convert({**opened, galaxylines});
@@ -97,11 +109,13 @@ void Run::convert_map(const std::string& path) {
 
 void Run::convert(const Map& map) {
   auto result = first_pass(templates.oldtemplate(), templates.newtemplate(), map.galaxylines);
+  if (!result)
+    stop(map, result.failure(), ": move this one elsewhere and run again for the others");
   LineArray first_lines;
-  if (result && is_expansion() && !form.debugmode) {
+  if (is_expansion() && !form.debugmode) {
     first_lines = LineArray::split(*std::move(result));
     result = fix(first_lines);
-  } else if (result && is_expansion()) {
+  } else if (is_expansion()) {
     result = fix(map.galaxylines);
   }
   if (!result)
@@ -140,10 +154,11 @@ void Run::list_converted(const std::string& path) {
   }
 }
 
-// Ends the program for a template that cannot write what the map asks of it. The map keeps its
+// Ends the program for a template that cannot write what the map asks of it, with a message that
+// ends in `advice`. The map keeps its
 // content and gets its backup all the same: it is replaced by a copy of itself, so that the two are
 // not hard links to one file.
-void Run::stop(const Map& map, const Failure& fault) {
+void Run::stop(const Map& map, const Failure& fault, const std::string& advice) {
   const std::string& path = map.file.path;
   const std::string_view was = map.galaxylines.text();
   const std::string versiontext(version_of(map.galaxylines[1]));
@@ -157,8 +172,9 @@ void Run::stop(const Map& map, const Failure& fault) {
   }
   try {
     report_skipped();
-    report_trouble(form,
-                   printable(text) + "\r\nThe map is as it was. No further map was converted.");
+    report_trouble(form, printable(text) +
+                             "\r\nThe map is as it was. No further map was converted" + advice +
+                             ".");
   } catch (const std::bad_alloc&) {
     end_out_of_memory(form);
   }

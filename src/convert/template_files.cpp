@@ -11,6 +11,8 @@ template <class Kind, class Index>
 const Kind* load(Files& files, std::map<std::string, Kind>& loaded, std::string filename,
                  Index index) {
   auto text = files.read(filename);
+  if (text && ends_lines_in_lf(*text))
+    text = Failure{filename, "use it", needs_cr_lf};
   const auto before = loaded.find(filename);
   const bool same = before != loaded.end() && bool(text) == !before->second.failure &&
                     (!text || *text == before->second.lines.text());
@@ -47,6 +49,8 @@ Result<double> TemplateFiles::initnew() {
   const auto lines = read_text(files, filename);
   if (!lines)
     return lines.failure();
+  if (ends_lines_in_lf(lines->text()))
+    return Failure{filename, "use it", needs_cr_lf};
   const auto version = version_of((*lines)[1]);
   if (!has_number(version))
     return Failure{filename, "read it", "its second line does not end in a format version"};

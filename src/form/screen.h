@@ -30,6 +30,10 @@ public:
   // Shows a message box with the program's title and an OK button; returns when it is answered.
   virtual void message_box(const std::string& text) = 0;
 
+  // `text` from outside as it may stand in a message box's text: as it is in a real box; escaped
+  // where the box's lines are printed.
+  virtual std::string in_box(const std::string& text) { return text; }
+
   // Writes a message to stderr, where there is one: in a silent run nobody answers a box.
   virtual void print_error(const std::string& text) = 0;
 

@@ -1,8 +1,11 @@
 // The front end without a window: messages go to stderr, and nobody presses a button.
 #include "ui/console/console_screen.h"
 
+#include "form/form1.h"
 #include "ui/handlers.h"
 #include "ui/write_stderr.h"
+
+std::string ConsoleScreen::in_box(const std::string& text) { return printable(text); }
 
 void ConsoleScreen::print_error(const std::string& text) { write_stderr(text); }
 

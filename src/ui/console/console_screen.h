@@ -12,6 +12,7 @@ public:
   void refresh(const Control&) override {}
   void append(const Control&, std::string_view) override {}
   void message_box(const std::string& text) override { print_error(text); }
+  std::string in_box(const std::string& text) override;
   void print_error(const std::string& text) override;
   void process_messages() override {}
   [[noreturn]] void end(int status) override;
