@@ -11,7 +11,7 @@ find_package(nlohmann_json REQUIRED)
 find_package(utf8cpp REQUIRED)
 target_link_libraries(prefix PRIVATE nlohmann_json::nlohmann_json utf8cpp)
 target_sources(ui PRIVATE ui/write_stderr.cpp)
-layer(console BELOW ui SOURCES ui/console/console_screen.cpp)
+layer(console BELOW ui SOURCES ui/console/console_screen.cpp ui/console/progress.cpp)
 
 set(window_library vora-map-updater-window.so)
 string(REPLACE "." "_" window_entry run_window_${PROJECT_VERSION})
