@@ -189,6 +189,7 @@ void Run::report_skipped() {
 
 void fixgalaxies(Form1& form) {
   const DeferredInterrupts deferred(form.system);
+  const BusyPointer busy(form.screen);
   Run run(form);
   next_stage(form);
   run.read_baseline();

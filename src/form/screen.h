@@ -37,9 +37,24 @@ public:
   // Writes a message to stderr, where there is one: in a silent run nobody answers a box.
   virtual void print_error(const std::string& text) = 0;
 
+  // Shows by the pointer whether the program is busy.
+  virtual void show_busy(bool busy) { static_cast<void>(busy); }
+
   // Handles the window's pending messages: repainting, the close and exit buttons.
   virtual void process_messages() = 0;
 
   // Ends the program at once, from inside any handler.
   [[noreturn]] virtual void end(int status) = 0;
+};
+
+// Shows that the program is busy for as long as it lives.
+class BusyPointer {
+public:
+  explicit BusyPointer(Screen& screen_in) : screen(screen_in) { screen.show_busy(true); }
+  BusyPointer(const BusyPointer&) = delete;
+  BusyPointer& operator=(const BusyPointer&) = delete;
+  ~BusyPointer() { screen.show_busy(false); }
+
+private:
+  Screen& screen;
 };
