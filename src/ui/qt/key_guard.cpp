@@ -19,12 +19,23 @@ public:
   using QObject::QObject;
 
   bool eventFilter(QObject* target, QEvent* event) override {
+    if (event->type() == QEvent::KeyRelease)
+      released = static_cast<QKeyEvent*>(event)->timestamp();
     if (event->type() != QEvent::KeyPress || !target->isWidgetType() ||
         qobject_cast<QPlainTextEdit*>(target))
       return false;
-    const auto* key = static_cast<QKeyEvent*>(event);
-    return is_pressing_key(key->key()) && (key->isAutoRepeat() || !rest.hasExpired());
+    const auto& key = *static_cast<QKeyEvent*>(event);
+    return is_pressing_key(key.key()) && (repeats(key) || !rest.hasExpired());
   }
+
+private:
+  // X11 sends a release before each repetition, which Qt does not always see through.
+  bool repeats(const QKeyEvent& key) const {
+    constexpr quint64 no_finger_ms = 5;
+    return key.isAutoRepeat() || (released != 0 && key.timestamp() - released < no_finger_ms);
+  }
+
+  quint64 released = 0;  // when a key was, in milliseconds; 0 if that is not known
 };
 
 }  // namespace
