@@ -148,6 +148,7 @@ void MainWindow::place_controls() {
 void MainWindow::resize_controls() {
   fit_captions();
   place_controls();
+  InvalidateRect(window, nullptr, TRUE);  // also between the controls
 }
 
 void MainWindow::limit_size(MINMAXINFO& limits) const {
