@@ -36,8 +36,8 @@ public:
   // Makes Qt use this class for all combo boxes.
   static void install() {
     QAccessible::installFactory([](const QString&, QObject* object) -> QAccessibleInterface* {
-      auto* const box = qobject_cast<QComboBox*>(object);
-      return box ? new ComboBoxAccess(box) : nullptr;
+      auto* const found = qobject_cast<QComboBox*>(object);
+      return found ? new ComboBoxAccess(found) : nullptr;
     });
   }
 
