@@ -99,6 +99,19 @@ for pressed in held twice; do
   ended "the exit button after Enter was $pressed"
 done
 
+# The design is larger than the screen then.
+QT_SCALE_FACTOR=1.6 start
+wait_for xdotool search --onlyvisible --name 'map updater' || fail 'no window appears'
+on_screen() {
+  local WIDTH HEIGHT
+  eval "$(xdotool getwindowgeometry --shell "$(xdotool search --onlyvisible --name 'map updater')")"
+  [ "$WIDTH" -le 1024 ] && [ "$HEIGHT" -le 768 ]
+}
+wait_for on_screen || fail 'the window is larger than the screen'
+kill "$program"
+wait "$program" || true
+program=
+
 start /silent
 ended 'a silent run in a window'
 converted || fail 'a silent run in a window does not convert the maps'
