@@ -33,7 +33,7 @@ public:
   QStringList actionNames() const override { return {showMenuAction()}; }
   void doAction(const QString&) override { box.showPopup(); }
 
-  // Makes Qt use this class for all combo boxes.
+  // Makes Qt use this class for all combo boxes that are made later.
   static void install() {
     QAccessible::installFactory([](const QString&, QObject* object) -> QAccessibleInterface* {
       auto* const found = qobject_cast<QComboBox*>(object);

@@ -2,6 +2,7 @@
 #include "ui/qt/main_window.h"
 
 #include "ui/handlers.h"
+#include "ui/qt/combo_box_access.h"
 #include "ui/qt/key_guard.h"
 #include "ui/qt/message_box.h"
 #include "ui/qt/text_box.h"
@@ -39,6 +40,7 @@ void frame_focus(QWidget* window) {
 
 void MainWindow::open(Form1& new_form) {
   form = &new_form;
+  ComboBoxAccess::install();
   setWindowIcon(QIcon(":/vora-map-updater.png"));
   const auto size_of = [this](int across, int down) {
     return QSize(pixels(across, logicalDpiX()), pixels(down, logicalDpiX()));

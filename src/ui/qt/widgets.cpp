@@ -2,7 +2,6 @@
 #include "ui/qt/widgets.h"
 
 #include "ui/handlers.h"
-#include "ui/qt/combo_box_access.h"
 #include "ui/qt/fonts.h"
 #include "ui/qt/key_guard.h"
 #include "ui/qt/text_box.h"
@@ -74,7 +73,6 @@ std::function<void()> make_text_box(const ControlLayout& row, Form1& form, TextB
 }
 
 std::function<void()> make_drive_list(const ControlLayout& row, Form1& form, QComboBox* list) {
-  ComboBoxAccess::install();
   const auto show = [&row, &form, list] {
     list->clear();
     for (const std::string& drive : form.Drive1.drives())
