@@ -31,9 +31,10 @@ std::vector<fs::path> library_folders(const fs::path& program_folder) {
 
 // The library's path; empty, with a message on stderr, when it is missing.
 fs::path find_library(const fs::path& program_folder) {
+  std::error_code unreadable;  // counts as missing
   std::string places;
   for (const fs::path& folder : library_folders(program_folder)) {
-    if (fs::exists(folder / WINDOWLIBRARY))
+    if (fs::exists(folder / WINDOWLIBRARY, unreadable))
       return folder / WINDOWLIBRARY;
     places += (places.empty() ? "" : ", ") + folder.string();
   }
