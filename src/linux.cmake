@@ -11,16 +11,18 @@ find_package(nlohmann_json REQUIRED)
 find_package(utf8cpp REQUIRED)
 target_link_libraries(prefix PRIVATE nlohmann_json::nlohmann_json utf8cpp)
 target_sources(ui PRIVATE ui/write_stderr.cpp)
-layer(console BELOW ui SOURCES ui/console/console_screen.cpp)
+layer(console BELOW ui SOURCES ui/console/console_screen.cpp ui/console/progress.cpp)
 
 set(window_library vora-map-updater-window.so)
-set(window_folder ${CMAKE_INSTALL_LIBDIR}/vora-map-updater)
-file(RELATIVE_PATH from_program /${CMAKE_INSTALL_BINDIR} /${window_folder})
+string(REPLACE "." "_" window_entry run_window_${PROJECT_VERSION})
+file(RELATIVE_PATH prefix_from_program /${CMAKE_INSTALL_BINDIR} /)
 
 add_executable(vora-map-updater main.cpp ui/qt/load_window.cpp)
 target_link_libraries(vora-map-updater PRIVATE console prefix ${CMAKE_DL_LIBS})
 target_compile_definitions(vora-map-updater PRIVATE
-  WINDOWLIBRARY="${window_library}" LIBRARYFOLDER="${from_program}")
+  WINDOWLIBRARY="${window_library}" WINDOWENTRY="${window_entry}"
+  LIBRARYFOLDER="${CMAKE_INSTALL_LIBDIR}/vora-map-updater"
+  PREFIXFROMPROGRAM="${prefix_from_program}")
 set_target_properties(vora-map-updater PROPERTIES
   RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR} ENABLE_EXPORTS ON)
 

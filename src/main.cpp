@@ -44,7 +44,7 @@ int run(int argc, char** argv) {
   PrefixSystem system(machine, argument_text(argc, argv));
   if (RunWindow* run_window = load_window(machine.program_folder))
     return run_window(files, system, argv);
-  return run_console(files, system);
+  return run_console(files, system, stderr_columns());
 }
 
 }  // namespace

@@ -65,12 +65,12 @@ for file in bin/vora-map-updater lib/.*/vora-map-updater-window.so \
 done
 dpkg-deb -x "$package" "$scratch/unpacked"
 # protected <file> [options]: Debian 12 does not build its own start-up code for control flow
-# protection. The program itself calls nothing that fortify checks; the window shows that it is on.
+# protection. The window calls nothing that fortify checks; the program shows that it is on.
 protected() {
   hardening-check --nocfprotection "${@:2}" "$scratch/unpacked/usr/$1" || fail "$1 lacks a protection"
 }
-protected bin/vora-map-updater --nofortify
-protected lib/vora-map-updater/vora-map-updater-window.so
+protected bin/vora-map-updater
+protected lib/vora-map-updater/vora-map-updater-window.so --nofortify
 control() { dpkg-deb -f "$package" "$1"; }
 version=$(sed -nE 's/^## ([0-9.]+) .*/\1/p' CHANGELOG.md | head -n 1)
 [ "$(control Version)" = "$version" ] || fail 'the package has another version than the changelog'

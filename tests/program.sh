@@ -6,7 +6,8 @@ build=$(cd "$1" && pwd)
 source "$(dirname "$0")/../scripts/common.sh"
 [ ! -d /dev/shm ] || export TMPDIR=/dev/shm  # thousands of files are flushed
 scratch=$(mktemp -d)
-trap 'rm -rf "$scratch"' EXIT
+copy=$(mktemp -d)
+trap 'rm -rf "$scratch" "$copy"' EXIT
 
 failed=0
 check() { # check <what> <expected> <found>
@@ -97,17 +98,84 @@ check "no argument" "yes" "$([[ $said == *"/silent"* ]] && echo yes)"
 run ""
 check "one empty argument" "yes" "$([[ $said == *"/silent"* ]] && echo yes)"
 
-make_sample base "$scratch" "$build"
-rm "$scratch/data/vnewstruct9.txt"
-run /s
-check "template error: exit status" 1 "$status"
-check "template error: what it says" yes "$([[ $said == *"vnewstruct9.txt"* ]] && echo yes)"
+run $'/x\r\ny'
+check "an argument of two lines" '1 Invalid argument: /x\x0D\x0Ay' "$status $said"
 
-make_sample base "$scratch" "$build"
-printf 'only one line' >"$scratch/machine/drive_c/Program Files (x86)/Vorakai/bad.galaxy"
+# What a player is told: a line of less than 200 characters that says what to do.
+told() { # told <what> <exit status> <end of the line>
+  check "$1: exit status" "$2" "$status"
+  check "$1: what it says" "$3" "$(grep -oF -- "$3" <<<"$said" | head -n 1)"
+  check "$1: length" "" "$(grep -F -- "$3" <<<"$said" | grep -E '^.{200}')"
+}
+prepare() { # prepare <command...>: makes a fresh sample, and runs the command in its data folder
+  make_sample base "$scratch" "$build"
+  (cd "$scratch/data" && "$@")
+}
+to_lf() { sed -i 's/\r$//' "$1"; }
+in_lf='its lines must end in CR LF'
+maps='../machine/drive_c/Program Files (x86)/Vorakai'
+
+prepare sh -c 'rm ./*.txt'
 run /s
-check "a map left alone: exit status" 1 "$status"
-check "a map left alone: what it says" yes "$([[ $said == *"bad.galaxy"*"no second line"* ]] && echo yes)"
+told "no data files" 1 "No map was converted: vnewstruct0.txt is missing in \
+Z:${scratch//\//\\}\\data. Start the program in the folder that holds its data files."
+for file in targetvoraver.txt 'original vora galaxies.txt'; do
+  prepare to_lf "$file"
+  run /s
+  told "LF in $file" 1 "$file: cannot use it: $in_lf"
+done
+prepare to_lf vnewstruct0.txt
+run /s
+told "LF in the baseline" 1 "No map was converted: vnewstruct0.txt: cannot use it: $in_lf"
+for file in voldstruct9.txt vnewstruct9.txt; do
+  prepare to_lf "$file"
+  run /s
+  told "LF in $file" 1 "$file: cannot use it: $in_lf"
+done
+prepare sh -c "printf 'GALAXY\nversion 9\n' > '$maps/lf.galaxy'"
+run /s
+told "LF in a map" 1 "\\lf.galaxy: cannot convert it: $in_lf"
+prepare sh -c "printf 'only one line' > '$maps/bad.galaxy'"
+run /s
+told "a map of one line" 1 '\bad.galaxy: cannot convert it: it has no second line'
+prepare rm vnewstruct9.txt
+run /s
+told "no template" 1 'the map is of version "9" and cannot be converted: template vnewstruct9.txt: the file is missing'
+told "no template" 1 "The map is as it was. No further map was converted: move this one elsewhere \
+and run again for the others."
+
+# A display that cannot be opened, and a program that was copied without its window. Either is
+# told in a line; the silent run or the hint follows.
+on_dead_display() { # on_dead_display <command...>: sets status and said
+  status=0
+  said=$(cd "$scratch/data" && DISPLAY=:987 WINEPREFIX=$scratch/machine "$@" 2>&1) || status=$?
+}
+no_window() { # no_window <reason> <command...>
+  prepare true
+  on_dead_display "${@:2}"
+  told "no window" 1 "The window cannot be shown: $1"
+  check "no window: the hint" 'There is no window to wait in. To find and convert all maps, start the '\
+'program with the argument /silent.' "$(tail -n +2 <<<"$said")"
+  on_dead_display "${@:2}" /silent
+  check "no window: a silent run" "0 The window cannot be shown: $1" "$status $said"
+  check "no window: the maps" "$(maps tests/expected/base)" "$(maps "$scratch/machine")"
+}
+folder=$(sed -n 's/^CMAKE_INSTALL_LIBDIR:PATH=//p' "$build/CMakeCache.txt")/vora-map-updater
+mkdir -p "$copy/bin" "$copy/local/$folder"
+cp "$build/vora-map-updater" "$copy/bin"
+with_local() { # runs a command for which /usr/local is a folder of ours
+  unshare --map-root-user --mount sh -c 'mount --bind "$0" /usr/local && exec "$@"' "$copy/local" "$@"
+}
+window=$build/vora-map-updater-window.so
+if [ ! -e "$window" ] || [ -e "/usr/$folder" ] || ! with_local true 2>/dev/null; then
+  echo "skipped: a window that cannot be shown"
+else
+  no_window 'the display cannot be opened (DISPLAY=:987)' "$build/vora-map-updater"
+  no_window "no vora-map-updater-window.so in $copy/bin, \
+$copy/$folder, /usr/local/$folder, /usr/$folder" with_local "$copy/bin/vora-map-updater"
+  cp "$window" "$copy/local/$folder"
+  no_window 'the display cannot be opened (DISPLAY=:987)' with_local "$copy/bin/vora-map-updater"
+fi
 
 # Without WINEPREFIX, the prefixes of launchers are searched; here two in a Steam library have the
 # game, and one below Games has not.

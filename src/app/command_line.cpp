@@ -47,7 +47,7 @@ bool will_be_silent(System& system) {
 void examine_arguments(Form1& form) {
   for (const std::string& piece : pieces(form.system.argument_text())) {
     if (!asks_for_silence(form.system, piece))
-      end_with_message(form, "Invalid argument: " + piece);
+      end_with_message(form, "Invalid argument: " + form.screen.in_box(piece));
     switch_silent(form);
   }
 }

@@ -1,6 +1,7 @@
 // The conversion run over the maps that the search has found.
 #include "convert/conversion.h"
 
+#include "convert/line_reader.h"
 #include "convert/original_maps.h"
 #include "convert/template_files.h"
 #include "engine/numbers.h"
@@ -22,9 +23,9 @@ std::string companion(const std::string& path, const char* ending) {
 
 // A map that is being converted.
 struct Map {
+  std::size_t index;  // in `foundlist`
   std::unique_ptr<OpenMap> file;
   LineArray galaxylines;
-  bool is_last;  // of those found
 };
 
 class Run {
@@ -40,37 +41,44 @@ public:
   // converted, for want of memory too, is skipped.
   void convert_or_skip(std::size_t index);
 
-  // Replaces the maps that were converted since the last time.
+  // Replaces the maps that were converted since the last time, and notes what came of them.
   void commit();
 
-  // Reports the maps that were skipped, if any.
+  // Reports the maps that were skipped and the templates that cannot be used, if any.
   void report_skipped();
 
   long converted = 0;  // maps that were replaced
 
 private:
-  // A map of the batch.
+  // A map of the batch, or one that was skipped since the last commit.
   struct Pending {
-    std::string path;
-    bool is_last;
+    std::size_t index;
+    Result<Done> outcome;  // a failure when it is not in the batch
   };
 
-  Result<Done> try_to_convert(std::size_t index);
-  Result<Done> convert_map(std::size_t index);
+  std::string missing_version(const Failure& failure) const;
+  bool try_to_convert(std::size_t index);
+  bool convert_map(std::size_t index);
+  Result<std::unique_ptr<OpenMap>> open_map(const std::string& path);
+  bool convert(Map map);
+  bool skip(std::size_t index, Failure failure) {
+    pending.push_back({index, std::move(failure)});
+    return true;
+  }
   bool is_expansion() const { return form.edition == expansion_letter; }
-  Result<Done> convert(Map map);
   Result<std::string> fix(const LineArray& lines);
-  Result<Done> add_to_batch(Map map, std::string_view first, std::string_view result);
-  void note_outcome(const Pending& map, const Result<Done>& outcome);
-  [[noreturn]] void stop(Map map, const Failure& fault);
+  bool add_to_batch(Map map, std::string_view first, std::string_view result);
+  void note_outcome(const Pending& map);
+  [[noreturn]] void stop(Map map, const Failure& fault, const std::string& advice = "");
 
   Form1& form;
   TemplateFiles templates;
   ReplacementBatch batch;
-  std::vector<Pending> pending;  // the maps of the batch
-  long converted_before_last = 0;  // maps that were found before the last one
+  std::vector<Pending> pending;
   double formatver = std::numeric_limits<double>::lowest();
+  long converted_before_last = 0;  // of the maps that were found before the last one
   std::vector<Failure> skipped;
+  bool out_of_memory = false;  // for a map's entry in `skipped` or in `Text2`
 };
 
 void Run::read_baseline() {
@@ -78,60 +86,81 @@ void Run::read_baseline() {
   if (version)
     formatver = *version;
   else if (form.foundlist.size() > 1)
-    report_trouble(form, "No map was converted: " + (form.edition.empty()
-                                                         ? "no edition of the game is selected."
-                                                         : version.failure().text()));
+    report_trouble(form, "No map was converted: " + missing_version(version.failure()));
 }
 
-// What a map cannot have beside others, such as their files or memory, it may have alone.
+// Why there is no format version.
+std::string Run::missing_version(const Failure& failure) const {
+  if (form.edition.empty())
+    return "no edition of the game is selected.";
+  const auto folder = form.files.full_path(".");
+  if (!failure.missing || !folder)
+    return failure.text();
+  return failure.path + " is missing in " + printable(*folder) +
+         ". Start the program in the folder that holds its data files.";
+}
+
+// What a map cannot have beside others of the batch, such as memory, it may have alone.
 void Run::convert_or_skip(std::size_t index) {
-  auto done = try_to_convert(index);
-  if (!done && !batch.empty()) {
-    commit();
-    done = try_to_convert(index);
-  }
-  if (!done)
-    skipped.push_back(done.failure());
-  if (batch.is_full())
+  while (!try_to_convert(index))
     commit();
 }
 
-Result<Done> Run::try_to_convert(std::size_t index) {
+// False when the map must be tried again without the others of the batch.
+bool Run::try_to_convert(std::size_t index) {
   try {
     return convert_map(index);
   } catch (const std::bad_alloc&) {
-    return Failure{form.foundlist[index], "convert it", "the memory is not enough"};
+    if (!batch.empty())
+      return false;
+    return skip(index, {form.foundlist[index], "convert it", "the memory is not enough"});
   }
 }
 
-Result<Done> Run::convert_map(std::size_t index) {
+bool Run::convert_map(std::size_t index) {
   const std::string path = form.foundlist[index];
   form.Label4.set_text(std::to_string(converted));
   if (is_original(form, path))
-    return Done{};
-  auto opened = form.files.open_map(path);
+    return true;
+  auto opened = open_map(path);
   auto galaxylines = opened ? LineArray::split(std::move((*opened)->text)) : LineArray();
   const auto versiontext = version_of(galaxylines[1]);
   const double filever = numeric_value(versiontext);
   if (filever >= formatver)
-    return Done{};
+    return true;
   if (!opened)
-    return opened.failure();
+    return skip(index, opened.failure());
   if (galaxylines.size() < 2)
-    return Failure{path, "convert it", "it has no second line"};
+    return skip(index,
+                {path, "convert it",
+                 ends_lines_in_lf(galaxylines.text()) ? needs_cr_lf : "it has no second line"});
   templates.loadold(versiontext);
   templates.loadnew(versiontext);
-  const bool is_last = index + 2 == form.foundlist.size();
-  return convert({*std::move(opened), std::move(galaxylines), is_last});
+  return convert({index, *std::move(opened), std::move(galaxylines)});
 }
 
-Result<Done> Run::convert(Map map) {
+// A map for which the batch has no room is read again after the commit, which may have replaced it.
+Result<std::unique_ptr<OpenMap>> Run::open_map(const std::string& path) {
+  if (!batch.has_room(0))
+    commit();
+  auto opened = form.files.open_map(path);
+  if (!opened || batch.has_room((*opened)->text.size()))
+    return opened;
+  opened->reset();
+  commit();
+  return form.files.open_map(path);
+}
+
+bool Run::convert(Map map) {
   auto result = first_pass(templates.oldtemplate(), templates.newtemplate(), map.galaxylines);
+  if (!result)
+    stop(std::move(map), result.failure(),
+         ": move this one elsewhere and run again for the others");
   LineArray first_lines;
-  if (result && is_expansion() && !form.debugmode) {
+  if (is_expansion() && !form.debugmode) {
     first_lines = LineArray::split(*std::move(result));
     result = fix(first_lines);
-  } else if (result && is_expansion()) {
+  } else if (is_expansion()) {
     result = fix(map.galaxylines);
   }
   if (!result)
@@ -145,8 +174,8 @@ Result<std::string> Run::fix(const LineArray& lines) {
   return fix_pass(templates.oldtemplate(), templates.newtemplate(), lines);
 }
 
-Result<Done> Run::add_to_batch(Map map, std::string_view first, std::string_view result) {
-  std::string path = map.file->path;
+bool Run::add_to_batch(Map map, std::string_view first, std::string_view result) {
+  const std::string& path = map.file->path;
   Replacement replacement{std::move(map.galaxylines).release(), {}, result, ""};
   if (form.debugmode)
     replacement.companions = {{companion(path, "tst"), result}};
@@ -154,37 +183,49 @@ Result<Done> Run::add_to_batch(Map map, std::string_view first, std::string_view
     replacement.backup = companion(path, "old");
   if (is_expansion() && !form.debugmode)
     replacement.companions = {{companion(path, "fix"), first}};
-  pending.reserve(pending.size() + 1);
-  auto added = batch.add(std::move(map.file), std::move(replacement));
-  if (added)
-    pending.push_back({std::move(path), map.is_last});
-  return added;
+  pending.reserve(pending.size() + 1);  // what the batch has must not be missing here
+  const bool alone = batch.empty();
+  const auto added = batch.add(std::move(map.file), std::move(replacement));
+  if (!added && !alone)
+    return false;
+  pending.push_back({map.index, added});
+  return true;
 }
 
+// A map that failed beside others is tried again alone, in its place among them.
 void Run::commit() {
-  const auto outcomes = batch.commit();
-  const auto maps = std::exchange(pending, {});
-  for (std::size_t i = 0; i < maps.size(); ++i)
-    note_outcome(maps[i], outcomes[i]);
+  auto outcomes = batch.commit();
+  auto maps = std::exchange(pending, {});
+  auto next = outcomes.begin();
+  for (Pending& map : maps) {
+    const bool in_batch = bool(map.outcome);
+    if (in_batch)
+      map.outcome = std::move(*next++);
+    if (map.outcome || !in_batch || outcomes.size() == 1) {
+      note_outcome(map);
+    } else {
+      convert_or_skip(map.index);
+      commit();
+    }
+  }
   if (!maps.empty())
     form.Label4.set_text(std::to_string(converted_before_last));
 }
 
-// A map is converted even if its name is missing in the list for want of memory.
-void Run::note_outcome(const Pending& map, const Result<Done>& outcome) try {
-  if (!outcome)
-    return skipped.push_back(outcome.failure());
+void Run::note_outcome(const Pending& map) try {
+  if (!map.outcome)
+    return skipped.push_back(map.outcome.failure());
   ++converted;
-  converted_before_last += !map.is_last;
-  form.Text2.append(std::string(filename(map.path)) + "\r\n");
+  converted_before_last += map.index + 2 < form.foundlist.size();
+  form.Text2.append(std::string(filename(form.foundlist[map.index])) + "\r\n");
 } catch (const std::bad_alloc&) {
-  form.trouble = true;
+  out_of_memory = true;
 }
 
-// Ends the program for a template that cannot write what the map asks of it. The map keeps its
-// content and gets its backup all the same: it is replaced by a copy of itself, so that the two are
-// not hard links to one file.
-void Run::stop(Map map, const Failure& fault) {
+// Ends the program for a template that cannot write what the map asks of it, with a message that
+// ends in `advice`. The map keeps its content and gets its backup all the same: it is replaced by a
+// copy of itself, so that the two are not hard links to one file.
+void Run::stop(Map map, const Failure& fault, const std::string& advice) {
   commit();
   const std::string path = map.file->path;
   const std::string versiontext(version_of(map.galaxylines[1]));
@@ -192,18 +233,18 @@ void Run::stop(Map map, const Failure& fault) {
                            "\" and cannot be converted: template " + fault.path + ": " +
                            fault.reason;
   if (!form.debugmode) {
-    ReplacementBatch alone(form.files);
     const std::string was = std::move(map.galaxylines).release();
-    auto done = alone.add(std::move(map.file), {was, {}, was, companion(path, "old")});
+    auto done = batch.add(std::move(map.file), {was, {}, was, companion(path, "old")});
     if (done)
-      done = alone.commit().front();
+      done = batch.commit().front();
     if (!done)
       skipped.push_back(done.failure());
   }
   try {
     report_skipped();
-    report_trouble(form,
-                   printable(text) + "\r\nThe map is as it was. No further map was converted.");
+    report_trouble(form, printable(text) +
+                             "\r\nThe map is as it was. No further map was converted" + advice +
+                             ".");
   } catch (const std::bad_alloc&) {
     end_out_of_memory(form);
   }
@@ -211,13 +252,17 @@ void Run::stop(Map map, const Failure& fault) {
 }
 
 void Run::report_skipped() {
+  report_troubles(form, "These templates cannot be used:", templates.unusable());
   report_troubles(form, "These maps could not be converted and were left alone:", skipped);
+  if (out_of_memory)
+    end_out_of_memory(form);
 }
 
 }  // namespace
 
 void fixgalaxies(Form1& form) {
   const DeferredInterrupts deferred(form.system);
+  const BusyPointer busy(form.screen);
   Run run(form);
   next_stage(form);
   run.read_baseline();

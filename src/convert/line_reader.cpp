@@ -31,5 +31,12 @@ LineArray readlines_or_report(Form1& form, const std::string& path) {
   auto lines = read_text(form.files, path);
   if (!lines && !lines.failure().missing)
     report_trouble(form, printable(lines.failure().text()));
+  if (lines && ends_lines_in_lf(lines->text()))
+    report_trouble(form, Failure{path, "use it", needs_cr_lf}.text());
   return lines_or_empty(std::move(lines));
+}
+
+bool ends_lines_in_lf(std::string_view text) {
+  return text.find('\n') != std::string_view::npos &&
+         text.find(LineArray::line_end) == std::string_view::npos;
 }

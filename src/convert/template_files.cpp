@@ -4,42 +4,35 @@
 #include "convert/line_reader.h"
 #include "engine/numbers.h"
 
-namespace {
-
-// The template of that file in `loaded`, indexed again if the file has changed.
 template <class Kind, class Index>
-const Kind* load(Files& files, std::map<std::string, Kind>& loaded, std::string filename,
-                 Index index) {
+const Kind* TemplateFiles::load(std::map<std::string, Kind>& loaded, std::string filename,
+                                Index index) {
   auto text = files.read(filename);
   const auto before = loaded.find(filename);
   const bool same = before != loaded.end() && bool(text) == !before->second.failure &&
                     (!text || *text == before->second.lines.text());
   if (same)
     return &before->second;
+  if (text && ends_lines_in_lf(*text))
+    unusable_templates.push_back({filename, "use it", needs_cr_lf});
   Kind made = index(filename, std::move(text));
   return &(loaded[std::move(filename)] = std::move(made));
 }
 
-}  // namespace
-
 void TemplateFiles::loadold(std::string_view ver) {
-  current_old =
-      load(files, loaded_old, edition + "oldstruct" + std::string(ver) + ".txt", index_old);
+  current_old = load(loaded_old, edition + "oldstruct" + std::string(ver) + ".txt", index_old);
 }
 
 void TemplateFiles::loadnew(std::string_view ver) {
-  current_new =
-      load(files, loaded_new, edition + "newstruct" + std::string(ver) + ".txt", index_new);
+  current_new = load(loaded_new, edition + "newstruct" + std::string(ver) + ".txt", index_new);
 }
 
 void TemplateFiles::loadoldfix(double ver) {
-  current_old =
-      load(files, loaded_old, edition + "oldstructfix" + number_text(ver) + ".txt", index_old);
+  current_old = load(loaded_old, edition + "oldstructfix" + number_text(ver) + ".txt", index_old);
 }
 
 void TemplateFiles::loadnewfix(double ver) {
-  current_new =
-      load(files, loaded_new, edition + "newstructfix" + number_text(ver) + ".txt", index_new);
+  current_new = load(loaded_new, edition + "newstructfix" + number_text(ver) + ".txt", index_new);
 }
 
 Result<double> TemplateFiles::initnew() {
@@ -47,6 +40,8 @@ Result<double> TemplateFiles::initnew() {
   const auto lines = read_text(files, filename);
   if (!lines)
     return lines.failure();
+  if (ends_lines_in_lf(lines->text()))
+    return Failure{filename, "use it", needs_cr_lf};
   const auto version = version_of((*lines)[1]);
   if (!has_number(version))
     return Failure{filename, "read it", "its second line does not end in a format version"};

@@ -7,6 +7,7 @@
 #include <map>
 #include <string>
 #include <string_view>
+#include <vector>
 
 // The templates of one conversion run. Each call reads its file again; the template is indexed
 // again only when the file's bytes have changed.
@@ -31,11 +32,19 @@ public:
   const OldTemplate& oldtemplate() const { return *current_old; }
   const NewTemplate& newtemplate() const { return *current_new; }
 
+  // The loaded templates whose lines end in LF: each is read as one line, and so converts nothing.
+  const std::vector<Failure>& unusable() const { return unusable_templates; }
+
 private:
+  // The template of that file in `loaded`, indexed again if the file has changed.
+  template <class Kind, class Index>
+  const Kind* load(std::map<std::string, Kind>& loaded, std::string filename, Index index);
+
   Files& files;
   std::string edition;
   std::map<std::string, OldTemplate> loaded_old;
   std::map<std::string, NewTemplate> loaded_new;
   const OldTemplate* current_old = nullptr;
   const NewTemplate* current_new = nullptr;
+  std::vector<Failure> unusable_templates;
 };

@@ -87,6 +87,7 @@ void findfiles(Form1& form, const std::string& pattern, const std::string& root,
 
 void findgalaxies(Form1& form) {
   const DeferredInterrupts deferred(form.system);
+  const BusyPointer busy(form.screen);
   form.searching = true;
   form.filepattern = "*.galaxy";
   form.foundlist.clear();

@@ -30,12 +30,31 @@ public:
   // Shows a message box with the program's title and an OK button; returns when it is answered.
   virtual void message_box(const std::string& text) = 0;
 
+  // `text` from outside as it may stand in a message box's text: as it is in a real box; escaped
+  // where the box's lines are printed.
+  virtual std::string in_box(const std::string& text) { return text; }
+
   // Writes a message to stderr, where there is one: in a silent run nobody answers a box.
   virtual void print_error(const std::string& text) = 0;
+
+  // Shows by the pointer whether the program is busy.
+  virtual void show_busy(bool busy) { static_cast<void>(busy); }
 
   // Handles the window's pending messages: repainting, the close and exit buttons.
   virtual void process_messages() = 0;
 
   // Ends the program at once, from inside any handler.
   [[noreturn]] virtual void end(int status) = 0;
+};
+
+// Shows that the program is busy for as long as it lives.
+class BusyPointer {
+public:
+  explicit BusyPointer(Screen& screen_in) : screen(screen_in) { screen.show_busy(true); }
+  BusyPointer(const BusyPointer&) = delete;
+  BusyPointer& operator=(const BusyPointer&) = delete;
+  ~BusyPointer() { screen.show_busy(false); }
+
+private:
+  Screen& screen;
 };

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <new>
 #include <optional>
+#include <span>
 #include <utility>
 
 namespace {
@@ -65,13 +66,13 @@ private:
 // unflushed is flushed before the next one.
 class ReplacementBatch::Replacing {
 public:
-  Replacing(std::unique_ptr<OpenMap> map_in, Replacement wanted)
-      : owned_map(std::move(map_in)), replacement(std::move(wanted)) {}
+  Replacing(std::unique_ptr<OpenMap> map_in, std::string was_in, std::string backup_in)
+      : owned_map(std::move(map_in)), was(std::move(was_in)), new_backup(std::move(backup_in)),
+        out_of_memory(failure("the memory is not enough")) {}
 
-  using Step = Result<Done> (Replacing::*)();
   Result<Done> lock();
-  Result<Done> find_companions();
-  Result<Done> write_temporaries();
+  Result<Done> find_companions(const std::vector<NewFile>& files);
+  Result<Done> write_temporaries(const std::vector<NewFile>& files, std::string_view result);
   Result<Done> check_map();
   Result<Done> place_companions();
   Result<Done> move_older_backup();
@@ -80,22 +81,24 @@ public:
   Result<Done> replace();
 
   // Takes a step unless one has failed before.
-  void take(Step step);
+  template <class Step> void take(Step step);
 
-  // What a step has left unflushed, and what came of flushing it.
+  // What a step has left unflushed; `action` is for a failure.
   struct ToFlush {
-    std::string entry, action;  // `action` is for a failure
+    std::string entry, action;
   };
   std::vector<ToFlush> unflushed;
-  void note_flushed(const ToFlush& file, const Result<Done>& flushed);
 
-  void fail(Failure failure);
-  Failure out_of_memory() const { return failure("the memory is not enough"); }
+  // Notes what came of flushing all that was unflushed, in its order.
+  void note_flushed(std::span<const Unflushed> files);
+
+  // Ends the replacement for want of memory.
+  void fail_out_of_memory() { fail(std::move(out_of_memory)); }
 
   bool conflicts_with(const Replacing& other) const {
     return state.same_file(other.state) || folded == other.folded;
   }
-  std::size_t size() const { return replacement.was.size(); }
+  std::size_t size() const { return was.size(); }
   OpenMap& open_map() const { return map; }
 
   Result<Done> outcome = Done{};
@@ -125,15 +128,18 @@ private:
   Result<Done> place(Prepared& file, const std::string& kept);
   Result<OpenMap::Kind> kind_of(const std::string& name);
   Result<Done> flush(const std::string& name);
+  void fail(Failure failure);
   void undo_link();
   Failure failure(std::string reason) const { return {map.path, "convert it", std::move(reason)}; }
   Failure changed() const { return failure("it has changed since it was read"); }
 
   const std::unique_ptr<OpenMap> owned_map;
   OpenMap& map = *owned_map;
-  const Replacement replacement;
-  OpenMap::FileState state{};  // of the map when it was read, or compared again
-  std::string folded;          // see OpenMap::folded
+  const std::string was;         // the map's content, as it was read
+  const std::string new_backup;  // the backup's name; empty when there is none to be made
+  Failure out_of_memory;         // made beforehand: then there is no memory for it
+  OpenMap::FileState state{};    // of the map when it was read, or compared again
+  std::string folded;            // see OpenMap::folded
 
   std::vector<std::string> companions;  // their names as the folder spells them, in order
   std::string backup;                // the older backup as the folder spells it, then the new one
@@ -147,26 +153,32 @@ private:
 };
 
 // A step that runs out of memory fails like any other.
-void ReplacementBatch::Replacing::take(Step step) {
+template <class Step> void ReplacementBatch::Replacing::take(Step step) {
   if (!outcome)
     return;
   try {
-    if (auto done = (this->*step)(); !done)
+    if (auto done = step(); !done)
       fail(done.failure());
   } catch (const std::bad_alloc&) {
-    fail(out_of_memory());
+    fail_out_of_memory();
   }
 }
 
-void ReplacementBatch::Replacing::note_flushed(const ToFlush& file, const Result<Done>& flushed) {
-  if (!flushed && outcome)
-    fail({map.path, file.action, flushed.failure().reason});
+void ReplacementBatch::Replacing::note_flushed(std::span<const Unflushed> files) {
+  for (std::size_t i = 0; i < files.size(); ++i)
+    if (!files[i].flushed)
+      return fail({map.path, unflushed[i].action, files[i].flushed.failure().reason});
+  unflushed.clear();
 }
 
+// Where memory runs out again, the backup name stays.
 void ReplacementBatch::Replacing::fail(Failure failure) {
   outcome = std::move(failure);
   unflushed.clear();
-  undo_link();
+  try {
+    undo_link();
+  } catch (const std::bad_alloc&) {
+  }
 }
 
 Result<Done> ReplacementBatch::Replacing::flush(const std::string& name) {
@@ -184,16 +196,16 @@ Result<Done> ReplacementBatch::Replacing::lock() {
 }
 
 // Looks every name up once, before the first change to the folder.
-Result<Done> ReplacementBatch::Replacing::find_companions() {
-  for (const NewFile& file : replacement.companions) {
+Result<Done> ReplacementBatch::Replacing::find_companions(const std::vector<NewFile>& files) {
+  for (const NewFile& file : files) {
     const auto name = find_companion(file.name);
     if (!name)
       return name.failure();
     companions.push_back(name->empty() ? file.name : *name);
   }
-  if (replacement.backup.empty())
+  if (new_backup.empty())
     return Done{};
-  auto found = find_companion(replacement.backup);
+  auto found = find_companion(new_backup);
   if (!found)
     return found.failure();
   backup = *std::move(found);
@@ -213,14 +225,12 @@ Result<std::string> ReplacementBatch::Replacing::find_companion(const std::strin
   return found;
 }
 
-Result<Done> ReplacementBatch::Replacing::write_temporaries() {
-  for (std::size_t i = 0; i < companions.size(); ++i) {
-    const NewFile& file = replacement.companions[i];
-    if (auto written = write_temporary(file, companions[i]); !written)
+Result<Done> ReplacementBatch::Replacing::write_temporaries(const std::vector<NewFile>& files,
+                                                            std::string_view result) {
+  for (std::size_t i = 0; i < files.size(); ++i)
+    if (auto written = write_temporary(files[i], companions[i]); !written)
       return written;
-  }
-  return replacement.backup.empty() ? Result<Done>(Done{})
-                                    : write_temporary({map.name, replacement.result}, map.name);
+  return new_backup.empty() ? Result<Done>(Done{}) : write_temporary({map.name, result}, map.name);
 }
 
 // `name` is what the temporary file will be renamed to.
@@ -255,7 +265,7 @@ Result<Done> ReplacementBatch::Replacing::check_unchanged(bool by_state) {
 
 // What somebody else has saved since the reading must not be lost.
 Result<Done> ReplacementBatch::Replacing::check_content() {
-  const auto same = map.holds(map.name, replacement.was);
+  const auto same = map.holds(map.name, was);
   if (!same)
     return same.failure();
   return *same ? Result<Done>(Done{}) : changed();
@@ -305,11 +315,11 @@ Result<Done> ReplacementBatch::Replacing::move_older_backup() {
 // Makes sure that the map has a backup. It is on the disk before the result is renamed over the
 // map: flushing a file flushes its names as well.
 Result<Done> ReplacementBatch::Replacing::make_backup() {
-  if (replacement.backup.empty())
+  if (new_backup.empty())
     return Done{};
   if (backup_is_equal)
     return link_in_place_of_equal_backup();
-  backup = replacement.backup;
+  backup = new_backup;
   return link_or_copy_backup();
 }
 
@@ -320,7 +330,7 @@ Result<bool> ReplacementBatch::Replacing::is_backup(const std::string& name) {
     return kind.failure();
   if (*kind != OpenMap::Kind::file)
     return false;
-  return doing("read " + name, [&] { return map.holds(name, replacement.was); });
+  return doing("read " + name, [&] { return map.holds(name, was); });
 }
 
 // Calls `rename` with the name of a backup and the first number that is free.
@@ -372,8 +382,7 @@ Result<Done> ReplacementBatch::Replacing::link_in_place_of_equal_backup() {
     return adopt_copy();
   }
   made_link = true;
-  const auto equal =
-      doing("read " + backup, [&] { return map.holds(equal_backup->entry(), replacement.was); });
+  const auto equal = doing("read " + backup, [&] { return map.holds(equal_backup->entry(), was); });
   if (!equal)
     return equal.failure();
   if (!*equal)  // somebody has just written to it
@@ -393,7 +402,7 @@ Result<Done> ReplacementBatch::Replacing::number_equal_backup() {
 
 Result<Done> ReplacementBatch::Replacing::write_copy() {
   const std::string action = "make its backup " + backup;
-  auto written = doing(action, [&] { return map.write_temporary(replacement.was); });
+  auto written = doing(action, [&] { return map.write_temporary(was); });
   if (!written)
     return written.failure();
   copy.emplace(map, *std::move(written));
@@ -449,7 +458,7 @@ Result<Done> ReplacementBatch::Replacing::check_backup() {
 // compared or its backup is copied or flushed. Where the map's own file does not become the backup,
 // content is compared, so that not even a writer who sets the time back loses anything.
 Result<Done> ReplacementBatch::Replacing::replace() {
-  if (replacement.backup.empty())
+  if (new_backup.empty())
     return Done{};
   if (auto checked = check_backup(); !checked)
     return checked;
@@ -490,22 +499,24 @@ ReplacementBatch::ReplacementBatch(Files& files_in)
 
 ReplacementBatch::~ReplacementBatch() = default;
 
-bool ReplacementBatch::is_full() const { return maps.size() >= most || bytes >= most_bytes; }
+bool ReplacementBatch::has_room(std::size_t size) const {
+  return empty() || (maps.size() < most && bytes + size <= most_bytes);
+}
 
 bool ReplacementBatch::must_wait(const Replacing& replacing) const {
-  if (replacing.size() > most_bytes && !empty())
-    return true;
   return std::any_of(maps.begin(), maps.end(),
                      [&](const auto& other) { return other->conflicts_with(replacing); });
 }
 
 Result<Done> ReplacementBatch::add(std::unique_ptr<OpenMap> map, Replacement replacement) {
-  auto replacing = std::make_unique<Replacing>(std::move(map), std::move(replacement));
-  replacing->take(&Replacing::lock);
+  auto replacing = std::make_unique<Replacing>(std::move(map), std::move(replacement.was),
+                                               std::move(replacement.backup));
+  replacing->take([&] { return replacing->lock(); });
   if (replacing->outcome && must_wait(*replacing))
     return Failure{replacing->open_map().path, "convert it", "another map comes first"};
-  replacing->take(&Replacing::find_companions);
-  replacing->take(&Replacing::write_temporaries);
+  replacing->take([&] { return replacing->find_companions(replacement.companions); });
+  replacing->take(
+      [&] { return replacing->write_temporaries(replacement.companions, replacement.result); });
   if (!replacing->outcome)
     return replacing->outcome;
   maps.push_back(std::move(replacing));
@@ -514,40 +525,42 @@ Result<Done> ReplacementBatch::add(std::unique_ptr<OpenMap> map, Replacement rep
 }
 
 std::vector<Result<Done>> ReplacementBatch::commit() {
-  constexpr Replacing::Step steps[] = {
+  constexpr Result<Done> (Replacing::*steps[])() = {
       &Replacing::check_map,   &Replacing::place_companions, &Replacing::move_older_backup,
       &Replacing::make_backup, &Replacing::place_copy,       &Replacing::replace,
   };
   std::vector<Result<Done>> outcomes;
   outcomes.reserve(maps.size());
-  flush();
-  for (const auto step : steps) {
-    for (const auto& replacing : maps)
-      replacing->take(step);
-    flush();
-  }
-  for (const auto& replacing : maps)
-    outcomes.push_back(std::move(replacing->outcome));
-  maps.clear();
+  const Maps committed = std::exchange(maps, {});
   bytes = 0;
+  flush(committed);
+  for (const auto step : steps) {
+    for (const auto& replacing : committed)
+      replacing->take([&] { return (*replacing.*step)(); });
+    flush(committed);
+  }
+  for (const auto& replacing : committed)
+    outcomes.push_back(std::move(replacing->outcome));
   return outcomes;
 }
 
 // Flushes what the last step has left unflushed.
-void ReplacementBatch::flush() try {
+void ReplacementBatch::flush(const Maps& flushed) try {
   std::vector<Unflushed> unflushed;
-  for (const auto& replacing : maps)
+  for (const auto& replacing : flushed)
     for (const auto& file : replacing->unflushed)
       unflushed.push_back({replacing->open_map(), file.entry});
   if (unflushed.empty())
     return;
   files.flush(unflushed);
-  auto next = unflushed.begin();
-  for (const auto& replacing : maps)
-    for (const auto& file : std::exchange(replacing->unflushed, {}))
-      replacing->note_flushed(file, (next++)->flushed);
+  std::span<const Unflushed> rest = unflushed;
+  for (const auto& replacing : flushed) {
+    const std::size_t count = replacing->unflushed.size();
+    replacing->note_flushed(rest.first(count));
+    rest = rest.subspan(count);
+  }
 } catch (const std::bad_alloc&) {
-  for (const auto& replacing : maps)
+  for (const auto& replacing : flushed)
     if (!replacing->unflushed.empty())
-      replacing->fail(replacing->out_of_memory());
+      replacing->fail_out_of_memory();
 }

@@ -16,8 +16,7 @@ struct NewFile {
   std::string_view text;
 };
 
-// What a map is replaced by. The texts of the new files are written at once, and need to last no
-// longer than the call that gets them. The new files get the map's owner and its permissions to
+// What a map is replaced by. The new files get the map's owner and its permissions to
 // read, write and execute, as far as the user may give them away; on Windows its attributes, while
 // access rights come from the folder.
 struct Replacement {
@@ -51,14 +50,14 @@ public:
 
   bool empty() const { return maps.empty(); }
 
-  // Whether it is time to commit: the batch holds 64 maps or 16 MB of text, or as many maps as may
-  // be open at once.
-  bool is_full() const;
+  // Whether a map of `size` bytes may be added: a batch has at most 64 maps, 16 MB of text, and as
+  // many maps as may be open at once. A larger map has a batch of its own.
+  bool has_room(std::size_t size) const;
 
   // Locks the map, writes what it is replaced by to temporary files, and keeps it until `commit`.
   // Also fails for a map that must wait until the batch is committed, and be read again then: one
-  // of more than 16 MB, one that is the same file as another, or one that has the same companions.
-  // After a failure nothing of the map is left in the batch.
+  // that is the same file as another, or has the same companions. After a failure nothing of the
+  // map is left in the batch. The texts of `replacement` are used during the call alone.
   Result<Done> add(std::unique_ptr<OpenMap> map, Replacement replacement);
 
   // Replaces the maps and empties the batch. Returns what came of them, in the order of `add`.
@@ -66,12 +65,13 @@ public:
 
 private:
   class Replacing;
+  using Maps = std::vector<std::unique_ptr<Replacing>>;
 
   bool must_wait(const Replacing& replacing) const;
-  void flush();
+  void flush(const Maps& flushed);
 
   Files& files;
   const std::size_t most;  // maps
   std::size_t bytes = 0;   // of the maps' content
-  std::vector<std::unique_ptr<Replacing>> maps;
+  Maps maps;
 };

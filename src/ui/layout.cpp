@@ -3,6 +3,8 @@
 
 #include <algorithm>
 #include <cmath>
+#include <iterator>
+#include <utility>
 
 namespace {
 
@@ -21,9 +23,8 @@ constexpr ControlLayout info_label(const char* name, const char* caption, int le
   return {name, Kind::label, caption, left, top, width, 195, window, Align::left, true, true, true};
 }
 
-constexpr ControlLayout in_column(int column, ControlLayout row, const char* accessible_name = "") {
+constexpr ControlLayout in_column(int column, ControlLayout row) {
   row.column = column;
-  row.accessible_name = accessible_name;
   return row;
 }
 
@@ -35,16 +36,15 @@ constexpr char found_heading[] = "found galaxy files";
 constexpr char fixed_heading[] = "fixed galaxy files";
 
 constexpr ControlLayout table[] = {
-    in_column(1, {"Drive1", Kind::drive_list, "", 120, 1560, 3855, 315, window}, "drives"),
-    in_column(1, {"File1", Kind::file_list, "", 120, 3840, 3855, 3405, window},
-              "files of the folder"),
-    in_column(1, {"Dir1", Kind::directory_list, "", 120, 1920, 3855, 1890, window}, "folders"),
+    in_column(1, {"Drive1", Kind::drive_list, "", 120, 1560, 3855, 315, window}),
+    in_column(1, {"File1", Kind::file_list, "", 120, 3840, 3855, 3405, window}),
+    in_column(1, {"Dir1", Kind::directory_list, "", 120, 1920, 3855, 1890, window}),
     {"Command1", Kind::button, "find galaxies", 120, 1200, 1335, 255, window_bold},
     {"Command2", Kind::button, "fix found galaxies", 1440, 1200, 1815, 255, window_bold},
     {"Command3", Kind::button, "exit", 3240, 1080, 855, 375, exit_font},
     {"Command4", Kind::button, "program space galaxies", 120, 480, 3855, 255, narrow},
     {"Command5", Kind::button, "user space galaxies", 120, 720, 3855, 255, narrow},
-    in_column(2, {"Text1", Kind::text_box, "", 4200, 1680, 2895, 5535, window}, found_heading),
+    in_column(2, {"Text1", Kind::text_box, "", 4200, 1680, 2895, 5535, window}),
     {"Label1", Kind::label, "stage ", 7200, 600, 855, 375, big},
     {"Label2", Kind::label, "Please wait processing", 6240, 120, 3855, 375, big_italic,
      Align::centre},
@@ -54,7 +54,7 @@ constexpr ControlLayout table[] = {
     {"Label6", Kind::label, "0", 7800, 1080, 975, 375, big, Align::right},
     {"Label7", Kind::label, "updated", 8880, 1080, 1215, 375, big},
     {"Label8", Kind::label, "0", 8160, 600, 375, 375, big},
-    in_column(3, {"Text2", Kind::text_box, "", 7200, 1680, 2895, 5535, window}, fixed_heading),
+    in_column(3, {"Text2", Kind::text_box, "", 7200, 1680, 2895, 5535, window}),
     in_column(
         2, {"Label9", Kind::label, found_heading, 4200, 1440, 2775, 255, heading, Align::centre}),
     in_column(
@@ -73,8 +73,18 @@ constexpr ControlLayout table[] = {
     {"Command7", Kind::button, "tarnfall", 1920, 960, 1335, 255, window, Align::left, disabled},
 };
 
-int to_twips(int pixels, int dpi) {
-  return static_cast<int>(std::lround(double(pixels) * twips_per_inch / dpi));
+// What a screen reader calls the controls whose text or caption does not say what they are.
+constexpr std::pair<std::string_view, const char*> accessible_names[] = {
+    {"Drive1", "drive"},      {"File1", "files of the folder"},
+    {"Dir1", "folders"},      {"Text1", found_heading},
+    {"Text2", fixed_heading}, {"Label1", "progress"},
+    {"Label3", "progress"},   {"Label4", "galaxies updated, counted from 0"},
+    {"Label5", "progress"},   {"Label6", "galaxies found, counted from 0"},
+    {"Label7", "progress"},   {"Label8", "stage"},
+};
+
+int to_twips(int pixels, double dpi) {
+  return static_cast<int>(std::lround(pixels * twips_per_inch / dpi));
 }
 
 Place place_in_twips(const ControlLayout& row, int client_width, int client_height) {
@@ -93,14 +103,15 @@ bool overlaps_vertically(const ControlLayout& one, const ControlLayout& other) {
   return other.top < one.top + one.height && one.top < other.top + other.height;
 }
 
-// From a label's left edge to that of the next visible control on its right.
+// From a label's left edge almost to that of the next visible control on its right.
 int width_to_neighbour(const ControlLayout& row, const Form1& form) {
+  constexpr int gap = 45;
   int right = window_width;
   for (const ControlLayout& other : table)
     if (other.left > row.left && overlaps_vertically(row, other) &&
         control_of(other, form).visible())
       right = std::min(right, other.left);
-  return right - row.left;
+  return right - gap - row.left;
 }
 
 Room caption_room_in_twips(const ControlLayout& row, const Form1& form) {
@@ -132,12 +143,29 @@ void apply_layout(Form1& form) {
   }
 }
 
-int pixels(int twips, int dpi) {
-  return static_cast<int>(std::lround(double(twips) * dpi / twips_per_inch));
+std::string accessible_name(const ControlLayout& row, const Form1& form) {
+  const auto named = std::find_if(std::begin(accessible_names), std::end(accessible_names),
+                                  [&](const auto& name) { return name.first == row.name; });
+  if (named == std::end(accessible_names))
+    return "";
+  const bool with_text = row.kind == Kind::label || row.kind == Kind::drive_list;
+  return named->second + (with_text ? ": " + control_of(row, form).text() : "");
+}
+
+int pixels(int twips, double dpi) {
+  return static_cast<int>(std::lround(twips * dpi / twips_per_inch));
+}
+
+double design_dpi(int client_width, int screen_dpi) {
+  const int width = std::max(client_width, pixels(smallest_width, screen_dpi));
+  if (width >= pixels(window_width, screen_dpi))
+    return screen_dpi;
+  return double(width) * twips_per_inch / window_width;
 }
 
 // Rounds the corners, not the sizes, so that edges stay aligned at any resolution.
-Place place_of(const ControlLayout& row, int client_width, int client_height, int dpi) {
+Place place_of(const ControlLayout& row, int client_width, int client_height, int screen_dpi) {
+  const double dpi = design_dpi(client_width, screen_dpi);
   const Place place =
       place_in_twips(row, to_twips(client_width, dpi), to_twips(client_height, dpi));
   const int left = pixels(place.left, dpi);
@@ -146,7 +174,7 @@ Place place_of(const ControlLayout& row, int client_width, int client_height, in
           pixels(place.top + place.height, dpi) - top};
 }
 
-Room caption_room(const ControlLayout& row, const Form1& form, int dpi) {
+Room caption_room(const ControlLayout& row, const Form1& form, double dpi) {
   const Room room = caption_room_in_twips(row, form);
   return {pixels(room.width, dpi), pixels(room.height, dpi), room.wraps};
 }

@@ -12,6 +12,11 @@ inline constexpr char window_caption[] = "brindle's vora & Tarnfall map updater"
 inline constexpr int window_width = 10215;  // of the client area
 inline constexpr int window_height = 7440;
 
+// The smallest client area: with its frame the window fits a screen of 1280 by 800 pixels on which
+// everything is twice as large.
+inline constexpr int smallest_width = 9300;
+inline constexpr int smallest_height = 4800;
+
 enum class Kind { drive_list, file_list, directory_list, button, text_box, label };
 enum class Align { left, centre, right };
 
@@ -31,9 +36,8 @@ struct ControlLayout {
   Align align = Align::left;
   bool enabled = true;
   bool visible = true;
-  bool sized_to_text = false;        // a label that is as wide as its caption
-  int column = 0;                    // 1 to 3 from the left widen with the window; 0 does not
-  const char* accessible_name = "";  // of a control without a caption
+  bool sized_to_text = false;  // a label that is as wide as its caption
+  int column = 0;              // 1 to 3 from the left widen with the window; 0 does not
 };
 
 // All controls in keyboard focus order; labels take no focus.
@@ -45,17 +49,25 @@ Control& control_of(const ControlLayout& row, const Form1& form);
 // Gives the form's caption and its controls their initial state.
 void apply_layout(Form1& form);
 
-// The pixels of a length in twips on a screen of `dpi` dots per inch, rounded to the nearest.
-int pixels(int twips, int dpi);
+// What a screen reader calls a control, its text included if it is a label or a drive list. Empty
+// when the caption says what the control is.
+std::string accessible_name(const ControlLayout& row, const Form1& form);
+
+// The pixels of a length in twips at `dpi` dots per inch, rounded to the nearest.
+int pixels(int twips, double dpi);
+
+// The dots per inch at which the design is laid out in a client area of this width: those of the
+// screen, or fewer where the client area is narrower than the design.
+double design_dpi(int client_width, int screen_dpi);
 
 struct Place {
   int left, top, width, height;
 };
 
 // Where a control belongs in a client area of this size. The three columns share the width beyond
-// the design's. The file list and the text boxes take the height beyond it, and shrink where it is
-// less.
-Place place_of(const ControlLayout& row, int client_width, int client_height, int dpi);
+// the design's; all controls shrink where it is less. The file list and the text boxes take the
+// height beyond the design's, and shrink where it is less.
+Place place_of(const ControlLayout& row, int client_width, int client_height, int screen_dpi);
 
 // The room for the caption of a button or label.
 struct Room {
@@ -64,8 +76,8 @@ struct Room {
 };
 
 // A button's frame takes some of its size. A label sized to its text may reach to its right-hand
-// neighbour that is visible on the form, and may be taller than the design's.
-Room caption_room(const ControlLayout& row, const Form1& form, int dpi);
+// neighbour that is visible on the form, and may be taller than the design's. `dpi`: the design's.
+Room caption_room(const ControlLayout& row, const Form1& form, double dpi);
 
 // The size and the width of a caption's letters.
 struct Lettering {

@@ -120,6 +120,7 @@ TEST_F(Conversion, TellsWhichMapsItCouldNotConvertAndGoesOn) {
   found("vanished.galaxy");
   add("oneline.galaxy", "MAP\r\n");
   add("empty.galaxy", "");
+  add("lf.galaxy", "MAP\nversion 3\n");
   add("huge.galaxy", "");
   fs::resize_file(maps / "huge.galaxy", Files::max_file_size + 1);
   add("taken.galaxy", old_map);
@@ -129,6 +130,7 @@ TEST_F(Conversion, TellsWhichMapsItCouldNotConvertAndGoesOn) {
   fs::remove(maps / "huge.galaxy");
   EXPECT_EQ(tree(maps), (Tree{{"oneline.galaxy", "MAP\r\n"},
                               {"empty.galaxy", ""},
+                              {"lf.galaxy", "MAP\nversion 3\n"},
                               {"taken.galaxy", old_map},
                               {"a.galaxy", converted_map},
                               {"a.galold", old_map}}));
@@ -139,6 +141,7 @@ TEST_F(Conversion, TellsWhichMapsItCouldNotConvertAndGoesOn) {
                "C:\\maps\\vanished.galaxy: cannot read it: the file is missing\r\n"
                "C:\\maps\\oneline.galaxy: cannot convert it: it has no second line\r\n"
                "C:\\maps\\empty.galaxy: cannot convert it: it has no second line\r\n"
+               "C:\\maps\\lf.galaxy: cannot convert it: its lines must end in CR LF\r\n"
                "C:\\maps\\huge.galaxy: cannot read it: it is larger than 1 GiB\r\n"
                "C:\\maps\\taken.galaxy: cannot convert it: a folder has the name taken.galold"));
 }
@@ -154,12 +157,15 @@ TEST_F(Conversion, ATemplateErrorEndsTheProgramAndLosesNothing) {
     Tree left;
     const char* reported;
   } cases[] = {
-      {"t", false, backed_up, "tnewstructfix4.txt: its section count is 0 or below: MAP"},
+      {"t", false, backed_up,
+       "tnewstructfix4.txt: its section count is 0 or below: MAP\r\n"
+       "The map is as it was. No further map was converted."},
       {"v", true, untouched, "vnewstruct3.txt"},
       {"v", false, backed_up,
        "C:\\maps\\a.galaxy: the map is of version \"3\" and cannot be converted: template "
        "vnewstruct3.txt: its section count is 0 or below: ship$0\r\n"
-       "The map is as it was. No further map was converted."},
+       "The map is as it was. No further map was converted: move this one elsewhere and run again "
+       "for the others."},
   };
   for (const auto& c : cases) {
     start_over(c.edition, c.debugmode);
@@ -190,8 +196,9 @@ TEST_F(Conversion, AMissingBaselineConvertsNothingAndIsTold) {
   fs::remove(machine.data / "vnewstruct0.txt");
   EXPECT_EQ(fix(), Program::returned);
   EXPECT_TRUE(program.screen.messages.empty());
-  const std::pair<const char*, const char*> cases[] = {
-      {"v", "No map was converted: vnewstruct0.txt: cannot read it: the file is missing"},
+  const std::pair<const char*, std::string> cases[] = {
+      {"v", "No map was converted: vnewstruct0.txt is missing in " + z_path(machine.data) +
+                ". Start the program in the folder that holds its data files."},
       {"", "No map was converted: no edition of the game is selected."}};
   for (const auto& [edition, text] : cases) {
     start_over(edition);
@@ -204,7 +211,7 @@ TEST_F(Conversion, AMissingBaselineConvertsNothingAndIsTold) {
 
 // A version below 0 is older than any, but there is nothing to convert it to.
 TEST_F(Conversion, NothingIsConvertedWithoutAFormatVersion) {
-  for (const char* baseline : {"a\r\nno number", "one line", ""}) {
+  for (const char* baseline : {"a\r\nno number", "one line", "", "a\nversion 4\n"}) {
     start_over();
     write_file(machine.data / "vnewstruct0.txt", baseline);
     add("a.galaxy", "MAP\r\nversion -5\r\n");

@@ -40,11 +40,18 @@ TEST(Layout, ColumnsAndListsGrowWithTheWindow) {
     int width, height;          // pixels beyond the design's client area, of 681 by 496
     std::array<int, 4> growth;  // of left, top, width and height
   } cases[] = {
-      {"File1", 30, 20, {0, 0, 10, 20}},   {"Dir1", 30, 20, {0, 0, 10, 0}},
-      {"Text1", 30, 20, {10, 0, 10, 20}},  {"Text2", 30, 20, {20, 0, 10, 20}},
-      {"Label10", 30, 20, {20, 0, 10, 0}}, {"Command3", 30, 20, {0, 0, 0, 0}},
-      {"File1", -30, -60, {0, 0, 0, -60}}, {"Text1", 0, -496, {0, 0, 0, -369}},
+      {"File1", 30, 20, {0, 0, 10, 20}},
+      {"Dir1", 30, 20, {0, 0, 10, 0}},
+      {"Text1", 30, 20, {10, 0, 10, 20}},
+      {"Text2", 30, 20, {20, 0, 10, 20}},
+      {"Label10", 30, 20, {20, 0, 10, 0}},
+      {"Command3", 30, 20, {0, 0, 0, 0}},
+      {"File1", 0, -60, {0, 0, 0, -60}},
+      {"Text1", 0, -496, {0, 0, 0, -369}},
       {"Dir1", 0, -60, {0, 0, 0, 0}},
+      {"Text2", -61, 0, {-43, -10, -17, 11}},  // 620 pixels are the smallest width
+      {"Text2", -681, 0, {-43, -10, -17, 11}},
+      {"Command3", -61, 0, {-19, -6, -5, -3}},
   };
   for (const auto& c : cases) {
     const Place was = place_of(row_of(c.name), 681, 496, 96);
@@ -68,10 +75,10 @@ TEST(Layout, ACaptionHasRoom) {
   };
   check("Command3", 51, 23, false);
   check("Label2", 257, 25, true);
-  check("Label11", 48, 480, false);   // up to Label17
-  check("Label18", 144, 464, false);  // up to Label2
+  check("Label11", 45, 480, false);   // up to Label17
+  check("Label18", 141, 464, false);  // up to Label2
   program.form.Label19.set_visible(true);
-  check("Label18", 56, 464, false);
+  check("Label18", 53, 464, false);
 }
 
 TEST(Layout, LettersAreNarrowerAndSmallerByAsLittleAsWillDo) {

@@ -3,6 +3,7 @@
 
 #include "platform/prefix/letter_case.h"
 
+#include <algorithm>
 #include <functional>
 #include <string_view>
 
@@ -67,26 +68,26 @@ FolderNames::FileState FolderNames::state_of(const Descriptor& folder) {
   return {status.st_dev, status.st_ino, status.st_mtim.tv_sec, status.st_mtim.tv_nsec};
 }
 
-std::shared_ptr<FolderNames> FolderNames::of(const Descriptor& folder,
-                                             std::shared_ptr<FolderNames> last) {
+std::shared_ptr<FolderNames> FolderNames::of(const Descriptor& folder, Known& known) {
   const FileState now = state_of(folder);
-  const bool same = last && last->state.device == now.device && last->state.inode == now.inode;
-  auto names = same ? std::move(last) : std::make_shared<FolderNames>();
-  if (names->changed)
-    names->state = now;
-  else if (names->state != now)
-    names->read(folder, now);
-  names->changed = false;
+  const auto found = std::find_if(known.begin(), known.end(),
+                                  [&](const auto& other) { return other->state.same_folder(now); });
+  auto names = found == known.end() ? std::make_shared<FolderNames>() : *found;
+  std::erase_if(known, [&](const auto& other) { return other == names || other.use_count() == 1; });
+  known.push_back(names);
+  if (names->complete && names->state == now)
+    return names;
+  names->state = now;
+  names->read(folder);
   return names;
 }
 
-void FolderNames::read(const Descriptor& folder, const FileState& now) {
-  *this = {};
-  const auto visit = [&](const char* name, unsigned char) {
+void FolderNames::read(const Descriptor& folder) {
+  hashes.clear();
+  spellings.reset();
+  complete = read_again(folder, [&](const char* name, unsigned char) {
     hashes.insert(std::hash<std::string>()(folded_key(name)));
-  };
-  if (read_again(folder, visit))
-    state = now;  // else it is read again for the next map
+  });
 }
 
 std::string FolderNames::find(const Descriptor& folder, const std::string& name) {
@@ -100,8 +101,7 @@ std::string FolderNames::find(const Descriptor& folder, const std::string& name)
     const auto visit = [&](const char* other, unsigned char) {
       spellings->insert(folded_key(other) + other);
     };
-    if (!read_again(folder, visit))
-      state = {};
+    complete &= read_again(folder, visit);
   }
   for (auto known = spellings->lower_bound(key);
        known != spellings->end() && known->starts_with(key); ++known)
@@ -110,16 +110,15 @@ std::string FolderNames::find(const Descriptor& folder, const std::string& name)
   return "";
 }
 
-std::string FolderNames::folded(const std::string& name) const {
-  return std::to_string(state.device) + "/" + std::to_string(state.inode) + "/" + lowercase(name);
-}
-
-void FolderNames::changing(const std::string& made) {
-  changed = state != FileState{};
-  if (made.empty())
-    return;
-  const auto key = folded_key(made);
+void FolderNames::added(const std::string& name) {
+  const auto key = folded_key(name);
   hashes.insert(std::hash<std::string>()(key));
   if (spellings)
-    spellings->insert(key + made);
+    spellings->insert(key + name);
+}
+
+void FolderNames::changed(const Descriptor& folder) { state = state_of(folder); }
+
+std::string FolderNames::folded(const std::string& name) const {
+  return std::to_string(state.device) + "/" + std::to_string(state.inode) + "/" + lowercase(name);
 }

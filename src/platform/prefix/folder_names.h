@@ -10,6 +10,7 @@
 #include <optional>
 #include <set>
 #include <string>
+#include <vector>
 
 // Calls `visit` with each name in a folder and its type (DT_REG, DT_DIR, ...), except "." and "..".
 // The folder must be newly opened for reading. False, with errno set, if it cannot be read to its
@@ -24,35 +25,42 @@ std::string find_name(const Descriptor& folder, const std::string& name);
 // Remembers the names in one folder, so that many lookups read it once.
 class FolderNames {
 public:
-  // The names of an open folder: `last`, which may be null, if they are of that folder, else new
-  // ones. The folder is read if they are new or somebody else has changed it since this was called
-  // last.
-  static std::shared_ptr<FolderNames> of(const Descriptor& folder,
-                                         std::shared_ptr<FolderNames> last);
+  // The names of folders that are in use, and those that were asked for last.
+  using Known = std::vector<std::shared_ptr<FolderNames>>;
+
+  // The names of an open folder, from `known` if they are there. The folder is read if they are
+  // not, or if it has been changed since the last call of `changed`.
+  static std::shared_ptr<FolderNames> of(const Descriptor& folder, Known& known);
 
   // Same result as `find_name`.
   std::string find(const Descriptor& folder, const std::string& name);
 
+  // The user of the names reports each name just before it makes it, and calls `changed` after its
+  // changes to the folder: they need no new reading.
+  void added(const std::string& name);
+  void changed(const Descriptor& folder);
+
   // The same for names of one folder that differ only in case.
   std::string folded(const std::string& name) const;
 
-  // Must be called before each change that the user of the names makes to the folder, so that the
-  // folder is not read again for it; with the name if it makes one that may be looked for.
-  void changing(const std::string& made = "");
-
 private:
+  // Of a folder: which one it is, and when it was changed last.
   struct FileState {
     std::uint64_t device = 0, inode = 0;
-    std::int64_t seconds = -1, nanoseconds = 0;  // time of the folder's last change
+    std::int64_t seconds = -1, nanoseconds = 0;
+
+    bool same_folder(const FileState& other) const {
+      return device == other.device && inode == other.inode;
+    }
     bool operator==(const FileState&) const = default;
   };
 
   static FileState state_of(const Descriptor& folder);
 
-  void read(const Descriptor& folder, const FileState& now);
+  void read(const Descriptor& folder);
 
   FileState state;
-  bool changed = false;  // by the user of the names, since `state` was taken
+  bool complete = false;  // the names were read to the folder's end
   // Most lookups miss. Hashes of the names in lower case answer a miss in a fraction of the memory;
   // the names are read only on a hit. Both are ordered, so that no choice of names is slow.
   std::set<std::size_t> hashes;

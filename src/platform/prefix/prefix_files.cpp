@@ -207,7 +207,7 @@ Result<std::unique_ptr<OpenMap>> PrefixFiles::open_map(const std::string& path) 
   auto file = read_file(path);
   if (!file)
     return file.failure();
-  return {std::make_unique<PrefixMap>(path, *std::move(file), last_names)};
+  return {std::make_unique<PrefixMap>(path, *std::move(file), known_names)};
 }
 
 std::size_t PrefixFiles::most_open_maps() {

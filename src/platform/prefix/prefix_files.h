@@ -39,5 +39,5 @@ private:
 
   Disk& disk;
   Paths paths;
-  std::shared_ptr<FolderNames> last_names;  // of the folder in which a map was locked last
+  FolderNames::Known known_names;
 };

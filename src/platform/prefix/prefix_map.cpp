@@ -63,11 +63,15 @@ bool rename_at_no_replace(const Descriptor& folder, const std::string& from,
 
 }  // namespace
 
-PrefixMap::PrefixMap(std::string path_in, ReadFile file_in,
-                     std::shared_ptr<FolderNames>& last_names_in)
+PrefixMap::PrefixMap(std::string path_in, ReadFile file_in, FolderNames::Known& known_names_in)
     : OpenMap(std::move(path_in), std::move(file_in.name), std::move(file_in.text)),
       file(std::move(file_in.descriptor)), folder_path(std::move(file_in.folder)),
-      status(file_in.status), state(file_in.state), last_names(last_names_in) {}
+      status(file_in.status), state(file_in.state), known_names(known_names_in) {}
+
+PrefixMap::~PrefixMap() {
+  if (names)
+    names->changed(folder);
+}
 
 Failure PrefixMap::last_error() const { return failure(system_reason()); }
 
@@ -93,7 +97,7 @@ Result<OpenMap::FileState> PrefixMap::lock() {
     return Failure{path, "open its folder", system_reason()};
   if (is_append_only())
     return failure("nothing may be renamed in its folder");
-  names = last_names = FolderNames::of(folder, std::move(last_names));
+  names = FolderNames::of(folder, known_names);
   if (file.disk().lock(file.get()) != 0 && errno == EWOULDBLOCK)
     return failure(locked_by_another);
   if (file.disk().lease(file.get()) != 0 && errno == EAGAIN)
@@ -161,7 +165,6 @@ int PrefixMap::descriptor_of(const std::string& entry) {
 Result<std::string> PrefixMap::make_file(Descriptor& made, struct stat& made_status) {
   for (int attempt = 0; attempt < attempts; ++attempt) {
     std::string free = temporary_name();
-    names->changing();
     made = open_at(folder, free, O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW, 0600);
     if (!made && errno != EEXIST)
       break;
@@ -187,6 +190,7 @@ Result<std::string> PrefixMap::write_temporary(std::string_view content) {
     return remove_after_failure(*free);
   if (!write_all(made, content))
     return remove_after_failure(*free);
+  names->changed(folder);
   // It stays open for its lock. After a flush a failing close loses nothing.
   written.push_back({*free, std::move(made), mode});
   return free;
@@ -199,7 +203,6 @@ Failure PrefixMap::remove_after_failure(const std::string& entry) {
 }
 
 void PrefixMap::remove(const std::string& entry) {
-  names->changing();
   folder.disk().remove(folder.get(), entry.c_str());
 }
 
@@ -219,7 +222,7 @@ const PrefixMap::Written* PrefixMap::find_written(const std::string& entry) cons
 
 // The kept hard link needs no care: on Linux a rename leaves it alone.
 Result<Done> PrefixMap::rename(const std::string& from, const std::string& to, const std::string&) {
-  names->changing(to);
+  names->added(to);
   if (!set_permissions(from) || uninterrupted([&] {
                                   return folder.disk().rename(folder.get(), from.c_str(),
                                                               to.c_str(), 0);
@@ -230,7 +233,7 @@ Result<Done> PrefixMap::rename(const std::string& from, const std::string& to, c
 
 // What gets a temporary name must be locked like any temporary file.
 Result<bool> PrefixMap::rename_no_replace(const std::string& from, const std::string& to) {
-  names->changing(to);
+  names->added(to);
   if (is_temporary(to)) {
     others.push_back(open_at(folder, from, O_RDONLY | O_NOFOLLOW | O_NONBLOCK));
     if (others.back())
@@ -244,7 +247,7 @@ Result<bool> PrefixMap::rename_no_replace(const std::string& from, const std::st
 }
 
 Result<bool> PrefixMap::link(const std::string& from, const std::string& to) {
-  names->changing(to);
+  names->added(to);
   if (uninterrupted([&] { return folder.disk().link(folder.get(), from.c_str(), to.c_str()); }) ==
       0)
     return true;

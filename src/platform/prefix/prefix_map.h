@@ -23,9 +23,9 @@ struct ReadFile {
 
 class PrefixMap : public OpenMap {
 public:
-  // `last_names_in` must outlive the object: it has the names of the folder in which a map was
-  // locked last, if any.
-  PrefixMap(std::string path_in, ReadFile file, std::shared_ptr<FolderNames>& last_names_in);
+  // `known_names_in` must outlive the object.
+  PrefixMap(std::string path_in, ReadFile file, FolderNames::Known& known_names_in);
+  ~PrefixMap() override;
 
   // The state of a file from its status, which was just read.
   static FileState state_from(const struct stat& status);
@@ -73,7 +73,7 @@ private:
   const struct stat status;
   const FileState state;
   Descriptor folder;  // open once the map is locked
-  std::shared_ptr<FolderNames>& last_names;
+  FolderNames::Known& known_names;
   std::shared_ptr<FolderNames> names;  // of the folder, once the map is locked
   std::vector<Written> written;
   std::vector<Descriptor> others;  // what got a temporary name, for its lock; what is flushed

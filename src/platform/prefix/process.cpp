@@ -6,6 +6,7 @@
 
 #include <fcntl.h>
 #include <malloc.h>
+#include <sys/ioctl.h>
 #include <unistd.h>
 
 namespace {
@@ -53,3 +54,11 @@ void defer_interrupts(bool on) {
 }
 
 bool interrupted() { return was_interrupted != 0; }
+
+int stderr_columns() {
+  constexpr int usual = 80;
+  winsize size{};
+  if (!::isatty(STDERR_FILENO))
+    return 0;
+  return ::ioctl(STDERR_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0 ? size.ws_col : usual;
+}

@@ -11,3 +11,6 @@ void set_up_process();
 // true. A signal that was ignored at the start stays so.
 void defer_interrupts(bool on);
 bool interrupted();
+
+// The width in columns of the terminal that stderr is; 0 if it is none.
+int stderr_columns();

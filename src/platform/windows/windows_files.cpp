@@ -201,20 +201,19 @@ Result<std::unique_ptr<OpenMap>> WindowsFiles::open_map(const std::string& path)
 std::size_t WindowsFiles::most_open_maps() { return std::numeric_limits<std::size_t>::max(); }
 
 void WindowsFiles::flush(std::span<Unflushed> files) {
-  std::vector<Handle> handles;
+  std::vector<Result<Handle>> handles;
+  for (const Unflushed& file : files)
+    handles.push_back(map_of(file).open_to_flush(file.entry));
   std::vector<DWORD> errors(files.size(), ERROR_SUCCESS);
-  for (std::size_t i = 0; i < files.size(); ++i) {
-    handles.push_back(map_of(files[i]).open_to_flush(files[i].entry));
-    if (!handles.back())
-      errors[i] = GetLastError();
-  }
   run_in_parallel(files.size(), [&](std::size_t i) {
-    if (handles[i] && !FlushFileBuffers(handles[i].get()))
+    if (handles[i] && !FlushFileBuffers(handles[i]->get()))
       errors[i] = GetLastError();
   });
   for (std::size_t i = 0; i < files.size(); ++i) {
     SetLastError(errors[i]);
-    if (errors[i] != ERROR_SUCCESS)
+    if (!handles[i])
+      files[i].flushed = handles[i].failure();
+    else if (errors[i] != ERROR_SUCCESS)
       files[i].flushed = map_of(files[i]).last_error();
   }
 }

@@ -148,9 +148,12 @@ Result<bool> WindowsMap::holds(const std::string& entry, std::string_view conten
   return *same;
 }
 
-Handle WindowsMap::open_to_flush(const std::string& entry) {
+Result<Handle> WindowsMap::open_to_flush(const std::string& entry) {
   const Writable writable(path_of(entry));
-  return open_with_retry(retry_budget, path_of(entry), GENERIC_WRITE, OPEN_EXISTING, 0);
+  Handle file = open_with_retry(retry_budget, path_of(entry), GENERIC_WRITE, OPEN_EXISTING, 0);
+  if (!file)
+    return last_error();
+  return file;
 }
 
 Result<std::string> WindowsMap::make_file(Handle& file) {

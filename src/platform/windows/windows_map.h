@@ -29,8 +29,8 @@ public:
 
   Failure last_error() const;
 
-  // Opens an entry to be flushed. No handle on failure.
-  Handle open_to_flush(const std::string& entry);
+  // Opens an entry to be flushed.
+  Result<Handle> open_to_flush(const std::string& entry);
 
 private:
   std::wstring path_of(const std::string& entry) const;

@@ -28,17 +28,19 @@ QFont font_of(const Font& font) {
 }
 
 bool fits(const QFont& font, const QString& text, const Room& room) {
+  const QFontMetrics metrics(font);
+  if (metrics.horizontalAdvance(text) <= room.width)
+    return true;
   const QRect whole(0, 0, room.width, room.height);
-  const QRect needed =
-      QFontMetrics(font).boundingRect(whole, room.wraps ? Qt::TextWordWrap : 0, text);
-  return needed.width() <= room.width && needed.height() <= room.height;
+  return room.wraps && whole.contains(metrics.boundingRect(whole, Qt::TextWordWrap, text));
 }
 
 QFont fitted(const QFont& font, const QString& text, const Room& room) {
   const auto with_lettering = [&](const Lettering& lettering) {
     QFont result = font;
     result.setPointSizeF(lettering.points);
-    result.setStretch(lettering.stretch);
+    if (lettering.stretch != 100)  // which would also widen a font that is narrow by itself
+      result.setStretch(lettering.stretch);
     return result;
   };
   return with_lettering(fit_lettering(font.pointSizeF(), [&](const Lettering& lettering) {

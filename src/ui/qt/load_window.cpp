@@ -3,44 +3,73 @@
 
 #include "ui/write_stderr.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <filesystem>
+#include <vector>
 
 #include <dlfcn.h>
 #include <unistd.h>
+
+namespace fs = std::filesystem;
 
 namespace {
 
 constexpr const char* display_variables[] = {"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM"};
 
-bool has_display() {
-  for (const char* variable : display_variables)
-    if (const char* value = std::getenv(variable); value && *value)
-      return true;
-  return false;
+// Beside the program, in the installation around it and, for a program that was copied alone, in
+// the usual installations.
+std::vector<fs::path> library_folders(const fs::path& program_folder) {
+  std::vector<fs::path> folders = {program_folder};
+  for (const fs::path& prefix :
+       {program_folder / PREFIXFROMPROGRAM, fs::path("/usr/local"), fs::path("/usr")})
+    if (const fs::path folder = (prefix / LIBRARYFOLDER).lexically_normal();
+        std::find(folders.begin(), folders.end(), folder) == folders.end())
+      folders.push_back(folder);
+  return folders;
 }
 
-std::string find_library(const std::string& program_folder) {
-  const std::string beside = program_folder + "/" + WINDOWLIBRARY;
-  return std::filesystem::exists(beside)
-             ? beside
-             : program_folder + "/" + LIBRARYFOLDER + "/" + WINDOWLIBRARY;
+// The library's path; empty, with a message on stderr, when it is missing.
+fs::path find_library(const fs::path& program_folder) {
+  std::error_code unreadable;  // counts as missing
+  std::string places;
+  for (const fs::path& folder : library_folders(program_folder)) {
+    if (fs::exists(folder / WINDOWLIBRARY, unreadable))
+      return folder / WINDOWLIBRARY;
+    places += (places.empty() ? "" : ", ") + folder.string();
+  }
+  write_stderr("The window cannot be shown: no " WINDOWLIBRARY " in " + places);
+  return {};
+}
+
+// The variables that name a display, with their values.
+std::string named_displays() {
+  std::string names;
+  for (const char* variable : display_variables)
+    if (const char* value = std::getenv(variable); value && *value)
+      names += (names.empty() ? "" : ", ") + std::string(variable) + "=" + value;
+  return names;
 }
 
 }  // namespace
 
 RunWindow* load_window(const std::string& program_folder) {
-  if (!has_display())
+  if (named_displays().empty())
+    return nullptr;
+  const fs::path path = find_library(program_folder);
+  if (path.empty())
     return nullptr;
   // Never unloaded: the window lives as long as the process.
-  void* library = dlopen(find_library(program_folder).c_str(), RTLD_NOW);
-  void* entry = library ? dlsym(library, "run_window") : nullptr;
+  void* library = dlopen(path.c_str(), RTLD_NOW);
+  void* entry = library ? dlsym(library, WINDOWENTRY) : nullptr;
   if (!entry)
     write_stderr(std::string("The window cannot be shown: ") + dlerror());
   return reinterpret_cast<RunWindow*>(entry);
 }
 
 void restart_without_display(char** argv) {
+  write_stderr("The window cannot be shown: the display cannot be opened (" + named_displays() +
+               ")");
   for (const char* variable : display_variables)
     unsetenv(variable);
   execv("/proc/self/exe", argv);

@@ -12,8 +12,10 @@ using RunWindow = int(Files& files, System& system, char** argv);
 
 // Returns the window's entry; null when there is no display or, with a message on stderr, when the
 // library cannot be loaded. The library is in `program_folder`, beside the program, or once
-// installed in a folder of its own among the system's libraries.
+// installed in a folder of its own among the system's libraries. The entry's name holds the
+// program's version, so that no library of another version is used.
 RunWindow* load_window(const std::string& program_folder);
 
-// Replaces the process by a new run without a display: the one in the environment cannot be opened.
+// Reports that the display in the environment cannot be opened, and replaces the process by a new
+// run without one.
 [[noreturn]] void restart_without_display(char** argv);

@@ -2,6 +2,8 @@
 #include "ui/qt/main_window.h"
 
 #include "ui/handlers.h"
+#include "ui/qt/combo_box_access.h"
+#include "ui/qt/key_guard.h"
 #include "ui/qt/message_box.h"
 #include "ui/qt/text_box.h"
 #include "ui/qt/texts.h"
@@ -12,6 +14,7 @@
 #include <QDeadlineTimer>
 #include <QFocusFrame>
 #include <QIcon>
+#include <QScreen>
 #include <QThread>
 #include <QWindow>
 
@@ -37,14 +40,20 @@ void frame_focus(QWidget* window) {
 
 void MainWindow::open(Form1& new_form) {
   form = &new_form;
+  ComboBoxAccess::install();
   setWindowIcon(QIcon(":/vora-map-updater.png"));
-  setMinimumSize(pixels(window_width, logicalDpiX()), pixels(window_height, logicalDpiX()));
-  resize(minimumSize());
+  const auto size_of = [this](int across, int down) {
+    return QSize(pixels(across, logicalDpiX()), pixels(down, logicalDpiX()));
+  };
+  setMinimumSize(size_of(smallest_width, smallest_height));
+  resize(size_of(window_width, window_height));
+  fit_on_screen();
   for (const ControlLayout& row : ::layout())
     mirrors.emplace(&control_of(row, *form), make_mirror(row, *form, this));
   for (const Control* control : form->controls())
     refresh(*control);
   frame_focus(this);
+  guard_keys(this);
   place_widgets();
 }
 
@@ -55,28 +64,36 @@ void MainWindow::show() {
     QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
     QThread::msleep(poll_interval_ms);
   }
+  fit_on_screen();
   QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
+}
+
+// Shrinks the window to the screen, its frame included as soon as there is one.
+void MainWindow::fit_on_screen() {
+  resize(size().boundedTo(screen()->availableSize() - (frameSize() - size())));
 }
 
 void MainWindow::show_caption(const std::string& caption) { setWindowTitle(to_qt(caption)); }
 
 void MainWindow::refresh(const Control& control) {
   const Mirror& mirror = mirrors.at(&control);
+  const bool appears = control.visible() && mirror.widget->isHidden();
+  // A screen reader finds even the hidden widgets of the window.
+  if (QWidget* place = control.visible() ? this : backstage; mirror.widget->parentWidget() != place)
+    mirror.widget->setParent(place);
   mirror.show();
   mirror.widget->setEnabled(control.enabled());
   mirror.widget->setToolTip(plain_tip(control.tooltip()));
-  const bool appears = control.visible() && mirror.widget->isHidden();
   mirror.widget->setVisible(control.visible());
   if (!appears || !isVisible())
     return;
-  refit_labels();
-  repaint();  // at once: a silent run may follow, which does not yield
+  fit_captions();  // it takes room from the labels beside it
+  repaint();       // at once: a silent run may follow, which does not yield
 }
 
-// A control that appears takes room from the labels beside it.
-void MainWindow::refit_labels() const {
+void MainWindow::fit_captions() const {
   for (const auto& [control, mirror] : mirrors)
-    if (mirror.row->sized_to_text)
+    if (mirror.row->kind == Kind::button || mirror.row->kind == Kind::label)
       mirror.show();
 }
 
@@ -84,7 +101,19 @@ void MainWindow::append(const Control& control, std::string_view text) {
   static_cast<TextBox*>(mirrors.at(&control).widget)->add(text);
 }
 
-void MainWindow::message_box(const std::string& text) { show_message(this, to_qt(text)); }
+void MainWindow::message_box(const std::string& text) {
+  pause_keys();
+  QApplication::setOverrideCursor(Qt::ArrowCursor);  // not busy while it waits for the user
+  show_message(this, to_qt(text));
+  QApplication::restoreOverrideCursor();
+}
+
+void MainWindow::show_busy(bool busy) {
+  if (busy)
+    QApplication::setOverrideCursor(Qt::WaitCursor);
+  else
+    QApplication::restoreOverrideCursor();
+}
 
 void MainWindow::print_error(const std::string& text) { write_stderr(text); }
 
@@ -97,7 +126,10 @@ void MainWindow::end(int status) {
 
 void MainWindow::closeEvent(QCloseEvent*) { close_window(*form); }
 
-void MainWindow::resizeEvent(QResizeEvent*) { place_widgets(); }
+void MainWindow::resizeEvent(QResizeEvent*) {
+  fit_captions();
+  place_widgets();
+}
 
 void MainWindow::place_widgets() {
   for (const auto& [control, mirror] : mirrors) {

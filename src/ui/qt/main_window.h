@@ -22,6 +22,7 @@ public:
   void refresh(const Control& control) override;
   void append(const Control& control, std::string_view text) override;
   void message_box(const std::string& text) override;
+  void show_busy(bool busy) override;
   void print_error(const std::string& text) override;
   void process_messages() override;
 
@@ -34,9 +35,11 @@ protected:
   void resizeEvent(QResizeEvent* event) override;
 
 private:
-  void refit_labels() const;
+  void fit_on_screen();
+  void fit_captions() const;
   void place_widgets();
 
   Form1* form = nullptr;
   std::map<const Control*, Mirror> mirrors;
+  QWidget* const backstage = new QWidget(this, Qt::Window);  // of hidden widgets; never shown
 };

@@ -5,22 +5,19 @@
 
 #include <QApplication>
 
-#include <cstdio>
-
 namespace {
 
 char** arguments;  // the process's
 
-// Qt aborts the process when it cannot open the display.
-void handle_fatal(QtMsgType type, const QMessageLogContext&, const QString& text) {
-  std::fprintf(stderr, "%s\n", qPrintable(text));
+// Qt aborts the process when it cannot open the display, after several messages of its own.
+void handle_fatal(QtMsgType type, const QMessageLogContext&, const QString&) {
   if (type == QtFatalMsg)
     restart_without_display(arguments);
 }
 
 }  // namespace
 
-extern "C" int run_window(Files& files, System& system, char** argv) {
+extern "C" int RUNWINDOW(Files& files, System& system, char** argv) {
   arguments = argv;
   int only_name = 1;  // none of the arguments is for Qt
   const QtMessageHandler usual = qInstallMessageHandler(handle_fatal);

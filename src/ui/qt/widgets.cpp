@@ -3,6 +3,7 @@
 
 #include "ui/handlers.h"
 #include "ui/qt/fonts.h"
+#include "ui/qt/key_guard.h"
 #include "ui/qt/text_box.h"
 #include "ui/qt/texts.h"
 
@@ -26,9 +27,11 @@ constexpr int indentation = 12;  // of a subfolder, in pixels
 template <class Widget>
 void show_caption(const ControlLayout& row, const Form1& form, Widget* widget) {
   const QString caption = to_qt(control_of(row, form).text());
-  const Room room = caption_room(row, form, widget->logicalDpiX());
+  const double dpi = design_dpi(widget->window()->width(), widget->logicalDpiX());
+  const Room room = caption_room(row, form, dpi);
   widget->setFont(fitted(font_of(row.font), caption, room));
   widget->setText(caption);
+  widget->setAccessibleName(to_qt(accessible_name(row, form)));
 }
 
 std::function<void()> make_button(const ControlLayout& row, Form1& form, QPushButton* button) {
@@ -41,6 +44,7 @@ std::function<void()> make_button(const ControlLayout& row, Form1& form, QPushBu
     const QString next = QString::fromStdString(focus_after(form).name());
     if (auto* widget = button->window()->findChild<QWidget*>(next))
       widget->setFocus();
+    pause_keys();
   });
   return [&row, &form, button] { show_caption(row, form, button); };
 }
@@ -68,12 +72,13 @@ std::function<void()> make_text_box(const ControlLayout& row, Form1& form, TextB
   return [] {};
 }
 
-std::function<void()> make_drive_list(Form1& form, QComboBox* list) {
-  const auto show = [&form, list] {
+std::function<void()> make_drive_list(const ControlLayout& row, Form1& form, QComboBox* list) {
+  const auto show = [&row, &form, list] {
     list->clear();
     for (const std::string& drive : form.Drive1.drives())
       list->addItem(to_qt(drive));
     list->setCurrentIndex(list->findText(to_qt(form.Drive1.text())));
+    list->setAccessibleName(to_qt(accessible_name(row, form)));
   };
   QObject::connect(list, &QComboBox::activated, [&form, list, show] {
     select_drive(form, list->currentText().toStdString());
@@ -176,9 +181,11 @@ std::function<void()> make_directory_list(Form1& form, QTreeView* tree) {
       open_folder(form, path);
   };
   QObject::connect(tree, &QTreeView::doubleClicked, open);
-  for (const Qt::Key key : {Qt::Key_Return, Qt::Key_Enter})
-    QObject::connect(new QShortcut(key, tree, nullptr, nullptr, Qt::WidgetShortcut),
-                     &QShortcut::activated, open);
+  for (const Qt::Key key : {Qt::Key_Return, Qt::Key_Enter}) {
+    auto* shortcut = new QShortcut(key, tree, nullptr, nullptr, Qt::WidgetShortcut);
+    shortcut->setAutoRepeat(false);
+    QObject::connect(shortcut, &QShortcut::activated, open);
+  }
   return [&form, tree, model] {
     model->clear();
     const QStandardItem* own = fill_folders(form.Dir1, *model, *tree->style());
@@ -195,12 +202,11 @@ std::function<void()> make_directory_list(Form1& form, QTreeView* tree) {
 }
 
 template <class Widget, class Make>
-Mirror mirror(const ControlLayout& row, QWidget* window, const Make& make) {
+Mirror mirror(const ControlLayout& row, const Form1& form, QWidget* window, const Make& make) {
   auto* widget = new Widget(window);
   widget->setObjectName(row.name);
   widget->setFont(font_of(row.font));
-  if (*row.accessible_name)
-    widget->setAccessibleName(row.accessible_name);
+  widget->setAccessibleName(to_qt(accessible_name(row, form)));
   return {&row, widget, make(widget)};
 }
 
@@ -209,19 +215,23 @@ Mirror mirror(const ControlLayout& row, QWidget* window, const Make& make) {
 Mirror make_mirror(const ControlLayout& row, Form1& form, QWidget* window) {
   switch (row.kind) {
   case Kind::drive_list:
-    return mirror<QComboBox>(row, window, [&](auto* list) { return make_drive_list(form, list); });
+    return mirror<QComboBox>(row, form, window,
+                             [&](auto* list) { return make_drive_list(row, form, list); });
   case Kind::file_list:
-    return mirror<QListView>(row, window, [&](auto* list) { return make_file_list(form, list); });
+    return mirror<QListView>(row, form, window,
+                             [&](auto* list) { return make_file_list(form, list); });
   case Kind::directory_list:
-    return mirror<FolderTree>(row, window,
+    return mirror<FolderTree>(row, form, window,
                               [&](auto* tree) { return make_directory_list(form, tree); });
   case Kind::button:
-    return mirror<QPushButton>(row, window,
+    return mirror<QPushButton>(row, form, window,
                                [&](auto* button) { return make_button(row, form, button); });
   case Kind::text_box:
-    return mirror<TextBox>(row, window, [&](auto* box) { return make_text_box(row, form, box); });
+    return mirror<TextBox>(row, form, window,
+                           [&](auto* box) { return make_text_box(row, form, box); });
   case Kind::label:
     break;
   }
-  return mirror<QLabel>(row, window, [&](auto* label) { return make_label(row, form, label); });
+  return mirror<QLabel>(row, form, window,
+                        [&](auto* label) { return make_label(row, form, label); });
 }

@@ -152,12 +152,12 @@ void set_font(Mirror& mirror, int dpi) {
   mirror.font = std::move(font);
 }
 
-void fit_caption(Mirror& mirror, const Form1& form, int dpi) {
+void fit_caption(Mirror& mirror, const Form1& form, int client_width, int dpi) {
   const ControlLayout& row = *mirror.row;
   if (row.kind != Kind::button && row.kind != Kind::label)
     return;
   const std::wstring caption = widen(mirror.control->text());
-  const Room room = caption_room(row, form, dpi);
+  const Room room = caption_room(row, form, design_dpi(client_width, dpi));
   FontHandle fitting;
   if (!fits(mirror.font.get(), caption, room))
     fitting = make_fitting_font(row.font, dpi, caption, room);

@@ -26,8 +26,9 @@ void show_control(const Mirror& mirror, const Form1& form);
 // Gives a control the layout's font for a monitor of `dpi` dots per inch.
 void set_font(Mirror& mirror, int dpi);
 
-// Gives a caption that is too large for its room a smaller font. Does nothing to other controls.
-void fit_caption(Mirror& mirror, const Form1& form, int dpi);
+// Gives a caption that is too large for its room in a client area of this width a smaller font.
+// Does nothing to other controls.
+void fit_caption(Mirror& mirror, const Form1& form, int client_width, int dpi);
 
 // Moves a control to its place in a client area of the size `client`, in pixels.
 void place_control(const Mirror& mirror, SIZE client, int dpi);

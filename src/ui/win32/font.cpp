@@ -55,10 +55,12 @@ FontHandle make_font(const Font& font, int dpi, int stretch) {
 }
 
 bool fits(HFONT font, const std::wstring& text, const Room& room) {
+  if (text_width(font, text) <= room.width)
+    return true;
   RECT needed{0, 0, room.width, 0};
   DrawTextW(MeasuringContext(font), text.c_str(), static_cast<int>(text.size()), &needed,
-            DT_CALCRECT | DT_NOPREFIX | (room.wraps ? DT_WORDBREAK : DT_SINGLELINE));
-  return needed.right <= room.width && (!room.wraps || needed.bottom <= room.height);
+            DT_CALCRECT | DT_NOPREFIX | DT_WORDBREAK);
+  return room.wraps && needed.right <= room.width && needed.bottom <= room.height;
 }
 
 FontHandle make_fitting_font(const Font& font, int dpi, const std::wstring& text,

@@ -4,6 +4,7 @@
 #include "platform/windows/wide_text.h"
 #include "ui/handlers.h"
 #include "ui/layout.h"
+#include "ui/win32/key_guard.h"
 #include "ui/win32/monitor.h"
 #include "ui/write_stderr.h"
 
@@ -17,19 +18,22 @@ constexpr WORD icon = 1;  // in the program's resources
 
 HINSTANCE program() { return GetModuleHandleW(nullptr); }
 
+HCURSOR pointer(bool busy) {
+  constexpr WORD arrow = 32512, hourglass = 32514;  // IDC_ARROW, IDC_WAIT
+  return LoadCursorW(nullptr, MAKEINTRESOURCEW(busy ? hourglass : arrow));
+}
+
 void register_class(WNDPROC procedure) {
   WNDCLASSEXW windows{};
   windows.cbSize = sizeof windows;
   windows.lpfnWndProc = procedure;
   windows.hInstance = program();
   windows.hIcon = LoadIconW(program(), MAKEINTRESOURCEW(icon));
-  windows.hCursor = LoadCursorW(nullptr, MAKEINTRESOURCEW(32512));  // IDC_ARROW
+  windows.hCursor = pointer(false);
   windows.hbrBackground = GetSysColorBrush(COLOR_BTNFACE);
   windows.lpszClassName = window_class;
   RegisterClassExW(&windows);
 }
-
-SIZE design_size(int dpi) { return {pixels(window_width, dpi), pixels(window_height, dpi)}; }
 
 TOOLINFOW tool_of(const Mirror& mirror, std::wstring& text) {
   TOOLINFOW tool{};
@@ -51,6 +55,8 @@ bool MainWindow::open(Form1& new_form) {
                       CW_USEDEFAULT, CW_USEDEFAULT, 0, 0, nullptr, nullptr, program(), this);
   if (!window)
     return false;
+  guard_keys();
+  naming = make_naming_service();
   dpi = static_cast<int>(dpi_of(window));
   make_tooltips();
   set_fonts();
@@ -101,10 +107,13 @@ void MainWindow::set_tooltip(const Mirror& mirror) {
 }
 
 void MainWindow::set_fonts() {
-  for (Mirror& mirror : mirrors) {
+  for (Mirror& mirror : mirrors)
     set_font(mirror, dpi);
-    fit_caption(mirror, *form, dpi);
-  }
+}
+
+void MainWindow::fit_captions() {
+  for (Mirror& mirror : mirrors)
+    fit_caption(mirror, *form, client_size().cx, dpi);
 }
 
 SIZE MainWindow::client_size() const {
@@ -113,16 +122,16 @@ SIZE MainWindow::client_size() const {
   return {client.right, client.bottom};
 }
 
-// The size of the design, or less on a small screen.
-SIZE MainWindow::min_size() const {
-  const SIZE design = framed_size(window, design_size(dpi));
+// The window's size for a client area given in twips, or less on a small screen.
+SIZE MainWindow::size_for(SIZE client) const {
+  const SIZE size = framed_size(window, {pixels(client.cx, dpi), pixels(client.cy, dpi)});
   const RECT work = work_area(window);
-  return {std::min(design.cx, work.right - work.left), std::min(design.cy, work.bottom - work.top)};
+  return {std::min(size.cx, work.right - work.left), std::min(size.cy, work.bottom - work.top)};
 }
 
 // The system has placed the window before it had a size.
 void MainWindow::move_into_view() {
-  const SIZE size = min_size();
+  const SIZE size = size_for({window_width, window_height});
   const RECT work = work_area(window);
   RECT at;
   GetWindowRect(window, &at);
@@ -136,8 +145,14 @@ void MainWindow::place_controls() {
     place_control(mirror, client_size(), dpi);
 }
 
+void MainWindow::resize_controls() {
+  fit_captions();
+  place_controls();
+  InvalidateRect(window, nullptr, TRUE);  // also between the controls
+}
+
 void MainWindow::limit_size(MINMAXINFO& limits) const {
-  const SIZE least = min_size();
+  const SIZE least = size_for({smallest_width, smallest_height});
   limits.ptMinTrackSize = {least.cx, least.cy};
 }
 
@@ -146,7 +161,7 @@ void MainWindow::change_dpi(int new_dpi, const RECT& suggested) {
   set_fonts();
   SetWindowPos(window, nullptr, suggested.left, suggested.top, suggested.right - suggested.left,
                suggested.bottom - suggested.top, SWP_NOZORDER | SWP_NOACTIVATE);
-  place_controls();
+  resize_controls();
 }
 
 const Mirror* MainWindow::mirror_of(HWND control) const {
@@ -174,26 +189,19 @@ void MainWindow::show_caption(const std::string& caption) {
 void MainWindow::refresh(const Control& control) {
   Mirror& mirror = mirror_of(control);
   const bool was_visible = IsWindowVisible(mirror.window);
+  set_accessible_name(naming, mirror.window, accessible_name(*mirror.row, *form));
   refreshing = true;
   show_control(mirror, *form);
   refreshing = false;
   set_tooltip(mirror);
-  fit_caption(mirror, *form, dpi);
+  fit_caption(mirror, *form, client_size().cx, dpi);
   if (mirror.row->sized_to_text)
     place_control(mirror, client_size(), dpi);
   EnableWindow(mirror.window, control.enabled());
   ShowWindow(mirror.window, control.visible() ? SW_SHOWNA : SW_HIDE);
-  if (!was_visible && IsWindowVisible(mirror.window))
-    refit_labels();
-}
-
-// A control that appears takes room from the labels beside it.
-void MainWindow::refit_labels() {
-  for (Mirror& mirror : mirrors)
-    if (mirror.row->sized_to_text) {
-      fit_caption(mirror, *form, dpi);
-      place_control(mirror, client_size(), dpi);
-    }
+  if (was_visible || !IsWindowVisible(mirror.window))
+    return;
+  resize_controls();  // it takes room from the labels beside it
   // At once: a silent run may follow, which does not yield.
   RedrawWindow(window, nullptr, nullptr,
                RDW_INVALIDATE | RDW_ERASE | RDW_ALLCHILDREN | RDW_UPDATENOW);
@@ -206,7 +214,13 @@ void MainWindow::append(const Control& control, std::string_view text) {
 }
 
 void MainWindow::message_box(const std::string& text) {
+  pause_keys();
   MessageBoxW(window, widen(text).c_str(), widen(program_title).c_str(), MB_OK);
+}
+
+void MainWindow::show_busy(bool on) {
+  busy = on;
+  SetCursor(pointer(busy));
 }
 
 void MainWindow::print_error(const std::string& text) { write_stderr(text); }
@@ -239,6 +253,7 @@ void MainWindow::command(WORD identifier, WORD code) {
 void MainWindow::leave_disabled_control(const Mirror& mirror) {
   if (IsWindowEnabled(mirror.window) || (GetFocus() && GetFocus() != mirror.window))
     return;
+  pause_keys();
   focused = mirror_of(focus_after(*form)).window;
   keep_focus(GetActiveWindow() == window);
 }
@@ -269,8 +284,13 @@ LRESULT MainWindow::handle(UINT message, WPARAM word, LPARAM detail) {
     command(LOWORD(word), HIWORD(word));
     return 0;
   case WM_SIZE:
-    place_controls();
+    resize_controls();
     return 0;
+  case WM_SETCURSOR:
+    if (!busy || LOWORD(detail) != HTCLIENT)
+      return DefWindowProcW(window, message, word, detail);
+    SetCursor(pointer(busy));
+    return TRUE;  // also for the control under the pointer
   case WM_GETMINMAXINFO:
     limit_size(*reinterpret_cast<MINMAXINFO*>(detail));
     return 0;

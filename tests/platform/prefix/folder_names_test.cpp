@@ -48,27 +48,28 @@ TEST(Folders, NamesAreFoundInOtherLetterCase) {
   for (const char* name : {"One", "two", "TWO", "tWo"})
     write_file(path / name, "");
   const auto folder = open_path(system_disk(), path.string(), O_RDONLY | O_DIRECTORY);
-  auto names = FolderNames::of(folder, nullptr);
+  FolderNames::Known known;
+  auto names = FolderNames::of(folder, known);
   const auto found = [&](const char* name) { return names->find(folder, name); };
   EXPECT_EQ(found("four"), "");
-  names->changing("Three");
+  names->added("Three");
   write_file(path / "Three", "");
-  names = FolderNames::of(folder, names);
+  names->changed(folder);
+  names = FolderNames::of(folder, known);
   EXPECT_EQ(found("three"), "Three");
   EXPECT_EQ(found("one"), "One");
   EXPECT_EQ(found("TwO"), "TWO");
   EXPECT_EQ(found("two"), "two");
-  names->changing("Four");
+  names->added("Four");
   write_file(path / "Four", "");
   EXPECT_EQ(found("four"), "Four");
   fs::remove(path / "One");
   EXPECT_EQ(found("one"), "");
-  names = FolderNames::of(folder, names);
   write_file(path / "Five", "");
-  names = FolderNames::of(folder, names);
+  EXPECT_EQ(FolderNames::of(folder, known), names);
   EXPECT_EQ(found("five"), "Five");
 
   const auto other = open_path(system_disk(), machine.drive_c.string(), O_RDONLY | O_DIRECTORY);
-  EXPECT_EQ(FolderNames::of(other, names)->find(other, "five"), "");
-  EXPECT_EQ(found("four"), "Four");
+  EXPECT_EQ(FolderNames::of(other, known)->find(other, "five"), "");
+  EXPECT_EQ(FolderNames::of(folder, known), names);
 }

@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Drives the window with a mouse on a private display, and starts the program without a display or
+# Drives the window with mouse and keyboard on a private display, and starts the program without a display or
 # with one that does not answer.
 # window.sh <build folder>
 set -euo pipefail
@@ -73,6 +73,44 @@ click_on Command1  # should all have come before the window
 wait_for fix || fail 'the maps are not converted after clicks during start-up'
 click_on Command3
 ended 'the exit button after clicks during start-up'
+
+# Enter that is held down, or pressed twice at once, only finds the maps: fixing them needs another
+# press. The X server repeats a key 25 times a second.
+press() { xdotool key --delay 40 "$@"; }
+untouched() { [ "$(maps sample/base)" = "$(maps "$scratch/machine")" ]; }
+for pressed in held twice; do
+  start
+  wait_for xdotool search --onlyvisible --name 'map updater' || fail 'no window appears'
+  wait_for xdotool windowfocus --sync "$(xdotool search --onlyvisible --name 'map updater')"
+  press Tab Tab Tab
+  if [ $pressed = held ]; then
+    xdotool keydown Return
+    sleep 3
+    xdotool keyup Return
+  else
+    press Return Return
+  fi
+  sleep 1  # longer than a double click
+  untouched || fail "Enter fixes the maps when it is $pressed"
+  press Return
+  wait_for converted || fail "Enter does not fix the maps after it was $pressed"
+  sleep 1
+  press Tab Return
+  ended "the exit button after Enter was $pressed"
+done
+
+# The design is larger than the screen then.
+QT_SCALE_FACTOR=1.6 start
+wait_for xdotool search --onlyvisible --name 'map updater' || fail 'no window appears'
+on_screen() {
+  local WIDTH HEIGHT
+  eval "$(xdotool getwindowgeometry --shell "$(xdotool search --onlyvisible --name 'map updater')")"
+  [ "$WIDTH" -le 1024 ] && [ "$HEIGHT" -le 768 ]
+}
+wait_for on_screen || fail 'the window is larger than the screen'
+kill "$program"
+wait "$program" || true
+program=
 
 start /silent
 ended 'a silent run in a window'

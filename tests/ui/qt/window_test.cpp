@@ -9,6 +9,7 @@
 
 #include <gtest/gtest.h>
 
+#include <QAccessible>
 #include <QApplication>
 #include <QComboBox>
 #include <QDialog>
@@ -98,6 +99,13 @@ std::string focused() {
 
 void press_key(Qt::Key key) { QTest::keyClick(QApplication::focusWidget(), key); }
 
+// The key has been down for a while: it repeats.
+void hold_key(Qt::Key key, QWidget* focus = QApplication::focusWidget()) {
+  const QString text = key == Qt::Key_Space ? " " : "\r";
+  QKeyEvent repeated(QEvent::KeyPress, key, {}, text, true);
+  QApplication::sendEvent(focus, &repeated);
+}
+
 // Waits for the next message box, calls `look` and presses OK. The result becomes the box's text.
 std::shared_ptr<std::string> answer(const std::function<void(QDialog&)>& look = nullptr) {
   auto message = std::make_shared<std::string>();
@@ -123,10 +131,12 @@ Names rows(const QAbstractItemView& list, const QModelIndex& parent = {}) {
 
 TEST_F(TheWindow, FollowsTheLayoutAtAnySize) {
   EXPECT_EQ(window.size(), QSize(681, 496));
-  EXPECT_EQ(window.minimumSize(), window.size());
+  const QSize smallest = window.minimumSize();
+  constexpr QSize frame(16, 40), small_screen(1280, 800);
+  EXPECT_EQ(((smallest + frame) * 2).boundedTo(small_screen), (smallest + frame) * 2);
   EXPECT_EQ(window.windowTitle().toStdString(), window_caption);
   EXPECT_FALSE(window.windowIcon().pixmap(48).isNull());
-  for (const QSize size : {QSize(681, 496), QSize(711, 516)}) {
+  for (const QSize size : {QSize(681, 496), QSize(711, 516), smallest}) {
     window.resize(size);
     for (const ControlLayout& row : layout()) {
       const QWidget& shown = widget(row.name);
@@ -134,33 +144,55 @@ TEST_F(TheWindow, FollowsTheLayoutAtAnySize) {
       EXPECT_EQ(shown.pos(), QPoint(at.left, at.top)) << row.name;
       EXPECT_TRUE(row.sized_to_text || shown.size() == QSize(at.width, at.height)) << row.name;
       EXPECT_EQ(shown.isHidden(), !row.visible) << row.name;
-      const bool captioned = row.kind == Kind::button || row.kind == Kind::label;
-      EXPECT_EQ(shown.accessibleName().isEmpty(), captioned) << row.name;
+      EXPECT_TRUE(window.rect().contains(shown.geometry())) << row.name;
     }
   }
 }
 
-TEST_F(TheWindow, ClipsNoCaption) {
+TEST_F(TheWindow, ClipsNoCaptionAndKeepsFontsThatFit) {
+  EXPECT_EQ(widget("Command3").font().pointSizeF(), 18);
   for (Control* label : {&form.Label4, &form.Label6, &form.Label8})
     label->set_text("100000");
   form.Label11.set_text("AMD64 type");
   form.Label12.set_text("<b>family</b>");
   form.Label18.set_text("Windows_NT O.S.");
   form.Label19.set_visible(true);
-  for (const ControlLayout& row : layout()) {
-    if (row.kind != Kind::button && row.kind != Kind::label)
-      continue;
-    const QWidget& shown = widget(row.name);
-    const QString caption = shown.property("text").toString();
-    const Room room = caption_room(row, form, window.logicalDpiX());
-    EXPECT_EQ(caption.toStdString(), control_of(row, form).text());
-    EXPECT_TRUE(fits(shown.font(), caption, room)) << row.name;
-    EXPECT_GE(shown.fontInfo().pixelSize(), 6) << row.name;
-    if (!row.sized_to_text)
-      continue;
-    EXPECT_GE(shown.width(), QFontMetrics(shown.font()).horizontalAdvance(caption)) << row.name;
-    EXPECT_LE(shown.width(), room.width + 1) << row.name;
+  for (const QSize size : {window.minimumSize(), QSize(681, 496)}) {
+    window.resize(size);
+    for (const ControlLayout& row : layout()) {
+      if (row.kind != Kind::button && row.kind != Kind::label)
+        continue;
+      const QWidget& shown = widget(row.name);
+      const QString caption = shown.property("text").toString();
+      const Room room = caption_room(row, form, design_dpi(size.width(), window.logicalDpiX()));
+      EXPECT_EQ(caption.toStdString(), control_of(row, form).text());
+      EXPECT_TRUE(fits(shown.font(), caption, room)) << row.name;
+      EXPECT_GE(shown.fontInfo().pixelSize(), 6) << row.name;
+      EXPECT_EQ(shown.font() == font_of(row.font), fits(font_of(row.font), caption, room))
+          << row.name;
+      if (!row.sized_to_text)
+        continue;
+      EXPECT_GE(shown.width(), QFontMetrics(shown.font()).horizontalAdvance(caption)) << row.name;
+      EXPECT_LE(shown.width(), room.width + 1) << row.name;
+    }
   }
+}
+
+TEST_F(TheWindow, TellsAScreenReaderWhatItShows) {
+  form.Label4.set_text("9");
+  form.Drive1.select("C:");
+  QStringList names;
+  const QAccessibleInterface* shown = QAccessible::queryAccessibleInterface(&window);
+  for (int i = 0; i < shown->childCount(); ++i)
+    names.append(shown->child(i)->text(QAccessible::Name));
+  for (const char* name :
+       {"drive: C:", "folders", "files of the folder", "found galaxy files", "fixed galaxy files",
+        "progress: stage ", "stage: 0", "progress: of 2", "galaxies updated, counted from 0: 9",
+        "progress: galaxies out of", "galaxies found, counted from 0: 0", "progress: updated",
+        "find galaxies", "Please wait processing"})
+    EXPECT_TRUE(names.contains(name)) << name;
+  EXPECT_EQ(names.size(), static_cast<int>(layout().size()) - 1);
+  EXPECT_FALSE(names.contains("silent mode the buttons do not work"));
 }
 
 TEST_F(TheWindow, IsUsedByKeyboard) {
@@ -174,12 +206,51 @@ TEST_F(TheWindow, IsUsedByKeyboard) {
     press_key(Qt::Key_Tab);
   }
   EXPECT_EQ(focused(), "Drive1");
+}
+
+// A key that is held down, and one that was pressed before the user has seen the result.
+TEST_F(TheWindow, EveryPressNeedsAKeyPressOfItsOwn) {
   widget("Command1").setFocus();
+  hold_key(Qt::Key_Return);
+  EXPECT_EQ(state(), "1011110 0");
   press_key(Qt::Key_Return);
-  EXPECT_EQ(state(), "0111111 1");
+  EXPECT_EQ(state(), "0111110 1");
+  EXPECT_EQ(focused(), "Command2");
+  press_key(Qt::Key_Return);
   press_key(Qt::Key_Space);
-  EXPECT_EQ(state(), "1011111 2");
+  EXPECT_EQ(state(), "0111110 1");
+  QTest::qWait(QApplication::doubleClickInterval() + 1);
+  hold_key(Qt::Key_Enter);
+  EXPECT_EQ(state(), "0111110 1");
+  press_key(Qt::Key_Space);
+  EXPECT_EQ(state(), "1011110 2");
   EXPECT_EQ(focused(), "Command1");
+
+  const auto message = answer([&](QDialog& box) {
+    press_key(Qt::Key_Return);
+    hold_key(Qt::Key_Return);
+    EXPECT_TRUE(box.isVisible());
+  });
+  window.message_box("text");
+  EXPECT_EQ(*message, "text");
+
+  hold_key(Qt::Key_Space, &widget("Text1"));
+  EXPECT_EQ(text("Text1"), "c.galaxy\r\na.galaxy\r\nb.galaxy\r\nown.galaxy\r\n ");
+}
+
+TEST_F(TheWindow, ShowsByThePointerThatItIsBusy) {
+  write_file(machine.user_folder / "sub/damaged.galaxy", "one line");
+  const auto pointer = [] {
+    const QCursor* cursor = QApplication::overrideCursor();
+    return cursor ? cursor->shape() : Qt::BlankCursor;
+  };
+  QTimer::singleShot(0, [&] { EXPECT_EQ(pointer(), Qt::WaitCursor); });
+  click("Command1");
+  EXPECT_EQ(pointer(), Qt::BlankCursor);
+  const auto message = answer([&](QDialog&) { EXPECT_EQ(pointer(), Qt::ArrowCursor); });
+  click("Command2");
+  EXPECT_NE(*message, "");
+  EXPECT_EQ(pointer(), Qt::BlankCursor);
 }
 
 TEST_F(TheWindow, GoesThroughItsStates) {
