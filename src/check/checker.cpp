@@ -1,0 +1,39 @@
+// Checks templates, and the conversion of maps by them.
+#include "check/checker.h"
+
+#include "check/template_rules.h"
+#include "check/unified_diff.h"
+
+Checker::Checker(std::vector<Edition> editions_in) : editions(std::move(editions_in)) {
+  for (const Edition& edition : editions)
+    check_templates(edition, findings);
+}
+
+const Edition* Checker::edition_of(const Map& map) const {
+  for (const Edition& edition : editions)
+    if (editions.size() == 1 ||
+        (edition.baseline_lines && (*edition.baseline_lines)[0] == map.lines[0]))
+      return &edition;
+  return nullptr;
+}
+
+Result<std::string> Checker::add(const Map& map, bool diff) {
+  const Edition* edition = edition_of(map);
+  if (!edition)
+    return Failure{map.path, "choose its edition",
+                   "its first line is that of no baseline; name the edition with --edition"};
+  if (map.lines.size() < 2)
+    findings.error("not-current", map.path, 0, "it has no second line, so the program skips it");
+  if (!is_old(*edition, map))
+    return std::string();
+  const MapRun run = convert(*edition, map);
+  check_map(run, findings);
+  if (run.result)
+    unmatched.add(run);
+  return diff && run.result ? unified_diff(run) : std::string();
+}
+
+Findings Checker::finish() {
+  unmatched.report(findings);
+  return std::move(findings);
+}

@@ -1,0 +1,230 @@
+// The rules about the files of an edition: their line ends, which there are, and the version that
+// converted maps get.
+#include "check/sections.h"
+#include "check/template_rules.h"
+#include "engine/numbers.h"
+
+#include <algorithm>
+#include <cmath>
+#include <optional>
+#include <set>
+
+namespace {
+
+bool is_one_line(std::string_view text) {
+  return !text.empty() && text.find(LineArray::line_end) == text.npos;
+}
+
+bool is_lone(std::string_view text, std::size_t i) {
+  if (text[i] == '\n')
+    return i == 0 || text[i - 1] != '\r';
+  return text[i] == '\r' && (i + 1 == text.size() || text[i + 1] != '\n');
+}
+
+// Editors end a line at every LF, so the lines are counted by these.
+void check_line_ends(const std::string& path, std::string_view text, Findings& findings) {
+  constexpr const char* rule = "line-ends";
+  if (is_one_line(text))
+    return findings.error(rule, path, 0, "it has no CR LF, so the whole file counts as one line");
+  std::size_t line = 0, first = 0, count = 0;
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    if (is_lone(text, i) && count++ == 0)
+      first = line;
+    line += text[i] == '\n' ? 1 : 0;
+  }
+  if (count > 0)
+    findings.warning(rule, path, first,
+                     "a lone LF or CR ends no line: it is part of one (" +
+                         counted(count, "such character") + " in the file)");
+}
+
+// Whether both files are there and have lines.
+bool is_readable(const Pair& pair) {
+  return pair.whole() && !is_one_line(pair.old.lines.text()) &&
+         !is_one_line(pair.current.lines.text());
+}
+
+// Reports what is missing of the pairs, at the file that is there.
+void check_partners(const Pairs& pairs, Findings& findings) {
+  for (const auto& [version, pair] : pairs) {
+    const auto& [there, missing] = pair.old.failure
+                                       ? std::pair(pair.current.filename, pair.old.filename)
+                                       : std::pair(pair.old.filename, pair.current.filename);
+    if (!pair.whole())
+      findings.error("missing-pair", there, 0, "there is no " + std::string(name_of(missing)));
+  }
+}
+
+const std::string& some_file(const Pair& pair) {
+  return pair.old.failure ? pair.current.filename : pair.old.filename;
+}
+
+// Reports pairs that no map needs, and versions between the oldest and the current one without any.
+void check_versions(const Edition& edition, Findings& findings) {
+  const double current = *edition.version;
+  double oldest = current;
+  for (const auto& [version, pair] : edition.pairs) {
+    if (numeric_value(version) >= current)
+      findings.warning("missing-pair", some_file(pair), 0,
+                       "no map needs it: version " + number_text(current) + " is current");
+    if (has_number(version))
+      oldest = std::min(oldest, numeric_value(version));
+  }
+  for (double version = std::floor(oldest) + 1; version < current; ++version)
+    if (!edition.pairs.contains(number_text(version)))
+      findings.warning("missing-pair", edition.baseline, 1,
+                       "maps of version " + number_text(version) + " have no templates (" +
+                           pair_names(edition.letter, number_text(version), false) + ")");
+}
+
+void check_fixes(const Edition& edition, Findings& findings) {
+  const std::string current = number_text(*edition.version);
+  if (edition.letter == expansion && !edition.fix())
+    findings.error("missing-pair", edition.baseline, 1,
+                   "version " + current + " has no templates of the fix pass (" +
+                       pair_names(edition.letter, current, true) + ")");
+  for (const auto& [version, pair] : edition.fixes)
+    if (&pair != edition.fix())
+      findings.warning("missing-pair", some_file(pair), 0,
+                       "only the fix pass of the current version, " + current + ", is used");
+}
+
+// A map line that `recognition` recognises and that ends in `version`.
+std::string version_line(std::string_view recognition, const std::string& version) {
+  const std::string line(recognition);
+  return version_of(line) == version ? line : line + " " + version;
+}
+
+bool is_current(const Edition& edition, std::string_view line) {
+  return has_number(version_of(line)) && numeric_value(version_of(line)) == *edition.version;
+}
+
+// The first line that a section writes; nothing where it writes none.
+std::optional<std::size_t> first_output(const NewTemplate& current, std::size_t s) {
+  const auto [begin, end] = output_of(current, s);
+  for (std::size_t i = begin; i < end; ++i)
+    if (current.output[i].marker != Marker::dropped)
+      return i;
+  return std::nullopt;
+}
+
+// The line of the new template that decides about the version of maps with such a version line, and
+// whether it is the current one.
+struct Version {
+  std::size_t line;
+  bool current;
+};
+
+Version version_written(const Edition& edition, const Pair& pair, std::string_view version_line) {
+  const std::size_t t = matchline(pair.old, version_line);
+  const auto line = t > 0 ? first_output(pair.current, sectionof(pair.old, t)) : std::nullopt;
+  if (!line)
+    return {0, false};
+  return {*line, pair.current.output[*line].marker == Marker::none &&
+                     is_current(edition, pair.current.lines[*line])};
+}
+
+// The version line that maps of an old version have if they have the baseline's.
+std::string usual_line(const Edition& edition, const std::string& version) {
+  std::string_view line = (*edition.baseline_lines)[1];
+  line.remove_suffix(version_of(line).size());
+  return std::string(line) + version;
+}
+
+// The best guess at the line that maps of `version` have is the baseline's. Else it is one of the
+// recognition lines that end in the version or, where none does, any of them.
+Version find_version(const Edition& edition, const Pair& pair, const std::string& version) {
+  const std::string usual = usual_line(edition, version);
+  if (matchline(pair.old, usual) > 0)
+    return version_written(edition, pair, usual);
+  std::optional<Version> old_version;
+  for (const bool ends_in_it : {true, false})
+    for (std::size_t i = 1; i < pair.old.lines.size() && (ends_in_it || !old_version); ++i) {
+      const auto line = pair.old.lines[i];
+      if (!recognises(pair.old, i) || (version_of(line) == version) != ends_in_it)
+        continue;
+      const Version found = version_written(edition, pair, version_line(line, version));
+      if (found.current)
+        return found;
+      if (ends_in_it && !old_version)
+        old_version = found;
+    }
+  return old_version.value_or(Version{0, false});
+}
+
+void check_title(const OldTemplate& old, Findings& findings) {
+  if (const std::size_t t = matchline(old, old.lines[0]))
+    findings.warning("no-version", old.filename, 0,
+                     "line " + std::to_string(t + 1) + ", " + quoted(old.lines[t]) +
+                         ", recognises it: in a map that begins so, a block starts there");
+}
+
+// The fix pass must leave the version lines alone that the first pass writes, or write them anew.
+void check_fix(const Edition& edition, const Pair& fix, const std::set<std::string>& version_lines,
+               Findings& findings) {
+  check_title(fix.old, findings);
+  for (const std::string& line : version_lines) {
+    const Version found = version_written(edition, fix, line);
+    if (matchline(fix.old, line) > 0 && !found.current)
+      findings.warning("no-version", fix.current.filename, found.line,
+                       "it can replace the version line " + quoted(line) + " by another");
+  }
+}
+
+}  // namespace
+
+void line_ends(const Edition& edition, Findings& findings) {
+  if (edition.baseline_lines)
+    check_line_ends(edition.baseline, edition.baseline_lines->text(), findings);
+  for (const Pairs* pairs : {&edition.pairs, &edition.fixes})
+    for (const auto& [version, pair] : *pairs)
+      for (const Template* file :
+           {static_cast<const Template*>(&pair.old), static_cast<const Template*>(&pair.current)})
+        if (!file->failure)
+          check_line_ends(file->filename, file->lines.text(), findings);
+}
+
+void missing_pair(const Edition& edition, Findings& findings) {
+  check_partners(edition.pairs, findings);
+  check_partners(edition.fixes, findings);
+  if (!edition.baseline_lines)
+    return findings.error("missing-pair", edition.baseline, 0,
+                          "the file is missing, which says what version is current");
+  if (!edition.version)
+    return findings.error("missing-pair", edition.baseline, 1,
+                          "the line does not end in a version");
+  check_versions(edition, findings);
+  check_fixes(edition, findings);
+}
+
+void no_version(const Edition& edition, Findings& findings) {
+  if (!edition.version)
+    return;
+  std::set<std::string> version_lines;
+  for (const auto& [version, pair] : edition.pairs) {
+    if (!is_readable(pair) || numeric_value(version) >= *edition.version)
+      continue;
+    check_title(pair.old, findings);
+    const Version found = find_version(edition, pair, version);
+    if (found.current)
+      version_lines.emplace(pair.current.lines[found.line]);
+    else
+      findings.error("no-version", pair.current.filename, found.line,
+                     "no section writes a version line that ends in " +
+                         number_text(*edition.version) +
+                         ": converted maps would be converted again at each run");
+  }
+  if (edition.fix() && is_readable(*edition.fix()))
+    check_fix(edition, *edition.fix(), version_lines, findings);
+}
+
+void check_templates(const Edition& edition, Findings& findings) {
+  for (const auto rule : {line_ends, missing_pair, no_version})
+    rule(edition, findings);
+  for (const Pairs* pairs : {&edition.pairs, &edition.fixes})
+    for (const auto& [version, pair] : *pairs)
+      for (const auto rule : {section_count, section_order, count_past_end, count_too_small,
+                              bad_count, empty_line, shadowed, dead_marker, block_overlap})
+        if (is_readable(pair))
+          rule(edition, pair, findings);
+}

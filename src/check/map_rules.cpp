@@ -1,0 +1,217 @@
+// The rules about the conversion of maps.
+#include "check/map_rules.h"
+
+#include "check/sections.h"
+#include "engine/numbers.h"
+
+#include <algorithm>
+
+namespace {
+
+// Whether a value that `line` holds goes across position `at`.
+bool cuts(std::string_view line, std::size_t at) {
+  if (at == 0 || at >= line.size() || is_blank(line[at - 1]))
+    return false;
+  const char before = line[at - 1], first = line[at];
+  const bool in_number = is_digit(first) && (is_digit(before) || before == '.' || before == '-');
+  return in_number || (is_letter(first) && is_letter(before)) || first == '"';
+}
+
+// The part of a value that the marker of an output line loses; empty if it loses none.
+std::string lost_value(const OutputLine& output, std::string_view first, std::string_view aligned) {
+  if (output.marker == Marker::none || output.marker == Marker::dropped)
+    return "";
+  const bool rest = output.marker == Marker::rest;
+  const std::string_view line = rest ? first : aligned;
+  const std::size_t kept = output.marker == Marker::last_two ? 2 : 1;
+  const std::size_t at = rest ? output.text.size() - 1 : line.size() - std::min(kept, line.size());
+  const bool nothing_left = rest && at >= line.size() && stripped(line).find(' ') != line.npos;
+  if (!cuts(line, at) && !nothing_left)
+    return "";
+  return "cuts " + quoted(unindented(line)) + " to " +
+         quoted(line.substr(std::min(at, line.size())));
+}
+
+// What a line of the template has cut off first, and how often.
+struct Cut {
+  std::size_t line;  // of the map
+  std::string how;
+  std::size_t count;
+};
+
+std::map<std::size_t, Cut> cuts_of(const Pass& pass) {
+  std::map<std::size_t, Cut> cuts;
+  for (const Block& block : pass.blocks) {
+    const auto [begin, end] =
+        output_of(pass.pair.current, sectionof(pass.pair.old, block.recognised_by));
+    for (std::size_t i = begin; i < end; ++i) {
+      const std::size_t rest = pass.pair.current.output[i].marker == Marker::rest ? 0 : i - begin;
+      std::string how = lost_value(pass.pair.current.output[i], pass.input[block.line],
+                                   pass.input[block.line + rest]);
+      if (how.empty())
+        continue;
+      const auto [at, added] =
+          cuts.try_emplace(i, Cut{pass.origins[block.line + rest].line, std::move(how), 0});
+      ++at->second.count;
+    }
+  }
+  return cuts;
+}
+
+std::string_view first_word(std::string_view line) {
+  line = unindented(line);
+  return line.substr(0, line.find_first_of(" \t#"));
+}
+
+// The line of the template that would start a block of another section at line `k` of a pass's
+// input; 0 when there is none.
+std::size_t starts_other(const Pass& pass, std::size_t k, std::size_t section) {
+  const std::size_t t = matchline(pass.pair.old, pass.input[k]);
+  if (t == 0 || !recognises(pass.pair.old, t) || sectionof(pass.pair.old, t) == section)
+    return 0;
+  const bool all = !pass.is_fix || (matchline(pass.pair.old, pass.input[k + 1]) > 0 &&
+                                    matchline(pass.pair.old, pass.input[k + 2]) > 0);
+  return all ? t : 0;
+}
+
+// Reports the first line of each other section that a block of `section` replaces. A line is meant
+// to be in the block if the output line that is aligned with it begins with the same word.
+void check_block(const MapRun& run, const Pass& pass, const Block& block,
+                 std::set<std::pair<std::size_t, std::size_t>>& known, Findings& findings) {
+  const std::size_t s = sectionof(pass.pair.old, block.recognised_by);
+  const auto [begin, end] = output_of(pass.pair.current, s);
+  for (std::size_t d = 1; d < block.count; ++d) {
+    const std::size_t t = starts_other(pass, block.line + d, s);
+    const auto line = pass.input[block.line + d];
+    const bool meant =
+        begin + d < end && first_word(pass.pair.current.lines[begin + d]) == first_word(line);
+    if (t == 0 || meant || !known.emplace(s, sectionof(pass.pair.old, t)).second)
+      continue;
+    findings.error("block-overlap", run.map.path, pass.origins[block.line + d].line,
+                   quoted(line) + " is replaced as " + line_number(d) + " of a block of section " +
+                       section_name(pass.pair.old, pass.pair.old.oldheads[s]) + ", but " +
+                       line_number(t) + " of " + std::string(name_of(pass.pair.old.filename)) +
+                       " recognises it");
+  }
+}
+
+// A line with every run of blanks and tabs as one blank, and without its indentation.
+std::string with_single_blanks(std::string_view line) {
+  std::string text;
+  for (const char c : unindented(line))
+    if (!is_blank(c) || !text.ends_with(' '))
+      text += is_blank(c) ? ' ' : c;
+  return text;
+}
+
+void remove_matched(const Pass& pass, std::set<std::size_t>& lines) {
+  for (const Block& block : pass.blocks)
+    for (std::size_t d = 0; d < (pass.is_fix ? 3 : 1); ++d)
+      lines.erase(matchline(pass.pair.old, pass.input[block.line + d]));
+}
+
+}  // namespace
+
+void cut_value(const MapRun& run, Findings& findings) {
+  for (const Pass& pass : run.passes)
+    for (const auto& [i, cut] : cuts_of(pass))
+      findings.warning(
+          "cut-value", run.map.path, cut.line,
+          quoted(pass.pair.current.lines[i]) + ", " + line_number(i) + " of " +
+              std::string(name_of(pass.pair.current.filename)) + ", " + cut.how +
+              (cut.count > 1 ? " (the first of " + std::to_string(cut.count) + ")" : ""));
+}
+
+void past_map_end(const MapRun& run, Findings& findings) {
+  for (const Pass& pass : run.passes)
+    for (const Block& block : pass.blocks) {
+      const std::size_t s = sectionof(pass.pair.old, block.recognised_by);
+      if (pass.pair.old.counts[s] > static_cast<long long>(pass.input.size() - block.line))
+        findings.error("past-map-end", run.map.path, pass.origins[block.line].line,
+                       "a block of section " +
+                           section_name(pass.pair.old, pass.pair.old.oldheads[s]) + " has " +
+                           std::to_string(pass.pair.old.counts[s]) +
+                           " lines, but the map ends before that");
+    }
+}
+
+void swallowed_block(const MapRun& run, Findings& findings) {
+  for (const Pass& pass : run.passes) {
+    std::set<std::pair<std::size_t, std::size_t>> known;
+    for (const Block& block : pass.blocks)
+      check_block(run, pass, block, known, findings);
+  }
+}
+
+void not_current(const MapRun& run, Findings& findings) {
+  constexpr const char* rule = "not-current";
+  if (!run.result)
+    return findings.error(
+        rule, run.map.path, 1,
+        "it cannot be converted: " + std::string(name_of(run.result.failure().path)) + ": " +
+            run.result.failure().reason);
+  const LineArray lines = LineArray::split(*run.result);
+  const auto version = version_of(lines[1]);
+  if (!has_number(version) || numeric_value(version) != *run.edition.version)
+    findings.error(rule, run.map.path, 1,
+                   "the version of the converted map is " + quoted(version) + ", not " +
+                       number_text(*run.edition.version));
+}
+
+void not_stable(const MapRun& run, Findings& findings) {
+  if (!run.result)
+    return;
+  const Map again{run.map.path, LineArray::split(*run.result)};
+  if (!is_old(run.edition, again))
+    return;
+  const MapRun second = convert(run.edition, again);
+  if (!second.result || *second.result != *run.result)
+    findings.error("not-stable", run.map.path, 1,
+                   second.result ? "a second run would change the converted map again"
+                                 : "a second run could not convert the converted map again");
+}
+
+void UnmatchedLines::add(const MapRun& run) {
+  for (const Pass& pass : run.passes) {
+    const auto [at, added] = pairs.try_emplace(&pass.pair);
+    for (std::size_t i = 0; added && i < pass.pair.old.lines.size(); ++i)
+      if (recognises(pass.pair.old, i))
+        at->second.lines.insert(i);
+    remove_matched(pass, at->second.lines);
+    find_reasons(run, pass, at->second);
+  }
+}
+
+// Looks for lines of a map that only tabs and blanks keep from being recognised.
+void UnmatchedLines::find_reasons(const MapRun& run, const Pass& pass, Unmatched& unmatched) {
+  std::vector<std::string> texts{""};
+  std::vector<std::size_t> lines{0};
+  for (const std::size_t line : unmatched.lines)
+    if (auto text = with_single_blanks(pass.pair.old.lines[line]); !text.empty()) {
+      texts.push_back(std::move(text));
+      lines.push_back(line);
+    }
+  const PrefixIndex index({texts.begin(), texts.end()});
+  for (std::size_t k = 0; k < pass.input.size() && texts.size() > 1; ++k)
+    if (const std::size_t found = index.find(with_single_blanks(pass.input[k]));
+        found > 0 && matchline(pass.pair.old, pass.input[k]) == 0)
+      unmatched.reasons.emplace(
+          lines[found], ": " + line_number(pass.origins[k].line) + " of " +
+                            std::string(name_of(run.map.path)) +
+                            " differs only in its tabs and blanks: " + quoted(pass.input[k]));
+}
+
+void UnmatchedLines::report(Findings& findings) const {
+  for (const auto& [pair, unmatched] : pairs)
+    for (const std::size_t line : unmatched.lines) {
+      const auto reason = unmatched.reasons.find(line);
+      findings.warning("unmatched", pair->old.filename, line,
+                       quoted(pair->old.lines[line]) + " recognises no line of the given maps" +
+                           (reason == unmatched.reasons.end() ? "" : reason->second));
+    }
+}
+
+void check_map(const MapRun& run, Findings& findings) {
+  for (const auto rule : {cut_value, past_map_end, swallowed_block, not_current, not_stable})
+    rule(run, findings);
+}

@@ -1,0 +1,50 @@
+// What the rules ask about the lines of templates.
+#include "check/sections.h"
+
+#include "check/finding.h"
+#include "platform/path_rules.h"
+
+#include <algorithm>
+
+bool is_blank(char c) { return c == ' ' || c == '\t'; }
+bool is_digit(char c) { return c >= '0' && c <= '9'; }
+bool is_letter(char c) {
+  const char lower = ascii_lower(c);
+  return !is_ascii(c) || (lower >= 'a' && lower <= 'z');
+}
+
+bool is_remark(std::string_view line) { return line.starts_with('='); }
+
+std::string_view unindented(std::string_view line) {
+  return line.substr(std::min(line.find_first_not_of(" \t"), line.size()));
+}
+
+std::string_view stripped(std::string_view line) {
+  return unindented(line.substr(0, line.find_last_not_of(" \t") + 1));
+}
+
+std::string section_name(const Template& file, std::size_t head) {
+  std::string_view name = file.lines[head];
+  name = name.substr(0, name.find('$'));
+  name.remove_prefix(is_remark(name) ? 1 : 0);
+  return quoted(stripped(name));
+}
+
+bool recognises(const OldTemplate& old, std::size_t i) {
+  const auto line = old.lines[i];
+  return i > 0 && !line.empty() && !is_header(line) && !is_remark(line);
+}
+
+Lines body_of(const NewTemplate& current, std::size_t s) {
+  if (s >= current.newheads.size())
+    return {0, 0};
+  const bool last = s + 1 == current.newheads.size();
+  const std::size_t end = last ? current.lines.size() : current.newheads[s + 1];
+  return {std::min(current.newheads[s] + 1, end), end};
+}
+
+Lines output_of(const NewTemplate& current, std::size_t s) {
+  const auto [begin, end] = body_of(current, s);
+  const auto count = std::clamp(current.counts[s], 0LL, static_cast<long long>(end - begin));
+  return {begin, begin + static_cast<std::size_t>(count)};
+}

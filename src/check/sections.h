@@ -1,0 +1,35 @@
+// What the rules ask about the lines of templates.
+#pragma once
+
+#include "engine/templates.h"
+
+#include <string>
+#include <string_view>
+
+bool is_blank(char c);
+bool is_digit(char c);
+bool is_letter(char c);  // so is every byte beyond ASCII
+
+// Whether a line is its writer's own remark: it begins with "=".
+bool is_remark(std::string_view line);
+
+// Without the blanks and tabs that it begins with; and without those at its end, too.
+std::string_view unindented(std::string_view line);
+std::string_view stripped(std::string_view line);
+
+// The name of a section, in quotes: what stands before the "$" of its header, without the "=".
+std::string section_name(const Template& file, std::size_t head);
+
+// Whether line `i` is there to recognise lines of a map: not the title, a header, a remark or
+// empty.
+bool recognises(const OldTemplate& old, std::size_t i);
+
+// The lines `begin` up to but not including `end`.
+struct Lines {
+  std::size_t begin, end;
+};
+
+// The lines behind the header of section `s`, up to the next header or the file's end, and those of
+// them that its count makes its output; none if there is no such section.
+Lines body_of(const NewTemplate& current, std::size_t s);
+Lines output_of(const NewTemplate& current, std::size_t s);
