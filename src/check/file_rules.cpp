@@ -89,12 +89,6 @@ void check_fixes(const Edition& edition, Findings& findings) {
                        "only the fix pass of the current version, " + current + ", is used");
 }
 
-// A map line that `recognition` recognises and that ends in `version`.
-std::string version_line(std::string_view recognition, const std::string& version) {
-  const std::string line(recognition);
-  return version_of(line) == version ? line : line + " " + version;
-}
-
 bool is_current(const Edition& edition, std::string_view line) {
   return has_number(version_of(line)) && numeric_value(version_of(line)) == *edition.version;
 }
@@ -109,7 +103,7 @@ std::optional<std::size_t> first_output(const NewTemplate& current, std::size_t 
 }
 
 // The line of the new template that decides about the version of maps with such a version line, and
-// whether it is the current one.
+// whether it ends in the current one.
 struct Version {
   std::size_t line;
   bool current;
@@ -131,25 +125,27 @@ std::string usual_line(const Edition& edition, const std::string& version) {
   return std::string(line) + version;
 }
 
-// The best guess at the line that maps of `version` have is the baseline's. Else it is one of the
-// recognition lines that end in the version or, where none does, any of them.
-Version find_version(const Edition& edition, const Pair& pair, const std::string& version) {
+// What the version line of maps may be: the baseline's if the template recognises it, else any
+// recognition line that ends in the version.
+std::vector<std::string> version_lines(const Edition& edition, const OldTemplate& old,
+                                       const std::string& version) {
   const std::string usual = usual_line(edition, version);
-  if (matchline(pair.old, usual) > 0)
-    return version_written(edition, pair, usual);
-  std::optional<Version> old_version;
-  for (const bool ends_in_it : {true, false})
-    for (std::size_t i = 1; i < pair.old.lines.size() && (ends_in_it || !old_version); ++i) {
-      const auto line = pair.old.lines[i];
-      if (!recognises(pair.old, i) || (version_of(line) == version) != ends_in_it)
-        continue;
-      const Version found = version_written(edition, pair, version_line(line, version));
-      if (found.current)
-        return found;
-      if (ends_in_it && !old_version)
-        old_version = found;
-    }
-  return old_version.value_or(Version{0, false});
+  if (matchline(old, usual) > 0)
+    return {usual};
+  std::vector<std::string> lines;
+  for (std::size_t i = 1; i < old.lines.size(); ++i)
+    if (recognises(old, i) && version_of(old.lines[i]) == version)
+      lines.emplace_back(old.lines[i]);
+  return lines;
+}
+
+// Whether any section writes a line first that ends in the current version.
+bool writes_version(const Edition& edition, const Pair& pair) {
+  for (std::size_t s = 0; s < pair.current.newheads.size(); ++s)
+    if (const auto line = first_output(pair.current, s);
+        line && is_current(edition, pair.current.lines[*line]))
+      return true;
+  return false;
 }
 
 void check_title(const OldTemplate& old, Findings& findings) {
@@ -159,11 +155,35 @@ void check_title(const OldTemplate& old, Findings& findings) {
                          ", recognises it: in a map that begins so, a block starts there");
 }
 
+// Adds the version line that the pair writes to `written`.
+void check_version(const Edition& edition, const Pair& pair, const std::string& version,
+                   std::set<std::string>& written, Findings& findings) {
+  constexpr const char* rule = "no-version";
+  check_title(pair.old, findings);
+  const auto lines = version_lines(edition, pair.old, version);
+  std::size_t place = 0;
+  for (const std::string& line : lines) {
+    const Version found = version_written(edition, pair, line);
+    if (found.current)
+      return static_cast<void>(written.emplace(pair.current.lines[found.line]));
+    place = place > 0 ? place : found.line;
+  }
+  if (lines.empty() && writes_version(edition, pair))
+    findings.warning(rule, pair.old.filename, 0,
+                     "no line recognises the version line " + quoted(usual_line(edition, version)) +
+                         "; if such maps have another, write all of it");
+  else
+    findings.error(rule, pair.current.filename, place,
+                   "no section writes a version line that ends in " +
+                       number_text(*edition.version) +
+                       ": converted maps would be converted again at each run");
+}
+
 // The fix pass must leave the version lines alone that the first pass writes, or write them anew.
-void check_fix(const Edition& edition, const Pair& fix, const std::set<std::string>& version_lines,
+void check_fix(const Edition& edition, const Pair& fix, const std::set<std::string>& written,
                Findings& findings) {
   check_title(fix.old, findings);
-  for (const std::string& line : version_lines) {
+  for (const std::string& line : written) {
     const Version found = version_written(edition, fix, line);
     if (matchline(fix.old, line) > 0 && !found.current)
       findings.warning("no-version", fix.current.filename, found.line,
@@ -200,22 +220,12 @@ void missing_pair(const Edition& edition, Findings& findings) {
 void no_version(const Edition& edition, Findings& findings) {
   if (!edition.version)
     return;
-  std::set<std::string> version_lines;
-  for (const auto& [version, pair] : edition.pairs) {
-    if (!is_readable(pair) || numeric_value(version) >= *edition.version)
-      continue;
-    check_title(pair.old, findings);
-    const Version found = find_version(edition, pair, version);
-    if (found.current)
-      version_lines.emplace(pair.current.lines[found.line]);
-    else
-      findings.error("no-version", pair.current.filename, found.line,
-                     "no section writes a version line that ends in " +
-                         number_text(*edition.version) +
-                         ": converted maps would be converted again at each run");
-  }
+  std::set<std::string> written;
+  for (const auto& [version, pair] : edition.pairs)
+    if (is_readable(pair) && numeric_value(version) < *edition.version)
+      check_version(edition, pair, version, written, findings);
   if (edition.fix() && is_readable(*edition.fix()))
-    check_fix(edition, *edition.fix(), version_lines, findings);
+    check_fix(edition, *edition.fix(), written, findings);
 }
 
 void check_templates(const Edition& edition, Findings& findings) {

@@ -97,14 +97,18 @@ std::string text_of(const Lines& lines, const char* line_end = "\r\n") {
   return text;
 }
 
-// The version line of the maps that a template is for: what recognises it ends in the version or,
-// if nothing does, comes first.
+// The version line of the maps that a template is for: the baseline's, if the template recognises
+// it, else a recognition line that ends in the version.
 std::string version_line(const Lines& old) {
-  std::string found;
-  for (std::size_t i = old.size() - 1; i > 0; --i)
-    if (const std::string& line = old[i]; line.find('$', 1) == line.npos && !line.starts_with("="))
-      found = line.ends_with(" 3") || !found.ends_with(" 3") ? line : found;
-  return found.ends_with(" 3") ? found : found + " 3";
+  const std::string usual = "version 3";
+  std::string found = "none";
+  for (std::size_t i = 1; i < old.size(); ++i) {
+    if (!old[i].empty() && usual.starts_with(old[i]))
+      return usual;
+    if (old[i].ends_with(" 3") && old[i].find('$', 1) == std::string::npos)
+      found = old[i];
+  }
+  return found;
 }
 
 // A map with lines that the templates recognise, each with a value or none.
