@@ -149,7 +149,7 @@ bool writes_version(const Edition& edition, const Pair& pair) {
 }
 
 void check_title(const OldTemplate& old, Findings& findings) {
-  if (const std::size_t t = matchline(old, old.lines[0]))
+  if (const std::size_t t = matchline(old, old.lines[0]); !old.lines[t].empty() && t > 0)
     findings.warning("no-version", old.filename, 0,
                      "line " + std::to_string(t + 1) + ", " + quoted(old.lines[t]) +
                          ", recognises it: in a map that begins so, a block starts there");
@@ -175,8 +175,7 @@ void check_version(const Edition& edition, const Pair& pair, const std::string& 
   else
     findings.error(rule, pair.current.filename, place,
                    "no section writes a version line that ends in " +
-                       number_text(*edition.version) +
-                       ": converted maps would be converted again at each run");
+                       number_text(*edition.version) + ": each run converts such maps again");
 }
 
 // The fix pass must leave the version lines alone that the first pass writes, or write them anew.

@@ -68,8 +68,8 @@ void check_rest_markers(const Pair& pair, std::size_t known, Findings& findings)
         output.marker == Marker::rest ? lost(output, pair.old.lines[known]) : 0;
     if (count > 0)
       findings.warning("dead-marker", pair.current.filename, i,
-                       "the \" &\" loses the first " + counted(count, "character") +
-                           " of the value behind " + quoted(pair.old.lines[known]));
+                       "the \" &\" loses " + counted(count, "character") +
+                           " at the start of the value behind " + quoted(pair.old.lines[known]));
   }
 }
 

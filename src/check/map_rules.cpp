@@ -88,7 +88,7 @@ void check_block(const MapRun& run, const Pass& pass, const Block& block,
     if (t == 0 || meant || !known.emplace(s, sectionof(pass.pair.old, t)).second)
       continue;
     findings.error("block-overlap", run.map.path, pass.origins[block.line + d].line,
-                   quoted(line) + " is replaced as " + line_number(d) + " of a block of section " +
+                   quoted(line) + " is replaced in a block of section " +
                        section_name(pass.pair.old, pass.pair.old.oldheads[s]) + ", but " +
                        line_number(t) + " of " + std::string(name_of(pass.pair.old.filename)) +
                        " recognises it");

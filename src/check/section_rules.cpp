@@ -4,6 +4,7 @@
 #include "engine/numbers.h"
 
 #include <algorithm>
+#include <cmath>
 
 namespace {
 
@@ -41,7 +42,7 @@ void check_count(const Template& file, std::size_t head, bool is_new, Findings& 
                    "the count is below 1: the first map with this section ends the program");
   else if (value < 0)
     findings.warning(rule, file.filename, head, "a count below 0 means the same as 0");
-  else if (value != static_cast<double>(count))
+  else if (value != std::trunc(value))
     findings.warning(rule, file.filename, head,
                      "the count is a fraction, of which " + std::to_string(count) + " is used");
 }
@@ -84,23 +85,17 @@ void section_order(const Edition&, const Pair& pair, Findings& findings) {
 }
 
 void count_past_end(const Edition&, const Pair& pair, Findings& findings) {
-  constexpr const char* rule = "count-past-end";
   const NewTemplate& current = pair.current;
   for (std::size_t s = 0; s < current.newheads.size(); ++s) {
     const auto [begin, end] = body_of(current, s);
-    const std::string lines = counted(end - begin, "line");
-    const auto head = current.newheads[s];
     if (current.counts[s] <= static_cast<long long>(end - begin))
       continue;
-    if (s + 1 < current.newheads.size())
-      findings.error(rule, current.filename, head,
-                     "only " + lines + " follow before the next header, " + line_number(end) +
-                         ": that header would be written into maps");
-    else
-      findings.error(rule, current.filename, head,
-                     "only " + lines +
-                         " follow before the file's end: the first map with this "
-                         "section ends the program");
+    const bool last = s + 1 == current.newheads.size();
+    findings.error("count-past-end", current.filename, current.newheads[s],
+                   "the count of " + std::to_string(current.counts[s]) + " runs past " +
+                       (last ? "the file's end: the first map with this section ends the program"
+                             : "the next header, " + line_number(end) +
+                                   ": that header would be written into maps"));
   }
 }
 
