@@ -45,6 +45,8 @@ Lines body_of(const NewTemplate& current, std::size_t s) {
 
 Lines output_of(const NewTemplate& current, std::size_t s) {
   const auto [begin, end] = body_of(current, s);
+  if (begin == end)
+    return {begin, end};
   const auto count = std::clamp(current.counts[s], 0LL, static_cast<long long>(end - begin));
   return {begin, begin + static_cast<std::size_t>(count)};
 }
