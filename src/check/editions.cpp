@@ -4,95 +4,49 @@
 #include "engine/numbers.h"
 #include "platform/path_rules.h"
 
-#include <algorithm>
+#include <regex>
 
 namespace {
 
-constexpr std::string_view letters = "vt";
-
-// What the name of a template says.
-struct Name {
-  char letter;
-  bool old;
-  bool fix;
-  std::string version;
-
-  bool baseline() const { return !old && !fix && version == "0"; }
-};
-
-std::string file_name(const Name& name) {
-  return name.letter + std::string(name.old ? "oldstruct" : "newstruct") + (name.fix ? "fix" : "") +
-         name.version + ".txt";
-}
-
-bool skip(std::string_view& text, std::string_view start) {
-  const bool there = text.starts_with(start);
-  text.remove_prefix(there ? start.size() : 0);
-  return there;
-}
-
-// Names are case-insensitive. A version has one or two characters.
-std::optional<Name> parse(std::string_view file) {
-  std::string lower;
-  std::transform(file.begin(), file.end(), std::back_inserter(lower), ascii_lower);
-  std::string_view rest = lower;
-  if (rest.empty() || letters.find(rest[0]) == letters.npos || !rest.ends_with(".txt"))
-    return std::nullopt;
-  rest.remove_suffix(4);
-  Name name{rest[0], false, false, ""};
-  rest.remove_prefix(1);
-  name.old = skip(rest, "oldstruct");
-  if (!name.old && !skip(rest, "newstruct"))
-    return std::nullopt;
-  name.fix = name.letter == expansion && skip(rest, "fix");
-  name.version = rest;
-  const bool known = rest.size() == 1 || rest.size() == 2;
-  return known && (!name.old || rest != "0") ? std::optional(name) : std::nullopt;
+// What the name of a template says: the letter, old or new, whether it is for the fix pass, and the
+// version, of one or two characters. There is no old template for version 0, the baseline's.
+std::optional<std::smatch> parse(const std::string& name) {
+  static const std::regex pattern("([vt])(?:(old)struct|newstruct)(fix)?(..?)\\.txt",
+                                  std::regex::icase);
+  std::smatch parts;
+  const bool known = std::regex_match(name, parts, pattern) &&
+                     !(parts[3].matched && ascii_lower(name[0]) != Edition::expansion) &&
+                     !(parts[2].matched && parts[4] == "0");
+  return known ? std::optional(parts) : std::nullopt;
 }
 
 std::string join(const std::string& folder, const std::string& name) {
-  const bool plain = folder.empty() || folder.back() == '/' || folder.back() == '\\';
-  return folder + (plain ? "" : "/") + name;
+  return folder + (folder.empty() || is_separator(folder.back()) ? "" : "/") + name;
 }
 
-Result<std::string> missing(const std::string& path) {
-  return Failure{path, "read it", "the file is missing", true};
-}
+Failure missing(const std::string& path) { return {path, "read it", "the file is missing", true}; }
 
-void set_baseline(Edition& edition, std::string path, const std::string& text) {
-  edition.baseline = std::move(path);
+void set_baseline(Edition& edition, const std::string& path, const std::string& text) {
+  edition.baseline = path;
   edition.baseline_lines = LineArray::split(text);
   const auto version = version_of((*edition.baseline_lines)[1]);
   if (has_number(version))
     edition.version = numeric_value(version);
 }
 
-// The pair of that version, with both templates missing if it is new.
-Pair& pair_of(Edition& edition, const std::string& folder, Name name) {
-  Pairs& pairs = name.fix ? edition.fixes : edition.pairs;
-  const auto [at, added] = pairs.try_emplace(name.version);
-  if (added) {
-    for (const bool old : {false, true}) {
-      name.old = old;
-      const std::string path = join(folder, file_name(name));
-      if (old)
-        at->second.old = index_old(path, missing(path));
-      else
-        at->second.current = index_new(path, missing(path));
-    }
-  }
-  return at->second;
-}
-
-void add_template(Edition& edition, const std::string& folder, const Name& name, std::string path,
+void add_template(Edition& edition, const std::string& folder, const std::string& name,
                   const std::string& text) {
-  if (name.baseline())
-    return set_baseline(edition, std::move(path), text);
-  Pair& pair = pair_of(edition, folder, name);
-  if (name.old)
-    pair.old = index_old(std::move(path), text);
-  else
-    pair.current = index_new(std::move(path), text);
+  const std::smatch parts = *parse(name);
+  const bool old = parts[2].matched, fix = parts[3].matched;
+  const std::string version = parts[4], path = join(folder, name);
+  if (!old && !fix && version == "0")
+    return set_baseline(edition, path, text);
+  const auto [at, added] = (fix ? edition.fixes : edition.pairs).try_emplace(version);
+  const auto other = join(folder, template_name(edition.letter, !old, fix, version));
+  if (old || added)
+    at->second.old = old ? index_old(path, text) : index_old(other, missing(other));
+  if (!old || added)
+    at->second.current = old ? index_new(other, missing(other)) : index_new(path, text);
 }
 
 }  // namespace
@@ -102,22 +56,22 @@ const Pair* Edition::fix() const {
   return found == fixes.end() ? nullptr : &found->second;
 }
 
+bool is_template_name(const std::string& name) { return parse(name).has_value(); }
+
+std::string template_name(char letter, bool old, bool fix, const std::string& version) {
+  return letter + std::string(old ? "old" : "new") + "struct" + (fix ? "fix" : "") + version +
+         ".txt";
+}
+
 std::vector<Edition> find_editions(const std::string& folder, const Texts& texts) {
   std::vector<Edition> editions;
-  for (const char letter : letters) {
-    const Name baseline{letter, false, false, "0"};
-    Edition edition{letter, join(folder, file_name(baseline)), {}, {}, {}, {}};
-    for (const auto& [file, text] : texts)
-      if (const auto name = parse(file); name && name->letter == letter)
-        add_template(edition, folder, *name, join(folder, file), text);
+  for (const char letter : {'v', Edition::expansion}) {
+    Edition edition{letter, join(folder, template_name(letter, false, false, "0")), {}, {}, {}, {}};
+    for (const auto& [name, text] : texts)
+      if (is_template_name(name) && ascii_lower(name[0]) == letter)
+        add_template(edition, folder, name, text);
     if (edition.baseline_lines || !edition.pairs.empty() || !edition.fixes.empty())
       editions.push_back(std::move(edition));
   }
   return editions;
-}
-
-bool is_template_name(std::string_view name) { return parse(name).has_value(); }
-
-std::string pair_names(char letter, const std::string& version, bool fix) {
-  return file_name({letter, true, fix, version}) + ", " + file_name({letter, false, fix, version});
 }

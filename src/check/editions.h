@@ -19,6 +19,8 @@ struct Pair {
 using Pairs = std::map<std::string, Pair>;  // by the version, as the file names have it
 
 struct Edition {
+  static constexpr char expansion = 't';
+
   char letter;           // that its file names begin with
   std::string baseline;  // the baseline's path
   std::optional<LineArray> baseline_lines;
@@ -30,15 +32,13 @@ struct Edition {
   const Pair* fix() const;
 };
 
-constexpr char expansion = 't';
+// Whether a file of that name may belong to an edition. Names are case-insensitive.
+bool is_template_name(const std::string& name);
+
+// The name of a template.
+std::string template_name(char letter, bool old, bool fix, const std::string& version);
 
 // Sorts the files of a folder, whose texts are given by their names, into the editions that have
 // any. Files of other names are ignored. Paths in the result are `folder` and a name.
 using Texts = std::map<std::string, std::string>;
 std::vector<Edition> find_editions(const std::string& folder, const Texts& texts);
-
-// Whether a file of that name may belong to an edition.
-bool is_template_name(std::string_view name);
-
-// The paths that a version's two templates have.
-std::string pair_names(char letter, const std::string& version, bool fix);

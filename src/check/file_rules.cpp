@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <functional>
 #include <optional>
 #include <set>
 
@@ -44,49 +45,42 @@ bool is_readable(const Pair& pair) {
          !is_one_line(pair.current.lines.text());
 }
 
-// Reports what is missing of the pairs, at the file that is there.
-void check_partners(const Pairs& pairs, Findings& findings) {
+const Template& file_of(const Pair& pair) {
+  return pair.old.failure ? static_cast<const Template&>(pair.current) : pair.old;
+}
+
+// Reports pairs of which a file is missing, and those that no map needs.
+void check_pairs(const Pairs& pairs, const std::function<bool(const std::string&)>& needed,
+                 Findings& findings) {
   for (const auto& [version, pair] : pairs) {
-    const auto& [there, missing] = pair.old.failure
-                                       ? std::pair(pair.current.filename, pair.old.filename)
-                                       : std::pair(pair.old.filename, pair.current.filename);
+    const Template& missing =
+        pair.old.failure ? static_cast<const Template&>(pair.old) : pair.current;
     if (!pair.whole())
-      findings.error("missing-pair", there, 0, "there is no " + std::string(name_of(missing)));
+      findings.error("missing-pair", file_of(pair).filename, 0,
+                     "there is no " + name_of(missing.filename));
+    if (!needed(version))
+      findings.warning("missing-pair", file_of(pair).filename, 0,
+                       "no map needs it: the baseline says that another version is current");
   }
 }
 
-const std::string& some_file(const Pair& pair) {
-  return pair.old.failure ? pair.current.filename : pair.old.filename;
-}
-
-// Reports pairs that no map needs, and versions between the oldest and the current one without any.
+// Reports the versions between the oldest and the current one that have no pair.
 void check_versions(const Edition& edition, Findings& findings) {
-  const double current = *edition.version;
-  double oldest = current;
-  for (const auto& [version, pair] : edition.pairs) {
-    if (numeric_value(version) >= current)
-      findings.warning("missing-pair", some_file(pair), 0,
-                       "no map needs it: version " + number_text(current) + " is current");
+  double oldest = *edition.version;
+  for (const auto& [version, pair] : edition.pairs)
     if (has_number(version))
       oldest = std::min(oldest, numeric_value(version));
-  }
-  for (double version = std::floor(oldest) + 1; version < current; ++version)
+  for (double version = std::floor(oldest) + 1; version < *edition.version; ++version)
     if (!edition.pairs.contains(number_text(version)))
       findings.warning("missing-pair", edition.baseline, 1,
-                       "maps of version " + number_text(version) + " have no templates (" +
-                           pair_names(edition.letter, number_text(version), false) + ")");
+                       "maps of version " + number_text(version) + " have no templates");
 }
 
-void check_fixes(const Edition& edition, Findings& findings) {
-  const std::string current = number_text(*edition.version);
-  if (edition.letter == expansion && !edition.fix())
-    findings.error("missing-pair", edition.baseline, 1,
-                   "version " + current + " has no templates of the fix pass (" +
-                       pair_names(edition.letter, current, true) + ")");
-  for (const auto& [version, pair] : edition.fixes)
-    if (&pair != edition.fix())
-      findings.warning("missing-pair", some_file(pair), 0,
-                       "only the fix pass of the current version, " + current + ", is used");
+// The version line that maps of an old version have if they have the baseline's.
+std::string usual_line(const Edition& edition, const std::string& version) {
+  std::string_view line = (*edition.baseline_lines)[1];
+  line.remove_suffix(version_of(line).size());
+  return std::string(line) + version;
 }
 
 bool is_current(const Edition& edition, std::string_view line) {
@@ -116,13 +110,6 @@ Version version_written(const Edition& edition, const Pair& pair, std::string_vi
     return {0, false};
   return {*line, pair.current.output[*line].marker == Marker::none &&
                      is_current(edition, pair.current.lines[*line])};
-}
-
-// The version line that maps of an old version have if they have the baseline's.
-std::string usual_line(const Edition& edition, const std::string& version) {
-  std::string_view line = (*edition.baseline_lines)[1];
-  line.remove_suffix(version_of(line).size());
-  return std::string(line) + version;
 }
 
 // What the version line of maps may be: the baseline's if the template recognises it, else any
@@ -204,16 +191,25 @@ void line_ends(const Edition& edition, Findings& findings) {
 }
 
 void missing_pair(const Edition& edition, Findings& findings) {
-  check_partners(edition.pairs, findings);
-  check_partners(edition.fixes, findings);
+  constexpr const char* rule = "missing-pair";
+  const auto is_old = [&](const std::string& version) {
+    return !edition.version || numeric_value(version) < *edition.version;
+  };
+  const auto is_current = [&](const std::string& version) {
+    return !edition.version || version == number_text(*edition.version);
+  };
+  check_pairs(edition.pairs, is_old, findings);
+  check_pairs(edition.fixes, is_current, findings);
   if (!edition.baseline_lines)
-    return findings.error("missing-pair", edition.baseline, 0,
+    return findings.error(rule, edition.baseline, 0,
                           "the file is missing, which says what version is current");
   if (!edition.version)
-    return findings.error("missing-pair", edition.baseline, 1,
-                          "the line does not end in a version");
+    return findings.error(rule, edition.baseline, 1, "the line does not end in a version");
   check_versions(edition, findings);
-  check_fixes(edition, findings);
+  if (edition.letter == Edition::expansion && !edition.fix())
+    findings.error(rule, edition.baseline, 1,
+                   "there are no templates of the fix pass for version " +
+                       number_text(*edition.version));
 }
 
 void no_version(const Edition& edition, Findings& findings) {

@@ -65,6 +65,4 @@ std::string quoted(std::string_view line) {
   return '"' + text + (line.size() > longest_quote ? "...\"" : "\"");
 }
 
-std::string_view name_of(std::string_view path) {
-  return path.substr(path.find_last_of("/\\") + 1);
-}
+std::string name_of(const std::string& path) { return path.substr(path.find_last_of("/\\") + 1); }

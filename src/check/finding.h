@@ -52,4 +52,4 @@ std::string line_number(std::size_t index);
 std::string quoted(std::string_view line);
 
 // The part of a path after its last separator.
-std::string_view name_of(std::string_view path);
+std::string name_of(const std::string& path);

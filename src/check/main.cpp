@@ -60,19 +60,19 @@ std::optional<Options> parse(const std::vector<std::string>& arguments) {
 
 fs::path path_of(const std::string& name) { return {std::u8string(name.begin(), name.end())}; }
 
-std::string name_of(const fs::path& path) {
+std::string text_of(const fs::path& path) {
   const std::u8string name = path.u8string();
   return {name.begin(), name.end()};
 }
 
 Result<std::string> read(const fs::path& path, std::uintmax_t largest) {
-  const Failure failure{name_of(path), "read it", "it is missing, no file or not accessible"};
+  const Failure failure{text_of(path), "read it", "it is missing, no file or not accessible"};
   std::error_code error;
   if (!fs::is_regular_file(path, error))
     return failure;
   const std::uintmax_t size = fs::file_size(path, error);
   if (!error && size > largest)
-    return Failure{name_of(path), "read it", "it is too large"};
+    return Failure{text_of(path), "read it", "it is too large"};
   std::ifstream file(path, std::ios::binary);
   std::string text(error ? 0 : size, 0);
   file.read(text.data(), static_cast<std::streamsize>(text.size()));
@@ -85,7 +85,7 @@ Result<Texts> read_templates(const std::string& folder, std::optional<char> edit
   std::error_code error;
   fs::directory_iterator entries(path_of(folder.empty() ? "." : folder), error);
   for (; !error && entries != fs::directory_iterator(); entries.increment(error)) {
-    const std::string name = name_of(entries->path().filename());
+    const std::string name = text_of(entries->path().filename());
     if (!is_template_name(name) || (edition && ascii_lower(name[0]) != *edition))
       continue;
     auto text = read(entries->path(), largest_template);

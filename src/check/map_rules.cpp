@@ -90,7 +90,7 @@ void check_block(const MapRun& run, const Pass& pass, const Block& block,
     findings.error("block-overlap", run.map.path, pass.origins[block.line + d].line,
                    quoted(line) + " is replaced in a block of section " +
                        section_name(pass.pair.old, pass.pair.old.oldheads[s]) + ", but " +
-                       line_number(t) + " of " + std::string(name_of(pass.pair.old.filename)) +
+                       line_number(t) + " of " + name_of(pass.pair.old.filename) +
                        " recognises it");
   }
 }
@@ -118,7 +118,7 @@ void cut_value(const MapRun& run, Findings& findings) {
       findings.warning(
           "cut-value", run.map.path, cut.line,
           quoted(pass.pair.current.lines[i]) + ", " + line_number(i) + " of " +
-              std::string(name_of(pass.pair.current.filename)) + ", " + cut.how +
+              name_of(pass.pair.current.filename) + ", " + cut.how +
               (cut.count > 1 ? " (the first of " + std::to_string(cut.count) + ")" : ""));
 }
 
@@ -146,10 +146,9 @@ void swallowed_block(const MapRun& run, Findings& findings) {
 void not_current(const MapRun& run, Findings& findings) {
   constexpr const char* rule = "not-current";
   if (!run.result)
-    return findings.error(
-        rule, run.map.path, 1,
-        "it cannot be converted: " + std::string(name_of(run.result.failure().path)) + ": " +
-            run.result.failure().reason);
+    return findings.error(rule, run.map.path, 1,
+                          "it cannot be converted: " + name_of(run.result.failure().path) + ": " +
+                              run.result.failure().reason);
   const LineArray lines = LineArray::split(*run.result);
   const auto version = version_of(lines[1]);
   if (!has_number(version) || numeric_value(version) != *run.edition.version)
@@ -196,8 +195,7 @@ void UnmatchedLines::find_reasons(const MapRun& run, const Pass& pass, Unmatched
     if (const std::size_t found = index.find(with_single_blanks(pass.input[k]));
         found > 0 && matchline(pass.pair.old, pass.input[k]) == 0)
       unmatched.reasons.emplace(
-          lines[found], ": " + line_number(pass.origins[k].line) + " of " +
-                            std::string(name_of(run.map.path)) +
+          lines[found], ": " + line_number(pass.origins[k].line) + " of " + name_of(run.map.path) +
                             " differs only in its tabs and blanks: " + quoted(pass.input[k]));
 }
 

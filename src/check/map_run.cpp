@@ -9,7 +9,7 @@
 namespace {
 
 Failure no_templates(const Edition& edition, const std::string& version, bool fix) {
-  return {pair_names(edition.letter, version, fix), "convert the map", "the files are missing",
+  return {template_name(edition.letter, true, fix, version), "read it", "the file is missing",
           true};
 }
 
@@ -66,7 +66,7 @@ MapRun convert(const Edition& edition, const Map& map) {
   if (pair == edition.pairs.end())
     return run;
   add_pass(run, pair->second, false, map.lines);
-  if (!run.result || edition.letter != expansion)
+  if (!run.result || edition.letter != Edition::expansion)
     return run;
   run.between = std::make_unique<LineArray>(LineArray::split(*std::move(run.result)));
   run.result = no_templates(edition, number_text(*edition.version), true);

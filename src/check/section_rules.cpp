@@ -66,8 +66,8 @@ void section_count(const Edition&, const Pair& pair, Findings& findings) {
   if (old != current)
     findings.error("section-count", pair.current.filename, first_difference(pair),
                    "the sections differ from here on: there are " + std::to_string(old) + " in " +
-                       std::string(name_of(pair.old.filename)) + ", but " +
-                       std::to_string(current) + " in this file");
+                       name_of(pair.old.filename) + ", but " + std::to_string(current) +
+                       " in this file");
 }
 
 void section_order(const Edition&, const Pair& pair, Findings& findings) {
@@ -79,8 +79,7 @@ void section_order(const Edition&, const Pair& pair, Findings& findings) {
   std::sort(new_names.begin(), new_names.end());
   if (!same && old_names == new_names)
     findings.warning("section-order", pair.current.filename, first,
-                     "the sections have the same names as in " +
-                         std::string(name_of(pair.old.filename)) +
+                     "the sections have the same names as in " + name_of(pair.old.filename) +
                          " in another order, but only their order counts");
 }
 
