@@ -1,8 +1,29 @@
 // Checks templates, and the conversion of maps by them.
 #include "check/checker.h"
 
+#include "check/sections.h"
 #include "check/template_rules.h"
 #include "check/unified_diff.h"
+
+namespace {
+
+void check_templates(const Edition& edition, Findings& findings) {
+  for (const auto rule : {line_ends, missing_pair, no_version})
+    rule(edition, findings);
+  for (const Pairs* pairs : {&edition.pairs, &edition.fixes})
+    for (const auto& [version, pair] : *pairs)
+      for (const auto rule : {section_count, section_order, count_past_end, count_too_small,
+                              bad_count, empty_line, shadowed, dead_marker, block_overlap})
+        if (is_readable(pair))
+          rule(edition, pair, findings);
+}
+
+void check_map(const MapRun& run, Findings& findings) {
+  for (const auto rule : {cut_value, past_map_end, swallowed_block, not_current, not_stable})
+    rule(run, findings);
+}
+
+}  // namespace
 
 Checker::Checker(std::vector<Edition> editions_in) : editions(std::move(editions_in)) {
   for (const Edition& edition : editions)

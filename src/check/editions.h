@@ -13,8 +13,6 @@
 struct Pair {
   OldTemplate old;
   NewTemplate current;
-
-  bool whole() const { return !old.failure && !current.failure; }
 };
 using Pairs = std::map<std::string, Pair>;  // by the version, as the file names have it
 

@@ -149,9 +149,9 @@ void block_overlap(const Edition&, const Pair& pair, Findings& findings) {
       const std::size_t t = output.marker == Marker::none ? 0 : known.find(output.text);
       if (in_block && t > 0 && sectionof(pair.old, t) != s)
         findings.warning("block-overlap", pair.old.filename, pair.old.oldheads[s],
-                         "section " + section_name(pair.old, pair.old.oldheads[s]) +
-                             " includes a line like " + quoted(pair.old.lines[t]) + ", which " +
-                             line_number(t) + " does not recognise there");
+                         "section " + section_name(pair.old, s) + " includes a line like " +
+                             quoted(pair.old.lines[t]) + ", which " + line_number(t) +
+                             " does not recognise there");
     }
   }
 }

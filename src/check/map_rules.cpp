@@ -8,13 +8,15 @@
 
 namespace {
 
-// Whether a value that `line` holds goes across position `at`.
-bool cuts(std::string_view line, std::size_t at) {
+// Whether a value that `line` holds goes across position `at`. A quotation mark there may be the
+// value's start only if `at_start`.
+bool cuts(std::string_view line, std::size_t at, bool at_start) {
   if (at == 0 || at >= line.size() || is_blank(line[at - 1]))
     return false;
   const char before = line[at - 1], first = line[at];
   const bool in_number = is_digit(first) && (is_digit(before) || before == '.' || before == '-');
-  return in_number || (is_letter(first) && is_letter(before)) || first == '"';
+  const bool in_word = is_letter(first) && is_letter(before);
+  return in_number || in_word || (first == '"' && !at_start);
 }
 
 // The part of a value that the marker of an output line loses; empty if it loses none.
@@ -26,7 +28,7 @@ std::string lost_value(const OutputLine& output, std::string_view first, std::st
   const std::size_t kept = output.marker == Marker::last_two ? 2 : 1;
   const std::size_t at = rest ? output.text.size() - 1 : line.size() - std::min(kept, line.size());
   const bool nothing_left = rest && at >= line.size() && stripped(line).find(' ') != line.npos;
-  if (!cuts(line, at) && !nothing_left)
+  if (!cuts(line, at, rest) && !nothing_left)
     return "";
   return "cuts " + quoted(unindented(line)) + " to " +
          quoted(line.substr(std::min(at, line.size())));
@@ -42,8 +44,7 @@ struct Cut {
 std::map<std::size_t, Cut> cuts_of(const Pass& pass) {
   std::map<std::size_t, Cut> cuts;
   for (const Block& block : pass.blocks) {
-    const auto [begin, end] =
-        output_of(pass.pair.current, sectionof(pass.pair.old, block.recognised_by));
+    const auto [begin, end] = output_of(pass.pair.current, pass.section_of(block));
     for (std::size_t i = begin; i < end; ++i) {
       const std::size_t rest = pass.pair.current.output[i].marker == Marker::rest ? 0 : i - begin;
       std::string how = lost_value(pass.pair.current.output[i], pass.input[block.line],
@@ -78,7 +79,7 @@ std::size_t starts_other(const Pass& pass, std::size_t k, std::size_t section) {
 // to be in the block if the output line that is aligned with it begins with the same word.
 void check_block(const MapRun& run, const Pass& pass, const Block& block,
                  std::set<std::pair<std::size_t, std::size_t>>& known, Findings& findings) {
-  const std::size_t s = sectionof(pass.pair.old, block.recognised_by);
+  const std::size_t s = pass.section_of(block);
   const auto [begin, end] = output_of(pass.pair.current, s);
   for (std::size_t d = 1; d < block.count; ++d) {
     const std::size_t t = starts_other(pass, block.line + d, s);
@@ -89,9 +90,8 @@ void check_block(const MapRun& run, const Pass& pass, const Block& block,
       continue;
     findings.error("block-overlap", run.map.path, pass.origins[block.line + d].line,
                    quoted(line) + " is replaced in a block of section " +
-                       section_name(pass.pair.old, pass.pair.old.oldheads[s]) + ", but " +
-                       line_number(t) + " of " + name_of(pass.pair.old.filename) +
-                       " recognises it");
+                       section_name(pass.pair.old, s) + ", but " + line_number(t) + " of " +
+                       name_of(pass.pair.old.filename) + " recognises it");
   }
 }
 
@@ -125,11 +125,10 @@ void cut_value(const MapRun& run, Findings& findings) {
 void past_map_end(const MapRun& run, Findings& findings) {
   for (const Pass& pass : run.passes)
     for (const Block& block : pass.blocks) {
-      const std::size_t s = sectionof(pass.pair.old, block.recognised_by);
+      const std::size_t s = pass.section_of(block);
       if (pass.pair.old.counts[s] > static_cast<long long>(pass.input.size() - block.line))
         findings.error("past-map-end", run.map.path, pass.origins[block.line].line,
-                       "a block of section " +
-                           section_name(pass.pair.old, pass.pair.old.oldheads[s]) + " has " +
+                       "a block of section " + section_name(pass.pair.old, s) + " has " +
                            std::to_string(pass.pair.old.counts[s]) +
                            " lines, but the map ends before that");
     }
@@ -207,9 +206,4 @@ void UnmatchedLines::report(Findings& findings) const {
                        quoted(pair->old.lines[line]) + " recognises no line of the given maps" +
                            (reason == unmatched.reasons.end() ? "" : reason->second));
     }
-}
-
-void check_map(const MapRun& run, Findings& findings) {
-  for (const auto rule : {cut_value, past_map_end, swallowed_block, not_current, not_stable})
-    rule(run, findings);
 }

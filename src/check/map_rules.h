@@ -15,9 +15,6 @@ void swallowed_block(const MapRun& run, Findings& findings);  // "block-overlap"
 void not_current(const MapRun& run, Findings& findings);
 void not_stable(const MapRun& run, Findings& findings);
 
-// All of the above.
-void check_map(const MapRun& run, Findings& findings);
-
 // "unmatched": recognition lines that match nothing in any map.
 class UnmatchedLines {
 public:

@@ -15,8 +15,7 @@ Failure no_templates(const Edition& edition, const std::string& version, bool fi
 
 // Appends where the lines come from that a block became.
 void add_block(const Pass& pass, const Block& block, std::vector<Origin>& origins) {
-  const auto [begin, end] =
-      output_of(pass.pair.current, sectionof(pass.pair.old, block.recognised_by));
+  const auto [begin, end] = output_of(pass.pair.current, pass.section_of(block));
   const std::size_t last = block.line + std::max<std::size_t>(block.count, 1) - 1;
   for (std::size_t i = begin; i < end; ++i)
     if (pass.pair.current.output[i].marker != Marker::dropped)

@@ -26,6 +26,10 @@ struct Pass {
   const LineArray& input;
   std::vector<Origin> origins;  // of the input's lines
   Blocks blocks;
+
+  std::size_t section_of(const Block& block) const {
+    return sectionof(pair.old, block.recognised_by);
+  }
 };
 
 // The conversion of a map that is older than the current format.

@@ -8,18 +8,17 @@
 
 namespace {
 
-std::vector<std::string> section_names(const Template& file,
-                                       const std::vector<std::size_t>& heads) {
+template <class Kind> std::vector<std::string> section_names(const Kind& file) {
   std::vector<std::string> names;
-  for (const std::size_t head : heads)
-    names.push_back(section_name(file, head));
+  for (std::size_t s = 0; s < file.counts.size(); ++s)
+    names.push_back(section_name(file, s));
   return names;
 }
 
 // Where the names of the sections begin to differ: most likely one is missing or too many there.
 std::size_t first_difference(const Pair& pair) {
-  const auto old_names = section_names(pair.old, pair.old.oldheads);
-  const auto new_names = section_names(pair.current, pair.current.newheads);
+  const auto old_names = section_names(pair.old);
+  const auto new_names = section_names(pair.current);
   const auto [old, current] =
       std::mismatch(old_names.begin(), old_names.end(), new_names.begin(), new_names.end());
   const auto s = static_cast<std::size_t>(current - new_names.begin());
@@ -52,11 +51,10 @@ void check_rest(const NewTemplate& current, std::size_t s, Findings& findings) {
   const Lines body = body_of(current, s), output = output_of(current, s);
   for (std::size_t i = output.end; i < body.end && current.counts[s] > 0; ++i)
     if (!stripped(current.lines[i]).empty() && !is_remark(current.lines[i]))
-      return findings.warning("count-too-small", current.filename, i,
-                              "this line is behind the " +
-                                  counted(output.end - output.begin, "line") + " of section " +
-                                  section_name(current, current.newheads[s]) +
-                                  " and is never written (a remark begins with \"=\")");
+      return findings.warning(
+          "count-too-small", current.filename, i,
+          "this line is behind the " + counted(output.end - output.begin, "line") + " of section " +
+              section_name(current, s) + " and is never written (a remark begins with \"=\")");
 }
 
 }  // namespace
@@ -71,8 +69,8 @@ void section_count(const Edition&, const Pair& pair, Findings& findings) {
 }
 
 void section_order(const Edition&, const Pair& pair, Findings& findings) {
-  auto old_names = section_names(pair.old, pair.old.oldheads);
-  auto new_names = section_names(pair.current, pair.current.newheads);
+  auto old_names = section_names(pair.old);
+  auto new_names = section_names(pair.current);
   const std::size_t first = first_difference(pair);
   const bool same = old_names == new_names;
   std::sort(old_names.begin(), old_names.end());

@@ -6,11 +6,29 @@
 
 #include <algorithm>
 
+namespace {
+
+std::string name_in(std::string_view header) {
+  const auto name = header.substr(0, header.find('$'));
+  return quoted(stripped(name.substr(is_remark(name) ? 1 : 0)));
+}
+
+}  // namespace
+
 bool is_blank(char c) { return c == ' ' || c == '\t'; }
 bool is_digit(char c) { return c >= '0' && c <= '9'; }
 bool is_letter(char c) {
   const char lower = ascii_lower(c);
   return !is_ascii(c) || (lower >= 'a' && lower <= 'z');
+}
+
+bool is_one_line(std::string_view text) {
+  return !text.empty() && text.find(LineArray::line_end) == text.npos;
+}
+
+bool is_readable(const Pair& pair) {
+  return !pair.old.failure && !pair.current.failure && !is_one_line(pair.old.lines.text()) &&
+         !is_one_line(pair.current.lines.text());
 }
 
 bool is_remark(std::string_view line) { return line.starts_with('='); }
@@ -23,11 +41,12 @@ std::string_view stripped(std::string_view line) {
   return unindented(line.substr(0, line.find_last_not_of(" \t") + 1));
 }
 
-std::string section_name(const Template& file, std::size_t head) {
-  std::string_view name = file.lines[head];
-  name = name.substr(0, name.find('$'));
-  name.remove_prefix(is_remark(name) ? 1 : 0);
-  return quoted(stripped(name));
+std::string section_name(const OldTemplate& old, std::size_t s) {
+  return name_in(old.lines[old.oldheads[s]]);
+}
+
+std::string section_name(const NewTemplate& current, std::size_t s) {
+  return name_in(current.lines[current.newheads[s]]);
 }
 
 bool recognises(const OldTemplate& old, std::size_t i) {

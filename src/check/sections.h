@@ -1,7 +1,7 @@
 // What the rules ask about the lines of templates.
 #pragma once
 
-#include "engine/templates.h"
+#include "check/editions.h"
 
 #include <string>
 #include <string_view>
@@ -9,6 +9,12 @@
 bool is_blank(char c);
 bool is_digit(char c);
 bool is_letter(char c);  // so is every byte beyond ASCII
+
+// Whether a text counts as one line because it has no CR LF.
+bool is_one_line(std::string_view text);
+
+// Whether both files of a pair are there, and neither counts as one line.
+bool is_readable(const Pair& pair);
 
 // Whether a line is its writer's own remark: it begins with "=".
 bool is_remark(std::string_view line);
@@ -18,7 +24,8 @@ std::string_view unindented(std::string_view line);
 std::string_view stripped(std::string_view line);
 
 // The name of a section, in quotes: what stands before the "$" of its header, without the "=".
-std::string section_name(const Template& file, std::size_t head);
+std::string section_name(const OldTemplate& old, std::size_t s);
+std::string section_name(const NewTemplate& current, std::size_t s);
 
 // Whether line `i` is there to recognise lines of a map: not the title, a header, a remark or
 // empty.

@@ -10,7 +10,7 @@ void line_ends(const Edition& edition, Findings& findings);
 void missing_pair(const Edition& edition, Findings& findings);
 void no_version(const Edition& edition, Findings& findings);
 
-// About a pair of which both files are there.
+// About a pair of which both files are there and have lines.
 void section_count(const Edition& edition, const Pair& pair, Findings& findings);
 void section_order(const Edition& edition, const Pair& pair, Findings& findings);
 void count_past_end(const Edition& edition, const Pair& pair, Findings& findings);
@@ -20,6 +20,3 @@ void empty_line(const Edition& edition, const Pair& pair, Findings& findings);
 void shadowed(const Edition& edition, const Pair& pair, Findings& findings);
 void dead_marker(const Edition& edition, const Pair& pair, Findings& findings);
 void block_overlap(const Edition& edition, const Pair& pair, Findings& findings);
-
-// All of them. A pair with a file of one line is checked no further than that.
-void check_templates(const Edition& edition, Findings& findings);
