@@ -3,6 +3,7 @@
 #include "check/template_rules.h"
 
 #include <algorithm>
+#include <map>
 
 namespace {
 
@@ -18,27 +19,34 @@ bool is_output(const NewTemplate& current, std::string_view title) {
   return false;
 }
 
-// Whether a dropped line was likely meant to be written: the current format has such a line or,
-// where the baseline shows no map, it is one word, as before a value.
-bool is_meant(const Edition& edition, std::string_view dropped) {
+// The lines of the baseline without their indentation, sorted, if it shows a map.
+std::vector<std::string_view> shown_map(const Edition& edition) {
+  std::vector<std::string_view> lines;
+  const std::size_t size = edition.baseline_lines ? edition.baseline_lines->size() : 0;
+  for (std::size_t i = 0; i < size && size > 2; ++i)
+    lines.push_back(unindented((*edition.baseline_lines)[i]));
+  std::sort(lines.begin(), lines.end());
+  return lines;
+}
+
+// Whether a dropped line was likely meant to be written: current maps have such a line or, where
+// none is shown, it is one word, as before a value.
+bool is_meant(const std::vector<std::string_view>& shown, std::string_view dropped) {
   const auto text = stripped(dropped.substr(0, dropped.find_last_not_of("#&") + 1));
-  if (text.empty())
-    return false;
-  if (!edition.baseline_lines || edition.baseline_lines->size() <= 2)
-    return text.find_first_of(" \t") == text.npos;
-  for (std::size_t i = 0; i < edition.baseline_lines->size(); ++i)
-    if (unindented((*edition.baseline_lines)[i]).starts_with(text))
-      return true;
-  return false;
+  const auto like = std::lower_bound(shown.begin(), shown.end(), text);
+  if (text.empty() || shown.empty())
+    return !text.empty() && text.find_first_of(" \t") == text.npos;
+  return like != shown.end() && like->starts_with(text);
 }
 
 // What is wrong with an output line that ends in a marker or nearly so; empty if nothing is.
-std::string fault_of(const Edition& edition, const NewTemplate& current, std::size_t i) {
+std::string fault_of(const std::vector<std::string_view>& shown, const NewTemplate& current,
+                     std::size_t i) {
   const OutputLine& output = current.output[i];
   const auto line = current.lines[i];
   const auto without_end = line.substr(0, line.find_last_not_of(" \t") + 1);
   const bool has_end = without_end.size() < line.size();
-  if (output.marker == Marker::dropped && is_meant(edition, line))
+  if (output.marker == Marker::dropped && is_meant(shown, line))
     return quoted(line) + " writes nothing: the markers are \" #\", \"##\" and \" &\"";
   if (output.marker == Marker::last_two && output.text.ends_with('#'))
     return "only the last two \"#\" are a marker, those before them are written into maps";
@@ -50,26 +58,36 @@ std::string fault_of(const Edition& edition, const NewTemplate& current, std::si
   return "";
 }
 
-// How many characters of a value the " &" of an output line loses behind recognition line `known`.
-// Where that ends in a blank or a quotation mark, the value begins there.
-std::size_t lost(const OutputLine& output, std::string_view known) {
-  const std::size_t start = output.text.size() - 1;
-  const std::size_t value = known.size() - (known.ends_with('"') ? 1 : 0);
-  const bool sure = known.ends_with('"') || known.ends_with(' ') || known.ends_with('\t');
-  return sure && start > value ? start - value : 0;
+// Where the values of the sections begin at the earliest, and behind which recognition line: this
+// is known where the line ends in a blank or in the quotation mark of the value.
+struct Value {
+  std::size_t begin, line;
+};
+
+std::map<std::size_t, Value> first_values(const OldTemplate& old) {
+  std::map<std::size_t, Value> values;
+  for (std::size_t i = 0; i < old.lines.size(); ++i) {
+    const auto line = old.lines[i];
+    if (!recognises(old, i) || !(line.ends_with('"') || is_blank(line.back())))
+      continue;
+    const Value value{line.size() - (line.ends_with('"') ? 1 : 0), i};
+    const auto [at, added] = values.try_emplace(sectionof(old, i), value);
+    if (value.begin < at->second.begin)
+      at->second = value;
+  }
+  return values;
 }
 
-// Reports the " &" of a section that lose characters behind recognition line `known`.
-void check_rest_markers(const Pair& pair, std::size_t known, Findings& findings) {
-  const auto [begin, end] = output_of(pair.current, sectionof(pair.old, known));
+// Reports the " &" of a section that copy from behind the beginning of `value`.
+void check_rest_markers(const Pair& pair, std::size_t s, const Value& value, Findings& findings) {
+  const auto [begin, end] = output_of(pair.current, s);
   for (std::size_t i = begin; i < end; ++i) {
     const OutputLine& output = pair.current.output[i];
-    const std::size_t count =
-        output.marker == Marker::rest ? lost(output, pair.old.lines[known]) : 0;
-    if (count > 0)
-      findings.warning("dead-marker", pair.current.filename, i,
-                       "the \" &\" loses " + counted(count, "character") +
-                           " at the start of the value behind " + quoted(pair.old.lines[known]));
+    if (output.marker == Marker::rest && output.text.size() - 1 > value.begin)
+      findings.warning(
+          "dead-marker", pair.current.filename, i,
+          "the \" &\" loses " + counted(output.text.size() - 1 - value.begin, "character") +
+              " at the start of the value behind " + quoted(pair.old.lines[value.line]));
   }
 }
 
@@ -127,15 +145,15 @@ void shadowed(const Edition&, const Pair& pair, Findings& findings) {
 }
 
 void dead_marker(const Edition& edition, const Pair& pair, Findings& findings) {
+  const auto shown = shown_map(edition);
   for (std::size_t s = 0; s < pair.current.newheads.size(); ++s) {
     const auto [begin, end] = output_of(pair.current, s);
     for (std::size_t i = begin; i < end; ++i)
-      if (const std::string fault = fault_of(edition, pair.current, i); !fault.empty())
+      if (const std::string fault = fault_of(shown, pair.current, i); !fault.empty())
         findings.warning("dead-marker", pair.current.filename, i, fault);
   }
-  for (std::size_t i = 0; i < pair.old.lines.size(); ++i)
-    if (recognises(pair.old, i))
-      check_rest_markers(pair, i, findings);
+  for (const auto& [s, value] : first_values(pair.old))
+    check_rest_markers(pair, s, value, findings);
 }
 
 // The lines of a block are known by the output lines that take a value from them or leave one out.

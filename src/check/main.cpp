@@ -4,9 +4,10 @@
 #include "platform/path_rules.h"
 
 #include <algorithm>
+#include <cstdio>
+#include <exception>
 #include <filesystem>
 #include <fstream>
-#include <new>
 #include <optional>
 
 namespace fs = std::filesystem;
@@ -29,7 +30,7 @@ constexpr const char* help =
     "Findings are FILE:LINE: error|warning: TEXT [RULE]. The exit status is 0 if there are\n"
     "no errors, 1 if there are, and 2 for a wrong argument or a file that cannot be read.\n";
 
-// Larger templates are refused: the longest line numbers and versions fit many times.
+// Larger files are refused.
 constexpr std::uintmax_t largest_template = 16 << 20;  // bytes
 constexpr std::uintmax_t largest_map = LineArray::max_text_size;
 
@@ -83,7 +84,7 @@ Result<std::string> read(const fs::path& path, std::uintmax_t largest) {
 Result<Texts> read_templates(const std::string& folder, std::optional<char> edition) {
   Texts texts;
   std::error_code error;
-  fs::directory_iterator entries(path_of(folder.empty() ? "." : folder), error);
+  fs::directory_iterator entries(path_of(folder), error);
   for (; !error && entries != fs::directory_iterator(); entries.increment(error)) {
     const std::string name = text_of(entries->path().filename());
     if (!is_template_name(name) || (edition && ascii_lower(name[0]) != *edition))
@@ -96,18 +97,18 @@ Result<Texts> read_templates(const std::string& folder, std::optional<char> edit
   if (error)
     return Failure{folder, "read the folder", error.message()};
   if (texts.empty())
-    return Failure{folder.empty() ? "." : folder, "check it", "there are no templates in it"};
+    return Failure{folder, "check it", "there are no templates in it"};
   return texts;
 }
 
 // Checks what the options name; `diffs` gets the differences. The findings, or what could not be
 // read.
 Result<Findings> check(const Options& options, std::string& diffs) {
-  const std::string folder = options.names.empty() ? "" : options.names[0];
+  const std::string folder = options.names.empty() ? "." : options.names[0];
   const auto texts = read_templates(folder, options.edition);
   if (!texts)
     return texts.failure();
-  Checker checker(find_editions(folder, *texts));
+  Checker checker(find_editions(options.names.empty() ? "" : folder, *texts));
   for (std::size_t i = 1; i < options.names.size(); ++i) {
     auto text = read(path_of(options.names[i]), largest_map);
     if (!text)
@@ -149,8 +150,8 @@ int run(const std::vector<std::string>& arguments) {
 int main(int argc, char** argv) {
   try {
     return run(command_line(argc, argv));
-  } catch (const std::bad_alloc&) {
-    print_error("Not enough memory.\n");
+  } catch (const std::exception& error) {  // out of memory, or a name that is no UTF-8 on Windows
+    std::fprintf(stderr, "vora-template-check: %s\n", error.what());
     return 2;
   }
 }

@@ -3,7 +3,6 @@
 #include "check/template_rules.h"
 #include "engine/numbers.h"
 
-#include <optional>
 #include <set>
 
 namespace {
@@ -15,56 +14,34 @@ std::string usual_line(const Edition& edition, const std::string& version) {
   return std::string(line) + version;
 }
 
-bool is_current(const Edition& edition, std::string_view line) {
-  return has_number(version_of(line)) && numeric_value(version_of(line)) == *edition.version;
-}
-
-// The first line that a section writes; nothing where it writes none.
-std::optional<std::size_t> first_output(const NewTemplate& current, std::size_t s) {
-  const auto [begin, end] = output_of(current, s);
-  for (std::size_t i = begin; i < end; ++i)
-    if (current.output[i].marker != Marker::dropped)
-      return i;
-  return std::nullopt;
-}
-
-// The line of the new template that decides about the version of maps with such a version line, and
-// whether it ends in the current one.
-struct Version {
-  std::size_t line;
-  bool current;
+// The line that section `s` writes first, and whether it is a version line of the current version.
+struct FirstLine {
+  std::size_t line = 0;  // of the new template
+  bool current = false;
 };
 
-Version version_written(const Edition& edition, const Pair& pair, std::string_view version_line) {
-  const std::size_t t = matchline(pair.old, version_line);
-  const auto line = t > 0 ? first_output(pair.current, sectionof(pair.old, t)) : std::nullopt;
-  if (!line)
-    return {0, false};
-  return {*line, pair.current.output[*line].marker == Marker::none &&
-                     is_current(edition, pair.current.lines[*line])};
+FirstLine first_line(const Edition& edition, const NewTemplate& current, std::size_t s) {
+  const auto [begin, end] = output_of(current, s);
+  for (std::size_t i = begin; i < end; ++i)
+    if (const Marker marker = current.output[i].marker; marker != Marker::dropped) {
+      const auto version = version_of(current.lines[i]);
+      return {i, marker == Marker::none && has_number(version) &&
+                     numeric_value(version) == *edition.version};
+    }
+  return {};
 }
 
-// What the version line of maps may be: the baseline's if the template recognises it, else any
-// recognition line that ends in the version.
-std::vector<std::string> version_lines(const Edition& edition, const OldTemplate& old,
+// The sections that the version line of maps may belong to: that of the baseline's line if the
+// template recognises it, else those with a recognition line that ends in the version.
+std::set<std::size_t> version_sections(const Edition& edition, const OldTemplate& old,
                                        const std::string& version) {
-  const std::string usual = usual_line(edition, version);
-  if (matchline(old, usual) > 0)
-    return {usual};
-  std::vector<std::string> lines;
+  if (const std::size_t t = matchline(old, usual_line(edition, version)))
+    return {sectionof(old, t)};
+  std::set<std::size_t> sections;
   for (std::size_t i = 1; i < old.lines.size(); ++i)
     if (recognises(old, i) && version_of(old.lines[i]) == version)
-      lines.emplace_back(old.lines[i]);
-  return lines;
-}
-
-// Whether any section writes a line first that ends in the current version.
-bool writes_version(const Edition& edition, const Pair& pair) {
-  for (std::size_t s = 0; s < pair.current.newheads.size(); ++s)
-    if (const auto line = first_output(pair.current, s);
-        line && is_current(edition, pair.current.lines[*line]))
-      return true;
-  return false;
+      sections.insert(sectionof(old, matchline(old, old.lines[i])));
+  return sections;
 }
 
 void check_title(const OldTemplate& old, Findings& findings) {
@@ -74,25 +51,31 @@ void check_title(const OldTemplate& old, Findings& findings) {
                          ", recognises it: in a map that begins so, a block starts there");
 }
 
+bool any_writes_version(const Edition& edition, const NewTemplate& current) {
+  for (std::size_t s = 0; s < current.newheads.size(); ++s)
+    if (first_line(edition, current, s).current)
+      return true;
+  return false;
+}
+
 // Adds the version line that the pair writes to `written`.
 void check_version(const Edition& edition, const Pair& pair, const std::string& version,
                    std::set<std::string>& written, Findings& findings) {
   constexpr const char* rule = "no-version";
   check_title(pair.old, findings);
-  const auto lines = version_lines(edition, pair.old, version);
-  std::size_t place = 0;
-  for (const std::string& line : lines) {
-    const Version found = version_written(edition, pair, line);
-    if (found.current)
-      return static_cast<void>(written.emplace(pair.current.lines[found.line]));
-    place = place > 0 ? place : found.line;
+  const auto sections = version_sections(edition, pair.old, version);
+  FirstLine first;
+  for (const std::size_t s : sections) {
+    first = first_line(edition, pair.current, s);
+    if (first.current)
+      return static_cast<void>(written.emplace(pair.current.lines[first.line]));
   }
-  if (lines.empty() && writes_version(edition, pair))
+  if (sections.empty() && any_writes_version(edition, pair.current))
     findings.warning(rule, pair.old.filename, 0,
                      "no line recognises the version line " + quoted(usual_line(edition, version)) +
                          "; if such maps have another, write all of it");
   else
-    findings.error(rule, pair.current.filename, place,
+    findings.error(rule, pair.current.filename, first.line,
                    "no section writes a version line that ends in " +
                        number_text(*edition.version) + ": each run converts such maps again");
 }
@@ -102,9 +85,10 @@ void check_fix(const Edition& edition, const Pair& fix, const std::set<std::stri
                Findings& findings) {
   check_title(fix.old, findings);
   for (const std::string& line : written) {
-    const Version found = version_written(edition, fix, line);
-    if (matchline(fix.old, line) > 0 && !found.current)
-      findings.warning("no-version", fix.current.filename, found.line,
+    const std::size_t t = matchline(fix.old, line);
+    const FirstLine first = first_line(edition, fix.current, t > 0 ? sectionof(fix.old, t) : 0);
+    if (t > 0 && !first.current)
+      findings.warning("no-version", fix.current.filename, first.line,
                        "it can replace the version line " + quoted(line) + " by another");
   }
 }
