@@ -19,8 +19,10 @@ void check_templates(const Edition& edition, Findings& findings) {
 }
 
 void check_map(const MapRun& run, Findings& findings) {
-  for (const auto rule : {cut_value, past_map_end, swallowed_block, not_current, not_stable})
-    rule(run, findings);
+  not_current(run, findings);
+  for (const auto rule : {cut_value, past_map_end, swallowed_block, not_stable})
+    if (run.result)
+      rule(run, findings);
 }
 
 }  // namespace

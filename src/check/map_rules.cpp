@@ -5,6 +5,7 @@
 #include "engine/numbers.h"
 
 #include <algorithm>
+#include <optional>
 
 namespace {
 
@@ -19,26 +20,32 @@ bool cuts(std::string_view line, std::size_t at, bool at_start) {
   return in_number || in_word || (first == '"' && !at_start);
 }
 
-// The part of a value that the marker of an output line loses; empty if it loses none.
-std::string lost_value(const OutputLine& output, std::string_view first, std::string_view aligned) {
-  if (output.marker == Marker::none || output.marker == Marker::dropped)
-    return "";
+// Where the marker of an output line begins to copy from a line; nothing where it copies nothing.
+std::optional<std::size_t> copied_from(const OutputLine& output, std::string_view line) {
+  switch (output.marker) {
+  case Marker::rest:
+    return output.text.size() - 1;
+  case Marker::last_two:
+    return line.size() - std::min<std::size_t>(2, line.size());
+  case Marker::last_character:
+    return line.size() - std::min<std::size_t>(1, line.size());
+  default:
+    return std::nullopt;
+  }
+}
+
+// Whether the marker of an output line loses a part of the value in a line.
+bool loses_value(const OutputLine& output, std::string_view line) {
+  const auto at = copied_from(output, line);
   const bool rest = output.marker == Marker::rest;
-  const std::string_view line = rest ? first : aligned;
-  const std::size_t kept = output.marker == Marker::last_two ? 2 : 1;
-  const std::size_t at = rest ? output.text.size() - 1 : line.size() - std::min(kept, line.size());
-  const bool nothing_left = rest && at >= line.size() && stripped(line).find(' ') != line.npos;
-  if (!cuts(line, at, rest) && !nothing_left)
-    return "";
-  return "cuts " + quoted(unindented(line)) + " to " +
-         quoted(line.substr(std::min(at, line.size())));
+  const bool all = rest && *at >= line.size() && stripped(line).find(' ') != line.npos;
+  return at && (all || cuts(line, *at, rest));
 }
 
 // What a line of the template has cut off first, and how often.
 struct Cut {
-  std::size_t line;  // of the map
-  std::string how;
-  std::size_t count;
+  std::size_t line;  // of the pass's input
+  std::size_t count = 0;
 };
 
 std::map<std::size_t, Cut> cuts_of(const Pass& pass) {
@@ -46,14 +53,10 @@ std::map<std::size_t, Cut> cuts_of(const Pass& pass) {
   for (const Block& block : pass.blocks) {
     const auto [begin, end] = output_of(pass.pair.current, pass.section_of(block));
     for (std::size_t i = begin; i < end; ++i) {
-      const std::size_t rest = pass.pair.current.output[i].marker == Marker::rest ? 0 : i - begin;
-      std::string how = lost_value(pass.pair.current.output[i], pass.input[block.line],
-                                   pass.input[block.line + rest]);
-      if (how.empty())
-        continue;
-      const auto [at, added] =
-          cuts.try_emplace(i, Cut{pass.origins[block.line + rest].line, std::move(how), 0});
-      ++at->second.count;
+      const OutputLine& output = pass.pair.current.output[i];
+      const std::size_t line = block.line + (output.marker == Marker::rest ? 0 : i - begin);
+      if (loses_value(output, pass.input[line]))
+        ++cuts.try_emplace(i, Cut{line}).first->second.count;
     }
   }
   return cuts;
@@ -114,12 +117,16 @@ void remove_matched(const Pass& pass, std::set<std::size_t>& lines) {
 
 void cut_value(const MapRun& run, Findings& findings) {
   for (const Pass& pass : run.passes)
-    for (const auto& [i, cut] : cuts_of(pass))
+    for (const auto& [i, cut] : cuts_of(pass)) {
+      const auto line = pass.input[cut.line];
+      const auto at = *copied_from(pass.pair.current.output[i], line);
       findings.warning(
-          "cut-value", run.map.path, cut.line,
+          "cut-value", run.map.path, pass.origins[cut.line].line,
           quoted(pass.pair.current.lines[i]) + ", " + line_number(i) + " of " +
-              name_of(pass.pair.current.filename) + ", " + cut.how +
+              name_of(pass.pair.current.filename) + ", cuts " + quoted(unindented(line)) + " to " +
+              quoted(line.substr(std::min(at, line.size()))) +
               (cut.count > 1 ? " (the first of " + std::to_string(cut.count) + ")" : ""));
+    }
 }
 
 void past_map_end(const MapRun& run, Findings& findings) {
@@ -157,8 +164,6 @@ void not_current(const MapRun& run, Findings& findings) {
 }
 
 void not_stable(const MapRun& run, Findings& findings) {
-  if (!run.result)
-    return;
   const Map again{run.map.path, LineArray::split(*run.result)};
   if (!is_old(run.edition, again))
     return;

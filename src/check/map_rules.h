@@ -9,10 +9,12 @@
 #include <set>
 #include <string>
 
+void not_current(const MapRun& run, Findings& findings);
+
+// About a conversion that succeeded.
 void cut_value(const MapRun& run, Findings& findings);
 void past_map_end(const MapRun& run, Findings& findings);
 void swallowed_block(const MapRun& run, Findings& findings);  // "block-overlap"
-void not_current(const MapRun& run, Findings& findings);
 void not_stable(const MapRun& run, Findings& findings);
 
 // "unmatched": recognition lines that match nothing in any map.
