@@ -67,25 +67,27 @@ std::string_view first_word(std::string_view line) {
   return line.substr(0, line.find_first_of(" \t#"));
 }
 
-// The line of the template that would start a block of another section at line `k` of a pass's
-// input; 0 when there is none.
-std::size_t starts_other(const Pass& pass, std::size_t k, std::size_t section) {
+// The line of the template that would start another block at line `k` of a pass's input; 0 when
+// there is none. The section's other recognition lines may be there for lines inside the block.
+std::size_t starts_other(const Pass& pass, std::size_t k, const Block& block) {
   const std::size_t t = matchline(pass.pair.old, pass.input[k]);
-  if (t == 0 || !recognises(pass.pair.old, t) || sectionof(pass.pair.old, t) == section)
+  const bool same_section = sectionof(pass.pair.old, t) == pass.section_of(block);
+  if (t == 0 || !recognises(pass.pair.old, t) || (same_section && t != block.recognised_by))
     return 0;
   const bool all = !pass.is_fix || (matchline(pass.pair.old, pass.input[k + 1]) > 0 &&
                                     matchline(pass.pair.old, pass.input[k + 2]) > 0);
   return all ? t : 0;
 }
 
-// Reports the first line of each other section that a block of `section` replaces. A line is meant
-// to be in the block if the output line that is aligned with it begins with the same word.
+// Reports a line that could start a block, but is replaced in another: the first one of each two
+// sections. It is meant to be there if the output line that is aligned with it begins with the same
+// word.
 void check_block(const MapRun& run, const Pass& pass, const Block& block,
                  std::set<std::pair<std::size_t, std::size_t>>& known, Findings& findings) {
   const std::size_t s = pass.section_of(block);
   const auto [begin, end] = output_of(pass.pair.current, s);
   for (std::size_t d = 1; d < block.count; ++d) {
-    const std::size_t t = starts_other(pass, block.line + d, s);
+    const std::size_t t = starts_other(pass, block.line + d, block);
     const auto line = pass.input[block.line + d];
     const bool meant =
         begin + d < end && first_word(pass.pair.current.lines[begin + d]) == first_word(line);

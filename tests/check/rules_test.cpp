@@ -63,6 +63,8 @@ TEST(Rules, FindTheirMistakes) {
       {"a $2\r\na\r\nb $1\r\nb", "a $2\r\na #\r\nb 1\r\nb $1\r\ny", "a 1\r\nb 2\r\nb 3", ""},
       {"a $2\r\na\r\nb $1\r\nb", "a $2\r\na #\r\nc #\r\nb $1\r\ny", "a 1\r\nb 2\r\nb 3",
        "a.galaxy:4 e block-overlap"},
+      {"a $2\r\na", "a $2\r\na #\r\nc #", "a 1\r\na 2", "a.galaxy:4 e block-overlap"},
+      {"a $2\r\na\r\nb", "a $2\r\na #\r\nc #", "a 1\r\nb 2\r\nb 3\r\nc 4", ""},
       // What happens to maps.
       {"a $1\r\na", "a $1\r\na #", "a 7\r\na 0.7\r\na -7\r\na x7\r\na \"A\"",
        "a.galaxy:4 w cut-value"},
