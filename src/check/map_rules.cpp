@@ -79,11 +79,14 @@ std::size_t starts_other(const Pass& pass, std::size_t k, const Block& block) {
   return all ? t : 0;
 }
 
+// The sections of lines that were reported, and those of their blocks.
+using Known = std::set<std::pair<std::size_t, std::size_t>>;
+
 // Reports a line that could start a block, but is replaced in another: the first one of each two
 // sections. It is meant to be there if the output line that is aligned with it begins with the same
 // word.
-void check_block(const MapRun& run, const Pass& pass, const Block& block,
-                 std::set<std::pair<std::size_t, std::size_t>>& known, Findings& findings) {
+void check_block(const MapRun& run, const Pass& pass, const Block& block, Known& known,
+                 Findings& findings) {
   const std::size_t s = pass.section_of(block);
   const auto [begin, end] = output_of(pass.pair.current, s);
   for (std::size_t d = 1; d < block.count; ++d) {
@@ -98,6 +101,27 @@ void check_block(const MapRun& run, const Pass& pass, const Block& block,
                        section_name(pass.pair.old, s) + ", but " + line_number(t) + " of " +
                        name_of(pass.pair.old.filename) + " recognises it");
   }
+}
+
+// Reports a block that ends too early or too late: the output ends in a fixed line which in the map
+// stands right behind the block, or inside it with other lines behind.
+void check_end(const MapRun& run, const Pass& pass, const Block& block, Known& known,
+               Findings& findings) {
+  const std::size_t s = pass.section_of(block), after = block.line + block.count;
+  const auto [begin, end] = output_of(pass.pair.current, s);
+  if (begin == end || pass.pair.current.output[end - 1].marker != Marker::none || block.count == 0)
+    return;
+  const auto last = unindented(pass.pair.current.lines[end - 1]);
+  const auto is_last = [&](std::size_t k) { return unindented(pass.input[k]) == last; };
+  std::size_t k = after;
+  while (k > block.line && !is_last(k))
+    --k;
+  if (k == block.line || is_last(after - 1) || !known.emplace(s, s).second)
+    return;
+  findings.warning("block-overlap", run.map.path, pass.origins[std::min(k + 1, after)].line,
+                   quoted(pass.input[std::min(k + 1, after)]) +
+                       (k == after ? " stays behind" : " is replaced in") + " a block of section " +
+                       section_name(pass.pair.old, s) + ", whose output ends in " + quoted(last));
 }
 
 // A line with every run of blanks and tabs as one blank, and without its indentation.
@@ -145,9 +169,11 @@ void past_map_end(const MapRun& run, Findings& findings) {
 
 void swallowed_block(const MapRun& run, Findings& findings) {
   for (const Pass& pass : run.passes) {
-    std::set<std::pair<std::size_t, std::size_t>> known;
-    for (const Block& block : pass.blocks)
+    Known known;
+    for (const Block& block : pass.blocks) {
       check_block(run, pass, block, known, findings);
+      check_end(run, pass, block, known, findings);
+    }
   }
 }
 

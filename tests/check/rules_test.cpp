@@ -65,6 +65,9 @@ TEST(Rules, FindTheirMistakes) {
        "a.galaxy:4 e block-overlap"},
       {"a $2\r\na", "a $2\r\na #\r\nc #", "a 1\r\na 2", "a.galaxy:4 e block-overlap"},
       {"a $2\r\na\r\nb", "a $2\r\na #\r\nc #", "a 1\r\nb 2\r\nb 3\r\nc 4", ""},
+      {"a $2\r\na", "a $2\r\na #\r\n\tend", "a 1\r\nb 2\r\nend", "a.galaxy:5 w block-overlap"},
+      {"a $4\r\na", "a $2\r\na #\r\n\tend", "a 1\r\nend\r\nb\r\nc", "a.galaxy:5 w block-overlap"},
+      {"a $3\r\na", "a $2\r\na #\r\nend", "a 1\r\nend\r\nend\r\nend", ""},
       // What happens to maps.
       {"a $1\r\na", "a $1\r\na #", "a 7\r\na 0.7\r\na -7\r\na x7\r\na \"A\"",
        "a.galaxy:4 w cut-value"},
