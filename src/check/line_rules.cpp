@@ -78,16 +78,22 @@ std::map<std::size_t, Value> first_values(const OldTemplate& old) {
   return values;
 }
 
-// Reports the " &" of a section that copy from behind the beginning of `value`.
+// Reports the " &" of a section that lose a part of `value`, or double the blank before it.
 void check_rest_markers(const Pair& pair, std::size_t s, const Value& value, Findings& findings) {
   const auto [begin, end] = output_of(pair.current, s);
+  const auto known = pair.old.lines[value.line];
   for (std::size_t i = begin; i < end; ++i) {
-    const OutputLine& output = pair.current.output[i];
-    if (output.marker == Marker::rest && output.text.size() - 1 > value.begin)
-      findings.warning(
-          "dead-marker", pair.current.filename, i,
-          "the \" &\" loses " + counted(output.text.size() - 1 - value.begin, "character") +
-              " at the start of the value behind " + quoted(pair.old.lines[value.line]));
+    if (pair.current.output[i].marker != Marker::rest)
+      continue;
+    const std::size_t start = pair.current.output[i].text.size() - 1;
+    if (start > value.begin)
+      findings.warning("dead-marker", pair.current.filename, i,
+                       "the \" &\" loses " + counted(start - value.begin, "character") +
+                           " at the start of the value behind " + quoted(known));
+    else if (start < value.begin && is_blank(known[start]))
+      findings.warning("dead-marker", pair.current.filename, i,
+                       "the \" &\" copies the blank before the value, too, behind " +
+                           quoted(known));
   }
 }
 

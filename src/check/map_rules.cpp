@@ -34,12 +34,15 @@ std::optional<std::size_t> copied_from(const OutputLine& output, std::string_vie
   }
 }
 
-// Whether the marker of an output line loses a part of the value in a line.
-bool loses_value(const OutputLine& output, std::string_view line) {
+// Whether the marker of an output line loses a part of the value in a line, or doubles the blank
+// before it.
+bool misses_value(const OutputLine& output, std::string_view line) {
   const auto at = copied_from(output, line);
-  const bool rest = output.marker == Marker::rest;
-  const bool all = rest && *at >= line.size() && stripped(line).find(' ') != line.npos;
-  return at && (all || cuts(line, *at, rest));
+  if (!at || output.marker != Marker::rest)
+    return at && cuts(line, *at, false);
+  const bool nothing_left = *at >= line.size() && stripped(line).find(' ') != line.npos;
+  const bool two_blanks = *at < line.size() && is_blank(line[*at]);
+  return nothing_left || two_blanks || cuts(line, *at, true);
 }
 
 // What a line of the template has cut off first, and how often.
@@ -55,7 +58,7 @@ std::map<std::size_t, Cut> cuts_of(const Pass& pass) {
     for (std::size_t i = begin; i < end; ++i) {
       const OutputLine& output = pass.pair.current.output[i];
       const std::size_t line = block.line + (output.marker == Marker::rest ? 0 : i - begin);
-      if (loses_value(output, pass.input[line]))
+      if (misses_value(output, pass.input[line]))
         ++cuts.try_emplace(i, Cut{line}).first->second.count;
     }
   }
@@ -149,8 +152,8 @@ void cut_value(const MapRun& run, Findings& findings) {
       findings.warning(
           "cut-value", run.map.path, pass.origins[cut.line].line,
           quoted(pass.pair.current.lines[i]) + ", " + line_number(i) + " of " +
-              name_of(pass.pair.current.filename) + ", cuts " + quoted(unindented(line)) + " to " +
-              quoted(line.substr(std::min(at, line.size()))) +
+              name_of(pass.pair.current.filename) + ", copies " +
+              quoted(line.substr(std::min(at, line.size()))) + " of " + quoted(line) +
               (cut.count > 1 ? " (the first of " + std::to_string(cut.count) + ")" : ""));
     }
 }

@@ -56,6 +56,7 @@ TEST(Rules, FindTheirMistakes) {
       {"a $1\r\n\ta \"", "a $1\r\n\t\ta &", nullptr, ""},
       {"a $1\r\n\ta ", "a $1\r\n\t\t\ta &", nullptr, "new:5 w dead-marker"},
       {"a $1\r\na", "a $1\r\n\t\t\tabc &", nullptr, ""},
+      {"a $1\r\na \"", "a $1\r\na &", nullptr, "new:5 w dead-marker"},
       // Blocks that overlap.
       {"a $2\r\na\r\nb $1\r\n\tb", "a $2\r\na #\r\nb #\r\nb $1\r\ny", nullptr,
        "old:4 w block-overlap"},
@@ -75,6 +76,7 @@ TEST(Rules, FindTheirMistakes) {
       {"a $1\r\na", "a $1\r\na ##", "a 7\r\na 17\r\na=1", ""},
       {"a $1\r\na", "a $1\r\nlong name &", "a Amber", "a.galaxy:3 w cut-value"},
       {"a $1\r\na", "a $1\r\nab &", "a Amber", ""},
+      {"a $1\r\na", "a $1\r\na &", "a Amber", "a.galaxy:3 w cut-value"},
       {"a $1\r\na", "a $1\r\nabc &", "a Amber", "a.galaxy:3 w cut-value"},
       {"a $2\r\na", "a $1\r\nx", "a", "a.galaxy:3 e past-map-end"},
       {"a $1\r\na\tb", "a $1\r\nx", "b\r\n  a b", "old:5 w unmatched"},
