@@ -91,14 +91,16 @@ struct Pass {
       return count.failure();
     if (out.size() > LineArray::max_text_size)
       return failure(newtemplate, "it makes the map larger than 1 GiB");
-    const auto lines = static_cast<std::size_t>(
-        std::clamp(*count, 0LL, static_cast<long long>(galaxylines.size() - k)));
-    if (blocks)
-      blocks->push_back({k, lines, t});
-    k += lines;
-    pending = k;
-    if (lines == 0)
+    const std::size_t line = k;
+    if (*count < 1) {
       carry_over();
+    } else {
+      k += static_cast<std::size_t>(
+          std::min(*count, static_cast<long long>(galaxylines.size() - k)));
+      pending = k;
+    }
+    if (blocks)
+      blocks->push_back({line, pending - line, t});
     return std::nullopt;
   }
 };
