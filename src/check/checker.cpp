@@ -5,6 +5,8 @@
 #include "check/template_rules.h"
 #include "check/unified_diff.h"
 
+#include <algorithm>
+
 namespace {
 
 void check_templates(const Edition& edition, Findings& findings) {
@@ -33,18 +35,20 @@ Checker::Checker(std::vector<Edition> editions_in) : editions(std::move(editions
 }
 
 const Edition* Checker::edition_of(const Map& map) const {
-  for (const Edition& edition : editions)
-    if (editions.size() == 1 ||
-        (edition.baseline_lines && (*edition.baseline_lines)[0] == map.lines[0]))
-      return &edition;
-  return nullptr;
+  const auto is_its = [&](const Edition& edition) {
+    return editions.size() == 1 ||
+           (edition.baseline_lines && (*edition.baseline_lines)[0] == map.lines[0]);
+  };
+  if (std::count_if(editions.begin(), editions.end(), is_its) != 1)
+    return nullptr;
+  return &*std::find_if(editions.begin(), editions.end(), is_its);
 }
 
 Result<std::string> Checker::add(const Map& map, bool diff) {
   const Edition* edition = edition_of(map);
   if (!edition)
     return Failure{map.path, "choose its edition",
-                   "its first line is that of no baseline; name the edition with --edition"};
+                   "its first line is not that of one baseline; name the edition with --edition"};
   if (map.lines.size() < 2)
     findings.error("not-current", map.path, 0, "it has no second line, so the program skips it");
   if (!is_old(*edition, map))

@@ -13,9 +13,9 @@ public:
   // Checks the templates themselves.
   explicit Checker(std::vector<Edition> editions_in);
 
-  // Checks the conversion of a map. A map is of the edition whose baseline has the same first line;
-  // fails if it is of none and there are several. A map of the current format is not converted.
-  // Returns what changes in the map: a unified diff if `diff` is set, else nothing.
+  // Checks the conversion of a map, which is of the edition whose baseline has the same first line,
+  // or of the only one; fails if that is none or two of them. A map of the current format is not
+  // converted. Returns what changes in the map: a unified diff if `diff` is set, else nothing.
   Result<std::string> add(const Map& map, bool diff);
 
   // To be called once, after the last map.

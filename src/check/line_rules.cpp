@@ -97,25 +97,6 @@ void check_rest_markers(const Pair& pair, std::size_t s, const Value& value, Fin
   }
 }
 
-// The recognition lines of a template without their indentation.
-struct Unindented {
-  explicit Unindented(const OldTemplate& old) {
-    std::vector<std::string_view> texts{""};
-    for (std::size_t i = 0; i < old.lines.size(); ++i)
-      if (recognises(old, i) && !unindented(old.lines[i]).empty()) {
-        texts.push_back(unindented(old.lines[i]));
-        lines.push_back(i);
-      }
-    index = PrefixIndex(texts);
-  }
-
-  // The last recognition line that a line begins with; 0 when there is none.
-  std::size_t find(std::string_view line) const { return lines[index.find(unindented(line))]; }
-
-  PrefixIndex index;
-  std::vector<std::size_t> lines{0};
-};
-
 }  // namespace
 
 void empty_line(const Edition&, const Pair& pair, Findings& findings) {
@@ -164,7 +145,7 @@ void dead_marker(const Edition& edition, const Pair& pair, Findings& findings) {
 
 // The lines of a block are known by the output lines that take a value from them or leave one out.
 void block_overlap(const Edition&, const Pair& pair, Findings& findings) {
-  const Unindented known(pair.old);
+  const LooseIndex known(pair.old);
   for (std::size_t s = 0; s < pair.old.oldheads.size(); ++s) {
     const auto [begin, end] = output_of(pair.current, s);
     for (std::size_t i = begin + 1; i < end; ++i) {

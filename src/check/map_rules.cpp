@@ -127,15 +127,6 @@ void check_end(const MapRun& run, const Pass& pass, const Block& block, Known& k
                        section_name(pass.pair.old, s) + ", whose output ends in " + quoted(last));
 }
 
-// A line with every run of blanks and tabs as one blank, and without its indentation.
-std::string with_single_blanks(std::string_view line) {
-  std::string text;
-  for (const char c : unindented(line))
-    if (!is_blank(c) || !text.ends_with(' '))
-      text += is_blank(c) ? ' ' : c;
-  return text;
-}
-
 void remove_matched(const Pass& pass, std::set<std::size_t>& lines) {
   for (const Block& block : pass.blocks)
     for (std::size_t d = 0; d < (pass.is_fix ? 3 : 1); ++d)
@@ -218,20 +209,13 @@ void UnmatchedLines::add(const MapRun& run) {
 
 // Looks for lines of a map that only tabs and blanks keep from being recognised.
 void UnmatchedLines::find_reasons(const MapRun& run, const Pass& pass, Unmatched& unmatched) {
-  std::vector<std::string> texts{""};
-  std::vector<std::size_t> lines{0};
-  for (const std::size_t line : unmatched.lines)
-    if (auto text = with_single_blanks(pass.pair.old.lines[line]); !text.empty()) {
-      texts.push_back(std::move(text));
-      lines.push_back(line);
-    }
-  const PrefixIndex index({texts.begin(), texts.end()});
-  for (std::size_t k = 0; k < pass.input.size() && texts.size() > 1; ++k)
-    if (const std::size_t found = index.find(with_single_blanks(pass.input[k]));
-        found > 0 && matchline(pass.pair.old, pass.input[k]) == 0)
+  const LooseIndex index(pass.pair.old);
+  for (std::size_t k = 0; k < pass.input.size() && !unmatched.lines.empty(); ++k)
+    if (const std::size_t t = index.find(pass.input[k]);
+        unmatched.lines.contains(t) && matchline(pass.pair.old, pass.input[k]) == 0)
       unmatched.reasons.emplace(
-          lines[found], ": " + line_number(pass.origins[k].line) + " of " + name_of(run.map.path) +
-                            " differs only in its tabs and blanks: " + quoted(pass.input[k]));
+          t, ": " + line_number(pass.origins[k].line) + " of " + name_of(run.map.path) +
+                 " differs only in its tabs and blanks: " + quoted(pass.input[k]));
 }
 
 void UnmatchedLines::report(Findings& findings) const {

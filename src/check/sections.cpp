@@ -13,6 +13,15 @@ std::string name_in(std::string_view header) {
   return quoted(stripped(name.substr(is_remark(name) ? 1 : 0)));
 }
 
+// Without indentation, and with every run of blanks and tabs as one blank.
+std::string loosened(std::string_view line) {
+  std::string text;
+  for (const char c : unindented(line))
+    if (!is_blank(c) || !text.ends_with(' '))
+      text += is_blank(c) ? ' ' : c;
+  return text;
+}
+
 }  // namespace
 
 bool is_blank(char c) { return c == ' ' || c == '\t'; }
@@ -52,6 +61,19 @@ std::string section_name(const NewTemplate& current, std::size_t s) {
 bool recognises(const OldTemplate& old, std::size_t i) {
   const auto line = old.lines[i];
   return i > 0 && !line.empty() && !is_header(line) && !is_remark(line);
+}
+
+LooseIndex::LooseIndex(const OldTemplate& old) {
+  for (std::size_t i = 0; i < old.lines.size(); ++i)
+    if (recognises(old, i) && !unindented(old.lines[i]).empty()) {
+      texts.push_back(loosened(old.lines[i]));
+      lines.push_back(i);
+    }
+  index = PrefixIndex({texts.begin(), texts.end()});
+}
+
+std::size_t LooseIndex::find(std::string_view line) const {
+  return lines[index.find(loosened(line))];
 }
 
 Lines body_of(const NewTemplate& current, std::size_t s) {

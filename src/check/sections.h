@@ -5,6 +5,7 @@
 
 #include <string>
 #include <string_view>
+#include <vector>
 
 bool is_blank(char c);
 bool is_digit(char c);
@@ -30,6 +31,21 @@ std::string section_name(const NewTemplate& current, std::size_t s);
 // Whether line `i` is there to recognise lines of a map: not the title, a header, a remark or
 // empty.
 bool recognises(const OldTemplate& old, std::size_t i);
+
+// Finds recognition lines whatever the tabs and blanks: every run of them counts as one blank, and
+// at the start of a line as nothing.
+class LooseIndex {
+public:
+  explicit LooseIndex(const OldTemplate& old);
+
+  // The last recognition line that `line` begins with; 0 when there is none.
+  std::size_t find(std::string_view line) const;
+
+private:
+  std::vector<std::string> texts{""};
+  std::vector<std::size_t> lines{0};  // of the template, for each text
+  PrefixIndex index;
+};
 
 // The lines `begin` up to but not including `end`.
 struct Lines {

@@ -150,11 +150,13 @@ TEST(Rules, FindWhatAFolderLacks) {
 }
 
 TEST(Rules, KnowAMapsEditionByItsFirstLine) {
-  const Texts texts{{"vnewstruct0.txt", "Map\r\nversion 4"},
-                    {"tnewstruct0.txt", "Chart\r\nversion 4"},
-                    {"toldstructfix4.txt", "Chart\r\n= a $1\r\na"},
-                    {"tnewstructfix4.txt", "Chart\r\n= a $1\r\nb"}};
+  Texts texts{{"vnewstruct0.txt", "Map\r\nversion 4"},
+              {"tnewstruct0.txt", "Chart\r\nversion 4"},
+              {"toldstructfix4.txt", "Chart\r\n= a $1\r\na"},
+              {"tnewstructfix4.txt", "Chart\r\n= a $1\r\nb"}};
   EXPECT_EQ(places(check_texts(texts, {"Map\r\nversion 3", "Chart\r\nversion 4", "Map\r\n"})),
             "a.galaxy:2 e not-current, c.galaxy:1 e not-current");
   EXPECT_NE(check_texts(texts, {"Plan\r\nversion 3"}).find("--edition"), std::string::npos);
+  texts["tnewstruct0.txt"] = texts["vnewstruct0.txt"];
+  EXPECT_NE(check_texts(texts, {"Map\r\nversion 3"}).find("--edition"), std::string::npos);
 }
