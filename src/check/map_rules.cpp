@@ -119,7 +119,7 @@ void check_end(const MapRun& run, const Pass& pass, const Block& block, Known& k
   std::size_t k = after;
   while (k > block.line && !is_last(k))
     --k;
-  if (k == block.line || is_last(after - 1) || !known.emplace(s, s).second)
+  if (last.empty() || k == block.line || is_last(after - 1) || !known.emplace(s, s).second)
     return;
   findings.warning("block-overlap", run.map.path, pass.origins[std::min(k + 1, after)].line,
                    quoted(pass.input[std::min(k + 1, after)]) +
