@@ -84,10 +84,10 @@ TEST(TemplatesDocument, ItsExamplesDoWhatTheySay) {
       continue;
     const bool fix = example.contains("fixold") || example.contains("fixnew");
     const std::string prefix = fix ? "fix" : "";
-    const auto result = (fix ? fix_pass : first_pass)(
-        index_old("old", file(example, prefix + "old")),
-        index_new("new", file(example, prefix + "new")), LineArray::split(*file(example, "map")),
-        nullptr);
+    const auto result =
+        (fix ? fix_pass : first_pass)(index_old("old", file(example, prefix + "old")),
+                                      index_new("new", file(example, prefix + "new")),
+                                      LineArray::split(*file(example, "map")), nullptr);
     const std::string reason = result ? "" : result.failure().reason;
     EXPECT_EQ(*file(example, example.contains("result") ? "result" : "error"),
               result ? *result : reason.substr(0, reason.find(": ")) + "\r\n");
