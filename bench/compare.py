@@ -1,11 +1,13 @@
 #!/usr/bin/env python3
 """Times the program and its alternatives in turn, and prints the medians.
 
-    compare.py convert|script|growth|search|start WORKFOLDER --build BUILDFOLDER [--rounds N]
+    compare.py convert|flushes|delay|script|growth|search|start WORKFOLDER --build BUILDFOLDER [--rounds N]
 
 WORKFOLDER holds a machine (`machine`) and its data files (`data`), as `scripts/bench` makes them.
 """
 import argparse
+import contextlib
+import glob
 import hashlib
 import os
 import shutil
@@ -142,6 +144,69 @@ def convert(folder, build, environment, rounds):
     print(f"{len(sizes)} maps of {sum(sizes) / 2**20:.1f} MB, the largest {max(sizes) / 2**20:.2f}")
 
 
+@contextlib.contextmanager
+def mounted(image, folder):
+    subprocess.run(["mount", "-o", "loop", image, folder], check=True)
+    try:
+        yield os.path.basename(os.path.dirname(os.path.dirname(next(
+            path for path in glob.glob("/sys/block/loop*/loop/backing_file")
+            if open(path, encoding="utf-8").read().strip() == image))))
+    finally:
+        subprocess.run(["umount", "-l", folder], check=True)
+
+
+def flush_requests(device):
+    """How many flush requests the kernel has sent to a block device."""
+    with open(f"/sys/block/{device}/stat", encoding="utf-8") as counters:
+        return int(counters.read().split()[15])
+
+
+def flushes(folder, build, environment, rounds):
+    """Counts the flush requests that a disk gets for each map, on file systems made for it."""
+    tree, data, image = (os.path.join(folder, name) for name in (USER, "data", "image"))
+    commands = {
+        "program": ([os.path.join(build, "vora-map-updater"), "/silent"], data),
+        "floor": ([os.path.join(build, "floor"), tree], data),
+    }
+    maps = os.path.join(folder, "maps")
+    os.rename(tree, maps)
+    os.mkdir(tree)
+    for kind in ("ext4", "xfs", "btrfs"):
+        with open(image, "wb") as file:
+            file.truncate(600 << 20)
+        try:
+            subprocess.run([f"mkfs.{kind}", "-q", image], check=True)
+            with mounted(image, tree) as device:
+                told = []
+                for name, command in commands.items():
+                    counts = []
+                    for _ in range(rounds):
+                        shutil.copytree(maps, tree, dirs_exist_ok=True)
+                        os.sync()
+                        before = flush_requests(device)
+                        run(*command, environment)
+                        counts.append(flush_requests(device) - before)
+                        count = sum(1 for _ in each(tree, ".galold"))
+                        restore(tree)
+                    told.append(f"{name} {statistics.median(counts) / count:.2f}")
+            print(f"{kind:5} flush requests a map, {count} maps: {', '.join(told)}")
+        except (OSError, StopIteration, subprocess.CalledProcessError) as error:
+            print(f"{kind:5} skipped, it wants root, loop devices and mkfs.{kind}: {error}")
+
+
+def delay(folder, build, environment, rounds):
+    """Times a run on a disk on which each flush takes 10 ms."""
+    tree, data = (os.path.join(folder, name) for name in (USER, "data"))
+    slow = dict(environment, LD_PRELOAD=os.path.join(build, "slow_flush.so"))
+    contenders = {
+        "program": ([os.path.join(build, "vora-map-updater"), "/silent"], data),
+        "floor": ([os.path.join(build, "floor"), tree], data),
+    }
+    contest = Contest(contenders, slow, lambda: restore(tree))
+    contest.play(rounds)
+    contest.tell()
+
+
 def script(folder, build, environment, rounds):
     tree, data, rules = (os.path.join(folder, name) for name in (USER, "data", "rules.sed"))
     make_sed_script(data, rules)
@@ -212,14 +277,14 @@ def start(folder, build, environment, rounds):
 
 def main():
     parser = argparse.ArgumentParser(description="time the program against its peers")
-    parser.add_argument("what", choices=["convert", "script", "growth", "search", "start"])
+    parser.add_argument("what", choices=["convert", "flushes", "delay", "script", "growth", "search", "start"])
     parser.add_argument("folder")
     parser.add_argument("--build", required=True, help="folder of the programs")
     parser.add_argument("--rounds", type=int, default=5)
     options = parser.parse_args()
     folder, build = os.path.abspath(options.folder), os.path.abspath(options.build)
     environment = dict(os.environ, WINEPREFIX=os.path.join(folder, "machine"))
-    contest = {"convert": convert, "script": script, "growth": growth, "search": search,
+    contest = {"convert": convert, "flushes": flushes, "delay": delay, "script": script, "growth": growth, "search": search,
                "start": start}
     contest[options.what](folder, build, environment, options.rounds)
 

@@ -1,22 +1,53 @@
-// The least that a conversion can cost: each map below a folder is read and replaced by itself,
-// with the care that the program takes, and nothing is looked at in between.
-#include "platform/prefix/prefix_files.h"
-#include "platform/prefix/process.h"
-
+// The least that a safe replacement can cost: each map below a folder is read, written to a
+// temporary file, flushed, linked to its backup, flushed with it and renamed over, one after the
+// other, with nothing checked and nothing converted.
 #include <cstdio>
+#include <cstdlib>
 #include <filesystem>
+#include <string>
+#include <vector>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 namespace fs = std::filesystem;
 
 namespace {
 
-Result<Done> replace_by_itself(Files& files, const std::string& map) {
-  const auto opened = files.open_map(map);
-  if (!opened)
-    return opened.failure();
-  OpenMap& open = **opened;
-  const std::string backup = open.name.substr(0, open.name.size() - 3) + "old";
-  return replace_map(open, {open.text, {}, open.text, backup});
+// Ends the program when a system call fails.
+template <class Result> Result check(Result result, const std::string& map) {
+  if (result >= 0)
+    return result;
+  std::perror(map.c_str());
+  std::exit(1);
+}
+
+std::string read_map(const std::string& map) {
+  const int file = check(::open(map.c_str(), O_RDONLY | O_CLOEXEC), map);
+  struct stat status;
+  check(::fstat(file, &status), map);
+  std::string text(static_cast<std::size_t>(status.st_size), '\0');
+  check(::read(file, text.data(), text.size()), map);
+  check(::close(file), map);
+  return text;
+}
+
+void flush_and_close(int file, const std::string& map) {
+  check(::fsync(file), map);
+  check(::close(file), map);
+}
+
+void replace(const std::string& map) {
+  const std::string text = read_map(map), temporary = map + ".tmp";
+  const std::string backup = map.substr(0, map.size() - 3) + "old";
+  const int file =
+      check(::open(temporary.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600), map);
+  check(::write(file, text.data(), text.size()), map);
+  flush_and_close(file, map);
+  check(::link(map.c_str(), backup.c_str()), map);
+  flush_and_close(check(::open(map.c_str(), O_RDONLY | O_CLOEXEC), map), map);
+  check(::rename(temporary.c_str(), map.c_str()), map);
 }
 
 }  // namespace
@@ -26,19 +57,11 @@ int main(int argc, char** argv) {
     std::fputs("usage: floor FOLDER\n", stderr);
     return 2;
   }
-  set_up_process();
-  const Machine machine = find_machine([](const Machine&) { return true; });
-  PrefixFiles files(machine);
-  const Paths paths(machine);
   std::vector<std::string> maps;
-  for (const auto& entry : fs::recursive_directory_iterator(fs::canonical(argv[1])))
+  for (const auto& entry : fs::recursive_directory_iterator(argv[1]))
     if (entry.path().extension() == ".galaxy")
-      maps.push_back(paths.windows_path(entry.path().string()));
-  for (const std::string& map : maps) {
-    if (const auto done = replace_by_itself(files, map); !done) {
-      std::fputs((done.failure().text() + "\n").c_str(), stderr);
-      return 1;
-    }
-  }
+      maps.push_back(entry.path());
+  for (const std::string& map : maps)
+    replace(map);
   return 0;
 }

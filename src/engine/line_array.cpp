@@ -11,7 +11,7 @@ constexpr std::size_t usual_length = 16;
 
 LineArray LineArray::split(std::string text) {
   LineArray array;
-  array.content = std::make_unique<const std::string>(std::move(text));
+  array.content = std::make_unique<std::string>(std::move(text));
   std::string_view rest = *array.content;
   while (rest.ends_with(line_end))
     rest.remove_suffix(line_end.size());

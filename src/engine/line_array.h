@@ -6,6 +6,7 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 // The lines of a text, numbered from 0, without their line ends. Lines are views into the text,
@@ -43,11 +44,14 @@ public:
   // The text that was split.
   std::string_view text() const { return content ? std::string_view(*content) : ""; }
 
+  // Gives the text away; the array is used no more.
+  std::string release() && { return content ? std::move(*content) : ""; }
+
 private:
   void add_line_ending_at(std::size_t end) {
     begins.push_back(static_cast<std::uint32_t>(end + line_end.size()));
   }
 
-  std::unique_ptr<const std::string> content;  // on the heap, so that moving keeps views valid
-  std::vector<std::uint32_t> begins;           // where each line begins, and where one more would
+  std::unique_ptr<std::string> content;  // on the heap, so that moving keeps views valid
+  std::vector<std::uint32_t> begins;     // where each line begins, and where one more would
 };

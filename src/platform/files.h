@@ -7,10 +7,12 @@
 // points to, except where a function says otherwise. Contents are bytes.
 #pragma once
 
-#include "platform/replacing.h"
+#include "platform/open_map.h"
 #include "platform/result.h"
 
+#include <cstddef>
 #include <memory>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -50,6 +52,14 @@ public:
 
   // Reads a map, like `read`, so that it can be replaced (see platform/replacing.h).
   virtual Result<std::unique_ptr<OpenMap>> open_map(const std::string& path) = 0;
+
+  // How many maps may be open at once and still leave the program the descriptors that it needs
+  // for other files. At least 1.
+  virtual std::size_t most_open_maps() = 0;
+
+  // Flushes files of maps that this object has opened, all of them to the disk at the same time,
+  // and notes what came of each.
+  virtual void flush(std::span<Unflushed> files) = 0;
 
   // Writes a text file anew, or appends to it. Neither follows a symlink.
   virtual Result<Done> write(const std::string& path, std::string_view text) = 0;

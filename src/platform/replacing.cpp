@@ -1,14 +1,15 @@
-// How a map is replaced by its converted self so that no instant is without the map.
+// How maps are replaced by their converted selves so that no instant is without a map.
 #include "platform/replacing.h"
 
+#include <algorithm>
+#include <new>
 #include <optional>
-#include <random>
 #include <utility>
 
 namespace {
 
-constexpr std::string_view temporary_start = ".vora-map-updater-";
-constexpr std::string_view temporary_end = ".tmp";
+constexpr std::size_t most_maps = 64;         // in a batch
+constexpr std::size_t most_bytes = 16 << 20;  // of their content
 
 constexpr int first_backup_number = 2;  // of backups that are renamed to make room
 
@@ -51,27 +52,53 @@ public:
   // Leaves the file as it is.
   void keep() { name.clear(); }
 
+  const std::string& entry() const { return name; }
+
 private:
   OpenMap& map;
   std::string name;  // empty when there is no file
 };
 
-// A replacement in progress: its steps in the order in which they are taken.
-class Replacing {
-public:
-  Replacing(OpenMap& map_in, const Replacement& wanted) : map(map_in), replacement(wanted) {}
+}  // namespace
 
+// A replacement in progress: its steps in the order in which they are taken. What a step leaves
+// unflushed is flushed before the next one.
+class ReplacementBatch::Replacing {
+public:
+  Replacing(std::unique_ptr<OpenMap> map_in, Replacement wanted)
+      : owned_map(std::move(map_in)), replacement(std::move(wanted)) {}
+
+  using Step = Result<Done> (Replacing::*)();
   Result<Done> lock();
   Result<Done> find_companions();
   Result<Done> write_temporaries();
   Result<Done> check_map();
   Result<Done> place_companions();
+  Result<Done> move_older_backup();
   Result<Done> make_backup();
+  Result<Done> place_copy();
   Result<Done> replace();
 
-  // After a failure: takes the backup name away again that the map got as a second hard link, and
-  // gives it back to the older backup that had it.
-  void undo_link();
+  // Takes a step unless one has failed before.
+  void take(Step step);
+
+  // What a step has left unflushed, and what came of flushing it.
+  struct ToFlush {
+    std::string entry, action;  // `action` is for a failure
+  };
+  std::vector<ToFlush> unflushed;
+  void note_flushed(const ToFlush& file, const Result<Done>& flushed);
+
+  void fail(Failure failure);
+  Failure out_of_memory() const { return failure("the memory is not enough"); }
+
+  bool conflicts_with(const Replacing& other) const {
+    return state.same_file(other.state) || folded == other.folded;
+  }
+  std::size_t size() const { return replacement.was.size(); }
+  OpenMap& open_map() const { return map; }
+
+  Result<Done> outcome = Done{};
 
 private:
   // A temporary file, and the name that it will get.
@@ -86,47 +113,78 @@ private:
   Result<Done> check_content();
   Result<Done> check_state(const std::string& name);
   Result<bool> is_backup(const std::string& name);
-  Result<Done> move_aside(const std::string& name);
   template <class Rename> Result<Done> give_free_number(const std::string& name, Rename rename);
   bool is_map(const std::string& name);
   Result<Done> link_or_copy_backup();
   Result<Done> link_in_place_of_equal_backup();
   Result<Done> number_equal_backup();
-  Result<Done> copy_backup();
+  Result<Done> write_copy();
   Result<Done> adopt_link();
   Result<Done> adopt_copy();
   Result<Done> check_backup();
   Result<Done> place(Prepared& file, const std::string& kept);
   Result<OpenMap::Kind> kind_of(const std::string& name);
-  Result<Done> flush(const std::string& name) {
-    return doing("flush " + name, [&] { return map.flush(name); });
-  }
+  Result<Done> flush(const std::string& name);
+  void undo_link();
   Failure failure(std::string reason) const { return {map.path, "convert it", std::move(reason)}; }
   Failure changed() const { return failure("it has changed since it was read"); }
 
-  OpenMap& map;
-  const Replacement& replacement;
+  const std::unique_ptr<OpenMap> owned_map;
+  OpenMap& map = *owned_map;
+  const Replacement replacement;
   OpenMap::FileState state{};  // of the map when it was read, or compared again
+  std::string folded;          // see OpenMap::folded
 
   std::vector<std::string> companions;  // their names as the folder spells them, in order
   std::string backup;                // the older backup as the folder spells it, then the new one
+  bool backup_is_equal = false;      // the older one holds what the map holds
   bool backup_is_hard_link = false;  // to the map's own file
   bool made_link = false;            // in this run
   std::optional<Temporary> equal_backup;  // an older backup that the link takes the place of
+  std::optional<Temporary> copy;          // of the map, before it gets its backup name
   OpenMap::FileState backup_state{};      // of a backup that is no hard link, when it was compared
   std::vector<Prepared> prepared;         // the companions, then the map
 };
 
-Result<Done> Replacing::lock() {
+// A step that runs out of memory fails like any other.
+void ReplacementBatch::Replacing::take(Step step) {
+  if (!outcome)
+    return;
+  try {
+    if (auto done = (this->*step)(); !done)
+      fail(done.failure());
+  } catch (const std::bad_alloc&) {
+    fail(out_of_memory());
+  }
+}
+
+void ReplacementBatch::Replacing::note_flushed(const ToFlush& file, const Result<Done>& flushed) {
+  if (!flushed && outcome)
+    fail({map.path, file.action, flushed.failure().reason});
+}
+
+void ReplacementBatch::Replacing::fail(Failure failure) {
+  outcome = std::move(failure);
+  unflushed.clear();
+  undo_link();
+}
+
+Result<Done> ReplacementBatch::Replacing::flush(const std::string& name) {
+  unflushed.push_back({name, "flush " + name});
+  return Done{};
+}
+
+Result<Done> ReplacementBatch::Replacing::lock() {
   const auto locked = map.lock();
   if (!locked)
     return locked.failure();
   state = *locked;
+  folded = map.folded();
   return Done{};
 }
 
 // Looks every name up once, before the first change to the folder.
-Result<Done> Replacing::find_companions() {
+Result<Done> ReplacementBatch::Replacing::find_companions() {
   for (const NewFile& file : replacement.companions) {
     const auto name = find_companion(file.name);
     if (!name)
@@ -143,7 +201,7 @@ Result<Done> Replacing::find_companions() {
 }
 
 // How the folder spells a companion; empty when there is none.
-Result<std::string> Replacing::find_companion(const std::string& name) {
+Result<std::string> ReplacementBatch::Replacing::find_companion(const std::string& name) {
   std::string found = map.spelled(name);
   if (found.empty())
     return found;
@@ -155,7 +213,7 @@ Result<std::string> Replacing::find_companion(const std::string& name) {
   return found;
 }
 
-Result<Done> Replacing::write_temporaries() {
+Result<Done> ReplacementBatch::Replacing::write_temporaries() {
   for (std::size_t i = 0; i < companions.size(); ++i) {
     const NewFile& file = replacement.companions[i];
     if (auto written = write_temporary(file, companions[i]); !written)
@@ -166,19 +224,22 @@ Result<Done> Replacing::write_temporaries() {
 }
 
 // `name` is what the temporary file will be renamed to.
-Result<Done> Replacing::write_temporary(const NewFile& file, const std::string& name) {
-  auto written = doing("write " + file.name, [&] { return map.write_temporary(file.text); });
+Result<Done> ReplacementBatch::Replacing::write_temporary(const NewFile& file,
+                                                          const std::string& name) {
+  const std::string action = "write " + file.name;
+  auto written = doing(action, [&] { return map.write_temporary(file.text); });
   if (!written)
     return written.failure();
   prepared.push_back({Temporary(map, *std::move(written)), name});
+  unflushed.push_back({prepared.back().temporary.entry(), action});
   return Done{};
 }
 
-Result<Done> Replacing::check_map() { return check_unchanged(state.settled); }
+Result<Done> ReplacementBatch::Replacing::check_map() { return check_unchanged(state.settled); }
 
 // The map must be as it was read. A state that is not settled cannot show that: a map that was
 // written just before may be written again within the same time stamp, or get its time stamp late.
-Result<Done> Replacing::check_unchanged(bool by_state) {
+Result<Done> ReplacementBatch::Replacing::check_unchanged(bool by_state) {
   if (!by_state) {
     const auto now = map.state_of(map.name);
     if (!now)
@@ -193,7 +254,7 @@ Result<Done> Replacing::check_unchanged(bool by_state) {
 }
 
 // What somebody else has saved since the reading must not be lost.
-Result<Done> Replacing::check_content() {
+Result<Done> ReplacementBatch::Replacing::check_content() {
   const auto same = map.holds(map.name, replacement.was);
   if (!same)
     return same.failure();
@@ -201,44 +262,59 @@ Result<Done> Replacing::check_content() {
 }
 
 // A name must be that of the file that was read, and nobody may have written to that file.
-Result<Done> Replacing::check_state(const std::string& name) {
+Result<Done> ReplacementBatch::Replacing::check_state(const std::string& name) {
   const auto now = map.state_of(name);
   if (!now)
     return now.failure();
   return *now == state ? Result<Done>(Done{}) : changed();
 }
 
-Result<Done> Replacing::place_companions() {
+Result<Done> ReplacementBatch::Replacing::place_companions() {
   for (std::size_t i = 0; i < companions.size(); ++i)
     if (auto placed = place(prepared[i], ""); !placed)
       return placed;
   return Done{};
 }
 
-Result<Done> Replacing::place(Prepared& file, const std::string& kept) {
+Result<Done> ReplacementBatch::Replacing::place(Prepared& file, const std::string& kept) {
   return doing("write " + file.name, [&] { return file.temporary.rename(file.name, kept); });
 }
 
-// Makes sure that the map has a backup, and that this is on the disk before the result is
-// renamed over the map: flushing a file flushes its names as well.
-Result<Done> Replacing::make_backup() {
+// A backup of other content makes room for the new one. Its new name is flushed before another
+// file gets the old one.
+Result<Done> ReplacementBatch::Replacing::move_older_backup() {
+  if (backup.empty())
+    return Done{};
+  const auto equal = is_backup(backup);
+  if (!equal)
+    return equal.failure();
+  backup_is_equal = *equal;
+  if (backup_is_equal)
+    return Done{};
+  const auto kind = kind_of(backup);
+  if (!kind)
+    return kind.failure();
+  return give_free_number(backup, [&](const std::string& free) {
+    auto moved = map.rename_no_replace(backup, free);
+    if (moved && *moved && *kind == OpenMap::Kind::file)
+      unflushed.push_back({free, "flush " + free});
+    return moved;
+  });
+}
+
+// Makes sure that the map has a backup. It is on the disk before the result is renamed over the
+// map: flushing a file flushes its names as well.
+Result<Done> ReplacementBatch::Replacing::make_backup() {
   if (replacement.backup.empty())
     return Done{};
-  if (!backup.empty()) {
-    const auto equal = is_backup(backup);
-    if (!equal)
-      return equal.failure();
-    if (*equal)
-      return link_in_place_of_equal_backup();
-    if (auto moved = move_aside(backup); !moved)
-      return moved;
-  }
+  if (backup_is_equal)
+    return link_in_place_of_equal_backup();
   backup = replacement.backup;
   return link_or_copy_backup();
 }
 
 // Whether an older backup holds just what the map holds.
-Result<bool> Replacing::is_backup(const std::string& name) {
+Result<bool> ReplacementBatch::Replacing::is_backup(const std::string& name) {
   const auto kind = kind_of(name);
   if (!kind)
     return kind.failure();
@@ -247,23 +323,9 @@ Result<bool> Replacing::is_backup(const std::string& name) {
   return doing("read " + name, [&] { return map.holds(name, replacement.was); });
 }
 
-Result<Done> Replacing::move_aside(const std::string& name) {
-  const auto kind = kind_of(name);
-  if (!kind)
-    return kind.failure();
-  return give_free_number(name, [&](const std::string& free) -> Result<bool> {
-    auto moved = map.rename_no_replace(name, free);
-    const bool is_file = *kind == OpenMap::Kind::file;
-    if (!moved || !*moved || !is_file)
-      return moved;
-    const auto flushed = flush(free);
-    return flushed ? moved : flushed.failure();
-  });
-}
-
 // Calls `rename` with the name of a backup and the first number that is free.
 template <class Rename>
-Result<Done> Replacing::give_free_number(const std::string& name, Rename rename) {
+Result<Done> ReplacementBatch::Replacing::give_free_number(const std::string& name, Rename rename) {
   for (int number = first_backup_number;; ++number) {
     const std::string free = name + std::to_string(number);
     if (!map.spelled(free).empty())
@@ -277,29 +339,29 @@ Result<Done> Replacing::give_free_number(const std::string& name, Rename rename)
 }
 
 // A hard link to the map; a copy where the file system has no hard links.
-Result<Done> Replacing::link_or_copy_backup() {
+Result<Done> ReplacementBatch::Replacing::link_or_copy_backup() {
   const auto linked =
       doing("make its backup " + backup, [&] { return map.link(map.name, backup); });
   if (!linked)
     return linked.failure();
   made_link = *linked;
-  return *linked ? adopt_link() : copy_backup();
+  return *linked ? adopt_link() : write_copy();
 }
 
 // The map's own file takes the place of a backup that holds the same, so that what another program
 // that has the map open writes to it is in the backup. The older backup waits under a temporary
 // name until the map is replaced.
-Result<Done> Replacing::link_in_place_of_equal_backup() {
+Result<Done> ReplacementBatch::Replacing::link_in_place_of_equal_backup() {
   if (is_map(backup))
     return adopt_link();
   const std::string action = "make its backup " + backup;
-  const std::string aside = OpenMap::temporary_name();
+  std::string aside = OpenMap::temporary_name();
   const auto moved = doing(action, [&] { return map.rename_no_replace(backup, aside); });
   if (!moved)
     return moved.failure();
   if (!*moved)
     return Failure{map.path, action, "the name is taken"};
-  equal_backup.emplace(map, aside);
+  equal_backup.emplace(map, std::move(aside));
   const auto linked = doing(action, [&] { return map.link(map.name, backup); });
   if (!linked)
     return linked.failure();
@@ -310,7 +372,8 @@ Result<Done> Replacing::link_in_place_of_equal_backup() {
     return adopt_copy();
   }
   made_link = true;
-  const auto equal = doing("read " + backup, [&] { return map.holds(aside, replacement.was); });
+  const auto equal =
+      doing("read " + backup, [&] { return map.holds(equal_backup->entry(), replacement.was); });
   if (!equal)
     return equal.failure();
   if (!*equal)  // somebody has just written to it
@@ -320,7 +383,7 @@ Result<Done> Replacing::link_in_place_of_equal_backup() {
 }
 
 // Gives the older backup a name that nothing else wants.
-Result<Done> Replacing::number_equal_backup() {
+Result<Done> ReplacementBatch::Replacing::number_equal_backup() {
   auto numbered = give_free_number(
       backup, [&](const std::string& free) { return equal_backup->rename_no_replace(free); });
   if (numbered)
@@ -328,24 +391,30 @@ Result<Done> Replacing::number_equal_backup() {
   return numbered;
 }
 
-Result<Done> Replacing::copy_backup() {
+Result<Done> ReplacementBatch::Replacing::write_copy() {
   const std::string action = "make its backup " + backup;
   auto written = doing(action, [&] { return map.write_temporary(replacement.was); });
   if (!written)
     return written.failure();
-  const auto renamed =
-      doing(action, [&] { return Temporary(map, *std::move(written)).rename_no_replace(backup); });
+  copy.emplace(map, *std::move(written));
+  unflushed.push_back({copy->entry(), action});
+  return Done{};
+}
+
+Result<Done> ReplacementBatch::Replacing::place_copy() {
+  if (!copy)
+    return Done{};
+  const std::string action = "make its backup " + backup;
+  const auto renamed = doing(action, [&] { return copy->rename_no_replace(backup); });
   if (!renamed)
     return renamed.failure();
-  if (!*renamed)
-    return Failure{map.path, action, "the name is taken"};
-  return adopt_copy();
+  return *renamed ? adopt_copy() : Failure{map.path, action, "the name is taken"};
 }
 
 // The backup was made as a hard link to the map. File systems that give each name a file number of
 // its own do not show that it is one, and another file may have had the map's name in that moment:
 // then it counts as a copy.
-Result<Done> Replacing::adopt_link() {
+Result<Done> ReplacementBatch::Replacing::adopt_link() {
   const auto now = map.state_of(backup);
   if (!now)
     return now.failure();
@@ -356,7 +425,7 @@ Result<Done> Replacing::adopt_link() {
 }
 
 // The backup is another file than the map. It is flushed, and must hold what the map holds.
-Result<Done> Replacing::adopt_copy() {
+Result<Done> ReplacementBatch::Replacing::adopt_copy() {
   const auto now = map.state_of(backup);
   if (!now)
     return now.failure();
@@ -368,7 +437,7 @@ Result<Done> Replacing::adopt_copy() {
 }
 
 // Between its flush and the replacement somebody may have removed or changed the backup.
-Result<Done> Replacing::check_backup() {
+Result<Done> ReplacementBatch::Replacing::check_backup() {
   const auto now = doing("look at " + backup, [&] { return map.state_of(backup); });
   if (!now)
     return now.failure();
@@ -379,7 +448,7 @@ Result<Done> Replacing::check_backup() {
 // The last check comes after everything slow, so that it sees what is saved while the map is
 // compared or its backup is copied or flushed. Where the map's own file does not become the backup,
 // content is compared, so that not even a writer who sets the time back loses anything.
-Result<Done> Replacing::replace() {
+Result<Done> ReplacementBatch::Replacing::replace() {
   if (replacement.backup.empty())
     return Done{};
   if (auto checked = check_backup(); !checked)
@@ -389,8 +458,10 @@ Result<Done> Replacing::replace() {
   return place(prepared.back(), backup);
 }
 
-// Both names must still be those of the map's file: else the backup may be its only name.
-void Replacing::undo_link() {
+// After a failure: takes the backup name away again that the map got as a second hard link, and
+// gives it back to the older backup that had it. Both names must still be those of the map's file:
+// else the backup may be its only name.
+void ReplacementBatch::Replacing::undo_link() {
   const bool linked = made_link && is_map(map.name) && is_map(backup);
   if (!equal_backup) {
     if (linked)
@@ -405,55 +476,78 @@ void Replacing::undo_link() {
     equal_backup->keep();
 }
 
-bool Replacing::is_map(const std::string& name) {
+bool ReplacementBatch::Replacing::is_map(const std::string& name) {
   const auto now = map.state_of(name);
   return now && now->same_file(state);
 }
 
-Result<OpenMap::Kind> Replacing::kind_of(const std::string& name) {
+Result<OpenMap::Kind> ReplacementBatch::Replacing::kind_of(const std::string& name) {
   return doing("look at " + name, [&] { return map.kind_of(name); });
 }
 
-}  // namespace
+ReplacementBatch::ReplacementBatch(Files& files_in)
+    : files(files_in), most(std::min(most_maps, files.most_open_maps())) {}
 
-std::string OpenMap::temporary_name() {
-  static std::random_device random;
-  return std::string(temporary_start) + std::to_string(random()) + std::string(temporary_end);
+ReplacementBatch::~ReplacementBatch() = default;
+
+bool ReplacementBatch::is_full() const { return maps.size() >= most || bytes >= most_bytes; }
+
+bool ReplacementBatch::must_wait(const Replacing& replacing) const {
+  if (replacing.size() > most_bytes && !empty())
+    return true;
+  return std::any_of(maps.begin(), maps.end(),
+                     [&](const auto& other) { return other->conflicts_with(replacing); });
 }
 
-bool OpenMap::is_temporary(std::string_view name) {
-  if (!name.starts_with(temporary_start) || !name.ends_with(temporary_end))
-    return false;
-  name.remove_prefix(temporary_start.size());
-  name.remove_suffix(temporary_end.size());
-  return !name.empty() && name.find_first_not_of("0123456789") == name.npos;
-}
-
-std::optional<bool> OpenMap::begins_with(const Read& read, std::string_view content) {
-  char buffer[1 << 16];
-  while (!content.empty()) {
-    const std::string_view piece = content.substr(0, sizeof buffer);
-    const auto length = read(buffer, piece.size());
-    if (!length)
-      return std::nullopt;
-    if (std::string_view(buffer, *length) != piece)
-      return false;
-    content.remove_prefix(piece.size());
-  }
-  return true;
-}
-
-Result<Done> replace_map(OpenMap& map, const Replacement& replacement) {
-  constexpr Result<Done> (Replacing::*steps[])() = {
-      &Replacing::lock,      &Replacing::find_companions,  &Replacing::write_temporaries,
-      &Replacing::check_map, &Replacing::place_companions, &Replacing::make_backup,
-      &Replacing::replace,
-  };
-  Replacing replacing(map, replacement);
-  for (const auto step : steps)
-    if (auto done = (replacing.*step)(); !done) {
-      replacing.undo_link();
-      return done;
-    }
+Result<Done> ReplacementBatch::add(std::unique_ptr<OpenMap> map, Replacement replacement) {
+  auto replacing = std::make_unique<Replacing>(std::move(map), std::move(replacement));
+  replacing->take(&Replacing::lock);
+  if (replacing->outcome && must_wait(*replacing))
+    return Failure{replacing->open_map().path, "convert it", "another map comes first"};
+  replacing->take(&Replacing::find_companions);
+  replacing->take(&Replacing::write_temporaries);
+  if (!replacing->outcome)
+    return replacing->outcome;
+  maps.push_back(std::move(replacing));
+  bytes += maps.back()->size();
   return Done{};
+}
+
+std::vector<Result<Done>> ReplacementBatch::commit() {
+  constexpr Replacing::Step steps[] = {
+      &Replacing::check_map,   &Replacing::place_companions, &Replacing::move_older_backup,
+      &Replacing::make_backup, &Replacing::place_copy,       &Replacing::replace,
+  };
+  std::vector<Result<Done>> outcomes;
+  outcomes.reserve(maps.size());
+  flush();
+  for (const auto step : steps) {
+    for (const auto& replacing : maps)
+      replacing->take(step);
+    flush();
+  }
+  for (const auto& replacing : maps)
+    outcomes.push_back(std::move(replacing->outcome));
+  maps.clear();
+  bytes = 0;
+  return outcomes;
+}
+
+// Flushes what the last step has left unflushed.
+void ReplacementBatch::flush() try {
+  std::vector<Unflushed> unflushed;
+  for (const auto& replacing : maps)
+    for (const auto& file : replacing->unflushed)
+      unflushed.push_back({replacing->open_map(), file.entry});
+  if (unflushed.empty())
+    return;
+  files.flush(unflushed);
+  auto next = unflushed.begin();
+  for (const auto& replacing : maps)
+    for (const auto& file : std::exchange(replacing->unflushed, {}))
+      replacing->note_flushed(file, (next++)->flushed);
+} catch (const std::bad_alloc&) {
+  for (const auto& replacing : maps)
+    if (!replacing->unflushed.empty())
+      replacing->fail(replacing->out_of_memory());
 }

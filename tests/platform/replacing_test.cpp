@@ -14,10 +14,10 @@ protected:
   Replace() { write_file(maps / "a.galaxy", "old"); }
 
   Result<Done> replace(std::string_view was = "old", bool with_fix = false) {
-    Replacement replacement{was, {}, "new", "a.galold"};
+    Replacement replacement{std::string(was), {}, "new", "a.galold"};
     if (with_fix)
       replacement.companions.push_back({"a.galfix", "fix"});
-    return open_and_replace(*files, "C:\\m\\a.galaxy", replacement);
+    return replace_map(*files, "C:\\m\\a.galaxy", replacement);
   }
 
   std::unique_ptr<OpenMap> opened() { return *files->open_map("C:\\m\\a.galaxy"); }
@@ -90,7 +90,7 @@ TEST_F(Replace, SeesEachFolderAsItIs) {
     write_file(other / name, "old");
   fs::create_directory(other / "B.GALOLD");
   const auto put = [&](const std::string& name) {
-    return open_and_replace(*files, "C:\\other\\" + name + "axy", {"old", {}, "new", name + "old"});
+    return replace_map(*files, "C:\\other\\" + name + "axy", {"old", {}, "new", name + "old"});
   };
   EXPECT_TRUE(bool(put("a.gal")));
   EXPECT_FALSE(bool(put("b.gal")));

@@ -1,11 +1,13 @@
 // Disks for tests, below the program's files.
 #pragma once
 
-#include "platform/prefix/disk.h"
+#include "platform/prefix/prefix_files.h"
 #include "tests/support/test_machine.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <functional>
+#include <random>
 #include <set>
 
 #include <fcntl.h>
@@ -21,6 +23,18 @@ struct Unknown {
       errno = error;
     return error != 0;
   }
+};
+
+// Files of which no more than `most_in` maps are open at once.
+class BoundedFiles : public PrefixFiles {
+public:
+  BoundedFiles(const Machine& machine, Disk& disk_in, std::size_t most_in)
+      : PrefixFiles(machine, disk_in), most(most_in) {}
+
+  std::size_t most_open_maps() override { return most; }
+
+private:
+  const std::size_t most;
 };
 
 // A disk on which something happens before one of the calls. It flushes nothing: no test that stays
@@ -55,7 +69,10 @@ public:
   ssize_t write(int file, const char* from, std::size_t size) override {
     return fails() ? -1 : Disk::write(file, from, part(size));
   }
-  int flush(int) override { return fails() ? -1 : 0; }
+  void flush(std::span<const int> files, std::span<int> errors) override {
+    for (std::size_t i = 0; i < files.size(); ++i)
+      errors[i] = fails() ? errno : 0;
+  }
   int lock(int file) override { return fails() ? -1 : Disk::lock(file); }
   int lease(int file) override {
     return fails() || Unknown::refuses(unknown.lease) ? -1 : Disk::lease(file);
@@ -103,9 +120,9 @@ private:
 class ModelDisk : public Disk {
 public:
   // The folder's files have long been flushed, except for those whose content `is_unflushed`.
-  ModelDisk(const std::filesystem::path& folder, Unknown unknown_in,
+  ModelDisk(const std::filesystem::path& folder, Unknown unknown_in, std::mt19937& chance_in,
             const std::function<bool(const std::string& name)>& is_unflushed)
-      : unknown(unknown_in) {
+      : unknown(unknown_in), chance(chance_in) {
     for (const auto& [name, content] : tree(folder)) {
       before[name] = inode_of(AT_FDCWD, (folder / name).c_str());
       contents[before[name]] = is_unflushed(name) ? unflushed : content;
@@ -122,16 +139,18 @@ public:
     if (file < 0 || !(flags & O_CREAT))
       return file;
     contents[inode_of(file, "")] = unflushed;
+    if (OpenMap::is_temporary(name))
+      numbered(name);
     changed({"", name, inode_of(file, ""), false});
     return file;
   }
-  int flush(int file) override {
-    const ino_t inode = inode_of(file, "");
-    contents[inode] = read_file("/proc/self/fd/" + std::to_string(file));
-    for (Change& change : changes)
-      change.flushed |= change.inode == inode;
-    add_cuts();
-    return 0;
+  // The disk may take the files in any order.
+  void flush(std::span<const int> files, std::span<int> errors) override {
+    std::vector<int> order(files.begin(), files.end());
+    std::shuffle(order.begin(), order.end(), chance);
+    for (const int file : order)
+      flush(file);
+    std::fill(errors.begin(), errors.end(), 0);
   }
   int rename(int folder, const char* from, const char* to, unsigned flags) override {
     const Change change{from, to, inode_of(folder, from), false};
@@ -169,6 +188,18 @@ private:
     }
     return result;
   }
+  void flush(int file) {
+    const ino_t inode = inode_of(file, "");
+    contents[inode] = read_file("/proc/self/fd/" + std::to_string(file));
+    for (Change& change : changes)
+      change.flushed |= change.inode == inode;
+    add_cuts();
+  }
+  // Temporary names are random: those of two runs are the same in what a cut leaves.
+  std::string numbered(const std::string& temporary) {
+    const auto number = temporaries.try_emplace(temporary, temporaries.size()).first->second;
+    return ".vora-map-updater-" + std::to_string(number) + ".tmp";
+  }
   void add_cuts() {
     add_cut([](std::size_t) { return true; });
     for (std::size_t lone = 0; lone < changes.size(); ++lone) {
@@ -189,12 +220,14 @@ private:
     }
     Tree left;
     for (const auto& [name, inode] : names)
-      left[name] = contents.at(inode);
+      left[OpenMap::is_temporary(name) ? numbered(name) : name] = contents.at(inode);
     cuts.insert(std::move(left));
   }
 
   const Unknown unknown;
+  std::mt19937& chance;
   std::map<std::string, ino_t> before;  // the first change
   std::vector<Change> changes;
   std::map<ino_t, std::string> contents;
+  std::map<std::string, std::size_t> temporaries;
 };

@@ -4,7 +4,6 @@
 #include "discover/search.h"
 
 #include "platform/prefix/letter_case.h"
-#include "platform/prefix/prefix_files.h"
 #include "tests/reliability/disks.h"
 #include "tests/support/prefix/machine_of.h"
 
@@ -16,6 +15,7 @@
 #include <cstring>
 #include <fstream>
 #include <iostream>
+#include <tuple>
 
 namespace fs = std::filesystem;
 
@@ -61,8 +61,9 @@ struct InMemory {
 
 // A folder of three maps: map 0 has no backup, map 1 an older one of other content (the expansion's
 // in another letter case), map 2 one that holds just what it holds. The parameters are the
-// edition's letter and what the file system does not know.
-class Faults : InMemory, public testing::TestWithParam<std::pair<std::string, Unknown>> {
+// edition's letter, what the file system does not know, and how many maps are replaced together.
+class Faults : InMemory,
+               public testing::TestWithParam<std::tuple<std::string, Unknown, std::size_t>> {
 protected:
   static constexpr int count = 3;
 
@@ -132,7 +133,8 @@ protected:
 
   // Finds and converts all maps on such a disk; what the user is reported.
   std::string convert(Disk& disk) {
-    Program program(std::make_unique<PrefixFiles>(machine_of(machine), disk), machine.system(""));
+    Program program(std::make_unique<BoundedFiles>(machine_of(machine), disk, most),
+                    machine.system(""));
     program.form.edition = edition;
     program.form.pathlist[0] = "C:\\maps";
     program.form.pathlist[1] = "C:\\empty";
@@ -176,19 +178,21 @@ protected:
   }
 
   TestMachine machine;
-  const std::string edition = GetParam().first;
-  const Unknown unknown = GetParam().second;
+  const std::string edition = std::get<0>(GetParam());
+  const Unknown unknown = std::get<1>(GetParam());
+  const std::size_t most = std::get<2>(GetParam());
   const fs::path folder = machine.drive_c / "maps";
   const std::string older_backup = numbered(old_map, 1001);
 };
 
 }  // namespace
 
-INSTANTIATE_TEST_SUITE_P(Editions, Faults,
-                         testing::Values(std::pair("v", Unknown{}), std::pair("v", Unknown{EPERM}),
-                                         std::pair("v", Unknown{0, EINVAL}),
-                                         std::pair("t", Unknown{}),
-                                         std::pair("t", Unknown{EOPNOTSUPP, ENOSYS})));
+INSTANTIATE_TEST_SUITE_P(
+    Editions, Faults,
+    testing::Values(std::tuple("v", Unknown{}, 64), std::tuple("v", Unknown{}, 1),
+                    std::tuple("v", Unknown{EPERM}, 64), std::tuple("v", Unknown{0, EINVAL}, 2),
+                    std::tuple("t", Unknown{}, 2), std::tuple("t", Unknown{}, 64),
+                    std::tuple("t", Unknown{EOPNOTSUPP, ENOSYS}, 64)));
 
 // Whatever fails, every map that is not converted is reported with its name and the reason. A
 // single failure leaves every other map converted, but for a folder that cannot be listed, which
@@ -228,13 +232,20 @@ TEST_P(Faults, EveryCallFailsOnceOrFromThenOn) {
 // Who saved the maps last has not flushed them, nor their copies. A map that keeps its name has
 // what its flushing would have saved; one that has lost it must be whole under its backup name.
 TEST_P(Faults, ThePowerIsCutAfterEveryChange) {
-  fill();
-  ModelDisk disk(folder, unknown,
-                 [&](const std::string& name) { return read_file(folder / name) != older_backup; });
-  convert(disk);
-  ASSERT_EQ(unfinished(), "");
-  ASSERT_TRUE(disk.cuts.contains(tree(folder)));
-  for (Tree left : disk.cuts) {
+  constexpr int orders = 20;  // in which the disk takes the files that are flushed together
+  std::mt19937 chance(1);
+  std::set<Tree> cuts;
+  for (int order = 0; order < orders; ++order) {
+    fill();
+    ModelDisk disk(folder, unknown, chance, [&](const std::string& name) {
+      return read_file(folder / name) != older_backup;
+    });
+    convert(disk);
+    ASSERT_EQ(unfinished(), "");
+    ASSERT_TRUE(disk.cuts.contains(tree(folder)));
+    cuts.merge(disk.cuts);
+  }
+  for (Tree left : cuts) {
     for (int i = 0; i < count; ++i)
       if (left.at(map(i)) == ModelDisk::unflushed)
         left.at(map(i)) = old(i);
@@ -245,7 +256,7 @@ TEST_P(Faults, ThePowerIsCutAfterEveryChange) {
     convert_undisturbed();
     ASSERT_EQ(unfinished(), "");
   }
-  std::cout << "power cuts: " << disk.cuts.size() << "\n";
+  std::cout << "power cuts: " << cuts.size() << "\n";
 }
 
 // The other run may clear up what it takes for a stale temporary, and may replace every map.

@@ -4,8 +4,9 @@ machines and power cuts. No map may ever be lost.
 
     program.py BUILDFOLDER [--kills N] [--cuts N] [--seed N]
 
-N kills for each edition (100), and N power cuts for each edition and file system (20). The seed
-repeats a run's random moments. What needs root, mounts or mkfs is skipped where that is missing.
+N kills for each edition (100), a fifth of them on each file system without power cuts, and N power
+cuts for each edition and file system that has them (20). The seed repeats a run's random moments.
+What needs root, mounts or mkfs is skipped where that is missing.
 """
 import argparse
 import contextlib
@@ -24,10 +25,14 @@ import tempfile
 import time
 
 COUNT = 15  # maps
+OPEN_FILES = 39, 46, 64, 1024  # limits, which bound a batch
 NOBODY = 65534
 MEGABYTE = 1 << 20
-DISK = 320 * MEGABYTE  # some kinds want 300 MB
+DISK = 320 * MEGABYTE  # some kinds want 300 MB; the file is sparse
 SHUT_DOWN, FLUSHING_NOTHING = 0x8004587D, 2  # XFS_IOC_GOINGDOWN, which ext4 knows too
+MAKE = {"ext4": ["-q", "-F"], "xfs": ["-q", "-f"], "btrfs": ["-q", "-f"], "ntfs": ["-q", "-F", "-f"],
+        "exfat": []}
+MOUNT = {"ntfs": ["-t", "ntfs-3g"], "exfat": ["-t", "exfat-fuse", "-o", "nonempty"]}
 EDITIONS = {
     "base": "AppData/Local/Kettlewick Games/Vorakai",
     "expansion": "Documents/My Games/Kettlewick Games/Vorakai Tarnfall",
@@ -41,7 +46,7 @@ def tree(folder):
 
 @contextlib.contextmanager
 def mounted(*arguments):
-    subprocess.run(["mount", *arguments], check=True)
+    subprocess.run(["mount", *arguments], check=True, stdout=subprocess.DEVNULL)
     try:
         yield
     finally:
@@ -74,6 +79,9 @@ class Machine:
         self.converted = None
 
     def start(self, **how):
+        """Starts a silent run, whose batches are of one, two, four or all maps."""
+        how.setdefault("preexec_fn", lambda files=random.choice(OPEN_FILES): resource.setrlimit(
+            resource.RLIMIT_NOFILE, (files, files)))
         hidden = ("DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM")
         environment = {k: v for k, v in os.environ.items() if k not in hidden}
         environment.update(WINEPREFIX=str(self.root / "machine"), LC_ALL="C.UTF-8")
@@ -142,7 +150,7 @@ class Machine:
         assert lowered[0] == lowered[1]
 
 
-def kill(machine, kills):
+def kill(machine, kills, kind="memory"):
     midway = done = 0
     while done < kills:
         machine.fill()
@@ -155,7 +163,7 @@ def kill(machine, kills):
             done += killed
             midway += killed and machine.check(tree(machine.maps))
         machine.finish()
-    print(f"{machine.edition}: {kills} kills, {midway} with some maps converted and some not")
+    print(f"{machine.edition}, {kind}: {kills} kills, {midway} with some maps converted and some not")
     assert midway or kills < 20
 
 
@@ -354,32 +362,61 @@ def run_odd_machines(machine):
         assert content == machine.converted[f"map{i}.galaxy"]
     shutil.rmtree(machine.maps)
 
+    size = MEGABYTE  # of each map: a batch is full before it has 64
+    for i in range(4 if machine.sanitized else 64):
+        put(machine.maps / f"map{i}.galaxy", machine.map(i) + b"~\r\n" * (size // 3))
+    machine.run(megabytes=24 + 4 * size // MEGABYTE, preexec_fn=None)
+    shutil.rmtree(machine.maps)
+
+
+def make_file_system(kind, image, size=DISK):
+    with open(image, "wb") as file:
+        file.truncate(size)
+    subprocess.run([f"mkfs.{kind}", *MAKE[kind], image], check=True, capture_output=True)
+
+
+def on_file_system(kind, image, folder):
+    return mounted(*MOUNT.get(kind, []), "-o", "loop", image, folder)
+
 
 def cut_power(machine, kind, cuts):
-    """Stops a file system as a power cut would: what is not on the disk yet never gets there."""
-    image = machine.root / "disk"
-    with open(image, "wb") as file:
-        file.truncate(DISK)
-    subprocess.run(["mkfs." + kind, "-q", "-F" if kind == "ext4" else "-f", image], check=True)
+    """Stops a disk as a power cut would: what was not flushed to it never gets there. The disk is a
+    file on another file system, which forgets what it has not yet written itself."""
+    below, outer = machine.root / "below", machine.root / "outer"
+    below.mkdir(exist_ok=True)
+    make_file_system("ext4", outer, 2 * DISK)
     midway = 0
-    with mounted("-o", "loop", image, machine.user):
-        machine.measure()
+    with on_file_system("ext4", outer, below):
+        make_file_system(kind, below / "disk")
+        with on_file_system(kind, below / "disk", machine.user):
+            machine.measure()
     for _ in range(cuts):
-        with mounted("-o", "loop", image, machine.user):
+        with on_file_system("ext4", outer, below), \
+                on_file_system(kind, below / "disk", machine.user):
             machine.fill()
             subprocess.run(["sync", "-f", machine.user], check=True)
             process = machine.start()
             machine.any_moment()
-            folder = os.open(machine.user, os.O_RDONLY)
+            folder = os.open(below, os.O_RDONLY)
             fcntl.ioctl(folder, SHUT_DOWN, struct.pack("I", FLUSHING_NOTHING))
             os.close(folder)
             process.kill()
             process.communicate()
-        with mounted("-o", "loop", image, machine.user):
+        with on_file_system("ext4", outer, below), \
+                on_file_system(kind, below / "disk", machine.user):
             midway += machine.check(tree(machine.maps))
             machine.finish()
     print(f"{machine.edition}, {kind}: {cuts} power cuts, {midway} amid conversions")
     assert midway or cuts < 20
+
+
+def kill_on(machine, kind, kills):
+    """Kills runs on a file system of another kind."""
+    image = machine.root / "disk"
+    make_file_system(kind, image)
+    with on_file_system(kind, image, machine.user):
+        machine.measure()
+        kill(machine, kills, kind)
 
 
 def succeeds(*command):
@@ -390,10 +427,12 @@ def can_make(kind, scratch):
     """Whether a file system of a kind can be made and mounted."""
     image, folder = os.path.join(scratch, kind), os.path.join(scratch, "mounted")
     os.makedirs(folder, exist_ok=True)
-    with open(image, "wb") as file:
-        file.truncate(DISK)
-    return (shutil.which("mkfs." + kind) and succeeds("mkfs." + kind, "-q", image) and
-            succeeds("mount", "-o", "loop", image, folder) and succeeds("umount", folder))
+    try:
+        make_file_system(kind, image)
+        with on_file_system(kind, image, folder):
+            return True
+    except (OSError, subprocess.CalledProcessError):
+        return False
 
 
 def attempt(test, possible, *arguments):
@@ -434,8 +473,11 @@ def main():
                 run_where_nothing_may_be_renamed(machine)
                 attempt(run_as_nobody, os.geteuid() == 0, machine)
                 attempt(fill_disk, mounts, machine)
-            for kind in ("ext4", "xfs"):
+            for kind in ("ext4", "xfs", "btrfs"):
                 attempt(cut_power, mounts and can_make(kind, scratch), machine, kind, options.cuts)
+            for kind in ("ntfs", "exfat"):
+                attempt(kill_on, mounts and can_make(kind, scratch), machine, kind,
+                        options.kills // 5)
 
 
 if __name__ == "__main__":

@@ -12,10 +12,15 @@ const char converted_map[] =
 const char fixed_map[] =
     "MAP\r\nversion 4\r\nship  Foo\r\nsize 7\r\nextra 1\r\nname Bar\r\nend\r\n";
 
-Result<Done> open_and_replace(Files& files, const std::string& map,
-                              const Replacement& replacement) {
-  const auto opened = files.open_map(map);
-  return opened ? replace_map(**opened, replacement) : opened.failure();
+Result<Done> replace_map(Files& files, std::unique_ptr<OpenMap> map, Replacement replacement) {
+  ReplacementBatch batch(files);
+  auto done = batch.add(std::move(map), std::move(replacement));
+  return done ? batch.commit().front() : done;
+}
+
+Result<Done> replace_map(Files& files, const std::string& path, Replacement replacement) {
+  auto opened = files.open_map(path);
+  return opened ? replace_map(files, *std::move(opened), std::move(replacement)) : opened.failure();
 }
 
 void TestMachine::make_folders() {

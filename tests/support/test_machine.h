@@ -4,6 +4,7 @@
 
 #include "form/form1.h"
 #include "platform/files.h"
+#include "platform/replacing.h"
 #include "platform/system.h"
 #include "tests/support/recording_screen.h"
 #include "tools/executable.h"
@@ -55,8 +56,9 @@ extern const char old_map[];        // of version 3
 extern const char converted_map[];  // by the first pass
 extern const char fixed_map[];      // by the expansion's fix pass after it
 
-// Opens a map and replaces it.
-Result<Done> open_and_replace(Files& files, const std::string& map, const Replacement& replacement);
+// Replaces a map by itself; `map` may be a path to open.
+Result<Done> replace_map(Files& files, std::unique_ptr<OpenMap> map, Replacement replacement);
+Result<Done> replace_map(Files& files, const std::string& path, Replacement replacement);
 
 // The Windows path of a path on drive Z:.
 std::string z_path(const std::filesystem::path& path);

@@ -4,7 +4,6 @@
 #include "platform/prefix/disk.h"
 #include "platform/result.h"
 
-#include <cerrno>
 #include <cstddef>
 #include <optional>
 #include <string>
@@ -36,14 +35,6 @@ private:
   Disk* owner = nullptr;
   int descriptor = -1;
 };
-
-// Makes a system call again while a signal interrupts it.
-template <class Call> auto uninterrupted(Call call) {
-  auto result = call();
-  while (result < 0 && errno == EINTR)
-    result = call();
-  return result;
-}
 
 // Opens a POSIX path, which may be longer than PATH_MAX. Returns no descriptor, with errno
 // set, on failure. `flags` are those of open(), to which O_CLOEXEC is added.

@@ -1,9 +1,10 @@
 // The system calls that touch the disk.
 #include "platform/prefix/disk.h"
 
+#include "platform/parallel.h"
+
 #include <algorithm>
 #include <array>
-#include <cerrno>
 #include <csignal>
 #include <cstdio>
 
@@ -31,7 +32,11 @@ ssize_t Disk::write(int file, const char* from, std::size_t size) {
 
 int Disk::truncate(int file) { return ::ftruncate(file, 0); }
 
-int Disk::flush(int file) { return ::fsync(file); }
+void Disk::flush(std::span<const int> files, std::span<int> errors) {
+  run_in_parallel(files.size(), [&](std::size_t i) {
+    errors[i] = uninterrupted([&] { return ::fsync(files[i]); }) == 0 ? 0 : errno;
+  });
+}
 
 int Disk::lock(int file) { return ::flock(file, LOCK_EX | LOCK_NB); }
 

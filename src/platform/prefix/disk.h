@@ -3,13 +3,16 @@
 // another run in before it.
 #pragma once
 
+#include <cerrno>
 #include <cstddef>
+#include <span>
 
 #include <sys/stat.h>
 #include <sys/types.h>
 
 // The system's own disk. Each function is the system call of the same kind: names are relative to
-// an open folder, or to the current one for AT_FDCWD; on failure it returns -1 and sets errno.
+// an open folder, or to the current one for AT_FDCWD; on failure it returns -1 and sets errno,
+// except where a function says otherwise.
 class Disk {
 public:
   virtual ~Disk() = default;
@@ -22,8 +25,9 @@ public:
   // Drops a file's content.
   virtual int truncate(int file);
 
-  // Waits until the content of a file is on the disk.
-  virtual int flush(int file);
+  // Waits until the contents of all files are on the disk. Sets `errors` to the error number of
+  // each, 0 for none.
+  virtual void flush(std::span<const int> files, std::span<int> errors);
 
   // Locks a file exclusively until it is closed; EWOULDBLOCK when another process holds the lock.
   virtual int lock(int file);
@@ -50,6 +54,14 @@ public:
   virtual int link(int folder, const char* from, const char* to);
   virtual int remove(int folder, const char* name);
 };
+
+// Makes a system call again while a signal interrupts it.
+template <class Call> auto uninterrupted(Call call) {
+  auto result = call();
+  while (result < 0 && errno == EINTR)
+    result = call();
+  return result;
+}
 
 // The disk that everything uses except in tests.
 Disk& system_disk();

@@ -67,16 +67,26 @@ FolderNames::FileState FolderNames::state_of(const Descriptor& folder) {
   return {status.st_dev, status.st_ino, status.st_mtim.tv_sec, status.st_mtim.tv_nsec};
 }
 
-void FolderNames::refresh(const Descriptor& folder) {
+std::shared_ptr<FolderNames> FolderNames::of(const Descriptor& folder,
+                                             std::shared_ptr<FolderNames> last) {
   const FileState now = state_of(folder);
-  if (state == now)
-    return;
+  const bool same = last && last->state.device == now.device && last->state.inode == now.inode;
+  auto names = same ? std::move(last) : std::make_shared<FolderNames>();
+  if (names->changed)
+    names->state = now;
+  else if (names->state != now)
+    names->read(folder, now);
+  names->changed = false;
+  return names;
+}
+
+void FolderNames::read(const Descriptor& folder, const FileState& now) {
   *this = {};
   const auto visit = [&](const char* name, unsigned char) {
     hashes.insert(std::hash<std::string>()(folded_key(name)));
   };
   if (read_again(folder, visit))
-    state = now;  // else it is read again for the next lookup
+    state = now;  // else it is read again for the next map
 }
 
 std::string FolderNames::find(const Descriptor& folder, const std::string& name) {
@@ -100,14 +110,16 @@ std::string FolderNames::find(const Descriptor& folder, const std::string& name)
   return "";
 }
 
-void FolderNames::added(const std::string& name) {
-  const auto key = folded_key(name);
-  hashes.insert(std::hash<std::string>()(key));
-  if (spellings)
-    spellings->insert(key + name);
+std::string FolderNames::folded(const std::string& name) const {
+  return std::to_string(state.device) + "/" + std::to_string(state.inode) + "/" + lowercase(name);
 }
 
-void FolderNames::changed(const Descriptor& folder) {
-  if (state != FileState{})
-    state = state_of(folder);
+void FolderNames::changing(const std::string& made) {
+  changed = state != FileState{};
+  if (made.empty())
+    return;
+  const auto key = folded_key(made);
+  hashes.insert(std::hash<std::string>()(key));
+  if (spellings)
+    spellings->insert(key + made);
 }

@@ -6,6 +6,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <functional>
+#include <memory>
 #include <optional>
 #include <set>
 #include <string>
@@ -23,16 +24,21 @@ std::string find_name(const Descriptor& folder, const std::string& name);
 // Remembers the names in one folder, so that many lookups read it once.
 class FolderNames {
 public:
-  // Reads the folder if it has changed since the last call. Call this before the others.
-  void refresh(const Descriptor& folder);
+  // The names of an open folder: `last`, which may be null, if they are of that folder, else new
+  // ones. The folder is read if they are new or somebody else has changed it since this was called
+  // last.
+  static std::shared_ptr<FolderNames> of(const Descriptor& folder,
+                                         std::shared_ptr<FolderNames> last);
 
   // Same result as `find_name`.
   std::string find(const Descriptor& folder, const std::string& name);
 
-  // The caller reports each name just before it creates it, and calls `changed` when it is done:
-  // its own changes need no new reading.
-  void added(const std::string& name);
-  void changed(const Descriptor& folder);
+  // The same for names of one folder that differ only in case.
+  std::string folded(const std::string& name) const;
+
+  // Must be called before each change that the user of the names makes to the folder, so that the
+  // folder is not read again for it; with the name if it makes one that may be looked for.
+  void changing(const std::string& made = "");
 
 private:
   struct FileState {
@@ -43,7 +49,10 @@ private:
 
   static FileState state_of(const Descriptor& folder);
 
+  void read(const Descriptor& folder, const FileState& now);
+
   FileState state;
+  bool changed = false;  // by the user of the names, since `state` was taken
   // Most lookups miss. Hashes of the names in lower case answer a miss in a fraction of the memory;
   // the names are read only on a hit. Both are ordered, so that no choice of names is slow.
   std::set<std::size_t> hashes;

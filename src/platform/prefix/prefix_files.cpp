@@ -12,6 +12,7 @@
 #include <dirent.h>
 #include <fcntl.h>
 #include <linux/magic.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/vfs.h>
 
@@ -20,6 +21,14 @@ namespace {
 Failure failure(const std::string& path, const char* action) {
   return {path, action, system_reason(), errno == ENOENT};
 }
+
+// A map has itself open, its folder, up to two results, a copied backup, and two more for an older
+// backup; the rest of the program may need the others at the same time.
+constexpr rlim_t descriptors_of_a_map = 7;
+constexpr rlim_t other_descriptors = 32;
+
+// Every map that these files have opened is of this machine.
+PrefixMap& map_of(const Unflushed& file) { return static_cast<PrefixMap&>(file.map); }
 
 bool is_hidden(std::string_view name) { return name.starts_with('.'); }
 
@@ -198,7 +207,33 @@ Result<std::unique_ptr<OpenMap>> PrefixFiles::open_map(const std::string& path) 
   auto file = read_file(path);
   if (!file)
     return file.failure();
-  return {std::make_unique<PrefixMap>(path, *std::move(file), names)};
+  return {std::make_unique<PrefixMap>(path, *std::move(file), last_names)};
+}
+
+std::size_t PrefixFiles::most_open_maps() {
+  struct rlimit limit;
+  if (::getrlimit(RLIMIT_NOFILE, &limit) != 0 || limit.rlim_cur <= other_descriptors)
+    return 1;
+  return std::max<std::size_t>(1, (limit.rlim_cur - other_descriptors) / descriptors_of_a_map);
+}
+
+void PrefixFiles::flush(std::span<Unflushed> files) {
+  std::vector<Unflushed*> opened;
+  std::vector<int> descriptors;
+  for (Unflushed& file : files) {
+    const int descriptor = map_of(file).descriptor_of(file.entry);
+    if (descriptor < 0) {
+      file.flushed = map_of(file).last_error();
+      continue;
+    }
+    opened.push_back(&file);
+    descriptors.push_back(descriptor);
+  }
+  std::vector<int> errors(descriptors.size());
+  disk.flush(descriptors, errors);
+  for (std::size_t i = 0; i < opened.size(); ++i)
+    if ((errno = errors[i]) != 0)
+      opened[i]->flushed = map_of(*opened[i]).last_error();
 }
 
 Result<Done> PrefixFiles::write(const std::string& path, std::string_view text) {

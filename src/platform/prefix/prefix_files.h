@@ -18,6 +18,8 @@ public:
   Result<std::string> full_path(const std::string& folder) override;
   Result<std::string> read(const std::string& path) override;
   Result<std::unique_ptr<OpenMap>> open_map(const std::string& path) override;
+  std::size_t most_open_maps() override;
+  void flush(std::span<Unflushed> files) override;
   Result<Done> write(const std::string& path, std::string_view text) override;
   Result<Done> append(const std::string& path, std::string_view text) override;
 
@@ -37,5 +39,5 @@ private:
 
   Disk& disk;
   Paths paths;
-  FolderNames names;  // of the folder in which a map was last replaced
+  std::shared_ptr<FolderNames> last_names;  // of the folder in which a map was locked last
 };

@@ -63,15 +63,11 @@ bool rename_at_no_replace(const Descriptor& folder, const std::string& from,
 
 }  // namespace
 
-PrefixMap::PrefixMap(std::string path_in, ReadFile file_in, FolderNames& names_in)
+PrefixMap::PrefixMap(std::string path_in, ReadFile file_in,
+                     std::shared_ptr<FolderNames>& last_names_in)
     : OpenMap(std::move(path_in), std::move(file_in.name), std::move(file_in.text)),
       file(std::move(file_in.descriptor)), folder_path(std::move(file_in.folder)),
-      status(file_in.status), state(file_in.state), names(names_in) {}
-
-PrefixMap::~PrefixMap() {
-  if (folder)
-    names.changed(folder);
-}
+      status(file_in.status), state(file_in.state), last_names(last_names_in) {}
 
 Failure PrefixMap::last_error() const { return failure(system_reason()); }
 
@@ -97,7 +93,7 @@ Result<OpenMap::FileState> PrefixMap::lock() {
     return Failure{path, "open its folder", system_reason()};
   if (is_append_only())
     return failure("nothing may be renamed in its folder");
-  names.refresh(folder);
+  names = last_names = FolderNames::of(folder, std::move(last_names));
   if (file.disk().lock(file.get()) != 0 && errno == EWOULDBLOCK)
     return failure(locked_by_another);
   if (file.disk().lease(file.get()) != 0 && errno == EAGAIN)
@@ -105,7 +101,9 @@ Result<OpenMap::FileState> PrefixMap::lock() {
   return state;
 }
 
-std::string PrefixMap::spelled(const std::string& entry) { return names.find(folder, entry); }
+std::string PrefixMap::spelled(const std::string& entry) { return names->find(folder, entry); }
+
+std::string PrefixMap::folded() const { return names->folded(name); }
 
 template <class Use> auto PrefixMap::with_file(const std::string& entry, Use use) const {
   return entry == name ? use(file)
@@ -151,17 +149,19 @@ Result<bool> PrefixMap::holds(const std::string& entry, std::string_view content
   });
 }
 
-Result<Done> PrefixMap::flush(const std::string& entry) {
-  return with_file(entry, [&](const Descriptor& opened) -> Result<Done> {
-    if (!opened || uninterrupted([&] { return folder.disk().flush(opened.get()); }) != 0)
-      return last_error();
-    return Done{};
-  });
+int PrefixMap::descriptor_of(const std::string& entry) {
+  if (entry == name)
+    return file.get();
+  if (const auto* const temporary = find_written(entry))
+    return temporary->file.get();
+  others.push_back(open_at(folder, entry, O_RDONLY | O_NOFOLLOW | O_NONBLOCK));
+  return others.back().get();
 }
 
 Result<std::string> PrefixMap::make_file(Descriptor& made, struct stat& made_status) {
   for (int attempt = 0; attempt < attempts; ++attempt) {
     std::string free = temporary_name();
+    names->changing();
     made = open_at(folder, free, O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW, 0600);
     if (!made && errno != EEXIST)
       break;
@@ -185,13 +185,11 @@ Result<std::string> PrefixMap::write_temporary(std::string_view content) {
     mode &= ~group_permissions;  // with a list the group bits are its mask
   if (copied > 0 && folder.disk().permit(made.get(), 0600) != 0)
     return remove_after_failure(*free);
+  if (!write_all(made, content))
+    return remove_after_failure(*free);
   // It stays open for its lock. After a flush a failing close loses nothing.
-  if (write_all(made, content) &&
-      uninterrupted([&] { return folder.disk().flush(made.get()); }) == 0) {
-    written.push_back({*free, std::move(made), mode});
-    return free;
-  }
-  return remove_after_failure(*free);
+  written.push_back({*free, std::move(made), mode});
+  return free;
 }
 
 Failure PrefixMap::remove_after_failure(const std::string& entry) {
@@ -201,22 +199,27 @@ Failure PrefixMap::remove_after_failure(const std::string& entry) {
 }
 
 void PrefixMap::remove(const std::string& entry) {
+  names->changing();
   folder.disk().remove(folder.get(), entry.c_str());
 }
 
 // A temporary file gets its permissions just before it is renamed: until then its owner can open
 // it, and so remove it when it is stale. A file system without permissions is no reason to stop.
 bool PrefixMap::set_permissions(const std::string& entry) {
-  const auto temporary = std::find_if(written.begin(), written.end(),
-                                      [&](const Written& other) { return other.name == entry; });
-  return temporary == written.end() ||
-         folder.disk().permit(temporary->file.get(), temporary->mode) == 0 || errno == EPERM ||
-         errno == EOPNOTSUPP;
+  const auto* const temporary = find_written(entry);
+  return !temporary || folder.disk().permit(temporary->file.get(), temporary->mode) == 0 ||
+         errno == EPERM || errno == EOPNOTSUPP;
+}
+
+const PrefixMap::Written* PrefixMap::find_written(const std::string& entry) const {
+  const auto found = std::find_if(written.begin(), written.end(),
+                                  [&](const Written& other) { return other.name == entry; });
+  return found == written.end() ? nullptr : &*found;
 }
 
 // The kept hard link needs no care: on Linux a rename leaves it alone.
 Result<Done> PrefixMap::rename(const std::string& from, const std::string& to, const std::string&) {
-  names.added(to);
+  names->changing(to);
   if (!set_permissions(from) || uninterrupted([&] {
                                   return folder.disk().rename(folder.get(), from.c_str(),
                                                               to.c_str(), 0);
@@ -227,11 +230,11 @@ Result<Done> PrefixMap::rename(const std::string& from, const std::string& to, c
 
 // What gets a temporary name must be locked like any temporary file.
 Result<bool> PrefixMap::rename_no_replace(const std::string& from, const std::string& to) {
-  names.added(to);
+  names->changing(to);
   if (is_temporary(to)) {
-    renamed.push_back(open_at(folder, from, O_RDONLY | O_NOFOLLOW | O_NONBLOCK));
-    if (renamed.back())
-      folder.disk().lock(renamed.back().get());
+    others.push_back(open_at(folder, from, O_RDONLY | O_NOFOLLOW | O_NONBLOCK));
+    if (others.back())
+      folder.disk().lock(others.back().get());
   }
   if (set_permissions(from) && rename_at_no_replace(folder, from, to))
     return true;
@@ -241,7 +244,7 @@ Result<bool> PrefixMap::rename_no_replace(const std::string& from, const std::st
 }
 
 Result<bool> PrefixMap::link(const std::string& from, const std::string& to) {
-  names.added(to);
+  names->changing(to);
   if (uninterrupted([&] { return folder.disk().link(folder.get(), from.c_str(), to.c_str()); }) ==
       0)
     return true;

@@ -1,10 +1,11 @@
 // An open map in a folder of a Wine prefix, and the steps of its replacement there.
 #pragma once
 
+#include "platform/open_map.h"
 #include "platform/prefix/descriptor.h"
 #include "platform/prefix/folder_names.h"
-#include "platform/replacing.h"
 
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -22,25 +23,31 @@ struct ReadFile {
 
 class PrefixMap : public OpenMap {
 public:
-  // `names_in` must outlive the object; it may remember the names of another folder.
-  PrefixMap(std::string path_in, ReadFile file, FolderNames& names_in);
-  ~PrefixMap() override;
+  // `last_names_in` must outlive the object: it has the names of the folder in which a map was
+  // locked last, if any.
+  PrefixMap(std::string path_in, ReadFile file, std::shared_ptr<FolderNames>& last_names_in);
 
   // The state of a file from its status, which was just read.
   static FileState state_from(const struct stat& status);
 
   Result<FileState> lock() override;
   std::string spelled(const std::string& entry) override;
+  std::string folded() const override;
   Result<Kind> kind_of(const std::string& entry) override;
   Result<FileState> state_of(const std::string& entry) override;
   Result<bool> holds(const std::string& entry, std::string_view content) override;
-  Result<Done> flush(const std::string& entry) override;
   Result<std::string> write_temporary(std::string_view content) override;
   void remove(const std::string& entry) override;
   Result<Done> rename(const std::string& from, const std::string& to,
                       const std::string& kept) override;
   Result<bool> rename_no_replace(const std::string& from, const std::string& to) override;
   Result<bool> link(const std::string& from, const std::string& to) override;
+
+  // The descriptor of an entry, to be flushed; it stays open until the map is closed. -1, with
+  // errno set, on failure.
+  int descriptor_of(const std::string& entry);
+
+  Failure last_error() const;
 
 private:
   // A temporary file that is locked until the map is closed, and the permissions that it will get.
@@ -53,10 +60,10 @@ private:
   // Whether the map's folder lets entries only be added.
   bool is_append_only() const;
 
-  Failure last_error() const;
   Failure remove_after_failure(const std::string& entry);
   Result<std::string> make_file(Descriptor& file, struct stat& status);
   bool set_permissions(const std::string& entry);
+  const Written* find_written(const std::string& entry) const;
 
   // What `use` returns for the open file of an entry.
   template <class Use> auto with_file(const std::string& entry, Use use) const;
@@ -66,9 +73,10 @@ private:
   const struct stat status;
   const FileState state;
   Descriptor folder;  // open once the map is locked
-  FolderNames& names;
+  std::shared_ptr<FolderNames>& last_names;
+  std::shared_ptr<FolderNames> names;  // of the folder, once the map is locked
   std::vector<Written> written;
-  std::vector<Descriptor> renamed;  // what got a temporary name, for its lock
+  std::vector<Descriptor> others;  // what got a temporary name, for its lock; what is flushed
 };
 
 // Removes the stale temporary `name`, which a killed run left in an open folder. The rule: the name

@@ -10,6 +10,7 @@
 
 #include <fcntl.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <cerrno>
 #include <charconv>
@@ -30,7 +31,7 @@ bool lock(const Descriptor& file) {
 
 bool write_flushed(const Descriptor& file, std::string_view text, mode_t permissions) {
   return file && lock(file) && write_all(file, text) &&
-         file.disk().permit(file.get(), permissions) == 0 && file.disk().flush(file.get()) == 0;
+         file.disk().permit(file.get(), permissions) == 0 && ::fsync(file.get()) == 0;
 }
 
 // Replaces a file in one step, by renaming a temporary file over it. Like those of maps, the
@@ -54,7 +55,7 @@ bool replace_file(const fs::path& file, std::string_view text) {
       disk.rename(folder.get(), temporary.c_str(), target.filename().c_str(), 0) == 0;
   if (descriptor && !replaced)
     disk.remove(folder.get(), temporary.c_str());
-  disk.flush(folder.get());  // some file systems refuse this; the file itself is safe
+  ::fsync(folder.get());  // some file systems refuse this; the file itself is safe
   return replaced;
 }
 

@@ -1,6 +1,7 @@
 // The files of Windows itself.
 #include "platform/windows/windows_files.h"
 
+#include "platform/parallel.h"
 #include "platform/path_rules.h"
 #include "platform/windows/find_file.h"
 #include "platform/windows/handle.h"
@@ -9,9 +10,13 @@
 #include "platform/windows/wide_text.h"
 #include "platform/windows/windows_map.h"
 
+#include <limits>
 #include <optional>
 
 namespace {
+
+// Every map that these files have opened is of this machine.
+WindowsMap& map_of(const Unflushed& file) { return static_cast<WindowsMap&>(file.map); }
 
 Failure failure(const std::string& path, const char* action) {
   const DWORD error = GetLastError();
@@ -190,6 +195,28 @@ Result<std::unique_ptr<OpenMap>> WindowsFiles::open_map(const std::string& path)
     return file.failure();
   return {std::make_unique<WindowsMap>(path, std::move(file->folder), std::move(file->name),
                                        std::move(file->text))};
+}
+
+// A process may have millions of handles.
+std::size_t WindowsFiles::most_open_maps() { return std::numeric_limits<std::size_t>::max(); }
+
+void WindowsFiles::flush(std::span<Unflushed> files) {
+  std::vector<Handle> handles;
+  std::vector<DWORD> errors(files.size(), ERROR_SUCCESS);
+  for (std::size_t i = 0; i < files.size(); ++i) {
+    handles.push_back(map_of(files[i]).open_to_flush(files[i].entry));
+    if (!handles.back())
+      errors[i] = GetLastError();
+  }
+  run_in_parallel(files.size(), [&](std::size_t i) {
+    if (handles[i] && !FlushFileBuffers(handles[i].get()))
+      errors[i] = GetLastError();
+  });
+  for (std::size_t i = 0; i < files.size(); ++i) {
+    SetLastError(errors[i]);
+    if (errors[i] != ERROR_SUCCESS)
+      files[i].flushed = map_of(files[i]).last_error();
+  }
 }
 
 Result<Done> WindowsFiles::write(const std::string& path, std::string_view text) {

@@ -2,6 +2,7 @@
 #include "platform/windows/windows_map.h"
 
 #include "platform/windows/find_file.h"
+#include "platform/windows/letter_case.h"
 #include "platform/windows/name_lock.h"
 #include "platform/windows/wide_text.h"
 
@@ -101,6 +102,8 @@ Result<OpenMap::FileState> WindowsMap::lock() {
   return state_of(name);
 }
 
+std::string WindowsMap::folded() const { return lowercase(path); }
+
 Result<OpenMap::Kind> WindowsMap::kind_of(const std::string& entry) {
   const auto found = find_file(path_of(entry));
   if (!found && GetLastError() == ERROR_FILE_NOT_FOUND)
@@ -145,13 +148,9 @@ Result<bool> WindowsMap::holds(const std::string& entry, std::string_view conten
   return *same;
 }
 
-Result<Done> WindowsMap::flush(const std::string& entry) {
+Handle WindowsMap::open_to_flush(const std::string& entry) {
   const Writable writable(path_of(entry));
-  const Handle file =
-      open_with_retry(retry_budget, path_of(entry), GENERIC_WRITE, OPEN_EXISTING, 0);
-  if (!file || !FlushFileBuffers(file.get()))
-    return last_error();
-  return Done{};
+  return open_with_retry(retry_budget, path_of(entry), GENERIC_WRITE, OPEN_EXISTING, 0);
 }
 
 Result<std::string> WindowsMap::make_file(Handle& file) {
@@ -175,7 +174,7 @@ Result<std::string> WindowsMap::write_temporary(std::string_view content) {
   auto made = make_file(file);
   if (!made)
     return made;
-  if (write_all(file, content) && FlushFileBuffers(file.get()) && file.close() &&
+  if (write_all(file, content) && file.close() &&
       set_attributes(path_of(*made), (map_attributes & permissions) | FILE_ATTRIBUTE_HIDDEN))
     return made;
   Failure failure = last_error();

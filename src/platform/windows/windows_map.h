@@ -1,7 +1,7 @@
 // An open map on Windows itself, and the steps of its replacement there.
 #pragma once
 
-#include "platform/replacing.h"
+#include "platform/open_map.h"
 #include "platform/windows/handle.h"
 
 #include <vector>
@@ -16,10 +16,10 @@ public:
 
   Result<FileState> lock() override;
   std::string spelled(const std::string& entry) override;
+  std::string folded() const override;
   Result<Kind> kind_of(const std::string& entry) override;
   Result<FileState> state_of(const std::string& entry) override;
   Result<bool> holds(const std::string& entry, std::string_view content) override;
-  Result<Done> flush(const std::string& entry) override;
   Result<std::string> write_temporary(std::string_view content) override;
   void remove(const std::string& entry) override;
   Result<Done> rename(const std::string& from, const std::string& to,
@@ -27,8 +27,12 @@ public:
   Result<bool> rename_no_replace(const std::string& from, const std::string& to) override;
   Result<bool> link(const std::string& from, const std::string& to) override;
 
-private:
   Failure last_error() const;
+
+  // Opens an entry to be flushed. No handle on failure.
+  Handle open_to_flush(const std::string& entry);
+
+private:
   std::wstring path_of(const std::string& entry) const;
   Result<std::string> make_file(Handle& file);
 

@@ -48,23 +48,27 @@ TEST(Folders, NamesAreFoundInOtherLetterCase) {
   for (const char* name : {"One", "two", "TWO", "tWo"})
     write_file(path / name, "");
   const auto folder = open_path(system_disk(), path.string(), O_RDONLY | O_DIRECTORY);
-  FolderNames names;
-  names.refresh(folder);
-  const auto found = [&](const char* name) { return names.find(folder, name); };
+  auto names = FolderNames::of(folder, nullptr);
+  const auto found = [&](const char* name) { return names->find(folder, name); };
   EXPECT_EQ(found("four"), "");
-  names.added("Three");
+  names->changing("Three");
   write_file(path / "Three", "");
-  names.changed(folder);
+  names = FolderNames::of(folder, names);
   EXPECT_EQ(found("three"), "Three");
   EXPECT_EQ(found("one"), "One");
   EXPECT_EQ(found("TwO"), "TWO");
   EXPECT_EQ(found("two"), "two");
-  names.added("Four");
+  names->changing("Four");
   write_file(path / "Four", "");
   EXPECT_EQ(found("four"), "Four");
   fs::remove(path / "One");
   EXPECT_EQ(found("one"), "");
+  names = FolderNames::of(folder, names);
   write_file(path / "Five", "");
-  names.refresh(folder);
+  names = FolderNames::of(folder, names);
   EXPECT_EQ(found("five"), "Five");
+
+  const auto other = open_path(system_disk(), machine.drive_c.string(), O_RDONLY | O_DIRECTORY);
+  EXPECT_EQ(FolderNames::of(other, names)->find(other, "five"), "");
+  EXPECT_EQ(found("four"), "Four");
 }

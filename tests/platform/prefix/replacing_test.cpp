@@ -27,10 +27,10 @@ public:
   ssize_t write(int file, const char* from, std::size_t size) override {
     return writes_nothing ? 0 : interrupts() ? -1 : Disk::write(file, from, size);
   }
-  int flush(int file) override {
+  void flush(std::span<const int> files, std::span<int> errors) override {
     if (at_flush)
       at_flush();
-    return interrupts() ? -1 : Disk::flush(file);
+    Disk::flush(files, errors);
   }
   int status(int folder, const char* name, int flags, struct stat& status) override {
     const int done = Disk::status(folder, name, flags, status);
@@ -86,7 +86,7 @@ protected:
   ReplaceOnPosix() { write_file(maps / "a.galaxy", "old"); }
 
   static Replacement wanted() { return {"old", {{"a.galfix", "fix"}}, "new", "a.galold"}; }
-  Result<Done> replace() { return open_and_replace(files, "C:\\m\\a.galaxy", wanted()); }
+  Result<Done> replace() { return replace_map(files, "C:\\m\\a.galaxy", wanted()); }
 
   Tree replaced() const { return {{"a.galaxy", "new"}, {"a.galfix", "fix"}, {"a.galold", "old"}}; }
 
@@ -278,10 +278,10 @@ TEST_F(ReplaceOnPosix, WhatIsNoOrdinaryFileIsLeftAlone) {
   for (const auto& make : makers) {
     fs::remove_all(map);
     write_file(map, "old");
-    const auto opened = files.open_map("C:\\m\\a.galaxy");
+    auto opened = files.open_map("C:\\m\\a.galaxy");
     fs::remove(map);
     make();
-    EXPECT_EQ(replace_map(**opened, wanted()).failure().reason,
+    EXPECT_EQ(replace_map(files, *std::move(opened), wanted()).failure().reason,
               "it is not an ordinary file any more");
     EXPECT_EQ(std::distance(fs::directory_iterator(maps), {}), 1);
   }

@@ -1,6 +1,7 @@
 // What only Windows has of a map: attributes, and files that are held for a moment.
 #include "platform/replacing.h"
 
+#include "platform/windows/windows_files.h"
 #include "platform/windows/windows_map.h"
 #include "tests/support/test_machine.h"
 #include "tests/support/windows/folders.h"
@@ -10,6 +11,8 @@
 #include <numeric>
 
 namespace {
+
+constexpr char map_path[] = "C:\\m\\a.galaxy", map_name[] = "a.galaxy";
 
 class ReplaceOnWindows : public testing::Test {
 protected:
@@ -25,20 +28,25 @@ protected:
     return holder;
   }
 
+  Result<Done> replace(std::unique_ptr<WindowsMap> map) {
+    return replace_map(files, std::move(map), wanted());
+  }
+
   // Replaces the map; `waiting` is called instead of each wait, which `waits` counts.
   Result<Done> replace_waiting(const std::function<void()>& waiting) {
     waits.clear();
-    WindowsMap map("C:\\m\\a.galaxy", maps.wstring(), "a.galaxy", "old",
-                   RetryBudget([&](DWORD milliseconds) {
-                     waits.push_back(milliseconds);
-                     waiting();
-                   }));
-    return replace_map(map, wanted());
+    RetryBudget budget([&](DWORD milliseconds) {
+      waits.push_back(milliseconds);
+      waiting();
+    });
+    return replace(
+        std::make_unique<WindowsMap>(map_path, maps.wstring(), map_name, "old", std::move(budget)));
   }
 
   std::vector<DWORD> waits;
   const Tree replaced = {{"a.galaxy", "new"}, {"a.galfix", "fix"}, {"a.galold", "old"}};
   TestMachine machine;
+  WindowsFiles files;
   const std::filesystem::path maps = machine.drive_c / "m";
 };
 
@@ -59,9 +67,9 @@ TEST_F(ReplaceOnWindows, FilesKeepTheMapsAttributes) {
         write_file(maps / name, "old");
         SetFileAttributesW((maps / name).c_str(), attributes);
       }
-      WindowsMap with("C:\\m\\a.galaxy", maps.wstring(), "a.galaxy", "old");
-      WithoutLinks without("C:\\m\\a.galaxy", maps.wstring(), "a.galaxy", "old");
-      ASSERT_TRUE(bool(replace_map(links ? with : without, wanted())));
+      ASSERT_TRUE(bool(replace(
+          links ? std::make_unique<WindowsMap>(map_path, maps.wstring(), map_name, "old")
+                : std::make_unique<WithoutLinks>(map_path, maps.wstring(), map_name, "old"))));
       EXPECT_EQ(tree(maps), replaced);
       for (const auto& [name, text] : replaced)
         EXPECT_EQ(GetFileAttributesW((maps / name).c_str()) &

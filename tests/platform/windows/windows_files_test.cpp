@@ -47,6 +47,6 @@ TEST_F(WindowsFilesTest, ReachesTreesThatAreDeepAndSpelledInAnyScript) {
   write_file(system_path(map), "old");
   EXPECT_EQ(*files.lookup(map, Match::files), "Ægir 銀河.galaxy");
   EXPECT_EQ(files.list(deep, "*.galaxy")->size(), 1u);
-  ASSERT_TRUE(bool(open_and_replace(files, map, {"old", {}, "new", "Ægir 銀河.galold"})));
+  ASSERT_TRUE(bool(replace_map(files, map, {"old", {}, "new", "Ægir 銀河.galold"})));
   EXPECT_EQ(*files.read(map), "new");
 }
