@@ -68,6 +68,7 @@ private:
   TemplateFiles templates;
   ReplacementBatch batch;
   std::vector<Pending> pending;  // the maps of the batch
+  long converted_before_last = 0;  // maps that were found before the last one
   double formatver = std::numeric_limits<double>::lowest();
   std::vector<Failure> skipped;
 };
@@ -165,16 +166,16 @@ void Run::commit() {
   const auto maps = std::exchange(pending, {});
   for (std::size_t i = 0; i < maps.size(); ++i)
     note_outcome(maps[i], outcomes[i]);
+  if (!maps.empty())
+    form.Label4.set_text(std::to_string(converted_before_last));
 }
 
-// `Label4` stays at the number of maps that were converted before the last one found. A map is
-// converted even if its name is missing in the list for want of memory.
+// A map is converted even if its name is missing in the list for want of memory.
 void Run::note_outcome(const Pending& map, const Result<Done>& outcome) try {
   if (!outcome)
     return skipped.push_back(outcome.failure());
   ++converted;
-  if (!map.is_last)
-    form.Label4.set_text(std::to_string(converted));
+  converted_before_last += !map.is_last;
   form.Text2.append(std::string(filename(map.path)) + "\r\n");
 } catch (const std::bad_alloc&) {
   form.trouble = true;
