@@ -8,7 +8,8 @@ Wine prefix, converts the old ones to the current format and keeps a backup
 beside each. It serves the base game, zendrel and the expansion Tarnfall.
 
 The program has a window and, for scripts, a silent run that needs neither a
-display nor the recommended libraries.")
+display nor the recommended libraries. A second program checks the templates
+that describe the map formats, for those who write them.")
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_SECTION utils)
 set(CPACK_DEBIAN_PACKAGE_SUGGESTS "fonts-liberation, wine")

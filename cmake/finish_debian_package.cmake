@@ -8,18 +8,19 @@ write_debian_changelog(${CPACK_CHANGELOG} ${CPACK_PACKAGE_NAME} "${CPACK_PACKAGE
   ${changelog})
 set(ENV{SOURCE_DATE_EPOCH} ${release_time})
 
-execute_process(COMMAND gzip -9n ${changelog} ${root}/usr/share/man/man1/${CPACK_PACKAGE_NAME}.1
-  COMMAND_ERROR_IS_FATAL ANY)
+file(GLOB manuals ${root}/usr/share/man/man1/*.1)
+execute_process(COMMAND gzip -9n ${changelog} ${manuals} COMMAND_ERROR_IS_FATAL ANY)
 
 execute_process(COMMAND chmod -R u=rwX,go=rX ${root}/usr  # whatever the umask
   COMMAND_ERROR_IS_FATAL ANY)
 
 # The window's libraries are wanted where there is a display; the silent run does without them.
+file(GLOB programs ${root}/usr/bin/*)
 file(GLOB_RECURSE window ${root}/usr/*-window.so)
 file(WRITE ${CPACK_TOPLEVEL_DIRECTORY}/shlibdeps/debian/control
   "Source: ${CPACK_PACKAGE_NAME}\n\nPackage: ${CPACK_PACKAGE_NAME}\nArchitecture: any\n")
 execute_process(
-  COMMAND dpkg-shlibdeps -O -dDepends ${root}/usr/bin/${CPACK_PACKAGE_NAME} -dRecommends ${window}
+  COMMAND dpkg-shlibdeps -O -dDepends ${programs} -dRecommends ${window}
   WORKING_DIRECTORY ${CPACK_TOPLEVEL_DIRECTORY}/shlibdeps
   OUTPUT_VARIABLE libraries COMMAND_ERROR_IS_FATAL ANY)
 if(libraries MATCHES "shlibs:Depends=([^\n]+)")

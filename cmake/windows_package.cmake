@@ -1,11 +1,12 @@
-# The archive for players on Windows: the program, its data files, a readme and the licence, in one
-# folder.
-install(TARGETS vora-map-updater RUNTIME DESTINATION .)
+# The archive for players on Windows: the program, the checker of templates with their document, the
+# data files, a readme and the licence, in one folder.
+install(TARGETS vora-map-updater vora-template-check RUNTIME DESTINATION .)
 install(DIRECTORY data/ DESTINATION .)
 configure_file(share/readme-windows.txt readme.txt @ONLY NEWLINE_STYLE CRLF)
 configure_file(LICENSE license.txt @ONLY NEWLINE_STYLE CRLF)
+configure_file(docs/templates.md templates.md @ONLY NEWLINE_STYLE CRLF)
 install(FILES ${CMAKE_CURRENT_BINARY_DIR}/readme.txt ${CMAKE_CURRENT_BINARY_DIR}/license.txt
-  DESTINATION .)
+  ${CMAKE_CURRENT_BINARY_DIR}/templates.md DESTINATION .)
 
 # Not cpack's own ZIP, which takes the files in the order of the disk.
 set(CPACK_GENERATOR External)

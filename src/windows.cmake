@@ -1,5 +1,7 @@
 # The program on Windows itself.
+set(machine windows)
 layer(windows BELOW platform SOURCES
+  platform/windows/console.cpp
   platform/windows/find_file.cpp platform/windows/handle.cpp platform/windows/letter_case.cpp
   platform/windows/name_lock.cpp platform/windows/paths.cpp platform/windows/script_shell.cpp
   platform/windows/wide_text.cpp platform/windows/windows_files.cpp

@@ -26,9 +26,14 @@ desktop=$installed/share/applications/vora-map-updater.desktop
 desktop-file-validate "$desktop"
 appstreamcli validate --pedantic --strict --no-net \
   "$installed/share/metainfo/vora-map-updater.metainfo.xml"
-manual=$installed/share/man/man1/vora-map-updater.1
-mandoc -Tlint -Wstyle "$manual" || fail 'the man page has mistakes'
-man --warnings "$manual" 2>&1 > /dev/null | grep . && fail 'the man page has mistakes'
+for manual in "$installed"/share/man/man1/*.1; do
+  mandoc -Tlint -Wstyle "$manual" || fail "the man page has mistakes: $manual"
+  man --warnings "$manual" 2>&1 > /dev/null | grep . && fail "the man page has mistakes: $manual"
+done
+for rule in $(sed -n 's/^### \([a-z-]*\)$/\1/p' docs/templates.md); do
+  grep -qx ".B $rule" "$installed/share/man/man1/vora-template-check.1" ||
+    fail "the man page lacks the rule $rule"
+done
 
 # Start it as the desktop entry does, with Qt's offscreen platform.
 folder=$(sed -n 's/^Path=//p' "$desktop")
@@ -56,9 +61,10 @@ lintian --fail-on error,warning "$package" || fail 'lintian finds mistakes'
 cmp "$package" "$scratch/again/${package##*/}" || fail 'two builds give different packages'
 
 contents=$(dpkg-deb -c "$package")
-for file in bin/vora-map-updater lib/.*/vora-map-updater-window.so \
+for file in bin/vora-map-updater bin/vora-template-check lib/.*/vora-map-updater-window.so \
   share/vora-map-updater/targetvoraver.txt share/applications/vora-map-updater.desktop \
   share/metainfo/vora-map-updater.metainfo.xml share/man/man1/vora-map-updater.1.gz \
+  share/man/man1/vora-template-check.1.gz share/doc/vora-map-updater/templates.md \
   share/doc/vora-map-updater/copyright share/doc/vora-map-updater/changelog.gz \
   share/icons/hicolor/scalable/apps/vora-map-updater.svg; do
   grep -qE " \./usr/$file$" <<< "$contents" || fail "the package lacks $file"
@@ -70,6 +76,7 @@ protected() {
   hardening-check --nocfprotection "${@:2}" "$scratch/unpacked/usr/$1" || fail "$1 lacks a protection"
 }
 protected bin/vora-map-updater
+protected bin/vora-template-check --nofortify
 protected lib/vora-map-updater/vora-map-updater-window.so --nofortify
 control() { dpkg-deb -f "$package" "$1"; }
 version=$(sed -nE 's/^## ([0-9.]+) .*/\1/p' CHANGELOG.md | head -n 1)
@@ -82,6 +89,7 @@ make_sample base "$scratch/sample" "$build"
 (cd "$scratch/sample/data" && env -u DISPLAY -u WAYLAND_DISPLAY WINEPREFIX="$PWD/../machine" \
   "$scratch/unpacked/usr/bin/vora-map-updater" /silent)
 all_converted 'unpacked'
+"$scratch/unpacked/usr/bin/vora-template-check" data
 
 if [ "$(id -u)" = 0 ]; then
   root=$scratch/root

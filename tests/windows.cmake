@@ -47,8 +47,10 @@ add_machine_tests(windows
 add_machine_tests(platform
   platform/files_test.cpp platform/parallel_test.cpp platform/replacing_test.cpp platform/services_test.cpp)
 add_machine_tests(engine
-  engine/line_array_test.cpp engine/numbers_test.cpp engine/passes_test.cpp
-  docs/templates_test.cpp)
+  engine/line_array_test.cpp engine/numbers_test.cpp engine/passes_test.cpp)
+add_machine_tests(check
+  check/random_pairs_test.cpp check/rules_test.cpp docs/templates_test.cpp)
+target_link_libraries(test-check PRIVATE check)
 add_machine_tests(form form/control_test.cpp)
 add_machine_tests(convert
   convert/conversion_test.cpp convert/line_reader_test.cpp convert/original_maps_test.cpp

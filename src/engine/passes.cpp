@@ -61,6 +61,7 @@ struct Pass {
   const OldTemplate& oldtemplate;
   const NewTemplate& newtemplate;
   const LineArray& galaxylines;
+  Blocks* blocks;
   std::string out;
   std::size_t k = 0;
   std::size_t pending = 0;  // the first pending line; `k` when there is none
@@ -90,12 +91,16 @@ struct Pass {
       return count.failure();
     if (out.size() > LineArray::max_text_size)
       return failure(newtemplate, "it makes the map larger than 1 GiB");
+    const std::size_t line = k;
     if (*count < 1) {
       carry_over();
-      return std::nullopt;
+    } else {
+      k += static_cast<std::size_t>(
+          std::min(*count, static_cast<long long>(galaxylines.size() - k)));
+      pending = k;
     }
-    k += static_cast<std::size_t>(std::min(*count, static_cast<long long>(galaxylines.size() - k)));
-    pending = k;
+    if (blocks)
+      blocks->push_back({line, pending - line, t});
     return std::nullopt;
   }
 };
@@ -115,8 +120,8 @@ Result<long long> rewritesection(const OldTemplate& oldtemplate, const NewTempla
 }
 
 Result<std::string> first_pass(const OldTemplate& oldtemplate, const NewTemplate& newtemplate,
-                               const LineArray& galaxylines) {
-  Pass pass{oldtemplate, newtemplate, galaxylines, {}};
+                               const LineArray& galaxylines, Blocks* blocks) {
+  Pass pass{oldtemplate, newtemplate, galaxylines, blocks, {}};
   pass.out.reserve(galaxylines.text().size());
   while (pass.k < galaxylines.size()) {
     const std::size_t t = pass.match(pass.k);
@@ -129,8 +134,8 @@ Result<std::string> first_pass(const OldTemplate& oldtemplate, const NewTemplate
 }
 
 Result<std::string> fix_pass(const OldTemplate& oldtemplate, const NewTemplate& newtemplate,
-                             const LineArray& galaxylines) {
-  Pass pass{oldtemplate, newtemplate, galaxylines, {}};
+                             const LineArray& galaxylines, Blocks* blocks) {
+  Pass pass{oldtemplate, newtemplate, galaxylines, blocks, {}};
   pass.out.reserve(galaxylines.text().size());
   while (pass.k + 2 < galaxylines.size()) {
     const std::size_t t = pass.match(pass.k);

@@ -5,6 +5,15 @@
 
 #include <cstddef>
 #include <string>
+#include <vector>
+
+// A block that a pass replaced.
+struct Block {
+  std::size_t line;           // of the map, its first
+  std::size_t count;          // its lines in the map; 0 when they were only inserted before `line`
+  std::size_t recognised_by;  // the line of the old template
+};
+using Blocks = std::vector<Block>;
 
 // In all of these a failure's path is the template's file name, and its reason says why the
 // template cannot write a section that the map asks for.
@@ -18,11 +27,11 @@ Result<long long> rewritesection(const OldTemplate& oldtemplate, const NewTempla
 
 // The first pass: every line that the old template recognises starts a block, which is replaced by
 // its section of the new template; every other line is carried over. Fails when the result would be
-// longer than `LineArray::max_text_size`.
+// longer than `LineArray::max_text_size`. The blocks are appended to `blocks`, where one is given.
 Result<std::string> first_pass(const OldTemplate& oldtemplate, const NewTemplate& newtemplate,
-                               const LineArray& galaxylines);
+                               const LineArray& galaxylines, Blocks* blocks = nullptr);
 
 // The expansion's fix pass: a block starts only where three lines in a row are recognised, and the
 // last two lines are carried over.
 Result<std::string> fix_pass(const OldTemplate& oldtemplate, const NewTemplate& newtemplate,
-                             const LineArray& galaxylines);
+                             const LineArray& galaxylines, Blocks* blocks = nullptr);

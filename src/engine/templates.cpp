@@ -10,19 +10,6 @@ namespace {
 
 constexpr std::size_t missing_template_lines = 11;
 
-// A header's "$" stands after at least one character.
-bool is_header(std::string_view line) {
-  const auto dollar = line.find('$');
-  return dollar != std::string_view::npos && dollar > 0;
-}
-
-// The number after the first "$"; the number at the line's start when there is none.
-long long count(std::string_view header) {
-  const auto dollar = header.find('$');
-  return whole_part(
-      numeric_value(dollar == std::string_view::npos ? header : header.substr(dollar + 1)));
-}
-
 OutputLine output_line(std::string_view line) {
   const auto without = [&](std::size_t count) { return line.substr(0, line.size() - count); };
   if (line.ends_with(" #"))
@@ -51,11 +38,23 @@ std::vector<std::size_t> index_headers(Template& file) {
   if (heads.empty())
     heads.push_back(0);
   for (const std::size_t head : heads)
-    file.counts.push_back(count(file.lines[head]));
+    file.counts.push_back(whole_part(numeric_value(count_text(file.lines[head]))));
   return heads;
 }
 
 }  // namespace
+
+// A header's "$" stands after at least one character.
+bool is_header(std::string_view line) {
+  const auto dollar = line.find('$');
+  return dollar != std::string_view::npos && dollar > 0;
+}
+
+// What follows the first "$"; the whole line when there is none.
+std::string_view count_text(std::string_view header) {
+  const auto dollar = header.find('$');
+  return dollar == std::string_view::npos ? header : header.substr(dollar + 1);
+}
 
 OldTemplate index_old(std::string filename, Result<std::string> text) {
   OldTemplate file;

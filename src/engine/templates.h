@@ -49,6 +49,10 @@ struct NewTemplate : Template {
   std::vector<OutputLine> output;     // one for each line of the file
 };
 
+// Whether a line is a section header, and the text that its count is the number of.
+bool is_header(std::string_view line);
+std::string_view count_text(std::string_view header);
+
 // A template is made from its text, or from the failure to read it.
 OldTemplate index_old(std::string filename, Result<std::string> text);
 NewTemplate index_new(std::string filename, Result<std::string> text);

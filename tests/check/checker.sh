@@ -1,0 +1,91 @@
+#!/usr/bin/env bash
+# Runs vora-template-check as a template writer would.
+# checker.sh <build folder>
+set -euo pipefail
+build=$(cd "$1" && pwd)
+source "$(dirname "$0")/../../scripts/common.sh"
+scratch=$(mktemp -d)
+trap 'rm -rf "$scratch"' EXIT
+
+failed=0
+check() { # check <what> <expected> <found>
+  [ "$2" = "$3" ] && return
+  printf 'FAILED %s\n  expected: %s\n  found:    %s\n' "$1" "$2" "$3"
+  failed=1
+}
+
+run() { # run <arguments...>: sets status, said and complained
+  status=0
+  said=$("$build/vora-template-check" "$@" 2> "$scratch/stderr") || status=$?
+  complained=$(cat "$scratch/stderr")
+}
+
+run data
+check "the templates in data" "0 no findings" "$status $said$complained"
+said=$(cd data && "$build/vora-template-check")
+check "the current folder" "no findings" "$said"
+version=$(sed -nE 's/^## ([0-9.]+) .*/\1/p' CHANGELOG.md | head -n 1)
+run --version
+check "--version" "0 vora-template-check $version" "$status $said$complained"
+run --help
+check "--help" "0 usage:" "$status ${said%% *}$complained"
+
+wrong() { # wrong <stderr's beginning> <arguments...>
+  run "${@:2}"
+  check "${*:2}" "2  yes" "$status $said $([[ $complained == "$1"* ]] && echo yes || echo "$complained")"
+}
+wrong usage: --unknown
+wrong usage: --diff data
+wrong usage: --edition x data
+wrong usage: data ''
+wrong "$scratch/none: cannot read the folder: " "$scratch/none"
+wrong "$scratch: cannot check it: there are no templates" "$scratch"
+wrong "data/none.galaxy: cannot read it: " data data/none.galaxy
+
+cp -r data "$scratch/data"
+sed -i '3s/12/11/' "$scratch/data/vnewstruct10.txt"
+sed -i '20d' "$scratch/data/toldstruct9.txt"
+run "$scratch/data"
+check "errors: status" 1 "$status"
+check "errors: places" "tnewstruct9.txt:32: error vnewstruct10.txt:3: error" \
+  "$(sed -n "s|^$scratch/data/\(.*error\): .*\[.*\]|\1|p" <<< "$said" | tr '\n' ' ' | sed 's/ $//')"
+run --edition t "$scratch/data"
+check "one edition" 0 "$(grep -c vnewstruct <<< "$said")"
+check "no colours in a file" 0 "$(grep -c $'\033' <<< "$said")"
+coloured=$(python3 -c 'import pty, sys; pty.spawn(sys.argv[1:])' \
+  "$build/vora-template-check" "$scratch/data" || true)
+check "colours on a terminal" yes "$([[ $coloured == *$'\033[1;31merror:\033[0m'* ]] && echo yes)"
+
+# The differences of the sample's maps are those that a run leaves.
+for edition in base expansion; do
+  make_sample "$edition" "$scratch/$edition" "$build"
+  cp -r "$scratch/$edition/machine" "$scratch/before"
+  (cd "$scratch/$edition/data" && env -u DISPLAY -u WAYLAND_DISPLAY \
+    WINEPREFIX="$scratch/$edition/machine" "$build/vora-map-updater" /silent)
+  converted=0
+  while IFS= read -r -d '' map; do
+    after=$scratch/$edition/machine/${map#"$scratch/before/"}
+    cmp -s "$map" "$after" && continue
+    converted=$((converted + 1))
+    "$build/vora-template-check" --diff data "$map" > "$scratch/found" || true
+    sed -i '1,/^--- /d;/^+++ /d' "$scratch/found"
+    { diff -u "$map" "$after" || true; } | tail -n +3 | cmp - "$scratch/found" || check "--diff" "" "$map"
+  done < <(find "$scratch/before" -iname '*.galaxy' -type f -print0)
+  check "$edition: maps compared" "$(find "tests/expected/$edition" -iname '*.galold' | wc -l)" "$converted"
+  rm -rf "$scratch/before"
+done
+
+# Lines without CR, and without an end.
+printf 'Vorakai galaxy\r\nversion 11\r\na\nb\r\n\tcolor 1\r\nc\r\n\r\n' > "$scratch/odd.galaxy"
+printf 'Vorakai galaxy\r\nversion 11\r\nend' > "$scratch/short.galaxy"
+for map in odd short; do
+  "$build/vora-template-check" --diff data "$scratch/$map.galaxy" > "$scratch/found"
+  cp "$scratch/$map.galaxy" "$scratch/patched"
+  patch --binary -s "$scratch/patched" "$scratch/found" || check "$map: patch" 0 $?
+  printf 'Vorakai galaxy\r\nversion 12\r\n' > "$scratch/expected"
+  if [ $map = odd ]; then printf 'a\nb\r\n\tcolour 1\r\nc\r\n'; else printf 'end\r\n'; fi >> "$scratch/expected"
+  cmp "$scratch/expected" "$scratch/patched" || check "$map: patched" "" differs
+done
+
+[ $failed = 0 ] && echo "the checker passed"
+exit $failed
