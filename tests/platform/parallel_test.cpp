@@ -23,7 +23,7 @@ TEST(Parallel, CallsEachTaskOnceAndSlowOnesTogether) {
         --running;
       });
       EXPECT_EQ(calls, std::vector<int>(count, 1));
-      EXPECT_EQ(most > 1, count > 2 && pause.count() > 0) << count;
+      EXPECT_TRUE(most > 1 || count < 3 || pause.count() == 0) << count;
     }
   }
 }

@@ -5,9 +5,20 @@
 
 #include <gtest/gtest.h>
 
+#include <random>
+
 namespace fs = std::filesystem;
 
 namespace {
+
+// A file system without locks, as some network file systems are.
+class NoLocks : public Disk {
+public:
+  int lock(int) override {
+    errno = ENOLCK;
+    return -1;
+  }
+};
 
 class Batches : public testing::Test {
 protected:
@@ -74,7 +85,9 @@ protected:
   // it.
   std::vector<std::string> convert(unsigned seed, std::size_t most) {
     fill(seed);
-    Program program(std::make_unique<BoundedFiles>(machine_of(machine), system_disk(), most),
+    NoLocks no_locks;
+    Disk& disk = pick(2) ? no_locks : system_disk();
+    Program program(std::make_unique<BoundedFiles>(machine_of(machine), disk, most),
                     machine.system(""));
     program.form.edition = pick(2) ? "v" : "t";
     program.form.debugmode = pick(4) == 0;

@@ -7,7 +7,6 @@
 #include <algorithm>
 #include <cerrno>
 #include <functional>
-#include <random>
 #include <set>
 
 #include <fcntl.h>
@@ -51,6 +50,7 @@ public:
 
   int calls = 0;
   int disturbed = 0;  // of them: failed, or done by half
+  int flushes_failed = 0;
 
   int open(int folder, const char* name, int flags, unsigned mode) override {
     return fails() ? -1 : Disk::open(folder, name, flags, mode);
@@ -70,8 +70,10 @@ public:
     return fails() ? -1 : Disk::write(file, from, part(size));
   }
   void flush(std::span<const int> files, std::span<int> errors) override {
-    for (std::size_t i = 0; i < files.size(); ++i)
+    for (std::size_t i = 0; i < files.size(); ++i) {
       errors[i] = fails() ? errno : 0;
+      flushes_failed += errors[i] != 0;
+    }
   }
   int lock(int file) override { return fails() ? -1 : Disk::lock(file); }
   int lease(int file) override {
@@ -120,9 +122,9 @@ private:
 class ModelDisk : public Disk {
 public:
   // The folder's files have long been flushed, except for those whose content `is_unflushed`.
-  ModelDisk(const std::filesystem::path& folder, Unknown unknown_in, std::mt19937& chance_in,
+  ModelDisk(const std::filesystem::path& folder, Unknown unknown_in,
             const std::function<bool(const std::string& name)>& is_unflushed)
-      : unknown(unknown_in), chance(chance_in) {
+      : unknown(unknown_in) {
     for (const auto& [name, content] : tree(folder)) {
       before[name] = inode_of(AT_FDCWD, (folder / name).c_str());
       contents[before[name]] = is_unflushed(name) ? unflushed : content;
@@ -144,12 +146,19 @@ public:
     changed({"", name, inode_of(file, ""), false});
     return file;
   }
-  // The disk may take the files in any order.
+  // Any of the files may be on the disk before the others.
   void flush(std::span<const int> files, std::span<int> errors) override {
-    std::vector<int> order(files.begin(), files.end());
-    std::shuffle(order.begin(), order.end(), chance);
-    for (const int file : order)
-      flush(file);
+    const auto changes_before = changes;
+    const auto contents_before = contents;
+    const unsigned all = (1u << files.size()) - 1;
+    for (unsigned flushed = 0; flushed <= all; ++flushed) {
+      changes = changes_before;
+      contents = contents_before;
+      for (std::size_t i = 0; i < files.size(); ++i)
+        if (flushed >> i & 1)
+          flush(files[i]);
+      add_cuts();
+    }
     std::fill(errors.begin(), errors.end(), 0);
   }
   int rename(int folder, const char* from, const char* to, unsigned flags) override {
@@ -193,7 +202,6 @@ private:
     contents[inode] = read_file("/proc/self/fd/" + std::to_string(file));
     for (Change& change : changes)
       change.flushed |= change.inode == inode;
-    add_cuts();
   }
   // Temporary names are random: those of two runs are the same in what a cut leaves.
   std::string numbered(const std::string& temporary) {
@@ -225,7 +233,6 @@ private:
   }
 
   const Unknown unknown;
-  std::mt19937& chance;
   std::map<std::string, ino_t> before;  // the first change
   std::vector<Change> changes;
   std::map<ino_t, std::string> contents;

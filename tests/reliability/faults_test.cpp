@@ -191,8 +191,8 @@ INSTANTIATE_TEST_SUITE_P(
     Editions, Faults,
     testing::Values(std::tuple("v", Unknown{}, 64), std::tuple("v", Unknown{}, 1),
                     std::tuple("v", Unknown{EPERM}, 64), std::tuple("v", Unknown{0, EINVAL}, 2),
-                    std::tuple("t", Unknown{}, 2), std::tuple("t", Unknown{}, 64),
-                    std::tuple("t", Unknown{EOPNOTSUPP, ENOSYS}, 64)));
+                    std::tuple("t", Unknown{}, 1), std::tuple("t", Unknown{}, 64),
+                    std::tuple("t", Unknown{EOPNOTSUPP, ENOSYS}, 2)));
 
 // Whatever fails, every map that is not converted is reported with its name and the reason. A
 // single failure leaves every other map converted, but for a folder that cannot be listed, which
@@ -218,6 +218,9 @@ TEST_P(Faults, EveryCallFailsOnceOrFromThenOn) {
       const bool ended = reported.find("struct") != reported.npos;
       const bool all = lasting || ended || reported.find("could not be searched") != reported.npos;
       ASSERT_LE(skipped.size(), all ? 3u : error == WatchedDisk::half ? 0u : 1u);
+      const bool is_final =
+          most == 1 && !lasting && disk.flushes_failed == 1;  // else it is tried again
+      ASSERT_TRUE(!is_final || skipped.size() == 1);
       for (const std::string& name : skipped) {
         ASSERT_TRUE(all || reported.find(name) != reported.npos) << name;
         ASSERT_TRUE(ended || reported.find(std::strerror(error)) != reported.npos);
@@ -232,31 +235,26 @@ TEST_P(Faults, EveryCallFailsOnceOrFromThenOn) {
 // Who saved the maps last has not flushed them, nor their copies. A map that keeps its name has
 // what its flushing would have saved; one that has lost it must be whole under its backup name.
 TEST_P(Faults, ThePowerIsCutAfterEveryChange) {
-  constexpr int orders = 20;  // in which the disk takes the files that are flushed together
-  std::mt19937 chance(1);
-  std::set<Tree> cuts;
-  for (int order = 0; order < orders; ++order) {
-    fill();
-    ModelDisk disk(folder, unknown, chance, [&](const std::string& name) {
-      return read_file(folder / name) != older_backup;
-    });
-    convert(disk);
-    ASSERT_EQ(unfinished(), "");
-    ASSERT_TRUE(disk.cuts.contains(tree(folder)));
-    cuts.merge(disk.cuts);
-  }
-  for (Tree left : cuts) {
+  fill();
+  ModelDisk disk(folder, unknown,
+                 [&](const std::string& name) { return read_file(folder / name) != older_backup; });
+  convert(disk);
+  ASSERT_EQ(unfinished(), "");
+  ASSERT_TRUE(disk.cuts.contains(tree(folder)));
+  for (Tree left : disk.cuts) {
     for (int i = 0; i < count; ++i)
       if (left.at(map(i)) == ModelDisk::unflushed)
         left.at(map(i)) = old(i);
     ASSERT_EQ(broken(left), "");
+    const bool copied = unknown.link != 0;
+    ASSERT_FALSE(copied && has_backup(left, 0, ModelDisk::unflushed));
     fs::remove_all(folder);
     for (const auto& [name, content] : left)
       write_file(folder / name, content);
     convert_undisturbed();
     ASSERT_EQ(unfinished(), "");
   }
-  std::cout << "power cuts: " << cuts.size() << "\n";
+  std::cout << "power cuts: " << disk.cuts.size() << "\n";
 }
 
 // The other run may clear up what it takes for a stale temporary, and may replace every map.
@@ -294,6 +292,23 @@ TEST_P(Faults, AMapIsSavedBeforeEveryCall) {
           how != Saving::by_renaming && !has_copy ? 0 : calls_after_last_look + unseen;
       EXPECT_LE(lost, allowed) << static_cast<int>(how) << " " << age << " " << i;
     }
+  }
+}
+
+// Whoever removes a map or its backup loses nothing else by the run.
+TEST_P(Faults, AFileIsRemovedBeforeEveryCall) {
+  for (const std::string name : {"map0.galaxy", "map0.galold", "map1.GALold", "map2.galold"}) {
+    const int removed = name[3] - '0';
+    before_every_call(
+        0, [&] { fs::remove(folder / name); },
+        [&] {
+          Tree left = tree(folder);
+          if (!left.contains(map(removed)) || !has_backup(left, removed, old(removed)))
+            left[map(removed)] = old(removed);
+          if (name == "map1.GALold")
+            left[name] = older_backup;
+          ASSERT_EQ(broken(left), "") << name;
+        });
   }
 }
 

@@ -277,7 +277,7 @@ def run_beside_others(machine):
 
 
 def interrupt(machine):
-    """The map in hand is finished, and nothing is left behind."""
+    """The maps in hand are finished, and nothing is left behind."""
     midway = 0
     while midway < 5:
         machine.fill()
@@ -419,6 +419,23 @@ def kill_on(machine, kind, kills):
         kill(machine, kills, kind)
 
 
+def run_short_of_space(machine):
+    """Where backups are copies and there is room for all results and a few copies more, every map
+    is converted, although the maps of a batch want all their copies at once."""
+    image = machine.root / "disk"
+    make_file_system("exfat", image, 8 * MEGABYTE)
+    with on_file_system("exfat", image, machine.user):
+        for i in range(COUNT):
+            put(machine.maps / f"map{i}.galaxy", machine.map(i))
+        space = os.statvfs(machine.user)
+        left = COUNT * (len(machine.converted["map0.galaxy"]) // space.f_frsize + 1) + 4
+        put(machine.user / "filler", bytes((space.f_bavail - left) * space.f_frsize))
+        machine.run(preexec_fn=None)
+        for i in range(COUNT):
+            content = (machine.maps / f"map{i}.galaxy").read_bytes()
+            assert content == machine.converted[f"map{i}.galaxy"]
+
+
 def succeeds(*command):
     return subprocess.run(command, capture_output=True, check=False).returncode == 0
 
@@ -473,6 +490,7 @@ def main():
                 run_where_nothing_may_be_renamed(machine)
                 attempt(run_as_nobody, os.geteuid() == 0, machine)
                 attempt(fill_disk, mounts, machine)
+                attempt(run_short_of_space, mounts and can_make("exfat", scratch), machine)
             for kind in ("ext4", "xfs", "btrfs"):
                 attempt(cut_power, mounts and can_make(kind, scratch), machine, kind, options.cuts)
             for kind in ("ntfs", "exfat"):
