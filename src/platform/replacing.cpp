@@ -71,8 +71,8 @@ public:
         out_of_memory(failure("the memory is not enough")) {}
 
   Result<Done> lock();
-  Result<Done> find_companions(const std::vector<NewFile>& files);
-  Result<Done> write_temporaries(const std::vector<NewFile>& files, std::string_view result);
+  Result<Done> find_companions(const std::vector<NewFile>& new_files);
+  Result<Done> write_temporaries(const std::vector<NewFile>& new_files, std::string_view result);
   Result<Done> check_map();
   Result<Done> place_companions();
   Result<Done> move_older_backup();
@@ -90,7 +90,7 @@ public:
   std::vector<ToFlush> unflushed;
 
   // Notes what came of flushing all that was unflushed, in its order.
-  void note_flushed(std::span<const Unflushed> files);
+  void note_flushed(std::span<const Unflushed> results);
 
   // Ends the replacement for want of memory.
   void fail_out_of_memory() { fail(std::move(out_of_memory)); }
@@ -164,10 +164,10 @@ template <class Step> void ReplacementBatch::Replacing::take(Step step) {
   }
 }
 
-void ReplacementBatch::Replacing::note_flushed(std::span<const Unflushed> files) {
-  for (std::size_t i = 0; i < files.size(); ++i)
-    if (!files[i].flushed)
-      return fail({map.path, unflushed[i].action, files[i].flushed.failure().reason});
+void ReplacementBatch::Replacing::note_flushed(std::span<const Unflushed> results) {
+  for (std::size_t i = 0; i < results.size(); ++i)
+    if (!results[i].flushed)
+      return fail({map.path, unflushed[i].action, results[i].flushed.failure().reason});
   unflushed.clear();
 }
 
@@ -196,8 +196,8 @@ Result<Done> ReplacementBatch::Replacing::lock() {
 }
 
 // Looks every name up once, before the first change to the folder.
-Result<Done> ReplacementBatch::Replacing::find_companions(const std::vector<NewFile>& files) {
-  for (const NewFile& file : files) {
+Result<Done> ReplacementBatch::Replacing::find_companions(const std::vector<NewFile>& new_files) {
+  for (const NewFile& file : new_files) {
     const auto name = find_companion(file.name);
     if (!name)
       return name.failure();
@@ -225,10 +225,10 @@ Result<std::string> ReplacementBatch::Replacing::find_companion(const std::strin
   return found;
 }
 
-Result<Done> ReplacementBatch::Replacing::write_temporaries(const std::vector<NewFile>& files,
+Result<Done> ReplacementBatch::Replacing::write_temporaries(const std::vector<NewFile>& new_files,
                                                             std::string_view result) {
-  for (std::size_t i = 0; i < files.size(); ++i)
-    if (auto written = write_temporary(files[i], companions[i]); !written)
+  for (std::size_t i = 0; i < new_files.size(); ++i)
+    if (auto written = write_temporary(new_files[i], companions[i]); !written)
       return written;
   return new_backup.empty() ? Result<Done>(Done{}) : write_temporary({map.name, result}, map.name);
 }
