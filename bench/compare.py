@@ -1,7 +1,9 @@
 #!/usr/bin/env python3
 """Times the program and its alternatives in turn, and prints the medians.
 
-    compare.py convert|flushes|delay|script|growth|search|start WORKFOLDER --build BUILDFOLDER [--rounds N]
+    compare.py WHAT WORKFOLDER --build BUILDFOLDER [--rounds N]
+
+WHAT is convert, flushes, delay, script, growth, search or start.
 
 WORKFOLDER holds a machine (`machine`) and its data files (`data`), as `scripts/bench` makes them.
 """
@@ -275,18 +277,20 @@ def start(folder, build, environment, rounds):
     contest.tell()
 
 
+CONTESTS = {contest.__name__: contest
+            for contest in (convert, flushes, delay, script, growth, search, start)}
+
+
 def main():
     parser = argparse.ArgumentParser(description="time the program against its peers")
-    parser.add_argument("what", choices=["convert", "flushes", "delay", "script", "growth", "search", "start"])
+    parser.add_argument("what", choices=CONTESTS)
     parser.add_argument("folder")
     parser.add_argument("--build", required=True, help="folder of the programs")
     parser.add_argument("--rounds", type=int, default=5)
     options = parser.parse_args()
     folder, build = os.path.abspath(options.folder), os.path.abspath(options.build)
     environment = dict(os.environ, WINEPREFIX=os.path.join(folder, "machine"))
-    contest = {"convert": convert, "flushes": flushes, "delay": delay, "script": script, "growth": growth, "search": search,
-               "start": start}
-    contest[options.what](folder, build, environment, options.rounds)
+    CONTESTS[options.what](folder, build, environment, options.rounds)
 
 
 if __name__ == "__main__":

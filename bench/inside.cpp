@@ -98,7 +98,7 @@ void searching(benchmark::State& state) {
   }
   PrefixFiles files(scratch.machine);
   PrefixSystem system(scratch.machine, "");
-  ConsoleScreen screen;
+  ConsoleScreen screen(0);
   for (auto _ : state) {
     Form1 form(files, system, screen);
     FoundList found;
@@ -113,7 +113,7 @@ void appending(benchmark::State& state) {
   const Scratch scratch;
   PrefixFiles files(scratch.machine);
   PrefixSystem system(scratch.machine, "");
-  ConsoleScreen screen;
+  ConsoleScreen screen(0);
   for (auto _ : state) {
     Form1 form(files, system, screen);
     for (std::size_t i = 0; i < range(state); ++i)
@@ -130,7 +130,7 @@ void listing(benchmark::State& state) {
     std::ofstream(scratch.machine.folder + "/drive_c/maps/Map " + std::to_string(i) + ".galaxy");
   PrefixFiles files(scratch.machine);
   PrefixSystem system(scratch.machine, "");
-  ConsoleScreen screen;
+  ConsoleScreen screen(0);
   Form1 form(files, system, screen);
   for (auto _ : state)
     form.File1.set_path("C:\\maps");

@@ -15,7 +15,7 @@ int main(int argc, char** argv) {
   const Machine machine = find_machine([](const Machine&) { return true; });
   PrefixFiles files(machine);
   PrefixSystem system(machine, "");
-  ConsoleScreen screen;
+  ConsoleScreen screen(0);
   Form1 form(files, system, screen);
   const std::string root = std::filesystem::canonical(argv[1]).string();
   FoundList found;

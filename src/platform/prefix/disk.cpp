@@ -5,7 +5,6 @@
 
 #include <algorithm>
 #include <array>
-#include <csignal>
 #include <cstdio>
 
 #include <dirent.h>
@@ -40,12 +39,12 @@ void Disk::flush(std::span<const int> files, std::span<int> errors) {
 
 int Disk::lock(int file) { return ::flock(file, LOCK_EX | LOCK_NB); }
 
-// A lease break raises a signal; SIGURG is ignored by default, SIGIO would kill. Network file
-// systems refuse with EAGAIN whenever their server grants nothing, whoever has the file open.
+// Network file systems refuse with EAGAIN whenever their server grants nothing, whoever has the
+// file open.
 int Disk::lease(int file) {
   constexpr unsigned long networks[] = {NFS_SUPER_MAGIC, SMB_SUPER_MAGIC, CIFS_SUPER_MAGIC,
                                         SMB2_SUPER_MAGIC};
-  if (::fcntl(file, F_SETSIG, SIGURG) == 0 && ::fcntl(file, F_SETLEASE, F_RDLCK) == 0)
+  if (::fcntl(file, F_SETLEASE, F_RDLCK) == 0)
     return 0;
   struct statfs status;
   if (errno == EAGAIN && ::fstatfs(file, &status) == 0 &&

@@ -33,7 +33,8 @@ public:
   virtual int lock(int file);
 
   // Takes a read lease on a file until it is closed: EAGAIN when a program has it open for writing,
-  // and one that opens it so later waits. Other errors: there are no leases for this file.
+  // and one that opens it so later waits, which raises SIGIO. Other errors: there are no leases for
+  // this file.
   virtual int lease(int file);
 
   // Copies the access control list of one file to another, or removes that one's if there is none.

@@ -83,6 +83,9 @@ std::shared_ptr<FolderNames> FolderNames::of(const Descriptor& folder, Known& kn
 }
 
 void FolderNames::read(const Descriptor& folder) {
+  struct statx attributes;
+  is_append_only = ::statx(folder.get(), "", AT_EMPTY_PATH, 0, &attributes) == 0 &&
+                   (attributes.stx_attributes & STATX_ATTR_APPEND);
   hashes.clear();
   spellings.reset();
   complete = read_again(folder, [&](const char* name, unsigned char) {

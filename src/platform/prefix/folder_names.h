@@ -40,6 +40,9 @@ public:
   void added(const std::string& name);
   void changed(const Descriptor& folder);
 
+  // Whether the folder lets entries only be added.
+  bool append_only() const { return is_append_only; }
+
   // The same for names of one folder that differ only in case.
   std::string folded(const std::string& name) const;
 
@@ -61,6 +64,7 @@ private:
 
   FileState state;
   bool complete = false;  // the names were read to the folder's end
+  bool is_append_only = false;
   // Most lookups miss. Hashes of the names in lower case answer a miss in a fraction of the memory;
   // the names are read only on a hit. Both are ordered, so that no choice of names is slow.
   std::set<std::size_t> hashes;

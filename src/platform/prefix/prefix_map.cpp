@@ -68,8 +68,10 @@ PrefixMap::PrefixMap(std::string path_in, ReadFile file_in, FolderNames::Known& 
       file(std::move(file_in.descriptor)), folder_path(std::move(file_in.folder)),
       status(file_in.status), state(file_in.state), known_names(known_names_in) {}
 
+// The last map of a folder that is closed, beside which only `known_names` has the names, tells of
+// the changes that all have made.
 PrefixMap::~PrefixMap() {
-  if (names)
+  if (names && names.use_count() <= 2)
     names->changed(folder);
 }
 
@@ -83,21 +85,15 @@ OpenMap::FileState PrefixMap::state_from(const struct stat& status) {
           time.tv_sec < std::time(nullptr) - coarsest};
 }
 
-bool PrefixMap::is_append_only() const {
-  struct statx attributes;
-  return ::statx(folder.get(), "", AT_EMPTY_PATH, 0, &attributes) == 0 &&
-         (attributes.stx_attributes & STATX_ATTR_APPEND);
-}
-
 // Where the file system has no locks, `state_of` alone keeps two runs apart. Leases are only for a
 // file's owner and root.
 Result<OpenMap::FileState> PrefixMap::lock() {
   folder = open_path(file.disk(), folder_path + "/", O_RDONLY | O_DIRECTORY);
   if (!folder)
     return Failure{path, "open its folder", system_reason()};
-  if (is_append_only())
-    return failure("nothing may be renamed in its folder");
   names = FolderNames::of(folder, known_names);
+  if (names->append_only())
+    return failure("nothing may be renamed in its folder");
   if (file.disk().lock(file.get()) != 0 && errno == EWOULDBLOCK)
     return failure(locked_by_another);
   if (file.disk().lease(file.get()) != 0 && errno == EAGAIN)

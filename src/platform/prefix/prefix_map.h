@@ -57,9 +57,6 @@ private:
     mode_t mode;
   };
 
-  // Whether the map's folder lets entries only be added.
-  bool is_append_only() const;
-
   Failure remove_after_failure(const std::string& entry);
   Result<std::string> make_file(Descriptor& file, struct stat& status);
   bool set_permissions(const std::string& entry);

@@ -42,6 +42,7 @@ void set_up_process() {
   open_standard_descriptors();
   std::signal(SIGPIPE, SIG_IGN);
   std::signal(SIGXFSZ, SIG_IGN);
+  std::signal(SIGIO, SIG_IGN);
   keep_freed_memory();
 }
 

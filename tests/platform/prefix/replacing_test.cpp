@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <cerrno>
+#include <csignal>
 #include <functional>
 
 #include <fcntl.h>
@@ -83,7 +84,10 @@ ino_t inode(const fs::path& file) {
 
 class ReplaceOnPosix : public testing::Test {
 protected:
-  ReplaceOnPosix() { write_file(maps / "a.galaxy", "old"); }
+  ReplaceOnPosix() {
+    std::signal(SIGIO, SIG_IGN);
+    write_file(maps / "a.galaxy", "old");
+  }
 
   static Replacement wanted() { return {"old", {{"a.galfix", "fix"}}, "new", "a.galold"}; }
   Result<Done> replace() { return replace_map(files, "C:\\m\\a.galaxy", wanted()); }
