@@ -171,8 +171,8 @@ if [ ! -e "$window" ] || [ -e "/usr/$folder" ] || ! with_local true 2>/dev/null;
   echo "skipped: a window that cannot be shown"
 else
   no_window 'the display cannot be opened (DISPLAY=:987)' "$build/vora-map-updater"
-  no_window "no vora-map-updater-window.so in $copy/bin, \
-$copy/$folder, /usr/local/$folder, /usr/$folder" with_local "$copy/bin/vora-map-updater"
+  no_window "no vora-map-updater-window.so in $copy/bin, nor in $folder below $copy/, \
+/usr/local/, /usr/" with_local "$copy/bin/vora-map-updater"
   cp "$window" "$copy/local/$folder"
   no_window 'the display cannot be opened (DISPLAY=:987)' with_local "$copy/bin/vora-map-updater"
 fi
@@ -226,6 +226,11 @@ it has no system.reg; did you mean $library/1/pfx?"
 explained "$scratch/other drive" "the Wine prefix $scratch/other drive cannot be used: \
 its system.reg cannot be read: Too many levels of symbolic links"
 explained "$home/Games/without" "the game is not registered in the Wine prefix $home/Games/without"
+rm "$scratch/data/targetvoraver.txt"
+find_and_run "$home/none"
+check "no game and no required release" "0 No game was found: the Wine prefix $home/none cannot be \
+used: there is no such folder" "$status $said"
+cp data/targetvoraver.txt "$scratch/data"
 rm -r "$library"
 explained "" "the Wine prefix $home/.wine cannot be used: there is no such folder"
 

@@ -153,7 +153,9 @@ void read_release(Form1& form) {
 
 void check_release(Form1& form) {
   const auto required = required_release(form);
-  if (!required || form.foundversion == *required)
+  if (!required)
+    return explain_missing_game(form);
+  if (form.foundversion == *required)
     return;
   show_trouble(form, mismatch_message(form, *required));
   explain_missing_game(form);

@@ -17,5 +17,6 @@ void decide_edition(Form1& form);
 // Reads the release of the game's executable into `foundversion`.
 void read_release(Form1& form);
 
-// Ends the program with a message when that release is not the required one.
+// Ends the program with a message when that release is not the required one. Reports on stderr why
+// no game was found.
 void check_release(Form1& form);

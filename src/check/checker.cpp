@@ -44,20 +44,23 @@ const Edition* Checker::edition_of(const Map& map) const {
   return &*std::find_if(editions.begin(), editions.end(), is_its);
 }
 
-Result<std::string> Checker::add(const Map& map, bool diff) {
+std::string Checker::add(const Map& map, bool diff) {
   const Edition* edition = edition_of(map);
-  if (!edition)
-    return Failure{map.path, "choose its edition",
-                   "its first line is not that of one baseline; name the edition with --edition"};
+  if (!edition) {
+    findings.error("not-current", map.path, 0,
+                   "its first line is not that of one baseline, so that its edition is unknown: "
+                   "name it with --edition");
+    return "";
+  }
   if (map.lines.size() < 2)
     findings.error("not-current", map.path, 0, "it has no second line, so the program skips it");
   if (!is_old(*edition, map))
-    return std::string();
+    return "";
   const MapRun run = convert(*edition, map);
   check_map(run, findings);
   if (run.result)
     unmatched.add(run);
-  return diff && run.result ? unified_diff(run) : std::string();
+  return diff && run.result ? unified_diff(run) : "";
 }
 
 Findings Checker::finish() {

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <map>
+#include <set>
 
 namespace {
 
@@ -58,22 +59,21 @@ std::string fault_of(const std::vector<std::string_view>& shown, const NewTempla
   return "";
 }
 
-// Where the values of the sections begin at the earliest, and behind which recognition line: this
-// is known where the line ends in a blank or in the quotation mark of the value.
+// Where the values of the sections begin, and behind which recognition line: this is known where a
+// section's first one ends in a blank or in the quotation mark of the value.
 struct Value {
   std::size_t begin, line;
 };
 
 std::map<std::size_t, Value> first_values(const OldTemplate& old) {
   std::map<std::size_t, Value> values;
+  std::set<std::size_t> seen;
   for (std::size_t i = 0; i < old.lines.size(); ++i) {
     const auto line = old.lines[i];
-    if (!recognises(old, i) || !(line.ends_with('"') || is_blank(line.back())))
+    if (!recognises(old, i) || !seen.insert(sectionof(old, i)).second)
       continue;
-    const Value value{line.size() - (line.ends_with('"') ? 1 : 0), i};
-    const auto [at, added] = values.try_emplace(sectionof(old, i), value);
-    if (value.begin < at->second.begin)
-      at->second = value;
+    if (line.ends_with('"') || is_blank(line.back()))
+      values[sectionof(old, i)] = {line.size() - (line.ends_with('"') ? 1 : 0), i};
   }
   return values;
 }
@@ -110,7 +110,8 @@ void empty_line(const Edition&, const Pair& pair, Findings& findings) {
                        " in the file)");
 }
 
-void shadowed(const Edition&, const Pair& pair, Findings& findings) {
+// In the fix pass the first of three lines decides: the other two may be those of other sections.
+void shadowed(const Edition& edition, const Pair& pair, Findings& findings) {
   constexpr const char* rule = "shadowed";
   const OldTemplate& old = pair.old;
   const auto title = old.lines[0];
@@ -122,7 +123,7 @@ void shadowed(const Edition&, const Pair& pair, Findings& findings) {
     if (!recognises(old, i) || t == i || old.lines[t].empty())
       continue;
     const std::string winner = line_number(t) + ", " + quoted(old.lines[t]);
-    if (sectionof(old, t) != sectionof(old, i))
+    if (sectionof(old, t) != sectionof(old, i) && &pair != edition.fix())
       findings.error(rule, old.filename, i,
                      "it never wins: " + winner +
                          ", recognises the same lines, and the last match wins");
@@ -144,7 +145,9 @@ void dead_marker(const Edition& edition, const Pair& pair, Findings& findings) {
 }
 
 // The lines of a block are known by the output lines that take a value from them or leave one out.
-void block_overlap(const Edition&, const Pair& pair, Findings& findings) {
+void block_overlap(const Edition& edition, const Pair& pair, Findings& findings) {
+  if (&pair == edition.fix())
+    return;  // one recognised line starts no block there
   const LooseIndex known(pair.old);
   for (std::size_t s = 0; s < pair.old.oldheads.size(); ++s) {
     const auto [begin, end] = output_of(pair.current, s);

@@ -113,11 +113,7 @@ Result<Findings> check(const Options& options, std::string& diffs) {
     auto text = read(path_of(options.names[i]), largest_map);
     if (!text)
       return text.failure();
-    const auto diff =
-        checker.add({options.names[i], LineArray::split(*std::move(text))}, options.diff);
-    if (!diff)
-      return diff.failure();
-    diffs += *diff;
+    diffs += checker.add({options.names[i], LineArray::split(*std::move(text))}, options.diff);
   }
   return checker.finish();
 }
@@ -127,8 +123,9 @@ int run(const std::vector<std::string>& arguments) {
     return std::find(arguments.begin(), arguments.end(), option) != arguments.end();
   };
   if (has("--help") || has("--version")) {
-    print(has("--help") ? std::string(usage) + help : "vora-template-check " VERSION "\n");
-    return 0;
+    const std::string text =
+        has("--help") ? std::string(usage) + help : "vora-template-check " VERSION "\n";
+    return print(text) ? 0 : 2;
   }
   const auto options = parse(arguments);
   if (!options) {
@@ -141,7 +138,10 @@ int run(const std::vector<std::string>& arguments) {
     print_error(findings.failure().text() + "\n");
     return 2;
   }
-  print(findings->report(output_has_colours()) + diffs);
+  if (!print(findings->report(output_has_colours()) + diffs)) {
+    print_error("vora-template-check: the findings cannot be written\n");
+    return 2;
+  }
   return findings->errors() > 0 ? 1 : 0;
 }
 

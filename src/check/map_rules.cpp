@@ -87,17 +87,22 @@ using Known = std::set<std::pair<std::size_t, std::size_t>>;
 
 // Reports a line that could start a block, but is replaced in another: the first one of each two
 // sections. It is meant to be there if the output line that is aligned with it begins with the same
-// word.
+// word, or with that of the section which would have taken it.
 void check_block(const MapRun& run, const Pass& pass, const Block& block, Known& known,
                  Findings& findings) {
   const std::size_t s = pass.section_of(block);
   const auto [begin, end] = output_of(pass.pair.current, s);
   for (std::size_t d = 1; d < block.count; ++d) {
     const std::size_t t = starts_other(pass, block.line + d, block);
+    if (t == 0)
+      continue;
     const auto line = pass.input[block.line + d];
-    const bool meant =
-        begin + d < end && first_word(pass.pair.current.lines[begin + d]) == first_word(line);
-    if (t == 0 || meant || !known.emplace(s, sectionof(pass.pair.old, t)).second)
+    const auto other = output_of(pass.pair.current, sectionof(pass.pair.old, t));
+    const auto word_of = [&](std::size_t i) { return first_word(pass.pair.current.lines[i]); };
+    const bool meant = begin + d < end &&
+                       (word_of(begin + d) == first_word(line) ||
+                        (other.begin < other.end && word_of(begin + d) == word_of(other.begin)));
+    if (meant || !known.emplace(s, sectionof(pass.pair.old, t)).second)
       continue;
     findings.error("block-overlap", run.map.path, pass.origins[block.line + d].line,
                    quoted(line) + " is replaced in a block of section " +
@@ -175,8 +180,8 @@ void not_current(const MapRun& run, Findings& findings) {
   constexpr const char* rule = "not-current";
   if (!run.result)
     return findings.error(rule, run.map.path, 1,
-                          "it cannot be converted: " + name_of(run.result.failure().path) + ": " +
-                              run.result.failure().reason);
+                          "it cannot be converted: " + quoted(name_of(run.result.failure().path)) +
+                              ": " + run.result.failure().reason);
   const LineArray lines = LineArray::split(*run.result);
   const auto version = version_of(lines[1]);
   if (!has_number(version) || numeric_value(version) != *run.edition.version)

@@ -134,7 +134,8 @@ std::string unified_diff(const MapRun& run) {
   const std::vector<Change> changes = compare(old, current, run.origins);
   if (changes.empty())
     return "";
-  std::string out = "--- " + run.map.path + "\n+++ " + run.map.path + " (converted)\n";
+  // A tab ends a name, which may have blanks.
+  std::string out = "--- " + run.map.path + "\t\n+++ " + run.map.path + "\t(converted)\n";
   const Change* const end = changes.data() + changes.size();
   for (const Change* begin = changes.data(); begin < end;) {
     const Change* next = begin + 1;

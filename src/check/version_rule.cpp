@@ -20,14 +20,18 @@ struct FirstLine {
   bool current = false;
 };
 
+// Whether line `i` of a new template writes a version line of the current version.
+bool writes_version(const Edition& edition, const NewTemplate& current, std::size_t i) {
+  const auto version = version_of(current.lines[i]);
+  return current.output[i].marker == Marker::none && has_number(version) &&
+         numeric_value(version) == *edition.version;
+}
+
 FirstLine first_line(const Edition& edition, const NewTemplate& current, std::size_t s) {
   const auto [begin, end] = output_of(current, s);
   for (std::size_t i = begin; i < end; ++i)
-    if (const Marker marker = current.output[i].marker; marker != Marker::dropped) {
-      const auto version = version_of(current.lines[i]);
-      return {i, marker == Marker::none && has_number(version) &&
-                     numeric_value(version) == *edition.version};
-    }
+    if (current.output[i].marker != Marker::dropped)
+      return {i, writes_version(edition, current, i)};
   return {};
 }
 
@@ -52,9 +56,12 @@ void check_title(const OldTemplate& old, Findings& findings) {
 }
 
 bool any_writes_version(const Edition& edition, const NewTemplate& current) {
-  for (std::size_t s = 0; s < current.newheads.size(); ++s)
-    if (first_line(edition, current, s).current)
-      return true;
+  for (std::size_t s = 0; s < current.newheads.size(); ++s) {
+    const auto [begin, end] = output_of(current, s);
+    for (std::size_t i = begin; i < end; ++i)
+      if (writes_version(edition, current, i))
+        return true;
+  }
   return false;
 }
 

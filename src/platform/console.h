@@ -8,8 +8,8 @@
 // The arguments after the program's name, in UTF-8, from those of `main`.
 std::vector<std::string> command_line(int argc, char** argv);
 
-// Write a text as it is.
-void print(std::string_view text);
+// Write a text as it is; false when it cannot be written.
+bool print(std::string_view text);
 void print_error(std::string_view text);
 
 // Whether standard output is a terminal that shows colours.

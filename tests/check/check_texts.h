@@ -12,9 +12,7 @@ inline std::string check_texts(const Texts& templates, const std::vector<std::st
   Checker checker(find_editions("", templates));
   std::string name = "a.galaxy";
   for (const std::string& map : maps) {
-    const auto added = checker.add({name, LineArray::split(map)}, false);
-    if (!added)
-      return added.failure().text() + "\n";
+    checker.add({name, LineArray::split(map)}, false);
     ++name[0];
   }
   return checker.finish().report(false);

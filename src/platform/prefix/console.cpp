@@ -9,7 +9,7 @@ std::vector<std::string> command_line(int argc, char** argv) {
   return {argv + (argc > 0 ? 1 : 0), argv + argc};
 }
 
-void print(std::string_view text) { std::cout << text << std::flush; }
+bool print(std::string_view text) { return bool(std::cout << text << std::flush); }
 void print_error(std::string_view text) { std::cerr << text; }
 
 bool output_has_colours() { return isatty(STDOUT_FILENO) != 0; }

@@ -17,7 +17,7 @@ namespace fs = std::filesystem;
 namespace {
 
 std::string user_home() {
-  if (const char* home = std::getenv("HOME"))
+  if (const char* home = std::getenv("HOME"); home && *home)
     return home;
   const passwd* user = getpwuid(getuid());
   return user ? user->pw_dir : "";

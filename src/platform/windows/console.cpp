@@ -9,19 +9,17 @@
 namespace {
 
 // The console takes wide characters, a file or a pipe takes bytes.
-void write(DWORD standard_handle, std::string_view text) {
+bool write(DWORD standard_handle, std::string_view text) {
   HANDLE output = INVALID_HANDLE_VALUE;
   DWORD mode = 0;
   if (!DuplicateHandle(GetCurrentProcess(), GetStdHandle(standard_handle), GetCurrentProcess(),
                        &output, 0, FALSE, DUPLICATE_SAME_ACCESS))
-    return;
+    return false;
   const Handle own(output);
-  if (!GetConsoleMode(output, &mode)) {
-    static_cast<void>(write_all(own, text));
-    return;
-  }
+  if (!GetConsoleMode(output, &mode))
+    return write_all(own, text);
   const std::wstring wide = widen(text);
-  WriteConsoleW(output, wide.data(), static_cast<DWORD>(wide.size()), &mode, nullptr);
+  return WriteConsoleW(output, wide.data(), static_cast<DWORD>(wide.size()), &mode, nullptr) != 0;
 }
 
 }  // namespace
@@ -36,7 +34,7 @@ std::vector<std::string> command_line(int, char**) {
   return arguments;
 }
 
-void print(std::string_view text) { write(STD_OUTPUT_HANDLE, text); }
+bool print(std::string_view text) { return write(STD_OUTPUT_HANDLE, text); }
 void print_error(std::string_view text) { write(STD_ERROR_HANDLE, text); }
 
 bool output_has_colours() {

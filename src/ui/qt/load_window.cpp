@@ -3,7 +3,6 @@
 
 #include "ui/write_stderr.h"
 
-#include <algorithm>
 #include <cstdlib>
 #include <filesystem>
 #include <vector>
@@ -17,28 +16,31 @@ namespace {
 
 constexpr const char* display_variables[] = {"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM"};
 
-// Beside the program, in the installation around it and, for a program that was copied alone, in
-// the usual installations.
-std::vector<fs::path> library_folders(const fs::path& program_folder) {
-  std::vector<fs::path> folders = {program_folder};
-  for (const fs::path& prefix :
-       {program_folder / PREFIXFROMPROGRAM, fs::path("/usr/local"), fs::path("/usr")})
-    if (const fs::path folder = (prefix / LIBRARYFOLDER).lexically_normal();
-        std::find(folders.begin(), folders.end(), folder) == folders.end())
-      folders.push_back(folder);
+// Where the program may be installed: around itself and, when it was copied alone, in the usual
+// folders.
+std::vector<fs::path> installations(const fs::path& program_folder) {
+  std::vector<fs::path> folders = {(program_folder / PREFIXFROMPROGRAM).lexically_normal()};
+  for (const char* const usual : {"/usr/local/", "/usr/"})
+    if (folders.front() != usual)
+      folders.emplace_back(usual);
   return folders;
 }
 
-// The library's path; empty, with a message on stderr, when it is missing.
+// The library's path, beside the program or in an installation; empty, with a message on stderr,
+// when it is missing.
 fs::path find_library(const fs::path& program_folder) {
   std::error_code unreadable;  // counts as missing
+  if (fs::exists(program_folder / WINDOWLIBRARY, unreadable))
+    return program_folder / WINDOWLIBRARY;
   std::string places;
-  for (const fs::path& folder : library_folders(program_folder)) {
-    if (fs::exists(folder / WINDOWLIBRARY, unreadable))
-      return folder / WINDOWLIBRARY;
+  for (const fs::path& folder : installations(program_folder)) {
+    const fs::path library = folder / LIBRARYFOLDER / WINDOWLIBRARY;
+    if (fs::exists(library, unreadable))
+      return library;
     places += (places.empty() ? "" : ", ") + folder.string();
   }
-  write_stderr("The window cannot be shown: no " WINDOWLIBRARY " in " + places);
+  write_stderr("The window cannot be shown: no " WINDOWLIBRARY " in " + program_folder.string() +
+               ", nor in " LIBRARYFOLDER " below " + places);
   return {};
 }
 
