@@ -34,7 +34,7 @@ fs::path find_library(const fs::path& program_folder) {
     return program_folder / WINDOWLIBRARY;
   std::string places;
   for (const fs::path& folder : installations(program_folder)) {
-    const fs::path library = folder / LIBRARYFOLDER / WINDOWLIBRARY;
+    fs::path library = folder / LIBRARYFOLDER / WINDOWLIBRARY;
     if (fs::exists(library, unreadable))
       return library;
     places += (places.empty() ? "" : ", ") + folder.string();
