@@ -4,17 +4,11 @@
 set -euo pipefail
 build=$(cd "$1" && pwd)
 source "$(dirname "$0")/../scripts/common.sh"
+source tests/support/check.sh
 [ ! -d /dev/shm ] || export TMPDIR=/dev/shm  # thousands of files are flushed
 scratch=$(mktemp -d)
 copy=$(mktemp -d)
 trap 'rm -rf "$scratch" "$copy"' EXIT
-
-failed=0
-check() { # check <what> <expected> <found>
-  [ "$2" = "$3" ] && return
-  printf 'FAILED %s\n  expected: %s\n  found:    %s\n' "$1" "$2" "$3"
-  failed=1
-}
 
 # Never use a display, even if there is one.
 unset DISPLAY WAYLAND_DISPLAY QT_QPA_PLATFORM

@@ -4,15 +4,9 @@
 set -euo pipefail
 build=$(cd "$1" && pwd)
 source "$(dirname "$0")/../../scripts/common.sh"
+source tests/support/check.sh
 scratch=$(mktemp -d)
 trap 'rm -rf "$scratch"' EXIT
-
-failed=0
-check() { # check <what> <expected> <found>
-  [ "$2" = "$3" ] && return
-  printf 'FAILED %s\n  expected: %s\n  found:    %s\n' "$1" "$2" "$3"
-  failed=1
-}
 
 run() { # run <arguments...>: sets status, said and complained
   status=0

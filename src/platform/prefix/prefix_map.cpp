@@ -105,11 +105,6 @@ std::string PrefixMap::spelled(const std::string& entry) { return names->find(fo
 
 std::string PrefixMap::folded() const { return names->folded(name); }
 
-template <class Use> auto PrefixMap::with_file(const std::string& entry, Use use) const {
-  return entry == name ? use(file)
-                       : use(open_at(folder, entry, O_RDONLY | O_NOFOLLOW | O_NONBLOCK));
-}
-
 Result<OpenMap::Kind> PrefixMap::kind_of(const std::string& entry) {
   struct stat found;
   if (!stat_at(folder, entry, found)) {
@@ -132,21 +127,22 @@ Result<OpenMap::FileState> PrefixMap::state_of(const std::string& entry) {
 }
 
 Result<bool> PrefixMap::holds(const std::string& entry, std::string_view content) {
-  return with_file(entry, [&](const Descriptor& opened) -> Result<bool> {
-    struct stat found;
-    if (!opened || !describe(opened, found))
-      return last_error();
-    if (!S_ISREG(found.st_mode) || static_cast<std::size_t>(found.st_size) != content.size())
-      return false;
-    std::size_t from = 0;
-    const auto read = [&](char* into, std::size_t size) {
-      return read_all(opened, into, size, std::exchange(from, from + size));
-    };
-    const auto same = begins_with(read, content);
-    if (!same)
-      return last_error();
-    return *same;
-  });
+  const Descriptor other =
+      entry == name ? Descriptor() : open_at(folder, entry, O_RDONLY | O_NOFOLLOW | O_NONBLOCK);
+  const Descriptor& opened = entry == name ? file : other;
+  struct stat found;
+  if (!opened || !describe(opened, found))
+    return last_error();
+  if (!S_ISREG(found.st_mode) || static_cast<std::size_t>(found.st_size) != content.size())
+    return false;
+  std::size_t from = 0;
+  const auto read = [&](char* into, std::size_t size) {
+    return read_all(opened, into, size, std::exchange(from, from + size));
+  };
+  const auto same = begins_with(read, content);
+  if (!same)
+    return last_error();
+  return *same;
 }
 
 int PrefixMap::descriptor_of(const std::string& entry) {

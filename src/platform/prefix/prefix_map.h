@@ -62,9 +62,6 @@ private:
   bool set_permissions(const std::string& entry);
   const Written* find_written(const std::string& entry) const;
 
-  // What `use` returns for the open file of an entry.
-  template <class Use> auto with_file(const std::string& entry, Use use) const;
-
   const Descriptor file;
   const std::string folder_path;
   const struct stat status;
