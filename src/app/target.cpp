@@ -2,6 +2,7 @@
 #include "app/target.h"
 
 #include "convert/line_reader.h"
+#include "platform/printable.h"
 #include "platform/services.h"
 
 namespace {

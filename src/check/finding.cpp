@@ -1,6 +1,8 @@
 // What the checker has found: errors and warnings with their places.
 #include "check/finding.h"
 
+#include "platform/printable.h"
+
 #include <algorithm>
 #include <tuple>
 
@@ -15,18 +17,9 @@ std::string coloured(const std::string& text, const char* colour, bool colours) 
 std::string line_of(const Finding& finding, bool colours) {
   const std::string kind =
       finding.error ? coloured("error:", "1;31", colours) : coloured("warning:", "1;35", colours);
-  return coloured(finding.file + ":" + std::to_string(finding.line) + ":", "1", colours) + " " +
-         kind + " " + finding.text + " [" + finding.rule + "]\n";
-}
-
-std::string escaped(char c) {
-  constexpr char digits[] = "0123456789abcdef";
-  const auto byte = static_cast<unsigned char>(c);
-  if (c == '\t')
-    return "\\t";
-  if (byte >= ' ' && byte != 0x7f)
-    return {c};
-  return {'\\', 'x', digits[byte / 16], digits[byte % 16]};
+  return coloured(printable(finding.file) + ":" + std::to_string(finding.line) + ":", "1",
+                  colours) +
+         " " + kind + " " + printable(finding.text) + " [" + finding.rule + "]\n";
 }
 
 }  // namespace
@@ -59,10 +52,8 @@ std::string counted(std::size_t count, const std::string& noun) {
 std::string line_number(std::size_t index) { return "line " + std::to_string(index + 1); }
 
 std::string quoted(std::string_view line) {
-  std::string text;
-  for (const char c : line.substr(0, longest_quote))
-    text += escaped(c);
-  return '"' + text + (line.size() > longest_quote ? "...\"" : "\"");
+  return '"' + std::string(line.substr(0, longest_quote)) +
+         (line.size() > longest_quote ? "...\"" : "\"");
 }
 
 std::string name_of(const std::string& path) { return path.substr(path.find_last_of("/\\") + 1); }

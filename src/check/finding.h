@@ -30,7 +30,7 @@ public:
   std::size_t errors() const { return error_count; }
   std::size_t count() const { return total; }
 
-  // One line for each finding, sorted by file and line, then a line with their number.
+  // One printable line for each finding, sorted by file and line, then a line with their number.
   std::string report(bool colours);
 
 private:
@@ -47,8 +47,7 @@ std::string counted(std::size_t count, const std::string& noun);
 // "line 5" for the index 4.
 std::string line_number(std::size_t index);
 
-// A line of a file, quoted for a message: tabs and other control characters are escaped, and a long
-// line is shortened.
+// A line of a file in quotation marks; a long line is shortened.
 std::string quoted(std::string_view line);
 
 // The part of a path after its last separator.

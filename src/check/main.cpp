@@ -2,6 +2,7 @@
 #include "check/checker.h"
 #include "platform/console.h"
 #include "platform/path_rules.h"
+#include "platform/printable.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -135,7 +136,7 @@ int run(const std::vector<std::string>& arguments) {
   std::string diffs;
   auto findings = check(*options, diffs);
   if (!findings) {
-    print_error(findings.failure().text() + "\n");
+    print_error(printable(findings.failure().text()) + "\n");
     return 2;
   }
   if (!print(findings->report(output_has_colours()) + diffs)) {

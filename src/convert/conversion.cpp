@@ -8,6 +8,7 @@
 #include "engine/passes.h"
 #include "platform/files.h"
 #include "platform/path_rules.h"
+#include "platform/printable.h"
 #include "platform/replacing.h"
 
 #include <limits>

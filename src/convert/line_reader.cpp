@@ -1,6 +1,8 @@
 // Reads text files into line arrays.
 #include "convert/line_reader.h"
 
+#include "platform/printable.h"
+
 namespace {
 
 constexpr std::size_t missing_file_lines = 11;

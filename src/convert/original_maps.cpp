@@ -3,6 +3,7 @@
 
 #include "convert/line_reader.h"
 #include "platform/path_rules.h"
+#include "platform/printable.h"
 
 namespace {
 

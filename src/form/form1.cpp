@@ -2,34 +2,11 @@
 #include "form/form1.h"
 
 #include "engine/numbers.h"
+#include "platform/printable.h"
 
-#include <algorithm>
 #include <cstdlib>
 #include <new>
 #include <utility>
-
-namespace {
-
-// The C1 controls and the marks, embeddings and isolates of bidirectional text in UTF-8, each by
-// the first and the last character of a range.
-constexpr std::pair<std::string_view, std::string_view> disturbing[] = {
-    {"\xC2\x80", "\xC2\x9F"},         {"\xD8\x9C", "\xD8\x9C"},
-    {"\xE2\x80\x8E", "\xE2\x80\x8F"}, {"\xE2\x80\xA8", "\xE2\x80\xAE"},
-    {"\xE2\x81\xA6", "\xE2\x81\xA9"},
-};
-
-// How many bytes at the start of a text must not reach a terminal.
-std::size_t disturbing_length(std::string_view text) {
-  const auto byte = static_cast<unsigned char>(text.front());
-  if (byte < 0x20 || byte == 0x7F)
-    return 1;
-  for (const auto& [first, last] : disturbing)
-    if (const auto start = text.substr(0, first.size()); first <= start && start <= last)
-      return first.size();
-  return 0;
-}
-
-}  // namespace
 
 void Form1::set_caption(std::string new_caption) {
   own_caption = std::move(new_caption);
@@ -84,21 +61,6 @@ void report_troubles(Form1& form, const std::string& heading,
   for (const Failure& failure : failures)
     text += "\r\n" + printable(failure.text());
   report_trouble(form, text);
-}
-
-std::string printable(std::string_view text) {
-  constexpr char digits[] = "0123456789ABCDEF";
-  std::string shown;
-  while (!text.empty()) {
-    const std::size_t length = disturbing_length(text);
-    for (const char c : text.substr(0, length))
-      shown += {'\\', 'x', digits[static_cast<unsigned char>(c) >> 4],
-                digits[static_cast<unsigned char>(c) & 0xF]};
-    if (length == 0)
-      shown += text.front();
-    text.remove_prefix(std::max<std::size_t>(length, 1));
-  }
-  return shown;
 }
 
 void next_stage(Form1& form) {

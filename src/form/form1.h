@@ -134,9 +134,5 @@ void report_trouble(Form1& form, const std::string& text);
 // The same for several failures, one a line below a heading. Does nothing when there are none.
 void report_troubles(Form1& form, const std::string& heading, const std::vector<Failure>& failures);
 
-// `text` with what could disturb a terminal or disguise a name escaped byte by byte as "\x" and two
-// hexadecimal digits: control characters and the characters that change the direction of writing.
-std::string printable(std::string_view text);
-
 // Adds one to the stage counter, `Label8`.
 void next_stage(Form1& form);

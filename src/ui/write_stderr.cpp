@@ -1,7 +1,7 @@
 // Messages on stderr, where no message box would be answered.
 #include "ui/write_stderr.h"
 
-#include "form/form1.h"
+#include "platform/printable.h"
 
 #include <iostream>
 

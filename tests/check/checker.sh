@@ -35,6 +35,7 @@ wrong usage: data ''
 wrong "$scratch/none: cannot read the folder: " "$scratch/none"
 wrong "$scratch: cannot check it: there are no templates" "$scratch"
 wrong "data/none.galaxy: cannot read it: " data data/none.galaxy
+wrong "data/\\x1B[2J: cannot read it: " data $'data/\e[2J'
 
 cp -r data "$scratch/data"
 sed -i '3s/12/11/' "$scratch/data/vnewstruct10.txt"

@@ -169,3 +169,11 @@ TEST(Rules, KnowAMapsEditionByItsFirstLine) {
   texts["tnewstruct0.txt"] = texts["vnewstruct0.txt"];
   EXPECT_NE(check_texts(texts, {"Map\r\nversion 3"}).find("--edition"), std::string::npos);
 }
+
+TEST(Findings, AreFitForATerminal) {
+  Findings findings;
+  findings.warning("a-rule", "\x1B[2J.txt", 6, quoted("\tcolour\xC2\x9B") + " stands there");
+  EXPECT_EQ(findings.report(false),
+            "\\x1B[2J.txt:7: warning: \"\\tcolour\\xC2\\x9B\" stands there [a-rule]\n"
+            "0 errors, 1 warning\n");
+}

@@ -3,6 +3,7 @@
 #pragma once
 
 #include "form/form1.h"
+#include "platform/printable.h"
 #include "ui/console/progress.h"
 
 class ConsoleScreen : public Screen {
