@@ -4,6 +4,7 @@
 #include "platform/prefix/prefix_files.h"
 #include "platform/prefix/prefix_system.h"
 #include "platform/prefix/process.h"
+#include "platform/printable.h"
 #include "ui/console/console_screen.h"
 #include "ui/qt/load_window.h"
 #include "ui/write_stderr.h"
@@ -31,7 +32,7 @@ bool has_game(const Machine& machine) {
 
 // Says once which prefix was chosen, also if the program restarts itself without its window.
 void report_choice(const Machine& machine) {
-  write_stderr("Using the Wine prefix " + machine.folder + " (the game was found in " +
+  write_stderr("Using the Wine prefix " + printable(machine.folder) + " (the game was found in " +
                std::to_string(machine.choices) + "; set WINEPREFIX to choose another)");
   setenv("WINEPREFIX", machine.folder.c_str(), 1);
 }
@@ -54,7 +55,7 @@ int main(int argc, char** argv) {
   try {
     return run(argc, argv);
   } catch (const std::bad_alloc&) {
-    std::fputs("Not enough memory to start the program.\n", stderr);
+    std::fprintf(stderr, "%s\n", out_of_memory_message);
     return 1;
   }
 }

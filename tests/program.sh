@@ -198,8 +198,9 @@ check "search: what it says" "0 Using the Wine prefix $library/2/pfx (the game w
 set WINEPREFIX to choose another)" "$status $said"
 check "search: the maps" "$(maps tests/expected/base)" "$(maps "$library/2/pfx")"
 check "search: the older prefix" "$(maps sample/base)" "$(maps "$library/1/pfx")"
-DISPLAY=:dead find_and_run ""
+DISPLAY=$':dead\e[2J' find_and_run ""
 check "search: a restart without the window" 1 "$(grep -c '^Using the Wine prefix' <<<"$said")"
+check "search: bytes that disturb a terminal" 0 "$(grep -c $'\e' <<<"$said")"
 find_and_run "$library/1/pfx"
 check "search: WINEPREFIX" "0 " "$status $said"
 
@@ -220,6 +221,9 @@ it has no system.reg; did you mean $library/1/pfx?"
 explained "$scratch/other drive" "the Wine prefix $scratch/other drive cannot be used: \
 its system.reg cannot be read: Too many levels of symbolic links"
 explained "$home/Games/without" "the game is not registered in the Wine prefix $home/Games/without"
+explained $'/none\r\nAll is well.' "the Wine prefix /none\\x0D\\x0AAll is well. cannot be used: there is no such folder"
+sed -i 's/^"Path"="[^"]*/&\\r\\nAll is well./' "$library/1/pfx/system.reg"
+explained "$library/1/pfx" "the folder that the game is registered in is missing"
 rm "$scratch/data/targetvoraver.txt"
 find_and_run "$home/none"
 check "no game and no required release" "0 No game was found: the Wine prefix $home/none cannot be \

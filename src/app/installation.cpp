@@ -5,6 +5,7 @@
 #include "app/target.h"
 #include "convert/original_maps.h"
 #include "platform/os_version.h"
+#include "platform/printable.h"
 #include "platform/services.h"
 
 namespace {
@@ -94,10 +95,11 @@ void select(Form1& form, Edition edition) {
 }
 
 std::string mismatch_message(const Form1& form, const std::string& target) {
-  return "found vora version :" + form.foundversion + ":\r\n" + " need vora version :" + target +
-         ":\r\n" + "in the default location of\r\n" + form.installfolder + "\r\n" +
-         "local apps is\r\n" + form.homefolder + ":\r\n" + "and the vora user directory is\r\n" +
-         form.pathlist[1];
+  const auto shown = [&](const std::string& text) { return form.screen.in_box(text); };
+  return "found vora version :" + shown(form.foundversion) + ":\r\n" +
+         " need vora version :" + shown(target) + ":\r\n" + "in the default location of\r\n" +
+         shown(form.installfolder) + "\r\n" + "local apps is\r\n" + shown(form.homefolder) +
+         ":\r\n" + "and the vora user directory is\r\n" + shown(form.pathlist[1]);
 }
 
 // Reports on stderr why no edition was found; nothing if one was, or if there is no more to say.
@@ -108,7 +110,7 @@ void explain_missing_game(Form1& form) {
   const std::string reason = registered ? "the folder that the game is registered in is missing"
                                         : form.system.explain_unregistered("the game");
   if (!reason.empty())
-    form.screen.print_error("No game was found: " + reason);
+    form.screen.print_error("No game was found: " + printable(reason));
 }
 
 }  // namespace

@@ -4,6 +4,7 @@
 #include "engine/numbers.h"
 #include "platform/printable.h"
 
+#include <cstdio>
 #include <cstdlib>
 #include <new>
 #include <utility>
@@ -24,12 +25,11 @@ void end_with_message(Form1& form, const std::string& text) {
 }
 
 void end_out_of_memory(Form1& form) {
-  static const std::string message =
-      "The memory is not enough. Every map is as it was or converted.";
   try {
-    report_trouble(form, message);
+    report_trouble(form, out_of_memory_message);
   } catch (const std::bad_alloc&) {
-    // Not even a message fits; the exit status remains.
+    form.trouble = true;
+    std::fprintf(stderr, "%s\n", out_of_memory_message);  // needs no memory
   }
   end_program(form);
 }

@@ -118,7 +118,11 @@ inline constexpr char expansion_letter[] = "t";
 // Shows a message box, then ends the program with exit status 1.
 [[noreturn]] void end_with_message(Form1& form, const std::string& text);
 
-// Reports that there is not enough memory, then ends the program. No map is lost by that.
+// What the program says when it runs out of memory, at any time.
+inline constexpr char out_of_memory_message[] =
+    "The memory is not enough. Every map is as it was or converted.";
+
+// Reports that, then ends the program.
 [[noreturn]] void end_out_of_memory(Form1& form);
 
 // Reports on stderr that the user has interrupted a run which had converted so many maps, then ends

@@ -78,13 +78,13 @@ class Machine:
         self.sanitized = b"__asan_init" in pathlib.Path(program).read_bytes()
         self.converted = None
 
-    def start(self, **how):
+    def start(self, env=(), **how):
         """Starts a silent run, whose batches are of one, two, four or all maps."""
         how.setdefault("preexec_fn", lambda files=random.choice(OPEN_FILES): resource.setrlimit(
             resource.RLIMIT_NOFILE, (files, files)))
         hidden = ("DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM")
         environment = {k: v for k, v in os.environ.items() if k not in hidden}
-        environment.update(WINEPREFIX=str(self.root / "machine"), LC_ALL="C.UTF-8")
+        environment.update(env, WINEPREFIX=str(self.root / "machine"), LC_ALL="C.UTF-8")
         return subprocess.Popen([self.program, "/silent"], cwd=self.root / "data", env=environment,
                                 stdout=subprocess.PIPE, stderr=subprocess.STDOUT, **how)
 
@@ -222,7 +222,7 @@ def run_as_nobody(machine):
 
 
 def run_beside_others(machine):
-    """Another program has a map open, stderr is gone, files may not grow, memory is short."""
+    """Another program has a map open, stderr is gone, files may not grow."""
     machine.fill()
     with open(machine.maps / "map0.galaxy", "r+b"):
         machine.run(said="map0.galaxy: cannot convert it: another program has it open")
@@ -265,14 +265,33 @@ def run_beside_others(machine):
         (machine.maps / "bad.galaxy").unlink()
         machine.finish()
 
-    for megabytes in range(0 if machine.sanitized else 4, 0 if machine.sanitized else 24):
-        limit = megabytes * MEGABYTE
+
+def run_short_of_memory(machine, build, runs):
+    """Whichever allocation fails, the run ends in order: what is not converted is told, and no
+    temporary file stays."""
+    number = machine.root / "allocations"
+    preloaded = {"LD_PRELOAD": str(build / "failing_memory.so")}
+    machine.fill()
+    machine.run(env={**preloaded, "ALLOCATIONS_FILE": str(number)})
+    allocations = int(number.read_text())
+    midway = 0
+    others = range(2, allocations)  # the first is the runtime's reserve for exceptions
+    runs = min(runs, len(others))
+    for first in random.sample(others, runs):
+        failures = random.choice((1, 2, allocations))
+        where = f"{failures} of {allocations} allocations from {first} on"
         machine.fill()
-        process = machine.start(
-            preexec_fn=lambda: resource.setrlimit(resource.RLIMIT_AS, (limit, limit)))
-        process.communicate()
-        assert process.returncode != -signal.SIGABRT, megabytes
-        machine.check(tree(machine.maps))
+        process = machine.start(env={**preloaded, "FAIL_FROM": str(first), "FAILURES": str(failures)})
+        said = process.communicate()[0].decode()
+        left = tree(machine.maps)
+        midway += machine.check(left)
+        assert process.returncode in (0, 1), (where, process.returncode, said)
+        assert not [name for name in left if name.startswith(".vora")], (where, said)
+        assert bool(process.returncode) == bool(said), (where, said)
+        for i in range(COUNT):
+            converted = left[f"map{i}.galaxy"] != machine.map(i)
+            assert converted or process.returncode, (where, i)
+    print(f"memory fails: {runs} times in {allocations} allocations, {midway} amid conversions")
     machine.finish()
 
 
@@ -487,6 +506,7 @@ def main():
             if edition == "base":
                 run_odd_machines(machine)
                 run_beside_others(machine)
+                attempt(run_short_of_memory, not machine.sanitized, machine, build, 2 * options.kills)
                 run_where_nothing_may_be_renamed(machine)
                 attempt(run_as_nobody, os.geteuid() == 0, machine)
                 attempt(fill_disk, mounts, machine)

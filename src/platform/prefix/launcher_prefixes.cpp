@@ -4,6 +4,7 @@
 
 #include "platform/path_rules.h"
 #include "platform/prefix/descriptor.h"
+#include "platform/prefix/folder_names.h"
 #include "platform/prefix/prefix_check.h"
 
 #include <algorithm>
@@ -13,6 +14,7 @@
 #include <tuple>
 #include <utility>
 
+#include <fcntl.h>
 #include <nlohmann/json.hpp>
 #include <sys/stat.h>
 
@@ -144,13 +146,11 @@ Texts json_prefixes(std::string_view text) {
 // The names in a folder that match `pattern`; "*" matches no hidden ones.
 Texts names_in(const fs::path& folder, std::string_view pattern) {
   Texts names;
-  std::error_code failed;
-  for (fs::directory_iterator entry(folder, failed), end;
-       !failed && entry != end && names.size() < max_entries; entry.increment(failed)) {
-    auto name = entry->path().filename().string();
-    if (!name.starts_with('.') && matches_pattern(name, pattern))
-      names.push_back(std::move(name));
-  }
+  const auto visit = [&](std::string_view name, unsigned char) {
+    if (names.size() < max_entries && !name.starts_with('.') && matches_pattern(name, pattern))
+      names.emplace_back(name);
+  };
+  for_each_name(open_path(system_disk(), folder.string(), O_RDONLY | O_DIRECTORY), visit);
   return names;
 }
 

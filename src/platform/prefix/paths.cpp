@@ -14,8 +14,6 @@
 #include <fcntl.h>
 #include <sys/stat.h>
 
-namespace fs = std::filesystem;
-
 namespace {
 
 constexpr std::string_view unix_namespace = R"(\\?\unix\)";
@@ -28,22 +26,20 @@ std::string resolve_symlinks(const std::string& path) {
 }
 
 // Every symlink "x:" in the folder `dosdevices` is a drive.
-std::map<char, std::string> linked_drives(const fs::path& dosdevices) {
+std::map<char, std::string> linked_drives(const std::string& dosdevices) {
   std::map<char, std::string> roots;
-  std::error_code failed;
-  for (fs::directory_iterator entry(dosdevices, failed), end; !failed && entry != end;
-       entry.increment(failed)) {
-    const std::string name = entry->path().filename().string();
+  const auto visit = [&](const std::string& name, unsigned char) {
     if (name.size() == 2 && has_drive(name))
-      roots[ascii_upper(name[0])] = resolve_symlinks(entry->path().string());
-  }
+      roots[ascii_upper(name[0])] = resolve_symlinks(dosdevices + "/" + name);
+  };
+  for_each_name(open_path(system_disk(), dosdevices, O_RDONLY | O_DIRECTORY), visit);
   return roots;
 }
 
 std::map<char, std::string> drives_of(const std::string& machine) {
   std::error_code ignored;
-  const fs::path dosdevices = fs::path(machine) / "dosdevices";
-  if (fs::is_directory(dosdevices, ignored))
+  const std::string dosdevices = machine + "/dosdevices";
+  if (std::filesystem::is_directory(dosdevices, ignored))
     return linked_drives(dosdevices);
   return {{'C', resolve_symlinks(machine + "/drive_c")}, {'Z', "/"}};
 }

@@ -106,7 +106,9 @@ Result<Done> PrefixFiles::write_text(const std::string& path, std::string_view t
   const auto create = [&](int more) { return open_path(disk, file_path, new_file | more, 0666); };
   Descriptor file = create(at_end ? O_APPEND : 0);
   struct stat status;
-  if (file && describe(file, status) && status.st_nlink > 1) {
+  if (file && !describe(file, status))
+    return failure(path, "write it");
+  if (file && status.st_nlink > 1) {
     if (at_end)
       return Failure{path, "write it", "it has another hard link"};
     if (disk.remove(AT_FDCWD, file_path.c_str()) != 0)

@@ -154,44 +154,47 @@ int PrefixMap::descriptor_of(const std::string& entry) {
   return others.back().get();
 }
 
-Result<std::string> PrefixMap::make_file(Descriptor& made, struct stat& made_status) {
+// Memory that is needed once the file is there is taken before: where it ran out, the file would
+// stay.
+Result<std::string> PrefixMap::make_file(Written& made, struct stat& made_status) {
   for (int attempt = 0; attempt < attempts; ++attempt) {
     std::string free = temporary_name();
-    made = open_at(folder, free, O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW, 0600);
-    if (!made && errno != EEXIST)
+    made.name = free;
+    made.file = open_at(folder, free, O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW, 0600);
+    if (!made.file && errno != EEXIST)
       break;
-    if (made && is_ours(made, made_status))
+    if (made.file && is_ours(made.file, made_status))
       return free;
-    if (made)
+    if (made.file)
       remove(free);
   }
   return last_error();
 }
 
+// The file stays open for its lock. After a flush a failing close loses nothing.
 Result<std::string> PrefixMap::write_temporary(std::string_view content) {
-  Descriptor made;
+  Written& made = written.emplace_back();
   struct stat made_status;
   auto free = make_file(made, made_status);
   if (!free)
     return free;
-  mode_t mode = copy_owner(made, made_status, status);
-  const int copied = folder.disk().copy_acl(file.get(), made.get());
+  made.mode = copy_owner(made.file, made_status, status);
+  const int copied = folder.disk().copy_acl(file.get(), made.file.get());
   if (copied < 0)
-    mode &= ~group_permissions;  // with a list the group bits are its mask
-  if (copied > 0 && folder.disk().permit(made.get(), 0600) != 0)
+    made.mode &= ~group_permissions;  // with a list the group bits are its mask
+  if (copied > 0 && folder.disk().permit(made.file.get(), 0600) != 0)
     return remove_after_failure(*free);
-  if (!write_all(made, content))
+  if (!write_all(made.file, content))
     return remove_after_failure(*free);
   names->changed(folder);
-  // It stays open for its lock. After a flush a failing close loses nothing.
-  written.push_back({*free, std::move(made), mode});
   return free;
 }
 
 Failure PrefixMap::remove_after_failure(const std::string& entry) {
-  Failure failure = last_error();
+  const int error = errno;
   remove(entry);
-  return failure;
+  errno = error;
+  return last_error();
 }
 
 void PrefixMap::remove(const std::string& entry) {

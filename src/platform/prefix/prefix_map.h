@@ -54,11 +54,11 @@ private:
   struct Written {
     std::string name;
     Descriptor file;
-    mode_t mode;
+    mode_t mode = 0;
   };
 
   Failure remove_after_failure(const std::string& entry);
-  Result<std::string> make_file(Descriptor& file, struct stat& status);
+  Result<std::string> make_file(Written& made, struct stat& status);
   bool set_permissions(const std::string& entry);
   const Written* find_written(const std::string& entry) const;
 
