@@ -45,7 +45,8 @@ add_machine_tests(windows
   platform/windows/replacing_test.cpp platform/windows/windows_files_test.cpp
   platform/windows/windows_system_test.cpp)
 add_machine_tests(platform
-  platform/files_test.cpp platform/parallel_test.cpp platform/replacing_test.cpp platform/services_test.cpp)
+  platform/files_test.cpp platform/parallel_test.cpp platform/printable_test.cpp
+  platform/replacing_test.cpp platform/services_test.cpp)
 add_machine_tests(engine
   engine/line_array_test.cpp engine/numbers_test.cpp engine/passes_test.cpp)
 add_machine_tests(check

@@ -1,6 +1,7 @@
 // What only Windows has of files: attributes, links of a profile, and paths without a limit.
 #include "platform/windows/windows_files.h"
 
+#include "platform/windows/handle.h"
 #include "platform/windows/wide_text.h"
 #include "tests/support/test_machine.h"
 #include "tests/support/windows/folders.h"
@@ -49,4 +50,15 @@ TEST_F(WindowsFilesTest, ReachesTreesThatAreDeepAndSpelledInAnyScript) {
   EXPECT_EQ(files.list(deep, "*.galaxy")->size(), 1u);
   ASSERT_TRUE(bool(replace_map(files, map, {"old", {}, "new", "Ægir 銀河.galold"})));
   EXPECT_EQ(*files.read(map), "new");
+}
+
+// A pipe that does not wait takes nothing more once it is full, and that is no error to it.
+TEST(Handles, AWriteThatWritesNothingFails) {
+  HANDLE read_end, write_end;
+  ASSERT_TRUE(CreatePipe(&read_end, &write_end, nullptr, 0));
+  const Handle reading(read_end), writing(write_end);
+  DWORD mode = PIPE_NOWAIT;
+  ASSERT_TRUE(SetNamedPipeHandleState(write_end, &mode, nullptr, nullptr));
+  EXPECT_FALSE(write_all(writing, std::string(1 << 20, 'x')));
+  EXPECT_EQ(GetLastError(), DWORD{ERROR_WRITE_FAULT});
 }
