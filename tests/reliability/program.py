@@ -167,6 +167,22 @@ def kill(machine, kills, kind="memory"):
     assert midway or kills < 20
 
 
+def stopped_when(machine, seen, **how):
+    """A run on new maps, stopped at a moment when that is seen of it; that may take a few."""
+    for _ in range(200):
+        machine.fill()
+        process = machine.start(**how)
+        while process.poll() is None:
+            os.kill(process.pid, signal.SIGSTOP)
+            change = os.waitid(os.P_PID, process.pid, os.WSTOPPED | os.WEXITED | os.WNOWAIT)
+            if change.si_code == os.CLD_STOPPED and seen(process):
+                return process
+            process.send_signal(signal.SIGCONT)
+            time.sleep(random.uniform(0, 0.001))  # in which it goes on
+        process.communicate()
+    raise AssertionError("it was never seen")
+
+
 def run_two_at_once(machine):
     """Each skips the maps that the other is converting; now and then one is killed."""
     for i in range(20):
@@ -221,15 +237,22 @@ def run_as_nobody(machine):
     assert len(list((machine.maps / "longname").iterdir())) == 2
 
 
+def waits_for_lease(path):
+    """Whether a program that opens a file for writing must wait for one that has a lease of it."""
+    try:
+        os.close(os.open(path, os.O_WRONLY | os.O_NONBLOCK))
+    except BlockingIOError:
+        return True
+    return False
+
+
 def run_beside_others(machine):
-    """Another program has a map open, stderr is gone, files may not grow."""
+    """Another program has or opens a map, stderr is gone, files may not grow."""
     machine.fill()
     with open(machine.maps / "map0.galaxy", "r+b"):
         machine.run(said="map0.galaxy: cannot convert it: another program has it open")
         assert (machine.maps / "map0.galaxy").read_bytes() == machine.map(0)
     machine.finish()
-
-    link = None
 
     def without_standard_files():
         for descriptor in range(3):
@@ -243,17 +266,19 @@ def run_beside_others(machine):
     def with_small_files():
         resource.setrlimit(resource.RLIMIT_FSIZE, (64, 64))
 
-    for _ in range(200):  # a process that is seen once it has set itself up
-        process = machine.start(preexec_fn=without_standard_files)
-        machine.any_moment()
-        process.send_signal(signal.SIGSTOP)
-        with contextlib.suppress(OSError):
-            link = os.readlink(f"/proc/{process.pid}/fd/2")
+    def has_standard_files(process):
+        return os.path.realpath(f"/proc/{process.pid}/fd/2") == "/dev/null"
+
+    def has_a_map_leased(_):
+        return any(waits_for_lease(path) for path in machine.maps.glob("*.galaxy"))
+
+    for seen, preparation in (
+            (has_standard_files, without_standard_files), (has_a_map_leased, None)):
+        process = stopped_when(machine, seen, preexec_fn=preparation)
         process.send_signal(signal.SIGCONT)
         process.communicate()
-        if link == "/dev/null":
-            break
-    assert link == "/dev/null", link
+        assert process.returncode == 0, (seen, process.returncode)
+        machine.finish()
 
     for preparation in (without_standard_files, with_broken_stderr, with_small_files):
         machine.fill()
