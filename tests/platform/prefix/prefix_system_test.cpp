@@ -1,11 +1,14 @@
-// Version, variables, special folders and executables of a Wine prefix.
+// Version, variables, special folders and executables of a Wine prefix, and signals.
 #include "platform/prefix/prefix_system.h"
 
+#include "discover/search.h"
 #include "tests/support/prefix/machine_of.h"
 
 #include <gtest/gtest.h>
 
+#include <csignal>
 #include <cstdlib>
+#include <iostream>
 
 namespace fs = std::filesystem;
 
@@ -172,4 +175,31 @@ TEST(PrefixSystem, ReadsReleasesOfExecutables) {
   EXPECT_EQ(system.product_version("c:\\games\\VORA\\vorakai.exe")->high, 0x00010002u);
   for (const char* path : {"C:\\Games\\vora", "C:\\Games\\none.exe", "C:\\empty.exe", ""})
     EXPECT_FALSE(system.product_version(path)) << path;
+}
+
+// A second signal ends the process at once; one that was ignored at the start stays so.
+TEST(PrefixSystem, ASignalEndsASearch) {
+  const TestMachine machine;
+  Program program(machine);
+  program.form.pathlist = {"C:", "C:"};
+  for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
+    const auto search = [&](int times) {
+      program.screen.pending = [&] {
+        while (times-- > 0)
+          std::raise(signal);
+      };
+      const int status = program.run([&] { findgalaxies(program.form); });
+      if (status == Program::returned)
+        std::raise(signal);
+      for (const std::string& error : program.screen.errors)
+        std::cerr << error;
+      std::_Exit(status);
+    };
+    EXPECT_EXIT(search(1), testing::ExitedWithCode(1),
+                "^Interrupted: 0 maps were converted, the rest is as it was\\.$");
+    EXPECT_EXIT(search(2), testing::KilledBySignal(signal), "^$");
+    const auto before = std::signal(signal, SIG_IGN);
+    EXPECT_EXIT(search(2), testing::ExitedWithCode(Program::returned & 0xFF), "^$");
+    std::signal(signal, before);
+  }
 }
