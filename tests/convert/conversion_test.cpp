@@ -146,6 +146,14 @@ TEST_F(Conversion, TellsWhichMapsItCouldNotConvertAndGoesOn) {
                "C:\\maps\\taken.galaxy: cannot convert it: a folder has the name taken.galold"));
 }
 
+TEST_F(Conversion, MemoryThatFailsAfterAReplacementIsReported) {
+  program.screen.full = true;
+  add("a.galaxy", old_map);
+  EXPECT_EQ(fix(), 1);
+  EXPECT_EQ(tree(maps), converted);
+  EXPECT_TRUE(reported("The memory is not enough. Every map is as it was or converted."));
+}
+
 TEST_F(Conversion, ATemplateErrorEndsTheProgramAndLosesNothing) {
   write_file(machine.data / "vnewstruct3.txt", "MAP\r\nver$1\r\nversion 4\r\nship$0\r\n");
   write_file(machine.data / "tnewstructfix4.txt", "MAP\r\n");
@@ -216,9 +224,9 @@ TEST_F(Conversion, NothingIsConvertedWithoutAFormatVersion) {
     write_file(machine.data / "vnewstruct0.txt", baseline);
     add("a.galaxy", "MAP\r\nversion -5\r\n");
     program.form.Label8.set_text("1");
+    program.screen.at_message = [&] { EXPECT_EQ(program.form.Label8.text(), "2"); };
     EXPECT_EQ(fix(), Program::returned);
     EXPECT_TRUE(reported("No map was converted: vnewstruct0.txt")) << baseline;
     EXPECT_EQ(tree(maps), (Tree{{"a.galaxy", "MAP\r\nversion -5\r\n"}}));
-    EXPECT_EQ(program.form.Label8.text(), "2");
   }
 }

@@ -5,6 +5,7 @@
 #include "form/screen.h"
 
 #include <functional>
+#include <new>
 #include <string>
 #include <vector>
 
@@ -13,8 +14,15 @@ public:
   void show() override { shown = true; }
   void show_caption(const std::string& text) override { caption = text; }
   void refresh(const Control&) override {}
-  void append(const Control&, std::string_view) override {}
-  void message_box(const std::string& text) override { messages.push_back(text); }
+  void append(const Control&, std::string_view) override {
+    if (full)
+      throw std::bad_alloc();
+  }
+  void message_box(const std::string& text) override {
+    messages.push_back(text);
+    if (at_message)
+      at_message();
+  }
   void print_error(const std::string& text) override { errors.push_back(text); }
   void process_messages() override {
     if (pending)
@@ -27,4 +35,6 @@ public:
   std::vector<std::string> messages;
   std::vector<std::string> errors;
   std::function<void()> pending;  // what the user does while a search yields
+  std::function<void()> at_message;
+  bool full = false;  // there is no memory for what is appended
 };
