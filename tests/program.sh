@@ -118,6 +118,9 @@ for file in targetvoraver.txt 'original vora galaxies.txt'; do
   run /s
   told "LF in $file" 1 "$file: cannot use it: $in_lf"
 done
+prepare sh -c "rm '$file' && ln -s '$file' '$file'"
+run /s
+told "a list that leads to itself" 1 "$file: cannot find it: Too many levels of symbolic links"
 prepare to_lf vnewstruct0.txt
 run /s
 told "LF in the baseline" 1 "No map was converted: vnewstruct0.txt: cannot use it: $in_lf"
