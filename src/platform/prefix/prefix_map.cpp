@@ -154,8 +154,7 @@ int PrefixMap::descriptor_of(const std::string& entry) {
   return others.back().get();
 }
 
-// Memory that is needed once the file is there is taken before: where it ran out, the file would
-// stay.
+// Takes the memory that is needed once the file is there: if it ran out then, the file would stay.
 Result<std::string> PrefixMap::make_file(Written& made, struct stat& made_status) {
   for (int attempt = 0; attempt < attempts; ++attempt) {
     std::string free = temporary_name();
@@ -183,16 +182,18 @@ Result<std::string> PrefixMap::write_temporary(std::string_view content) {
   if (copied < 0)
     made.mode &= ~group_permissions;  // with a list the group bits are its mask
   if (copied > 0 && folder.disk().permit(made.file.get(), 0600) != 0)
-    return remove_after_failure(*free);
+    return remove_after_failure();
   if (!write_all(made.file, content))
-    return remove_after_failure(*free);
+    return remove_after_failure();
   names->changed(folder);
   return free;
 }
 
-Failure PrefixMap::remove_after_failure(const std::string& entry) {
+// Removes the file that was made last.
+Failure PrefixMap::remove_after_failure() {
   const int error = errno;
-  remove(entry);
+  remove(written.back().name);
+  written.pop_back();
   errno = error;
   return last_error();
 }

@@ -57,7 +57,7 @@ private:
     mode_t mode = 0;
   };
 
-  Failure remove_after_failure(const std::string& entry);
+  Failure remove_after_failure();
   Result<std::string> make_file(Written& made, struct stat& status);
   bool set_permissions(const std::string& entry);
   const Written* find_written(const std::string& entry) const;
