@@ -39,6 +39,11 @@ void report_choice(const Machine& machine) {
 
 int run(int argc, char** argv) {
   const Machine machine = find_machine(has_game);
+  if (machine.current_folder.empty()) {  // as a search root it would be the whole disk
+    write_stderr("The current folder is missing. Start the program in the folder that holds its "
+                 "data files.");
+    return 1;
+  }
   if (machine.choices > 0)
     report_choice(machine);
   PrefixFiles files(machine);

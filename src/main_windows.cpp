@@ -6,6 +6,7 @@
 #include "ui/handlers.h"
 #include "ui/win32/main_window.h"
 
+#include <cstdio>
 #include <new>
 
 namespace {
@@ -37,6 +38,7 @@ int main() {
   try {
     return run();
   } catch (const std::bad_alloc&) {
+    std::fprintf(stderr, "%s\n", out_of_memory_message);
     return 1;
   }
 }

@@ -52,8 +52,10 @@ std::string counted(std::size_t count, const std::string& noun) {
 std::string line_number(std::size_t index) { return "line " + std::to_string(index + 1); }
 
 std::string quoted(std::string_view line) {
-  return '"' + std::string(line.substr(0, longest_quote)) +
-         (line.size() > longest_quote ? "...\"" : "\"");
+  std::string text;
+  for (const char c : line.substr(0, longest_quote))
+    text += c == '\t' ? "\\t" : std::string(1, c);
+  return '"' + text + (line.size() > longest_quote ? "...\"" : "\"");
 }
 
 std::string name_of(const std::string& path) { return path.substr(path.find_last_of("/\\") + 1); }

@@ -47,7 +47,7 @@ std::string counted(std::size_t count, const std::string& noun);
 // "line 5" for the index 4.
 std::string line_number(std::size_t index);
 
-// A line of a file in quotation marks; a long line is shortened.
+// A line of a file in quotation marks; a tab is shown as "\t", and a long line is shortened.
 std::string quoted(std::string_view line);
 
 // The part of a path after its last separator.

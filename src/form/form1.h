@@ -122,7 +122,7 @@ inline constexpr char expansion_letter[] = "t";
 inline constexpr char out_of_memory_message[] =
     "The memory is not enough. Every map is as it was or converted.";
 
-// Reports that, then ends the program.
+// Reports `out_of_memory_message`, then ends the program.
 [[noreturn]] void end_out_of_memory(Form1& form);
 
 // Reports on stderr that the user has interrupted a run which had converted so many maps, then ends

@@ -32,12 +32,9 @@ std::string printable(std::string_view text) {
   std::string shown;
   while (!text.empty()) {
     const std::size_t length = disturbing_length(text);
-    if (text.front() == '\t')
-      shown += "\\t";
-    else
-      for (const char c : text.substr(0, length))
-        shown += {'\\', 'x', digits[static_cast<unsigned char>(c) >> 4],
-                  digits[static_cast<unsigned char>(c) & 0xF]};
+    for (const char c : text.substr(0, length))
+      shown += {'\\', 'x', digits[static_cast<unsigned char>(c) >> 4],
+                digits[static_cast<unsigned char>(c) & 0xF]};
     if (length == 0)
       shown += text.front();
     text.remove_prefix(std::max<std::size_t>(length, 1));

@@ -5,6 +5,5 @@
 #include <string_view>
 
 // Escapes what could disturb a terminal or disguise a name: control characters and the characters
-// that change the direction of writing, byte by byte as "\x" and two hexadecimal digits; a tab
-// becomes "\t".
+// that change the direction of writing, byte by byte as "\x" and two hexadecimal digits.
 std::string printable(std::string_view text);

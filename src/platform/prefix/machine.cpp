@@ -6,6 +6,7 @@
 
 #include <cstdlib>
 #include <filesystem>
+#include <new>
 #include <optional>
 #include <utility>
 
@@ -21,6 +22,15 @@ std::string user_home() {
     return home;
   const passwd* user = getpwuid(getuid());
   return user ? user->pw_dir : "";
+}
+
+// Empty if there is none, as when it was removed.
+std::string find_current_folder() {
+  std::error_code failed;
+  const fs::path folder = fs::current_path(failed);
+  if (failed == std::errc::not_enough_memory)
+    throw std::bad_alloc();
+  return folder.string();
 }
 
 // The prefix that needs no search: the one that is named, or around the program.
@@ -52,7 +62,7 @@ void search_prefix(Machine& machine, const HasGame& has_game) {
 Machine find_machine(const HasGame& has_game) {
   std::error_code ignored;
   Machine machine;
-  machine.current_folder = fs::current_path(ignored).string();
+  machine.current_folder = find_current_folder();
   machine.program_folder = fs::read_symlink("/proc/self/exe", ignored).parent_path().string();
   if (auto prefix = given_prefix(machine))
     machine.folder = std::move(*prefix);

@@ -8,7 +8,7 @@
 // POSIX paths, without a final "/".
 struct Machine {
   std::string folder;          // the Wine prefix, which may not exist
-  std::string current_folder;  // of the process
+  std::string current_folder;  // of the process; empty if it is missing
   std::string program_folder;  // of the program's executable
   std::size_t choices = 0;     // launchers' prefixes with the game, if `folder` was chosen of those
 };

@@ -154,7 +154,8 @@ int PrefixMap::descriptor_of(const std::string& entry) {
   return others.back().get();
 }
 
-// Takes the memory that is needed once the file is there: if it ran out then, the file would stay.
+// Allocates beforehand what is needed once the file is there: if memory ran out then, the file
+// would stay.
 Result<std::string> PrefixMap::make_file(Written& made, struct stat& made_status) {
   for (int attempt = 0; attempt < attempts; ++attempt) {
     std::string free = temporary_name();
@@ -175,8 +176,10 @@ Result<std::string> PrefixMap::write_temporary(std::string_view content) {
   Written& made = written.emplace_back();
   struct stat made_status;
   auto free = make_file(made, made_status);
-  if (!free)
+  if (!free) {
+    written.pop_back();
     return free;
+  }
   made.mode = copy_owner(made.file, made_status, status);
   const int copied = folder.disk().copy_acl(file.get(), made.file.get());
   if (copied < 0)

@@ -251,6 +251,8 @@ std::optional<ProductVersion> PrefixSystem::product_version(const std::string& p
   if (!location || !fs::is_regular_file(location->path(), failed))
     return std::nullopt;
   std::ifstream executable(location->path(), std::ios::binary);
+  if (!executable && errno == ENOMEM)
+    throw std::bad_alloc();
   return read_product_version(executable);
 }
 
