@@ -8,6 +8,7 @@ linux=$(cd "$1" && pwd)
 windows=$(cd "$2" && pwd)
 cd "$(dirname "$0")/.."
 source scripts/wine.sh
+source tests/support/check.sh
 c=$WINEPREFIX/drive_c
 user=$c/users/$(id -un)
 # On drive C:, since a run without search roots walks the whole drive of the current folder. Both
@@ -16,13 +17,6 @@ scratch=$c/both
 rm -rf "$scratch"
 mkdir -p "$scratch/program" "$scratch/data"
 cp "$linux/vora-map-updater" "$windows/vora-map-updater.exe" "$scratch/program"
-
-failed=0
-check() { # check <what> <expected> <found>
-  [ "$2" = "$3" ] && return
-  printf 'FAILED %s\n  Linux:   %s\n  Windows: %s\n' "$1" "$2" "$3"
-  failed=1
-}
 
 key='HKLM\SOFTWARE\Wow6432Node\Orbwright\Paxhollow'
 register() { # register <edition> <folder>
@@ -57,19 +51,12 @@ left_behind() {
 }
 
 # Runs a program on a fresh copy of the maps: sets left, said and status.
-run_on() { # run_on <debug?> <maps and executable...> -- <command...>
-  local debug=$1 maps=()
-  shift
-  while [ "$1" != -- ]; do
-    maps+=("$1")
-    shift
-  done
-  shift
-  put_maps "${maps[@]}"
-  [ "$debug" = no ] || sed -i '7s/.*/debug\r/' "$scratch/data/targetvoraver.txt"
+run_on() { # run_on <debug?> <sample> <executable> <target line> <command...>
+  put_maps "$2" "$3" "$4"
+  [ "$1" = no ] || sed -i '7s/.*/debug\r/' "$scratch/data/targetvoraver.txt"
   status=0
   # To a file: Wine processes that outlive the program would keep a pipe open.
-  (cd "$scratch/data" && "$@" > "$scratch/said" 2>&1) || status=$?
+  (cd "$scratch/data" && "${@:5}" > "$scratch/said" 2>&1) || status=$?
   said=$(tr -d '\r' < "$scratch/said")
   left=$(left_behind)
 }
@@ -92,14 +79,15 @@ from_prompt() {
   return $status
 }
 
-compare() { # compare <what> <how Windows starts it> <debug?> <maps and executable...>
+# What the Linux program leaves and says is expected of the Windows program.
+compare() { # compare <what> <how Windows starts it> <debug?> <sample> <executable> <target line>
   local what=$1 start=$2
   shift 2
-  run_on "$@" -- env -u DISPLAY "$scratch/program/vora-map-updater" /silent
+  run_on "$@" env -u DISPLAY "$scratch/program/vora-map-updater" /silent
   local linux_left=$left linux_said=$said linux_status=$status
   local linux_info
   linux_info=$(cat "$scratch/data/info.txt" 2>/dev/null) || true
-  run_on "$@" -- "$start"
+  run_on "$@" "$start"
   check "$what: exit status" "$linux_status" "$status"
   check "$what: what it says" "$linux_said" "$said"
   check "$what: the skipped map" yes "$([[ $said == *bad.galaxy* ]] && echo yes || echo no)"

@@ -27,8 +27,7 @@ endfunction()
 
 # Tests that change the registry run only under Wine, never on a developer's own Windows.
 if(NOT CMAKE_CROSSCOMPILING)
-  add_unit_tests(engine
-    engine/line_array_test.cpp engine/numbers_test.cpp engine/passes_test.cpp)
+  add_unit_tests(engine engine/line_array_test.cpp engine/numbers_test.cpp)
   return()
 endif()
 
@@ -47,15 +46,11 @@ add_machine_tests(windows
 add_machine_tests(platform
   platform/files_test.cpp platform/parallel_test.cpp platform/printable_test.cpp
   platform/replacing_test.cpp platform/services_test.cpp)
-add_machine_tests(engine
-  engine/line_array_test.cpp engine/numbers_test.cpp engine/passes_test.cpp)
+add_machine_tests(engine engine/line_array_test.cpp engine/numbers_test.cpp)
 add_machine_tests(check
   check/random_pairs_test.cpp check/rules_test.cpp docs/templates_test.cpp)
 target_link_libraries(test-check PRIVATE check)
-add_machine_tests(form form/control_test.cpp)
-add_machine_tests(convert
-  convert/conversion_test.cpp convert/line_reader_test.cpp convert/original_maps_test.cpp
-  convert/template_files_test.cpp)
+add_machine_tests(convert convert/conversion_test.cpp convert/data_files_test.cpp)
 add_machine_tests(discover discover/search_test.cpp)
 add_machine_tests(app app/command_line_test.cpp app/startup_test.cpp)
 add_machine_tests(ui ui/handlers_test.cpp ui/layout_test.cpp)

@@ -97,10 +97,21 @@ TEST(Rules, FindTheirMistakes) {
 
 TEST(Rules, FindWhatAFolderLacks) {
   const std::string old = old_start, current = new_start, baseline = "Map\r\nversion 4\r\n";
-  const struct {
-    Texts texts;
-    const char* found;
-  } cases[] = {
+  const std::string third = "Map\r\nversion 3";  // a baseline of the version to convert from
+  const auto base = [](const std::string& zero, const std::string& from, const std::string& to) {
+    return Texts{{"vnewstruct0.txt", zero}, {"voldstruct3.txt", from}, {"vnewstruct3.txt", to}};
+  };
+  const auto fix = [](const std::string& zero, const std::string& from, const std::string& to) {
+    return Texts{
+        {"tnewstruct0.txt", zero}, {"toldstructfix3.txt", from}, {"tnewstructfix3.txt", to}};
+  };
+  Texts chain = fix(third, title + "ver", title + "version #");
+  chain["toldstruct2.txt"] = title + "version 2";
+  chain["tnewstruct2.txt"] = title + "version 3";
+  Texts with_others = base(baseline, title + "ver", current);
+  with_others.insert(
+      {{"readme.txt", "a\nb"}, {"voldstruct123.txt", "a"}, {"voldstructfix3.txt", "a"}});
+  const std::pair<Texts, const char*> cases[] = {
       {{{"vnewstruct0.txt", baseline}}, ""},
       {{{"VNewStruct0.TXT", baseline}, {"vOldStruct3.txt", old}, {"vnewstruct3.TXT", current}}, ""},
       {{{"vnewstruct3.txt", current}}, "vnewstruct0.txt:1 e missing-pair, new:1 e missing-pair"},
@@ -111,50 +122,22 @@ TEST(Rules, FindWhatAFolderLacks) {
         {"voldstruct1.txt", title + "version 1"},
         {"vnewstruct1.txt", current}},
        "vnewstruct0.txt:2 w missing-pair, vnewstruct0.txt:2 w missing-pair"},
-      {{{"vnewstruct0.txt", "Map\r\nversion 3"},
-        {"voldstruct3.txt", old},
-        {"vnewstruct3.txt", current}},
-       "old:1 w missing-pair"},
-      {{{"vnewstruct0.txt", baseline},
-        {"voldstruct3.txt", old},
-        {"vnewstruct3.txt", current + "= a\nb\rc"}},
-       "new:4 w line-ends"},
+      {base(third, old, current), "old:1 w missing-pair"},
+      {base(baseline, old, current + "= a\nb\rc"), "new:4 w line-ends"},
       {{{"tnewstruct0.txt", baseline}}, "tnewstruct0.txt:2 e missing-pair"},
-      {{{"tnewstruct0.txt", baseline},
-        {"toldstructfix3.txt", old},
-        {"tnewstructfix3.txt", current}},
-       "tnewstruct0.txt:2 e missing-pair, oldfix:1 w missing-pair"},
-      {{{"tnewstruct0.txt", "Map\r\nversion 3"},
-        {"toldstruct2.txt", title + "version 2"},
-        {"tnewstruct2.txt", title + "version 3"},
-        {"toldstructfix3.txt", title + "ver"},
-        {"tnewstructfix3.txt", title + "version #"}},
-       "newfix:3 w no-version"},
-      {{{"tnewstruct0.txt", "Map\r\nversion 3"},
-        {"toldstructfix3.txt", "Map\r\na $1\r\na\r\ny\r\nb $1\r\nb\r\ny"},
-        {"tnewstructfix3.txt", "Map\r\na $1\r\na &\r\nb $1\r\ny &"}},
+      {fix(baseline, old, current), "tnewstruct0.txt:2 e missing-pair, oldfix:1 w missing-pair"},
+      {chain, "newfix:3 w no-version"},
+      {fix(third, "Map\r\na $1\r\na\r\ny\r\nb $1\r\nb\r\ny", "Map\r\na $1\r\na &\r\nb $1\r\ny &"),
        "oldfix:4 w shadowed"},
-      {{{"vnewstruct0.txt", baseline},
-        {"voldstruct3.txt", "for 3\r\nhead $2\r\nMap"},
-        {"vnewstruct3.txt", "for 3\r\nhead $2\r\nMap\r\nversion 4"}},
+      {base(baseline, "for 3\r\nhead $2\r\nMap", "for 3\r\nhead $2\r\nMap\r\nversion 4"),
        "old:1 w no-version"},
-      {{{"vnewstruct0.txt", baseline},
-        {"voldstruct3.txt", title + "ver"},
-        {"vnewstruct3.txt", current},
-        {"readme.txt", "a\nb"},
-        {"voldstruct123.txt", "a"},
-        {"voldstructfix3.txt", "a"}},
-       ""},
-      {{{"vnewstruct0.txt", baseline},
-        {"voldstruct3.txt", title + "Ver"},
-        {"vnewstruct3.txt", current}},
-       "old:1 w no-version"},
-      {{{"vnewstruct0.txt", baseline}, {"voldstruct3.txt", ""}, {"vnewstruct3.txt", ""}},
-       "new:1 e no-version, new:1 e bad-count, old:1 e bad-count"},
+      {with_others, ""},
+      {base(baseline, title + "Ver", current), "old:1 w no-version"},
+      {base(baseline, "", ""), "new:1 e no-version, new:1 e bad-count, old:1 e bad-count"},
   };
-  for (const auto& c : cases) {
-    const std::string report = check_texts(c.texts);
-    EXPECT_EQ(places(report), c.found) << report;
+  for (const auto& [texts, found] : cases) {
+    const std::string report = check_texts(texts);
+    EXPECT_EQ(places(report), found) << report;
   }
 }
 

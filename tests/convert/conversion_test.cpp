@@ -155,7 +155,7 @@ TEST_F(Conversion, MemoryThatFailsAfterAReplacementIsReported) {
 }
 
 TEST_F(Conversion, ATemplateErrorEndsTheProgramAndLosesNothing) {
-  write_file(machine.data / "vnewstruct3.txt", "MAP\r\nver$1\r\nversion 4\r\nship$0\r\n");
+  write_file(machine.data / "vnewstruct3.txt", "MAP\r\nver$1\r\nversion 4\r\nship$0.9\r\n");
   write_file(machine.data / "tnewstructfix4.txt", "MAP\r\n");
   const Tree untouched = {{"a.galaxy", old_map}, {"b.galaxy", old_map}};
   const Tree backed_up = {{"a.galaxy", old_map}, {"a.galold", old_map}, {"b.galaxy", old_map}};
@@ -171,7 +171,7 @@ TEST_F(Conversion, ATemplateErrorEndsTheProgramAndLosesNothing) {
       {"v", true, untouched, "vnewstruct3.txt"},
       {"v", false, backed_up,
        "C:\\maps\\a.galaxy: the map is of version \"3\" and cannot be converted: template "
-       "vnewstruct3.txt: its section count is 0 or below: ship$0\r\n"
+       "vnewstruct3.txt: its section count is 0 or below: ship$0.9\r\n"
        "The map is as it was. No further map was converted: move this one elsewhere and run again "
        "for the others."},
   };
@@ -200,33 +200,35 @@ TEST_F(Conversion, ASilentRunTellsTroubleOnStandardErrorAlone) {
   EXPECT_NE(program.screen.errors[1].find("vnewstruct3.txt"), std::string::npos);
 }
 
-TEST_F(Conversion, AMissingBaselineConvertsNothingAndIsTold) {
-  fs::remove(machine.data / "vnewstruct0.txt");
-  EXPECT_EQ(fix(), Program::returned);
-  EXPECT_TRUE(program.screen.messages.empty());
-  const std::pair<const char*, std::string> cases[] = {
-      {"v", "No map was converted: vnewstruct0.txt is missing in " + z_path(machine.data) +
-                ". Start the program in the folder that holds its data files."},
-      {"", "No map was converted: no edition of the game is selected."}};
-  for (const auto& [edition, text] : cases) {
-    start_over(edition);
-    add("a.galaxy", old_map);
-    EXPECT_EQ(fix(), Program::returned);
-    EXPECT_EQ(tree(maps), (Tree{{"a.galaxy", old_map}}));
-    EXPECT_TRUE(reported(text)) << text;
-  }
-}
-
 // A version below 0 is older than any, but there is nothing to convert it to.
 TEST_F(Conversion, NothingIsConvertedWithoutAFormatVersion) {
-  for (const char* baseline : {"a\r\nno number", "one line", "", "a\nversion 4\n"}) {
-    start_over();
-    write_file(machine.data / "vnewstruct0.txt", baseline);
-    add("a.galaxy", "MAP\r\nversion -5\r\n");
+  const fs::path baseline = machine.data / "vnewstruct0.txt";
+  const Tree left = {{"a.galaxy", "MAP\r\nversion -5\r\n"}};
+  const struct {
+    const char *edition, *baseline;  // null when it is missing
+    std::string reported;
+  } cases[] = {
+      {"v", nullptr,
+       "vnewstruct0.txt is missing in " + z_path(machine.data) +
+           ". Start the program in the folder that holds its data files."},
+      {"", "a\r\nversion 4\r\n", "no edition of the game is selected."},
+      {"v", "a\r\nno number", "vnewstruct0.txt"},
+      {"v", "one line", "vnewstruct0.txt"},
+      {"v", "", "vnewstruct0.txt"},
+      {"v", "a\nversion 4\n", "vnewstruct0.txt"},
+  };
+  for (const auto& c : cases) {
+    fs::remove(baseline);
+    if (c.baseline)
+      write_file(baseline, c.baseline);
+    start_over(c.edition);
+    EXPECT_EQ(fix(), Program::returned);
+    EXPECT_TRUE(program.screen.messages.empty());
+    add("a.galaxy", left.at("a.galaxy"));
     program.form.Label8.set_text("1");
     program.screen.at_message = [&] { EXPECT_EQ(program.form.Label8.text(), "2"); };
     EXPECT_EQ(fix(), Program::returned);
-    EXPECT_TRUE(reported("No map was converted: vnewstruct0.txt")) << baseline;
-    EXPECT_EQ(tree(maps), (Tree{{"a.galaxy", "MAP\r\nversion -5\r\n"}}));
+    EXPECT_TRUE(reported("No map was converted: " + c.reported)) << c.reported;
+    EXPECT_EQ(tree(maps), left);
   }
 }

@@ -105,6 +105,8 @@ TEST_F(Search, LeavesTheListsAtTheParentOfTheLastRoot) {
   find("C:\\r\\game", "C:\\r\\game\\");
   EXPECT_EQ(program.form.Dir1.subfolders(), (Found{"game", "new"}));
   EXPECT_EQ(program.form.File1.names(), (Found{"b.galaxy", "c.galaxy"}));
+  program.form.File1.set_path("C:\\nowhere");
+  EXPECT_EQ(program.form.File1.names(), Found{});
   find("C:\\r\\game", "C:\\");
   EXPECT_EQ(program.form.Dir1.path(), "C:\\");
   find("C:\\r\\game", "D:\\gone");

@@ -4,10 +4,7 @@
 #include <gtest/gtest.h>
 
 TEST(LineArray, SplitsAtCrLfAlone) {
-  const struct {
-    const char* text;
-    std::vector<std::string> lines;
-  } cases[] = {
+  const std::pair<const char*, std::vector<std::string>> cases[] = {
       {"a\r\nb\r\n\r\n", {"a", "b"}},
       {"a\r\n\r\nb", {"a", "", "b"}},
       {"a\nb", {"a\nb"}},
@@ -18,14 +15,14 @@ TEST(LineArray, SplitsAtCrLfAlone) {
       {"", {}},
       {"\r\n\r\n", {}},
   };
-  for (const auto& c : cases) {
-    LineArray array = LineArray::split(c.text);
+  for (const auto& [text, lines] : cases) {
+    LineArray array = LineArray::split(text);
     const LineArray moved = std::move(array);
-    ASSERT_EQ(moved.size(), c.lines.size()) << c.text;
+    ASSERT_EQ(moved.size(), lines.size()) << text;
     for (std::size_t i = 0; i < moved.size(); ++i)
-      EXPECT_EQ(moved[i], c.lines[i]);
+      EXPECT_EQ(moved[i], lines[i]);
     EXPECT_EQ(moved[moved.size()], "");  // beyond the end
-    EXPECT_EQ(moved.text(), c.text);
+    EXPECT_EQ(moved.text(), text);
   }
   EXPECT_EQ(LineArray::empty(11).size(), 11u);
   EXPECT_EQ(LineArray::empty(11)[10], "");

@@ -6,17 +6,14 @@
 #include <limits>
 
 TEST(Numbers, NumericValues) {
-  const struct {
-    const char* text;
-    double value;
-  } cases[] = {
+  const std::pair<const char*, double> cases[] = {
       {"", 0},      {"4", 4},     {" 4", 4},  {"12 lines", 12}, {"x4", 0},     {"1 2\t3", 123},
       {"-7", -7},   {"- 7", -7},  {"+7", 7},  {"--7", 0},       {"1-2", 1},    {"1.5.9", 1.5},
       {".5", 0.5},  {"5.", 5},    {".", 0},   {"-", 0},         {"1e5", 1},    {"&H10", 0},
       {"0012", 12}, {"12$7", 12}, {"+-7", 0}, {"\r4", 0},       {"\xE9 4", 0},
   };
-  for (const auto& c : cases)
-    EXPECT_EQ(numeric_value(c.text), c.value) << '"' << c.text << '"';
+  for (const auto& [text, value] : cases)
+    EXPECT_EQ(numeric_value(text), value) << '"' << text << '"';
   EXPECT_GT(numeric_value(std::string(5000, '9')), 1e300);
   EXPECT_EQ(numeric_value("0." + std::string(5000, '0') + "1"), 0);
 }

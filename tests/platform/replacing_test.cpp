@@ -29,11 +29,6 @@ protected:
 
 }  // namespace
 
-TEST_F(Replace, LeavesTheBackupAndNothingElse) {
-  EXPECT_TRUE(bool(replace("old", true)));
-  EXPECT_EQ(tree(maps), (Tree{{"a.galaxy", "new"}, {"a.galold", "old"}, {"a.galfix", "fix"}}));
-}
-
 TEST_F(Replace, NumbersTheBackupsThatAreInItsWay) {
   write_file(maps / "A.GALOLD", "1st");
   write_file(maps / "a.galold2", "second");
@@ -80,21 +75,6 @@ TEST_F(Replace, AFolderInACompanionsPlaceLeavesNothingHalfDone) {
     EXPECT_EQ(tree(maps), before);
     fs::remove(maps / name);
   }
-}
-
-// What is known of one folder must not be taken for what is known of the next.
-TEST_F(Replace, SeesEachFolderAsItIs) {
-  EXPECT_TRUE(bool(replace()));
-  const fs::path other = machine.drive_c / "other";
-  for (const char* name : {"a.galaxy", "a.galold", "b.galaxy"})
-    write_file(other / name, "old");
-  fs::create_directory(other / "B.GALOLD");
-  const auto put = [&](const std::string& name) {
-    return replace_map(*files, "C:\\other\\" + name + "axy", {"old", {}, "new", name + "old"});
-  };
-  EXPECT_TRUE(bool(put("a.gal")));
-  EXPECT_FALSE(bool(put("b.gal")));
-  EXPECT_TRUE(fs::is_directory(other / "B.GALOLD"));
 }
 
 TEST_F(Replace, TwoRunsKeepApart) {

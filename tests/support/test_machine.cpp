@@ -38,6 +38,14 @@ void TestMachine::install(const std::string& edition, const VersionParts& releas
   write_file(drive_c / "Games" / edition / name, Executable{release}.bytes());
 }
 
+void TestMachine::install_with_maps() {
+  write_data();
+  install("vora", {1, 2, 3, 4});
+  write_file(user_folder / "settings.txt", "");
+  for (const char* name : {"a.galaxy", "b.galaxy", "sub/c.galaxy"})
+    write_file(user_folder / name, old_map);
+}
+
 void TestMachine::write_data() {
   const char old[] = "MAP\r\nver$1\r\nversion\r\nship$2\r\nshp\r\nsize\r\n";
   const char current[] = "MAP\r\nver$1\r\nversion 4\r\nship$3\r\nship &\r\nsize #\r\nextra 0\r\n";

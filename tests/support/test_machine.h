@@ -39,6 +39,9 @@ public:
   // its executable there.
   void install(const std::string& edition, const VersionParts& release);
 
+  // Installs the base edition beside the data files, with a user space that has three old maps.
+  void install_with_maps();
+
   // What a program on the machine works with; `arguments` is its command line.
   std::unique_ptr<Files> files() const;
   std::unique_ptr<System> system(const std::string& arguments) const;
@@ -73,7 +76,6 @@ Tree tree(const std::filesystem::path& folder);
 
 // The program on a machine.
 struct Program {
-  // `disk` must outlive the object.
   explicit Program(const TestMachine& machine, const std::string& arguments = "");
   Program(std::unique_ptr<Files> files_in, std::unique_ptr<System> system_in);
 

@@ -2,7 +2,6 @@
 #include "ui/handlers.h"
 
 #include "tests/support/test_machine.h"
-#include "ui/layout.h"
 
 #include <gtest/gtest.h>
 
@@ -13,11 +12,7 @@ namespace {
 class Handlers : public testing::Test {
 protected:
   Handlers() {
-    machine.write_data();
-    machine.install("vora", {1, 2, 3, 4});
-    write_file(machine.user_folder / "settings.txt", "");
-    for (const char* name : {"a.galaxy", "b.galaxy", "sub/c.galaxy"})
-      write_file(machine.user_folder / name, old_map);
+    machine.install_with_maps();
     program.run([&] { load_form(form); });
   }
 
@@ -60,18 +55,26 @@ TEST_F(Handlers, AFolderIsShownOrTheReasonWhyNot) {
   EXPECT_EQ(form.Drive1.text(), "C:");
 }
 
-TEST(Layout, HasEveryControlOnceInsideTheWindow) {
-  TestMachine machine;
-  Program program(machine);
-  ASSERT_EQ(layout().size(), program.form.controls().size());
-  for (const ControlLayout& row : layout()) {
-    EXPECT_LE(row.left + row.width, window_width) << row.name;
-    EXPECT_LE(row.top + row.height, window_height) << row.name;
-  }
-}
-
 TEST_F(Handlers, ClosingTheWindowIsTroubleInASilentRunAlone) {
   EXPECT_EQ(program.run([&] { close_window(form); }), 0);
   form.silentmode = true;
   EXPECT_EQ(program.run([&] { close_window(form); }), 1);
+}
+
+TEST(Lists, AFolderOnNoDriveIsBelowOneRoot) {
+  TestMachine machine;
+  if (machine.prefix.empty())
+    GTEST_SKIP() << "on Windows that is a folder that a server shares";
+  const fs::path folder = machine.prefix / "out" / "side";
+  fs::create_directories(folder / "below");
+  fs::create_directory(machine.prefix / "dosdevices");
+  fs::create_directory_symlink(machine.drive_c, machine.prefix / "dosdevices" / "c:");
+  Program program(machine);
+  DirectoryList& list = program.form.Dir1;
+  ASSERT_TRUE(bool(list.set_path("\\\\?\\unix" + z_path(folder).substr(2))));
+  const auto rows = list.rows();
+  EXPECT_EQ(rows.front().path, "\\\\?\\unix\\");
+  EXPECT_EQ(rows.back().name, "below");
+  for (const FolderRow& row : rows)
+    EXPECT_TRUE(bool(list.set_path(row.path))) << row.path;
 }

@@ -17,15 +17,6 @@ const ControlLayout& row_of(const std::string& name) {
 
 }  // namespace
 
-TEST(Layout, OneTwipPerPixelGivesTheTable) {
-  for (const ControlLayout& row : layout()) {
-    const Place at = place_of(row, window_width, window_height, 1440);
-    EXPECT_EQ((std::array{at.left, at.top, at.width, at.height}),
-              (std::array{row.left, row.top, row.width, row.height}))
-        << row.name;
-  }
-}
-
 TEST(Layout, EdgesAlignAtAnyResolution) {
   for (int dpi = 96; dpi < 200; ++dpi) {
     const Place upper = place_of(row_of("Command7"), 0, 0, dpi);

@@ -79,29 +79,28 @@ TEST(PrefixSystem, ExpandsTheVariablesThatWindowsMakesItself) {
     system.reg_write(std::string("HKCU\\Volatile Environment\\") + name, "of the session", "");
   system.reg_write("HKCU\\Environment\\TEMP", "of the user", "");
 
-  const struct {
-    const char *name, *value;
-  } cases[] = {{"SystemDrive", "C:"},
-               {"SystemRoot", "C:\\windows"},
-               {"windir", "C:\\windows"},
-               {"ProgramFiles", "ProgramFilesDir"},
-               {"ProgramW6432", "ProgramFilesDir"},
-               {"ProgramFiles(x86)", "ProgramFilesDir (x86)"},
-               {"CommonProgramFiles", "CommonFilesDir"},
-               {"CommonProgramW6432", "CommonFilesDir"},
-               {"CommonProgramFiles(x86)", "CommonFilesDir (x86)"},
-               {"ProgramData", "C:\\ProgramData"},
-               {"ALLUSERSPROFILE", "C:\\ProgramData"},
-               {"PUBLIC", "C:\\users\\Public"},
-               {"USERPROFILE", "of the session"},
-               {"USERNAME", "of the session"},
-               {"APPDATA", "of the session"},
-               {"LOCALAPPDATA", "of the session"},
-               {"HOMEPATH", "of the session"},
-               {"TEMP", "of the user"}};
-  for (const auto& c : cases) {
-    unsetenv(c.name);
-    EXPECT_EQ(expanded(std::string("%") + c.name + "%\\x"), std::string(c.value) + "\\x");
+  const std::pair<const char*, const char*> cases[] = {
+      {"SystemDrive", "C:"},
+      {"SystemRoot", "C:\\windows"},
+      {"windir", "C:\\windows"},
+      {"ProgramFiles", "ProgramFilesDir"},
+      {"ProgramW6432", "ProgramFilesDir"},
+      {"ProgramFiles(x86)", "ProgramFilesDir (x86)"},
+      {"CommonProgramFiles", "CommonFilesDir"},
+      {"CommonProgramW6432", "CommonFilesDir"},
+      {"CommonProgramFiles(x86)", "CommonFilesDir (x86)"},
+      {"ProgramData", "C:\\ProgramData"},
+      {"ALLUSERSPROFILE", "C:\\ProgramData"},
+      {"PUBLIC", "C:\\users\\Public"},
+      {"USERPROFILE", "of the session"},
+      {"USERNAME", "of the session"},
+      {"APPDATA", "of the session"},
+      {"LOCALAPPDATA", "of the session"},
+      {"HOMEPATH", "of the session"},
+      {"TEMP", "of the user"}};
+  for (const auto& [name, value] : cases) {
+    unsetenv(name);
+    EXPECT_EQ(expanded(std::string("%") + name + "%\\x"), std::string(value) + "\\x");
   }
   for (const char* text : {"%%", "%\\x%", "%Session\\TEMP%"})
     EXPECT_EQ(expanded(text), text);
@@ -109,17 +108,13 @@ TEST(PrefixSystem, ExpandsTheVariablesThatWindowsMakesItself) {
 
 // Values that each contain the next one twice, and a chain of values deeper than the stack.
 TEST(PrefixSystem, HoldsExpansionWithinBounds) {
-  const struct {
-    int length;
-    bool twice;
-  } cases[] = {{60, true}, {20000, false}};
-  for (const auto& c : cases) {
+  for (const auto& [length, twice] : {std::pair(60, true), std::pair(20000, false)}) {
     TestMachine machine;
-    std::string text = "WINE REGISTRY Version 2\n\n[Environment]\n\"V" + std::to_string(c.length) +
-                       "\"=\"text\"\n";
-    for (int i = 0; i < c.length; ++i) {
+    std::string text =
+        "WINE REGISTRY Version 2\n\n[Environment]\n\"V" + std::to_string(length) + "\"=\"text\"\n";
+    for (int i = 0; i < length; ++i) {
       const std::string next = "%V" + std::to_string(i + 1) + "%";
-      text += "\"V" + std::to_string(i) + "\"=str(2):\"" + next + (c.twice ? next : "") + "\"\n";
+      text += "\"V" + std::to_string(i) + "\"=str(2):\"" + next + (twice ? next : "") + "\"\n";
     }
     write_file(machine.prefix / "user.reg", text);
     const auto size = PrefixSystem(machine_of(machine), "").environment("V0").size();
@@ -131,50 +126,32 @@ TEST(PrefixSystem, SpecialFoldersAreMadeWhenMissing) {
   constexpr std::uint32_t create = 0x8000, local = 28, personal = 5;
   TestMachine machine;
   fs::remove_all(machine.drive_c / "users");
-  PrefixSystem system(machine_of(machine), "");
-  EXPECT_EQ(system.folder_path(local).status, FolderPath::does_not_exist);
-  const FolderPath made = system.folder_path(local | create);
-  EXPECT_EQ(made.status, FolderPath::ok);
-  EXPECT_EQ(made.path, "C:\\users\\me\\AppData\\Local");
+  const auto folder = [&](std::uint32_t csidl) {
+    return PrefixSystem(machine_of(machine), "").folder_path(csidl);
+  };
+  EXPECT_EQ(folder(local).status, FolderPath::does_not_exist);
+  EXPECT_EQ(folder(local | create).path, "C:\\users\\me\\AppData\\Local");
   EXPECT_TRUE(fs::is_directory(machine.drive_c / "users/me/AppData/Local"));
-  EXPECT_EQ(system.folder_path(99 | create).status, FolderPath::invalid_identifier);
-
+  EXPECT_EQ(folder(99 | create).status, FolderPath::invalid_identifier);
   write_file(machine.drive_c / "users/me/Documents", "a file");
-  EXPECT_EQ(system.folder_path(personal | create).status, FolderPath::does_not_exist);
+  EXPECT_EQ(folder(personal | create).status, FolderPath::does_not_exist);
   fs::remove(machine.prefix / "user.reg");
-  EXPECT_EQ(PrefixSystem(machine_of(machine), "").folder_path(local | create).status,
-            FolderPath::failed);
-}
+  EXPECT_EQ(folder(local | create).status, FolderPath::failed);
 
-TEST(PrefixSystem, LocalApplicationDataLiesInTheProfileByDefault) {
-  constexpr std::uint32_t create = 0x8000, local = 28, personal = 5;
-  TestMachine machine;
+  // Local application data lies in the profile by default.
   write_file(machine.prefix / "user.reg", "WINE REGISTRY Version 2\n\n[Volatile Environment]\n"
                                           "\"USERPROFILE\"=\"C:\\\\users\\\\you\"\n");
-  const auto folder = [&](std::uint32_t csidl) {
-    return PrefixSystem(machine_of(machine), "").folder_path(csidl | create);
-  };
-  EXPECT_EQ(folder(local).path, "C:\\users\\you\\AppData\\Local");
+  EXPECT_EQ(folder(local | create).path, "C:\\users\\you\\AppData\\Local");
   EXPECT_TRUE(fs::is_directory(machine.drive_c / "users/you/AppData/Local"));
-  EXPECT_EQ(folder(personal).status, FolderPath::failed);
+  EXPECT_EQ(folder(personal | create).status, FolderPath::failed);
   machine.set_version("5.2");
-  EXPECT_EQ(folder(local).path, "C:\\users\\you\\Local Settings\\Application Data");
-  // The value that Windows copies to the one of the other tests.
+  EXPECT_EQ(folder(local | create).path, "C:\\users\\you\\Local Settings\\Application Data");
+  // The value that Windows copies to the one of the other folders.
   PrefixSystem(machine_of(machine), "")
       .reg_write("HKCU\\Software\\Microsoft\\Windows\\CurrentVersion\\Explorer\\User Shell Folders"
                  "\\Local AppData",
                  "%USERPROFILE%\\Elsewhere", "REG_EXPAND_SZ");
-  EXPECT_EQ(folder(local).path, "C:\\users\\you\\Elsewhere");
-}
-
-TEST(PrefixSystem, ReadsReleasesOfExecutables) {
-  TestMachine machine;
-  machine.install("vora", {1, 2, 3, 4});
-  write_file(machine.drive_c / "empty.exe", "");
-  PrefixSystem system(machine_of(machine), "");
-  EXPECT_EQ(system.product_version("c:\\games\\VORA\\vorakai.exe")->high, 0x00010002u);
-  for (const char* path : {"C:\\Games\\vora", "C:\\Games\\none.exe", "C:\\empty.exe", ""})
-    EXPECT_FALSE(system.product_version(path)) << path;
+  EXPECT_EQ(folder(local | create).path, "C:\\users\\you\\Elsewhere");
 }
 
 // A second signal ends the process at once; one that was ignored at the start stays so.
@@ -183,6 +160,7 @@ TEST(PrefixSystem, ASignalEndsASearch) {
   Program program(machine);
   program.form.pathlist = {"C:", "C:"};
   for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
+    const auto before = std::signal(signal, SIG_DFL);  // it may have been ignored
     const auto search = [&](int times) {
       program.screen.pending = [&] {
         while (times-- > 0)
@@ -198,7 +176,7 @@ TEST(PrefixSystem, ASignalEndsASearch) {
     EXPECT_EXIT(search(1), testing::ExitedWithCode(1),
                 "^Interrupted: 0 maps were converted, the rest is as it was\\.$");
     EXPECT_EXIT(search(2), testing::KilledBySignal(signal), "^$");
-    const auto before = std::signal(signal, SIG_IGN);
+    std::signal(signal, SIG_IGN);
     EXPECT_EXIT(search(2), testing::ExitedWithCode(Program::returned & 0xFF), "^$");
     std::signal(signal, before);
   }

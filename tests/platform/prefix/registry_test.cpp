@@ -11,8 +11,6 @@
 
 namespace fs = std::filesystem;
 
-using Tree = std::map<std::string, std::string>;
-
 namespace {
 
 using Type = RegistryValue::Type;
@@ -91,16 +89,14 @@ TEST(RegistryText, FindsValues) {
 }
 
 TEST(RegistryText, ContainsAWord) {
-  EXPECT_TRUE(contains(sample, "Toolset"));
-  EXPECT_TRUE(contains(sample, "tOOLSET"));
-  EXPECT_TRUE(contains(sample, "WINE"));
-  EXPECT_TRUE(contains(sample, "set\"\n"));
-  EXPECT_TRUE(contains(sample, "]"));
-  EXPECT_FALSE(contains(sample, "Toolsets"));
-  EXPECT_FALSE(contains("", "word"));
-  EXPECT_FALSE(contains("wor", "word"));
-  EXPECT_FALSE(contains("wordy", "wordier"));
-  EXPECT_FALSE(contains("wore{}`@", "ord[{}`@"));
+  for (const char* word : {"Toolset", "tOOLSET", "WINE", "set\"\n", "]"})
+    EXPECT_TRUE(contains(sample, word)) << word;
+  for (const auto& [text, word] : {std::pair(sample.c_str(), "Toolsets"),
+                                   {"", "word"},
+                                   {"wor", "word"},
+                                   {"wordy", "wordier"},
+                                   {"wore{}`@", "ord[{}`@"}})
+    EXPECT_FALSE(contains(text, word)) << text;
   for (std::size_t at = 4080; at < 4100; ++at)  // across the end of a block
     EXPECT_TRUE(contains(std::string(at, 'W') + "wOrD", "word")) << at;
 }

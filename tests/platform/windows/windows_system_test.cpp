@@ -34,7 +34,7 @@ protected:
 
 }  // namespace
 
-TEST_F(WindowsSystemTest, ReadsTheRegistryAsTheScriptHostDoes) {
+TEST_F(WindowsSystemTest, ReadsAndWritesTheRegistryAsTheScriptHostDoes) {
   put(L"text", REG_SZ, L"C:\\Spiele\\Größe Ж");
   put(L"number", REG_DWORD, DWORD{0xFFFFFFFE});
   put(L"expand", REG_EXPAND_SZ, L"%VORATEST%\\x");
@@ -46,13 +46,9 @@ TEST_F(WindowsSystemTest, ReadsTheRegistryAsTheScriptHostDoes) {
   EXPECT_EQ(read("bytes"), "nothing");
   EXPECT_EQ(read("missing"), "nothing");
   EXPECT_FALSE(system.reg_read("no such root\\x"));
-  EXPECT_TRUE(notices.empty());
-}
-
-TEST_F(WindowsSystemTest, WritesTheRegistry) {
   EXPECT_TRUE(system.reg_write(std::string(key) + "written", "C:\\Ж", "REG_SZ"));
   EXPECT_EQ(read("written"), "C:\\Ж");
-  EXPECT_EQ(regaccess(system, "READ", std::string(key) + "written", "", ""), "C:\\Ж");
+  EXPECT_TRUE(notices.empty());
 }
 
 TEST_F(WindowsSystemTest, KnowsTheVersionThatTheNameTableHas) {
@@ -104,10 +100,7 @@ TEST_F(WindowsSystemTest, KnowsItsSurroundings) {
 }
 
 TEST(CommandLine, TheArgumentsBeginAfterTheProgramsName) {
-  const struct {
-    const char* line;
-    const char* arguments;
-  } cases[] = {
+  const std::pair<const char*, const char*> cases[] = {
       {"program", ""},
       {"program  ", ""},
       {"program /s", "/s"},
@@ -119,8 +112,8 @@ TEST(CommandLine, TheArgumentsBeginAfterTheProgramsName) {
       {"\"unclosed /s", ""},
       {"", ""},
   };
-  for (const auto& c : cases)
-    EXPECT_EQ(after_program_name(c.line), c.arguments) << c.line;
+  for (const auto& [line, arguments] : cases)
+    EXPECT_EQ(after_program_name(line), arguments) << line;
 }
 
 TEST(Wide, TextsSurviveTheWayToWindowsAndBack) {
@@ -137,10 +130,7 @@ TEST(Wide, TextsSurviveTheWayToWindowsAndBack) {
 }
 
 TEST(Paths, AreMadeAbsolute) {
-  const struct {
-    const char* path;
-    const wchar_t* wide;
-  } cases[] = {
+  const std::pair<const char*, const wchar_t*> cases[] = {
       {"c:\\a/b\\\\.\\c\\..\\d", L"\\\\?\\C:\\a\\b\\d"},
       {"C:", L"\\\\?\\C:\\"},
       {"\\\\server\\share\\x\\", L"\\\\?\\UNC\\server\\share\\x"},
@@ -148,7 +138,7 @@ TEST(Paths, AreMadeAbsolute) {
       {"\\\\?\\C:\\x", L"\\\\?\\C:\\x"},
       {"C:\\..\\..\\x", L"\\\\?\\C:\\x"},
   };
-  for (const auto& c : cases)
-    EXPECT_EQ((*locate(c.path)).wide(), c.wide) << c.path;
+  for (const auto& [path, wide] : cases)
+    EXPECT_EQ((*locate(path)).wide(), wide) << path;
   EXPECT_EQ((*locate("\\\\server\\share\\x")).text(), "\\\\server\\share\\x");
 }

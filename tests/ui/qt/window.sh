@@ -81,7 +81,7 @@ for ((starts = 0; early < 5; starts++)); do
   rm -f "$scratch/data/info.txt"
   start
   until stops_with_window; do
-    kill -CONT "$program"
+    kill -CONT "$program" || fail 'it ends before its window appears'
     sleep 0.001
   done
   if [ ! -e "$scratch/data/info.txt" ]; then
@@ -91,7 +91,8 @@ for ((starts = 0; early < 5; starts++)); do
     early=$((early + 1))
   fi
   kill -KILL "$program"
-  wait "$program" || true
+  wait "$program" 2> /dev/null || true
+  program=
 done
 cp data/targetvoraver.txt "$scratch/data"
 
