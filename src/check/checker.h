@@ -14,8 +14,9 @@ public:
   explicit Checker(std::vector<Edition> editions_in);
 
   // Checks the conversion of a map, which is of the edition whose baseline has the same first line,
-  // or of the only one; that it is none or two of them is a finding. A map of the current format is
-  // not converted. Returns what changes in the map: a unified diff if `diff` is set, else nothing.
+  // or of the only one; if no edition or more than one fits, that is an error. A map of the current
+  // format is not converted. Returns what changes in the map: a unified diff if `diff` is set, else
+  // nothing.
   std::string add(const Map& map, bool diff);
 
   // To be called once, after the last map.

@@ -3,6 +3,7 @@
 
 #include <cerrno>
 #include <climits>
+#include <new>
 #include <system_error>
 
 #include <fcntl.h>
@@ -98,6 +99,11 @@ bool stat_at(const Descriptor& folder, const std::string& name, struct stat& sta
   return uninterrupted([&] {
            return folder.disk().status(folder.get(), name.c_str(), AT_SYMLINK_NOFOLLOW, status);
          }) == 0;
+}
+
+void throw_if_out_of_memory(int error) {
+  if (error == ENOMEM)
+    throw std::bad_alloc();
 }
 
 std::string system_reason() { return std::generic_category().message(errno); }

@@ -61,5 +61,8 @@ bool describe(const Descriptor& file, struct stat& status);
 // The status of a name in an open folder, symlinks not followed; false, with errno set, on failure.
 bool stat_at(const Descriptor& folder, const std::string& name, struct stat& status);
 
+// Throws std::bad_alloc if `error`, a failed call's errno, says that memory ran out.
+void throw_if_out_of_memory(int error);
+
 // The system's own words for errno.
 std::string system_reason();

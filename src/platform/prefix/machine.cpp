@@ -1,12 +1,12 @@
 // Locates the Wine prefix and the program's own folders.
 #include "platform/prefix/machine.h"
 
+#include "platform/prefix/descriptor.h"
 #include "platform/prefix/launcher_prefixes.h"
 #include "platform/prefix/prefix_check.h"
 
 #include <cstdlib>
 #include <filesystem>
-#include <new>
 #include <optional>
 #include <utility>
 
@@ -28,8 +28,7 @@ std::string user_home() {
 std::string find_current_folder() {
   std::error_code failed;
   const fs::path folder = fs::current_path(failed);
-  if (failed == std::errc::not_enough_memory)
-    throw std::bad_alloc();
+  throw_if_out_of_memory(failed.value());
   return folder.string();
 }
 

@@ -10,7 +10,6 @@
 #include <cstdlib>
 #include <filesystem>
 #include <memory>
-#include <new>
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -23,8 +22,8 @@ constexpr std::string_view unix_namespace = R"(\\?\unix\)";
 std::string resolve_symlinks(const std::string& path) {
   const std::unique_ptr<char, decltype(&std::free)> real(::realpath(path.c_str(), nullptr),
                                                          &std::free);
-  if (!real && errno == ENOMEM)
-    throw std::bad_alloc();
+  if (!real)
+    throw_if_out_of_memory(errno);
   return real ? real.get() : "";
 }
 

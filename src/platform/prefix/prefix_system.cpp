@@ -1,6 +1,7 @@
 // The system of a Windows machine that is kept in a folder: a Wine prefix.
 #include "platform/prefix/prefix_system.h"
 
+#include "platform/prefix/descriptor.h"
 #include "platform/prefix/letter_case.h"
 #include "platform/prefix/prefix_check.h"
 #include "platform/prefix/process.h"
@@ -251,8 +252,8 @@ std::optional<ProductVersion> PrefixSystem::product_version(const std::string& p
   if (!location || !fs::is_regular_file(location->path(), failed))
     return std::nullopt;
   std::ifstream executable(location->path(), std::ios::binary);
-  if (!executable && errno == ENOMEM)
-    throw std::bad_alloc();
+  if (!executable)
+    throw_if_out_of_memory(errno);
   return read_product_version(executable);
 }
 

@@ -4,8 +4,8 @@
 // Sets the process up; call it first of all. Standard descriptors that are closed are opened on
 // /dev/null: else a map could get one of them, and with it what is written to stderr. SIGPIPE and
 // SIGXFSZ are ignored, so that the call that caused them fails and is reported, and SIGIO, which
-// tells that another program waits for a lease. Freed memory is
-// kept for the next map, since page faults on fresh memory cost more than the work on a map.
+// tells that another program waits for a lease. Freed memory is kept for the next map, since page
+// faults on fresh memory cost more than the work on a map.
 void set_up_process();
 
 // While `on`, the first SIGINT, SIGTERM or SIGHUP does not end the process but makes `interrupted`

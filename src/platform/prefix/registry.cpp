@@ -39,8 +39,7 @@ bool write_flushed(const Descriptor& file, std::string_view text, mode_t permiss
 bool replace_file(const fs::path& file, std::string_view text) {
   std::error_code missing;
   const auto real = fs::canonical(file, missing);
-  if (missing == std::errc::not_enough_memory)
-    throw std::bad_alloc();
+  throw_if_out_of_memory(missing.value());
   const auto& target = missing ? file : real;
   struct stat status {};
   const bool exists = ::stat(target.c_str(), &status) == 0;
