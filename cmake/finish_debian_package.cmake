@@ -11,16 +11,20 @@ set(ENV{SOURCE_DATE_EPOCH} ${release_time})
 file(GLOB manuals ${root}/usr/share/man/man1/*.1)
 execute_process(COMMAND gzip -9n ${changelog} ${manuals} COMMAND_ERROR_IS_FATAL ANY)
 
-execute_process(COMMAND chmod -R u=rwX,go=rX ${root}/usr  # whatever the umask
+execute_process(COMMAND chmod -R u=rwX,go=rX ${root}  # whatever the umask
   COMMAND_ERROR_IS_FATAL ANY)
 
+find_program(SHLIBDEPS dpkg-shlibdeps)
+if(NOT SHLIBDEPS)
+  message(FATAL_ERROR "To make the package, install dpkg-dev: dpkg-shlibdeps is missing.")
+endif()
 # The window's libraries are wanted where there is a display; the silent run does without them.
 file(GLOB programs ${root}/usr/bin/*)
 file(GLOB_RECURSE window ${root}/usr/*-window.so)
 file(WRITE ${CPACK_TOPLEVEL_DIRECTORY}/shlibdeps/debian/control
   "Source: ${CPACK_PACKAGE_NAME}\n\nPackage: ${CPACK_PACKAGE_NAME}\nArchitecture: any\n")
 execute_process(
-  COMMAND dpkg-shlibdeps -O -dDepends ${programs} -dRecommends ${window}
+  COMMAND ${SHLIBDEPS} -O -dDepends ${programs} -dRecommends ${window}
   WORKING_DIRECTORY ${CPACK_TOPLEVEL_DIRECTORY}/shlibdeps
   OUTPUT_VARIABLE libraries COMMAND_ERROR_IS_FATAL ANY)
 if(libraries MATCHES "shlibs:Depends=([^\n]+)")

@@ -1,6 +1,9 @@
 # Read by cpack when the files of the archive are in place: packs them, sorted by name.
 set(archive ${CPACK_TOPLEVEL_DIRECTORY}/${CPACK_PACKAGE_FILE_NAME}.zip)
 get_filename_component(parent ${CPACK_TEMPORARY_DIRECTORY} DIRECTORY)
+set(readable OWNER_READ OWNER_WRITE GROUP_READ WORLD_READ)  # whatever the umask
+file(CHMOD_RECURSE ${CPACK_TEMPORARY_DIRECTORY} FILE_PERMISSIONS ${readable}
+  DIRECTORY_PERMISSIONS ${readable} OWNER_EXECUTE GROUP_EXECUTE WORLD_EXECUTE)
 file(GLOB_RECURSE files RELATIVE ${parent} ${CPACK_TEMPORARY_DIRECTORY}/*)
 execute_process(COMMAND ${CMAKE_COMMAND} -E tar cf ${archive} --format=zip -- ${files}
   WORKING_DIRECTORY ${parent} COMMAND_ERROR_IS_FATAL ANY)

@@ -2,22 +2,60 @@
 
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 
+# What builds the program for each system, its package included.
+linux_packages=(g++ cmake make dpkg-dev libutfcpp-dev nlohmann-json3-dev qt6-base-dev)
+windows_packages=(cmake make g++-mingw-w64-x86-64-posix)
+# The release of clang whose formatter, linter and fuzzer are used: Debian 12 and 13 both have it.
+llvm=19
+style_packages=("clang-format-$llvm" "clang-tidy-$llvm")
+fuzz_packages=("clang-$llvm" "libclang-rt-$llvm-dev")
+
 say() { printf '\n== %s\n' "$*"; }
+
+installed() { dpkg-query -W -f '${Status}' "$1" 2>/dev/null | grep -q 'ok installed'; }
+
+# Only a package of clang's pinned release may be one that this system does not offer.
+offered() {
+  [[ $1 != *-"$llvm"* ]] || ! compgen -G '/var/lib/apt/lists/*_Packages*' > /dev/null ||
+    apt-cache show "$1" > /dev/null 2>&1
+}
+
+# Sets `missing` to the given packages that are not installed and can be had.
+find_missing() {
+  local package
+  missing=()
+  for package in "$@"; do
+    if ! installed "$package" && offered "$package"; then missing+=("$package"); fi
+  done
+}
 
 # Installs the Debian packages that are missing. Needs network and root only if there are any.
 need() {
-  local missing=() package
-  for package in "$@"; do
-    dpkg-query -W -f '${Status}' "$package" 2>/dev/null | grep -q 'ok installed' ||
-      missing+=("$package")
-  done
+  local missing root=()
+  find_missing "$@"
   [ ${#missing[@]} -gt 0 ] || return 0
-  say "installing ${missing[*]}"
-  local root=()
   if [ "$(id -u)" -ne 0 ]; then root=(sudo); fi
+  if [ ${#root[@]} -gt 0 ] && ! command -v sudo > /dev/null; then
+    echo 'Packages are missing. As an administrator, run:' \
+      "apt-get install --no-install-recommends ${missing[*]}" >&2
+    exit 1
+  fi
   "${root[@]}" apt-get update
+  find_missing "$@"
+  say "installing ${missing[*]}"
   "${root[@]}" env DEBIAN_FRONTEND=noninteractive \
     apt-get install -y --no-install-recommends "${missing[@]}"
+}
+
+# Says what is left out, and fails, where one of the packages cannot be had.
+# have_all <what> <package...>
+have_all() {
+  local package
+  for package in "${@:2}"; do
+    installed "$package" && continue
+    say "$1 is left out: this system does not offer $package"
+    return 1
+  done
 }
 
 # Lists the C++ files in the given folders.

@@ -10,7 +10,7 @@ layer(prefix BELOW platform SOURCES
   platform/prefix/version_resource.cpp)
 find_package(nlohmann_json REQUIRED)
 find_package(utf8cpp REQUIRED)
-target_link_libraries(prefix PRIVATE nlohmann_json::nlohmann_json utf8cpp)
+target_link_libraries(prefix PRIVATE nlohmann_json::nlohmann_json utf8::cpp)
 target_sources(ui PRIVATE ui/write_stderr.cpp)
 layer(console BELOW ui SOURCES ui/console/console_screen.cpp ui/console/progress.cpp)
 

@@ -525,7 +525,7 @@ Result<Done> ReplacementBatch::add(std::unique_ptr<OpenMap> map, Replacement rep
 }
 
 std::vector<Result<Done>> ReplacementBatch::commit() {
-  constexpr Result<Done> (Replacing::*steps[])() = {
+  constexpr Result<Done> (Replacing::* steps[])() = {
       &Replacing::check_map,   &Replacing::place_companions, &Replacing::move_older_backup,
       &Replacing::make_backup, &Replacing::place_copy,       &Replacing::replace,
   };

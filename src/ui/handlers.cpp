@@ -65,7 +65,7 @@ void Drive1_Change(Form1& form) {
 }
 
 struct Handler {
-  Control Form1::*button;
+  Control Form1::* button;
   void (*click)(Form1&);
 };
 

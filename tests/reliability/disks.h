@@ -185,7 +185,7 @@ private:
   };
 
   static ino_t inode_of(int folder, const char* name) {
-    struct stat status {};
+    struct stat status{};
     ::fstatat(folder, name, &status, AT_EMPTY_PATH | AT_SYMLINK_NOFOLLOW);
     return status.st_ino;
   }

@@ -259,8 +259,7 @@ TEST_P(Faults, ThePowerIsCutAfterEveryChange) {
 
 // The other run may clear up what it takes for a stale temporary, and may replace every map.
 TEST_P(Faults, AnotherRunComesInBeforeEveryCall) {
-  before_every_call(
-      0, [&] { convert_undisturbed(); }, [&] { ASSERT_EQ(unfinished(), ""); });
+  before_every_call(0, [&] { convert_undisturbed(); }, [&] { ASSERT_EQ(unfinished(), ""); });
 }
 
 // What somebody saves while a map is converted is in the map or in its backup afterwards. Only

@@ -78,7 +78,7 @@ std::optional<std::size_t> read_all(const Descriptor& file, char* buffer, std::s
 
 std::optional<std::string> read_regular_file(const std::string& path, std::size_t most) {
   const auto file = open_path(system_disk(), path, O_RDONLY | O_NONBLOCK);
-  struct stat status {};
+  struct stat status{};
   if (!file || !describe(file, status) || !S_ISREG(status.st_mode) ||
       static_cast<std::size_t>(status.st_size) > most)
     return std::nullopt;

@@ -206,7 +206,7 @@ Paths candidates(const std::string& home) {
 
 // When a prefix was last used, in seconds and nanoseconds.
 std::pair<std::time_t, long> last_use(const fs::path& prefix) {
-  struct stat status {};
+  struct stat status{};
   if (::stat((prefix / "user.reg").c_str(), &status) != 0)
     return {};
   return {status.st_mtim.tv_sec, status.st_mtim.tv_nsec};
@@ -218,7 +218,7 @@ std::vector<std::string> launcher_prefixes(const std::string& home) {
   std::set<std::pair<dev_t, ino_t>> known;
   std::vector<std::pair<std::pair<std::time_t, long>, std::string>> by_use;
   for (const auto& path : candidates(home)) {
-    struct stat status {};
+    struct stat status{};
     if (is_prefix(path) && ::stat(path.c_str(), &status) == 0 &&
         known.emplace(status.st_dev, status.st_ino).second)
       by_use.emplace_back(last_use(path), path.string());

@@ -170,6 +170,7 @@ std::string Paths::windows_path(const std::string& path, char preferred) const {
 
 std::vector<std::string> Paths::drives() const {
   std::vector<std::string> letters;
+  letters.reserve(roots.size());
   for (const auto& [letter, root] : roots)
     letters.push_back({letter, ':'});
   return letters;

@@ -28,7 +28,7 @@ std::string suggest(const fs::path& folder) {
 
 // Why the registry cannot be read; empty if it can.
 std::string registry_problem(const fs::path& folder) {
-  struct stat status {};
+  struct stat status{};
   const auto registry =
       open_path(system_disk(), (folder / "system.reg").string(), O_RDONLY | O_NONBLOCK);
   if (registry && describe(registry, status))

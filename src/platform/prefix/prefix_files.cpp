@@ -233,9 +233,11 @@ void PrefixFiles::flush(std::span<Unflushed> files) {
   }
   std::vector<int> errors(descriptors.size());
   disk.flush(descriptors, errors);
-  for (std::size_t i = 0; i < opened.size(); ++i)
-    if ((errno = errors[i]) != 0)
+  for (std::size_t i = 0; i < opened.size(); ++i) {
+    errno = errors[i];
+    if (errno != 0)
       opened[i]->flushed = map_of(*opened[i]).last_error();
+  }
 }
 
 Result<Done> PrefixFiles::write(const std::string& path, std::string_view text) {

@@ -41,7 +41,7 @@ bool replace_file(const fs::path& file, std::string_view text) {
   const auto real = fs::canonical(file, missing);
   throw_if_out_of_memory(missing.value());
   const auto& target = missing ? file : real;
-  struct stat status {};
+  struct stat status{};
   const bool exists = ::stat(target.c_str(), &status) == 0;
   Disk& disk = system_disk();
   const auto folder = open_path(disk, target.parent_path().string(), O_RDONLY | O_DIRECTORY);
@@ -166,8 +166,8 @@ bool Registry::write(const std::string& value_path, const std::string& data,
   Hive* const hive = path ? find_hive(path->root) : nullptr;
   if (!hive || !value)
     return false;
-  return hive->change([&](std::string_view text) {
-    return std::optional(with_value(text, path->key, path->name, *value));
+  return hive->change([&place = *path, &written = *value](std::string_view text) {
+    return std::optional(with_value(text, place.key, place.name, written));
   });
 }
 
@@ -176,9 +176,9 @@ bool Registry::remove(const std::string& value_path) {
   Hive* const hive = path ? find_hive(path->root) : nullptr;
   if (!hive || (path->key.empty() && path->name.empty()))
     return false;
-  return hive->change([&](std::string_view text) {
-    auto changed = path->name.empty() ? without_key(text, path->key)
-                                      : without_value(text, path->key, path->name);
+  return hive->change([&place = *path](std::string_view text) {
+    auto changed = place.name.empty() ? without_key(text, place.key)
+                                      : without_value(text, place.key, place.name);
     return changed == text ? std::nullopt : std::optional(std::move(changed));
   });
 }

@@ -55,7 +55,7 @@ public:
   }
   int copy_acl(int from, int to) override { return acl_fails ? -1 : Disk::copy_acl(from, to); }
   int permit(int file, mode_t mode) override {
-    struct stat status {};
+    struct stat status{};
     ::fstat(file, &status);
     EXPECT_TRUE(status.st_mode & S_IRUSR);
     ++permitted;
@@ -85,7 +85,7 @@ private:
 };
 
 ino_t inode(const fs::path& file) {
-  struct stat status {};
+  struct stat status{};
   return ::stat(file.c_str(), &status) == 0 ? status.st_ino : 0;
 }
 
@@ -233,7 +233,7 @@ TEST_F(ReplaceOnPosix, ABackupThatIsWrittenToIsKept) {
 }
 
 TEST_F(ReplaceOnPosix, GoesOnOnOddDisks) {
-  for (bool OddDisk::*const odd : {&OddDisk::own_numbers, &OddDisk::interrupted}) {
+  for (bool OddDisk::* const odd : {&OddDisk::own_numbers, &OddDisk::interrupted}) {
     fs::remove_all(maps);
     write_file(maps / "a.galaxy", "old");
     disk.*odd = true;
