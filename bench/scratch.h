@@ -16,6 +16,9 @@ public:
     machine.folder = ::mkdtemp(name.data());
     machine.current_folder = machine.program_folder = machine.folder;
     std::filesystem::create_directories(machine.folder + "/drive_c/maps");
+    std::filesystem::create_directory(machine.folder + "/dosdevices");
+    std::filesystem::create_symlink("../drive_c", machine.folder + "/dosdevices/c:");
+    std::filesystem::create_symlink("..", machine.folder + "/dosdevices/z:");
     std::ofstream registry(machine.folder + "/system.reg");
     registry << "WINE REGISTRY Version 2\n";
     for (int i = 0; i < 20000; ++i)

@@ -71,8 +71,9 @@ build() {
   cmake --build --preset "$preset" -j "$(nproc)" ${1:+--target "$@"}
 }
 
-# Copies a sample machine and the data files to a folder, and makes the game's executable there. Its
-# release is the one that the target file names, unless another is given.
+# Copies a sample machine and the data files to a folder, and makes the game's executable there. The
+# machine's drives lead nowhere else, since the program may search a whole drive. The release is the
+# one that the target file names, unless another is given.
 # make_sample <base|expansion> <folder> [build folder] [release]
 make_sample() {
   local name=$1 folder=$2 built=${3:-build/release} line=1 executable='Vorakai/Vorakai.exe'
@@ -84,6 +85,9 @@ make_sample() {
   mkdir -p "$folder"
   cp -r "sample/$name" "$folder/machine"
   cp -r data "$folder/data"
+  mkdir "$folder/machine/dosdevices"
+  ln -s ../drive_c "$folder/machine/dosdevices/c:"
+  ln -s ../.. "$folder/machine/dosdevices/z:"
   "$built/make_executable" "$folder/machine/drive_c/Program Files (x86)/$executable" \
     "${4:-$(sed -n "${line}p" data/targetvoraver.txt | tr -d '\r')}"
 }

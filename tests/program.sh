@@ -14,6 +14,7 @@ trap 'rm -rf "$scratch" "$copy"' EXIT
 unset DISPLAY WAYLAND_DISPLAY QT_QPA_PLATFORM
 
 run() { # run <arguments...>: sets status and said
+  enclosed "$scratch" "$scratch/machine"
   status=0
   said=$(cd "$scratch/data" && WINEPREFIX=$scratch/machine "$build/vora-map-updater" "$@" 2>&1) ||
     status=$?
@@ -163,9 +164,7 @@ home=$scratch/home
 library=$home/.local/share/Steam/steamapps/compatdata
 mkdir -p "$library/1" "$library/2" "$home/Games" "$scratch/other drive"
 mv "$scratch/machine" "$library/1/pfx"
-mkdir "$library/1/pfx/dosdevices"
-ln -s ../drive_c "$library/1/pfx/dosdevices/c:"
-ln -s "$scratch/other drive" "$library/1/pfx/dosdevices/z:"
+ln -sfn "$scratch/other drive" "$library/1/pfx/dosdevices/z:"
 cp -a "$library/1/pfx" "$library/2/pfx"
 cp -a "$library/1/pfx" "$home/Games/without"
 sed -i 's/Paxhollow/Another/' "$home/Games/without/system.reg"
@@ -173,6 +172,7 @@ touch -d '2 hours ago' "$library/1/pfx/user.reg"
 touch -d '1 hour ago' "$library/2/pfx/user.reg"
 
 find_and_run() { # find_and_run <WINEPREFIX, which may be empty>: sets status and said
+  enclosed "$scratch" "$library"/*/pfx "$home/Games/without"
   status=0
   said=$(cd "$scratch/data" && HOME=$home WINEPREFIX=$1 "$build/vora-map-updater" /silent 2>&1) ||
     status=$?

@@ -66,10 +66,6 @@ class Machine:
         self.root = pathlib.Path(scratch) / edition
         subprocess.run(["bash", "-c", 'source scripts/common.sh; make_sample "$@"', "bash", edition,
                         str(self.root), str(build)], check=True)
-        drives = self.root / "machine/dosdevices"
-        drives.mkdir()
-        (drives / "c:").symlink_to("../drive_c")
-        (drives / "z:").symlink_to(self.root)  # not the whole disk
         found = [p for p in self.root.rglob("*") if p.suffix.lower() == ".galaxy" and p.is_file()]
         sample = "Rung One" if edition == "expansion" else "Amber Reach"
         self.old = next(p for p in found if p.stem == sample).read_bytes()

@@ -52,8 +52,8 @@ TEST(Paths, NamesWithoutADriveStartAtTheCurrentFolder) {
   write_file(machine.data / "file.txt", "");
   const Paths paths(machine_of(machine));
   EXPECT_EQ(found(paths, "FILE.txt", machine.data), "file.txt");
-  EXPECT_EQ(paths.find("\\")->path(), "/");
-  EXPECT_EQ(paths.find("/")->path(), "/");
+  EXPECT_EQ(found(paths, "\\", machine.prefix.parent_path()), ".");
+  EXPECT_EQ(found(paths, "/", machine.prefix.parent_path()), ".");
   write_file(machine.data / "back\\slash" / "here.txt", "");
   machine.data += "/back\\slash";
   EXPECT_TRUE(Paths(machine_of(machine)).find("here.txt")->exists);
@@ -64,6 +64,10 @@ TEST(Paths, NamesWithoutADriveStartAtTheCurrentFolder) {
 TEST(Paths, DrivesAreTheLinksOfDosdevices) {
   TestMachine machine;
   const fs::path devices = machine.prefix / "dosdevices";
+  const Machine drives = machine_of(machine);
+  fs::remove_all(devices);
+  EXPECT_EQ(Paths(drives).find("C:\\")->path(), machine.drive_c.string() + "/");
+  EXPECT_EQ(Paths(drives).find("Z:\\")->path(), "/");
   fs::create_directory(devices);
   fs::create_directory(machine.prefix / "other");
   fs::create_symlink("..", devices / "a:");
@@ -74,7 +78,7 @@ TEST(Paths, DrivesAreTheLinksOfDosdevices) {
   fs::create_symlink("/nowhere", devices / "G:");
   fs::create_symlink("../other", devices / "h::");
   write_file(machine.prefix / "other/file", "");
-  const Paths paths(machine_of(machine));
+  const Paths paths(drives);
   EXPECT_EQ(paths.drives(), (std::vector<std::string>{"A:", "C:", "D:", "E:", "F:", "G:"}));
   EXPECT_EQ(found(paths, "C:\\file", machine.prefix / "other"), "file");
   EXPECT_EQ(found(paths, "F:\\", machine.prefix), "? the drive is not ready");

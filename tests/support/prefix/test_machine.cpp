@@ -36,6 +36,9 @@ TestMachine::TestMachine() {
   data = root / "data";
   program = root / "program";
   fs::create_directories(drive_c / "Program Files (x86)");
+  fs::create_directory(prefix / "dosdevices");
+  fs::create_directory_symlink("../drive_c", prefix / "dosdevices/c:");
+  fs::create_directory_symlink("../..", prefix / "dosdevices/z:");
   make_folders();
   set_version("6.3");
   set_registry(nt, "SystemRoot", "C:\\windows");
@@ -67,7 +70,8 @@ std::unique_ptr<System> TestMachine::system(const std::string& arguments) const 
 }
 
 std::string z_path(const fs::path& path) {
-  std::string text = "Z:" + path.string();
+  const fs::path inside = path.lexically_relative(fs::temp_directory_path());
+  std::string text = "Z:\\" + inside.lexically_relative(*inside.begin()).string();
   std::replace(text.begin(), text.end(), '/', '\\');
   return text;
 }

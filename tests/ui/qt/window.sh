@@ -6,6 +6,7 @@ set -euo pipefail
 build=$(cd "$1" && pwd)
 cd "$(dirname "$0")/../../.."
 source scripts/display.sh
+source tests/support/check.sh
 
 scratch=$(mktemp -d)
 program=
@@ -27,7 +28,7 @@ machine() {
   cp -r sample/base "$scratch/machine"
   mkdir "$scratch/machine/dosdevices"
   ln -s ../drive_c "$scratch/machine/dosdevices/c:"
-  ln -s "$scratch" "$scratch/machine/dosdevices/z:"
+  ln -s ../.. "$scratch/machine/dosdevices/z:"
   "$build/make_executable" "$scratch/machine/drive_c/Program Files (x86)/Vorakai/Vorakai.exe" \
     "$(sed -n 1p data/targetvoraver.txt | tr -d '\r')"
 }
@@ -35,6 +36,7 @@ machine() {
 # Starts the program on a fresh machine as the process `program`, and logs its libraries to `said`.
 start() {
   machine
+  enclosed "$scratch" "$scratch/machine"
   (cd "$scratch/data" && LD_DEBUG=files WINEPREFIX=$scratch/machine \
     exec "$build/vora-map-updater" "$@") 2> "$scratch/said" &
   program=$!
