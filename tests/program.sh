@@ -58,9 +58,22 @@ for edition in base expansion; do
   run /silent
   check "$edition: converted" no "$([ "$before" = "$(maps "$scratch/machine")" ] && echo yes || echo no)"
   (cd "$scratch/machine/drive_c" && sh -c "$restore")
-  find "$scratch/machine" -iname '*.galfix' -delete
   check "$edition: restored" "$before" "$(maps "$scratch/machine")"
 done
+# A folder is no backup; a killed run left a hard link; two maps may have the same backup name.
+mkdir -p "$scratch/odd/folder.galold"
+(
+  cd "$scratch/odd"
+  echo killed > killed.galaxy && ln killed.galaxy killed.galold
+  echo one > twin.galaxy && echo other > twin.galAXY && echo old > twin.galold
+  echo new > "it's.galaxy" && echo old > "it's.galold"
+  check "restored: what is said" "./twin.galold may be the backup of: ./twin.galAXY ./twin.galaxy" \
+    "$(LC_ALL=C sh -c "$restore" 2>&1)"
+  check "restored: odd names" "folder.galold: it's.galaxy:old killed.galaxy:killed \
+twin.galAXY:other twin.galaxy:one twin.galold:old " \
+    "$(for file in *; do printf '%s:%s ' "$file" "$(cat "$file" 2>/dev/null)"; done | sed 's/: /: /')"
+  exit $failed
+) || failed=1
 
 make_sample base "$scratch" "$build" 9.9.9.9
 run /silent
@@ -117,6 +130,12 @@ for file in voldstruct9.txt vnewstruct9.txt; do
   prepare to_lf "$file"
   run /s
   told "LF in $file" 1 "$file: cannot use it: $in_lf"
+done
+for file in user.reg system.reg; do
+  prepare sh -c "rm ../machine/$file && mkdir ../machine/$file"
+  run /s
+  told "no $file" 1 "$file cannot be read: it is not a regular file"
+  check "no $file: registered" no "$([[ $said == *'not registered'* ]] && echo yes || echo no)"
 done
 prepare rm vnewstruct9.txt
 run /s
@@ -203,7 +222,7 @@ done
 explained "$home" "the Wine prefix $home cannot be used: it has no system.reg"
 mkdir -p "$scratch/folder/system.reg"
 explained "$scratch/folder" "the Wine prefix $scratch/folder cannot be used: \
-its system.reg is not a regular file"
+its system.reg cannot be read: it is not a regular file"
 explained "$library/1" "the Wine prefix $library/1 cannot be used: it has no system.reg; \
 did you mean $library/1/pfx?"
 explained "$library/1/pfx/drive_c/users" "the Wine prefix $library/1/pfx/drive_c/users cannot be used: \

@@ -7,6 +7,7 @@
 #include "convert/conversion.h"
 #include "discover/search.h"
 #include "platform/os_version.h"
+#include "platform/printable.h"
 #include "platform/services.h"
 
 namespace {
@@ -37,6 +38,13 @@ void set_homefolder(Form1& form) {
   write_info(form, form.homefolder);
 }
 
+// Without the user's folders nothing may be found.
+void report_unread_registry(Form1& form) {
+  const std::string reason = form.system.explain_unread_user();
+  if (!reason.empty())
+    report_trouble(form, "Your folders are not known: " + printable(reason));
+}
+
 [[noreturn]] void run_silently(Form1& form) {
   findgalaxies(form);
   fixgalaxies(form);
@@ -54,6 +62,7 @@ void startup(Form1& form) {
   fill_info_panel(form, is_64bit);
   start_info(form, is_64bit);
   set_homefolder(form);
+  report_unread_registry(form);
   form.File1.set_pattern("*.galaxy");
   find_installations(form, is_64bit);
   decide_edition(form);

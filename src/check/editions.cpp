@@ -24,7 +24,9 @@ std::string join(const std::string& folder, const std::string& name) {
   return folder + (folder.empty() || is_separator(folder.back()) ? "" : "/") + name;
 }
 
-Failure missing(const std::string& path) { return {path, "read it", "the file is missing", true}; }
+Failure missing(const std::string& path) {
+  return {path, "read it", "the file is missing", Failure::Kind::missing};
+}
 
 void set_baseline(Edition& edition, const std::string& path, const std::string& text) {
   edition.baseline = path;

@@ -10,7 +10,7 @@ namespace {
 
 Failure no_templates(const Edition& edition, const std::string& version, bool fix) {
   return {template_name(edition.letter, true, fix, version), "read it", "the file is missing",
-          true};
+          Failure::Kind::missing};
 }
 
 // Appends where the lines come from that a block became.

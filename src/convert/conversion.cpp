@@ -22,6 +22,12 @@ std::string companion(const std::string& path, const char* ending) {
   return std::string(name.substr(0, name.size() - 3)) + ending;
 }
 
+bool is_unreadable(const Template& file) { return file.failure && !file.failure->missing(); }
+
+bool is_shortage(const Result<Done>& outcome) {
+  return !outcome && outcome.failure().kind == Failure::Kind::shortage;
+}
+
 // A map that is being converted.
 struct Map {
   std::size_t index;  // in `foundlist`
@@ -42,7 +48,8 @@ public:
   // converted, for want of memory too, is skipped.
   void convert_or_skip(std::size_t index);
 
-  // Replaces the maps that were converted since the last time, and notes what came of them.
+  // Replaces the maps that were converted since the last time, and notes what came of them. What a
+  // map could not have beside the others, such as room on the disk, it gets alone.
   void commit();
 
   // Reports the maps that were skipped and the templates that cannot be used, if any.
@@ -60,7 +67,6 @@ private:
   std::string missing_version(const Failure& failure) const;
   bool try_to_convert(std::size_t index);
   bool convert_map(std::size_t index);
-  Result<std::unique_ptr<OpenMap>> open_map(const std::string& path);
   bool convert(Map map);
   bool skip(std::size_t index, Failure failure) {
     pending.push_back({index, std::move(failure)});
@@ -69,17 +75,19 @@ private:
   bool is_expansion() const { return form.edition == expansion_letter; }
   Result<std::string> fix(const LineArray& lines);
   bool add_to_batch(Map map, std::string_view first, std::string_view result);
+  void commit_batch();
   void note_outcome(const Pending& map);
   [[noreturn]] void stop(Map map, const Failure& fault, const std::string& advice = "");
+  void back_up_unconverted(Map map);
 
   Form1& form;
   TemplateFiles templates;
   ReplacementBatch batch;
   std::vector<Pending> pending;
+  std::vector<Pending> retries;  // maps to be tried again alone, and why they failed
   double formatver = std::numeric_limits<double>::lowest();
   long converted_before_last = 0;  // of the maps that were found before the last one
   std::vector<Failure> skipped;
-  bool out_of_memory = false;  // for a map's entry in `skipped` or in `Text2`
 };
 
 void Run::read_baseline() {
@@ -95,19 +103,19 @@ std::string Run::missing_version(const Failure& failure) const {
   if (form.edition.empty())
     return "no edition of the game is selected.";
   const auto folder = form.files.full_path(".");
-  if (!failure.missing || !folder)
+  if (!failure.missing() || !folder)
     return failure.text();
   return failure.path + " is missing in " + printable(*folder) +
          ". Start the program in the folder that holds its data files.";
 }
 
-// What a map cannot have beside others of the batch, such as memory, it may have alone.
+// A map may have to wait until the batch is committed, and is read again then.
 void Run::convert_or_skip(std::size_t index) {
   while (!try_to_convert(index))
     commit();
 }
 
-// False when the map must be tried again without the others of the batch.
+// False when the map must be tried again after a commit.
 bool Run::try_to_convert(std::size_t index) {
   try {
     return convert_map(index);
@@ -119,11 +127,15 @@ bool Run::try_to_convert(std::size_t index) {
 }
 
 bool Run::convert_map(std::size_t index) {
+  if (!batch.has_room(0))
+    return false;
   const std::string path = form.foundlist[index];
   form.Label4.set_text(std::to_string(converted));
   if (is_original(form, path))
     return true;
-  auto opened = open_map(path);
+  auto opened = form.files.open_map(path);
+  if (opened && !batch.has_room((*opened)->text.size()))
+    return false;
   auto galaxylines = opened ? LineArray::split(std::move((*opened)->text)) : LineArray();
   const auto versiontext = version_of(galaxylines[1]);
   const double filever = numeric_value(versiontext);
@@ -140,23 +152,13 @@ bool Run::convert_map(std::size_t index) {
   return convert({index, *std::move(opened), std::move(galaxylines)});
 }
 
-// A map for which the batch has no room is read again after the commit, which may have replaced it.
-Result<std::unique_ptr<OpenMap>> Run::open_map(const std::string& path) {
-  if (!batch.has_room(0))
-    commit();
-  auto opened = form.files.open_map(path);
-  if (!opened || batch.has_room((*opened)->text.size()))
-    return opened;
-  opened->reset();
-  commit();
-  return form.files.open_map(path);
-}
-
 bool Run::convert(Map map) {
   auto result = first_pass(templates.oldtemplate(), templates.newtemplate(), map.galaxylines);
   if (!result)
     stop(std::move(map), result.failure(),
-         ": move this one elsewhere and run again for the others");
+         is_unreadable(templates.oldtemplate()) || is_unreadable(templates.newtemplate())
+             ? ""
+             : ": move this one elsewhere and run again for the others");
   LineArray first_lines;
   if (is_expansion() && !form.debugmode) {
     first_lines = LineArray::split(*std::move(result));
@@ -184,7 +186,6 @@ bool Run::add_to_batch(Map map, std::string_view first, std::string_view result)
     replacement.backup = companion(path, "old");
   if (is_expansion() && !form.debugmode)
     replacement.companions = {{companion(path, "fix"), first}};
-  pending.reserve(pending.size() + 1);  // what the batch has must not be missing here
   const bool alone = batch.empty();
   const auto added = batch.add(std::move(map.file), std::move(replacement));
   if (!added && !alone)
@@ -193,55 +194,54 @@ bool Run::add_to_batch(Map map, std::string_view first, std::string_view result)
   return true;
 }
 
-// A map that failed beside others is tried again alone, in its place among them.
 void Run::commit() {
+  commit_batch();
+  while (!retries.empty()) {
+    const std::size_t index = retries.front().index;
+    retries.erase(retries.begin());
+    try_to_convert(index);
+    commit_batch();
+  }
+}
+
+void Run::commit_batch() {
+  if (pending.empty())
+    return;
   auto outcomes = batch.commit();
-  auto maps = std::exchange(pending, {});
   auto next = outcomes.begin();
-  for (Pending& map : maps) {
+  for (Pending& map : std::exchange(pending, {})) {
     const bool in_batch = bool(map.outcome);
     if (in_batch)
       map.outcome = std::move(*next++);
-    if (map.outcome || !in_batch || outcomes.size() == 1) {
+    if (in_batch && outcomes.size() > 1 && is_shortage(map.outcome))
+      retries.push_back(std::move(map));
+    else
       note_outcome(map);
-    } else {
-      convert_or_skip(map.index);
-      commit();
-    }
   }
-  if (!maps.empty())
-    form.Label4.set_text(std::to_string(converted_before_last));
+  form.Label4.set_text(std::to_string(converted_before_last));
 }
 
-void Run::note_outcome(const Pending& map) try {
+void Run::note_outcome(const Pending& map) {
   if (!map.outcome)
     return skipped.push_back(map.outcome.failure());
   ++converted;
   converted_before_last += map.index + 2 < form.foundlist.size();
   form.Text2.append(std::string(filename(form.foundlist[map.index])) + "\r\n");
-} catch (const std::bad_alloc&) {
-  out_of_memory = true;
 }
 
 // Ends the program for a template that cannot write what the map asks of it, with a message that
-// ends in `advice`. The map keeps its content and gets its backup all the same: it is replaced by a
-// copy of itself, so that the two are not hard links to one file.
+// ends in `advice`.
 void Run::stop(Map map, const Failure& fault, const std::string& advice) {
-  commit();
-  const std::string path = map.file->path;
-  const std::string versiontext(version_of(map.galaxylines[1]));
-  const std::string text = path + ": the map is of version \"" + versiontext +
-                           "\" and cannot be converted: template " + fault.path + ": " +
-                           fault.reason;
-  if (!form.debugmode) {
-    const std::string was = std::move(map.galaxylines).release();
-    auto done = batch.add(std::move(map.file), {was, {}, was, companion(path, "old")});
-    if (done)
-      done = batch.commit().front();
-    if (!done)
-      skipped.push_back(done.failure());
-  }
   try {
+    commit_batch();
+    for (const Pending& retry : std::exchange(retries, {}))
+      note_outcome(retry);
+    const std::string text = map.file->path + ": the map is of version \"" +
+                             std::string(version_of(map.galaxylines[1])) +
+                             "\" and cannot be converted: template " + fault.path + ": " +
+                             fault.reason;
+    if (!form.debugmode)
+      back_up_unconverted(std::move(map));
     report_skipped();
     report_trouble(form, printable(text) +
                              "\r\nThe map is as it was. No further map was converted" + advice +
@@ -252,11 +252,21 @@ void Run::stop(Map map, const Failure& fault, const std::string& advice) {
   end_program(form);
 }
 
+// The map keeps its content and gets its backup all the same: it is replaced by a copy of itself,
+// so that the two are not hard links to one file.
+void Run::back_up_unconverted(Map map) {
+  const std::string backup = companion(map.file->path, "old");
+  const std::string was = std::move(map.galaxylines).release();
+  auto done = batch.add(std::move(map.file), {was, {}, was, backup});
+  if (done)
+    done = batch.commit().front();
+  if (!done)
+    skipped.push_back(done.failure());
+}
+
 void Run::report_skipped() {
   report_troubles(form, "These templates cannot be used:", templates.unusable());
-  report_troubles(form, "These maps could not be converted and were left alone:", skipped);
-  if (out_of_memory)
-    end_out_of_memory(form);
+  report_troubles(form, "These maps could not be converted and were skipped:", skipped);
 }
 
 }  // namespace

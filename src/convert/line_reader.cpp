@@ -13,7 +13,7 @@ static_assert(Files::max_file_size <= LineArray::max_text_size);
 LineArray lines_or_empty(Result<LineArray> lines) {
   if (lines)
     return *std::move(lines);
-  return LineArray::empty(lines.failure().missing ? missing_file_lines : unreadable_file_lines);
+  return LineArray::empty(lines.failure().missing() ? missing_file_lines : unreadable_file_lines);
 }
 
 }  // namespace
@@ -31,7 +31,7 @@ LineArray readlines(Files& files, const std::string& path) {
 
 LineArray readlines_or_report(Form1& form, const std::string& path) {
   auto lines = read_text(form.files, path);
-  if (!lines && !lines.failure().missing)
+  if (!lines && !lines.failure().missing())
     report_trouble(form, printable(lines.failure().text()));
   if (lines && ends_lines_in_lf(lines->text()))
     report_trouble(form, Failure{path, "use it", needs_cr_lf}.text());

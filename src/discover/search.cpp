@@ -21,7 +21,7 @@ std::string without_backslash(std::string path) {
 // Remembers a folder that exists and cannot be searched. Without a root a whole drive is searched,
 // where there are always such folders.
 void add_unsearched(Form1& form, const Failure& failure) {
-  if (!failure.missing && !form.rootpath.empty())
+  if (!failure.missing() && !form.rootpath.empty())
     form.unsearched.push_back(failure);
 }
 

@@ -58,7 +58,7 @@ public:
   virtual std::size_t most_open_maps() = 0;
 
   // Flushes files of maps that this object has opened, all of them to the disk at the same time,
-  // and notes what came of each.
+  // and notes what came of each. A failure is `unconfirmed` if the system was asked to flush.
   virtual void flush(std::span<Unflushed> files) = 0;
 
   // Writes a text file anew, or appends to it. Neither follows a symlink.

@@ -24,7 +24,7 @@ bool OpenMap::is_temporary(std::string_view name) {
 }
 
 std::optional<bool> OpenMap::begins_with(const Read& read, std::string_view content) {
-  char buffer[1 << 16];
+  char buffer[1 << 13];
   while (!content.empty()) {
     const std::string_view piece = content.substr(0, sizeof buffer);
     const auto length = read(buffer, piece.size());

@@ -41,6 +41,7 @@ public:
   const std::string path;  // as the program names it
   const std::string name;  // as the folder spells it
   std::string text;        // what was read, for the caller to take
+  bool locked = false;     // no other run touches the map until the object is gone; see `lock`
 
   // A new name for a temporary file: ".vora-map-updater-", a random decimal number and ".tmp". It
   // is hidden where a leading "." hides, and no search for maps finds it.
@@ -51,7 +52,7 @@ public:
   // fails when another run holds it. Where the system has leases it also fails when another program
   // has the map open for writing, and one that opens it later waits until the object is gone. The
   // state is that of the file that was read; when it is settled, it was taken before the reading.
-  // Call it before the other steps.
+  // Call it before the other steps. Sets `locked`.
   virtual Result<FileState> lock() = 0;
 
   // How `entry` is spelled in the folder, case-insensitively; empty when the name is free.
@@ -82,7 +83,7 @@ public:
   virtual Result<Done> rename(const std::string& from, const std::string& to,
                               const std::string& kept) = 0;
 
-  // Renames an entry; false when `to` exists.
+  // Renames an entry; false when `to` exists. Replaces nothing, whatever the file system knows.
   virtual Result<bool> rename_no_replace(const std::string& from, const std::string& to) = 0;
 
   // Makes `to` a hard link to the file `from`; false when the file system has no hard links. Fails
@@ -107,5 +108,6 @@ protected:
 struct Unflushed {
   OpenMap& map;
   std::string entry;
+  std::string what;  // it is, or will be, in the words of a message
   Result<Done> flushed = Done{};
 };

@@ -2,7 +2,6 @@
 #include "platform/replacing.h"
 
 #include <algorithm>
-#include <new>
 #include <optional>
 #include <span>
 #include <utility>
@@ -12,11 +11,11 @@ namespace {
 constexpr std::size_t most_maps = 64;         // in a batch
 constexpr std::size_t most_bytes = 16 << 20;  // of their content
 
-constexpr int first_backup_number = 2;  // of backups that are renamed to make room
+// Of backups that are renamed to make room.
+constexpr int first_backup_number = 2, last_backup_number = 9999;
 
-// Takes a step, and names what was tried when it fails. The name is made before the step: memory
-// may run out for it, but not once a file is renamed.
-template <class Step> auto doing(const std::string& action, Step step) -> decltype(step()) {
+// Takes a step, and names what was tried when it fails.
+template <class Step> auto with_action(const std::string& action, Step step) -> decltype(step()) {
   auto result = step();
   if (result)
     return result;
@@ -43,15 +42,16 @@ public:
     return renamed;
   }
 
-  Result<bool> rename_no_replace(const std::string& to) {
-    auto renamed = map.rename_no_replace(name, to);
-    if (renamed && *renamed)
-      name.clear();
-    return renamed;
+  // Fails when `to` exists.
+  Result<Done> rename_no_replace(const std::string& to) {
+    const auto renamed = map.rename_no_replace(name, to);
+    if (!renamed)
+      return renamed.failure();
+    if (!*renamed)
+      return Failure{map.path, "", "the name is taken"};
+    name.clear();
+    return Done{};
   }
-
-  // Leaves the file as it is.
-  void keep() { name.clear(); }
 
   const std::string& entry() const { return name; }
 
@@ -67,8 +67,7 @@ private:
 class ReplacementBatch::Replacing {
 public:
   Replacing(std::unique_ptr<OpenMap> map_in, std::string was_in, std::string backup_in)
-      : owned_map(std::move(map_in)), was(std::move(was_in)), new_backup(std::move(backup_in)),
-        out_of_memory(failure("the memory is not enough")) {}
+      : owned_map(std::move(map_in)), was(std::move(was_in)), backup(std::move(backup_in)) {}
 
   Result<Done> lock();
   Result<Done> find_companions(const std::vector<NewFile>& new_files);
@@ -77,27 +76,30 @@ public:
   Result<Done> place_companions();
   Result<Done> move_older_backup();
   Result<Done> make_backup();
-  Result<Done> place_copy();
+  Result<Done> place_backup();
   Result<Done> replace();
 
   // Takes a step unless one has failed before.
-  template <class Step> void take(Step step);
+  template <class Step> void run_step(Step step) {
+    if (!outcome)
+      return;
+    if (auto done = step(); !done)
+      fail(done.failure());
+  }
 
-  // What a step has left unflushed; `action` is for a failure.
+  // What a step has left unflushed; `what` it is of the map's, for a failure.
   struct ToFlush {
-    std::string entry, action;
+    std::string entry, what;
   };
   std::vector<ToFlush> unflushed;
 
-  // Notes what came of flushing all that was unflushed, in its order.
-  void note_flushed(std::span<const Unflushed> results);
-
-  // Ends the replacement for want of memory.
-  void fail_out_of_memory() { fail(std::move(out_of_memory)); }
+  // Ends the replacement, if it has not ended, and undoes what can be undone.
+  void fail(Failure failure);
 
   bool conflicts_with(const Replacing& other) const {
     return state.same_file(other.state) || folded == other.folded;
   }
+  std::uint64_t device() const { return state.device; }
   std::size_t size() const { return was.size(); }
   OpenMap& open_map() const { return map; }
 
@@ -115,74 +117,49 @@ private:
   Result<Done> check_unchanged(bool by_state);
   Result<Done> check_content();
   Result<Done> check_state(const std::string& name);
-  Result<bool> is_backup(const std::string& name);
-  template <class Rename> Result<Done> give_free_number(const std::string& name, Rename rename);
+  Result<bool> holds_map(const std::string& name);
+  Result<Done> move_aside(const std::string& name);
   bool is_map(const std::string& name);
-  Result<Done> link_or_copy_backup();
-  Result<Done> link_in_place_of_equal_backup();
-  Result<Done> number_equal_backup();
+  bool is_own_backup(const OpenMap::FileState& now) const {
+    return backup_is_hard_link ? now.same_file(state) : now == backup_state;
+  }
   Result<Done> write_copy();
-  Result<Done> adopt_link();
-  Result<Done> adopt_copy();
+  Result<Done> check_made(const std::string& name);
   Result<Done> check_backup();
   Result<Done> place(Prepared& file, const std::string& kept);
   Result<OpenMap::Kind> kind_of(const std::string& name);
-  Result<Done> flush(const std::string& name);
-  void fail(Failure failure);
-  void undo_link();
+  Result<Done> flush(const std::string& name, const std::string& what);
+  std::string take_back_backup();
+  std::string backup_action() const { return "make its backup " + backup; }
   Failure failure(std::string reason) const { return {map.path, "convert it", std::move(reason)}; }
   Failure changed() const { return failure("it has changed since it was read"); }
 
   const std::unique_ptr<OpenMap> owned_map;
   OpenMap& map = *owned_map;
-  const std::string was;         // the map's content, as it was read
-  const std::string new_backup;  // the backup's name; empty when there is none to be made
-  Failure out_of_memory;         // made beforehand: then there is no memory for it
-  OpenMap::FileState state{};    // of the map when it was read, or compared again
-  std::string folded;            // see OpenMap::folded
-
+  const std::string was;                // the map's content, as it was read
+  std::string backup;                   // the backup's name; empty when there is none to be made
+  OpenMap::FileState state{};           // of the map when it was read, or compared again
+  std::string folded;                   // see OpenMap::folded
   std::vector<std::string> companions;  // their names as the folder spells them, in order
-  std::string backup;                // the older backup as the folder spells it, then the new one
-  bool backup_is_equal = false;      // the older one holds what the map holds
-  bool backup_is_hard_link = false;  // to the map's own file
-  bool made_link = false;            // in this run
-  std::optional<Temporary> equal_backup;  // an older backup that the link takes the place of
-  std::optional<Temporary> copy;          // of the map, before it gets its backup name
-  OpenMap::FileState backup_state{};      // of a backup that is no hard link, when it was compared
-  std::vector<Prepared> prepared;         // the companions, then the map
+  std::vector<Prepared> prepared;       // the companions, then the map
+  std::string older_backup;             // as the folder spells it; empty when there is none
+  bool replaces_equal = false;          // an older backup that holds what the map holds
+  std::optional<Temporary> made;        // the new backup, before it gets its name
+  bool placed = false;                  // it has got its name
+  bool backup_is_hard_link = false;     // to the map's own file
+  OpenMap::FileState backup_state{};    // of a backup that is no hard link, when it was compared
 };
 
-// A step that runs out of memory fails like any other.
-template <class Step> void ReplacementBatch::Replacing::take(Step step) {
+void ReplacementBatch::Replacing::fail(Failure failure) {
   if (!outcome)
     return;
-  try {
-    if (auto done = step(); !done)
-      fail(done.failure());
-  } catch (const std::bad_alloc&) {
-    fail_out_of_memory();
-  }
-}
-
-void ReplacementBatch::Replacing::note_flushed(std::span<const Unflushed> results) {
-  for (std::size_t i = 0; i < results.size(); ++i)
-    if (!results[i].flushed)
-      return fail({map.path, unflushed[i].action, results[i].flushed.failure().reason});
   unflushed.clear();
-}
-
-// Where memory runs out again, the backup name stays.
-void ReplacementBatch::Replacing::fail(Failure failure) {
+  failure.reason += take_back_backup();
   outcome = std::move(failure);
-  unflushed.clear();
-  try {
-    undo_link();
-  } catch (const std::bad_alloc&) {
-  }
 }
 
-Result<Done> ReplacementBatch::Replacing::flush(const std::string& name) {
-  unflushed.push_back({name, "flush " + name});
+Result<Done> ReplacementBatch::Replacing::flush(const std::string& name, const std::string& what) {
+  unflushed.push_back({name, what});
   return Done{};
 }
 
@@ -203,12 +180,12 @@ Result<Done> ReplacementBatch::Replacing::find_companions(const std::vector<NewF
       return name.failure();
     companions.push_back(name->empty() ? file.name : *name);
   }
-  if (new_backup.empty())
+  if (backup.empty())
     return Done{};
-  auto found = find_companion(new_backup);
+  auto found = find_companion(backup);
   if (!found)
     return found.failure();
-  backup = *std::move(found);
+  older_backup = *std::move(found);
   return Done{};
 }
 
@@ -230,19 +207,17 @@ Result<Done> ReplacementBatch::Replacing::write_temporaries(const std::vector<Ne
   for (std::size_t i = 0; i < new_files.size(); ++i)
     if (auto written = write_temporary(new_files[i], companions[i]); !written)
       return written;
-  return new_backup.empty() ? Result<Done>(Done{}) : write_temporary({map.name, result}, map.name);
+  return backup.empty() ? Result<Done>(Done{}) : write_temporary({map.name, result}, map.name);
 }
 
 // `name` is what the temporary file will be renamed to.
 Result<Done> ReplacementBatch::Replacing::write_temporary(const NewFile& file,
                                                           const std::string& name) {
-  const std::string action = "write " + file.name;
-  auto written = doing(action, [&] { return map.write_temporary(file.text); });
+  auto written = with_action("write " + file.name, [&] { return map.write_temporary(file.text); });
   if (!written)
     return written.failure();
   prepared.push_back({Temporary(map, *std::move(written)), name});
-  unflushed.push_back({prepared.back().temporary.entry(), action});
-  return Done{};
+  return flush(prepared.back().temporary.entry(), file.name);
 }
 
 Result<Done> ReplacementBatch::Replacing::check_map() { return check_unchanged(state.settled); }
@@ -281,184 +256,130 @@ Result<Done> ReplacementBatch::Replacing::check_state(const std::string& name) {
 
 Result<Done> ReplacementBatch::Replacing::place_companions() {
   for (std::size_t i = 0; i < companions.size(); ++i)
-    if (auto placed = place(prepared[i], ""); !placed)
-      return placed;
+    if (auto placed_one = place(prepared[i], ""); !placed_one)
+      return placed_one;
   return Done{};
 }
 
 Result<Done> ReplacementBatch::Replacing::place(Prepared& file, const std::string& kept) {
-  return doing("write " + file.name, [&] { return file.temporary.rename(file.name, kept); });
+  return with_action("write " + file.name, [&] { return file.temporary.rename(file.name, kept); });
 }
 
 // A backup of other content makes room for the new one. Its new name is flushed before another
-// file gets the old one.
+// file gets the old one. One that holds what the map holds is replaced: whether it ever reached the
+// disk, nobody knows.
 Result<Done> ReplacementBatch::Replacing::move_older_backup() {
-  if (backup.empty())
+  if (older_backup.empty())
     return Done{};
-  const auto equal = is_backup(backup);
+  const auto equal = holds_map(older_backup);
   if (!equal)
     return equal.failure();
-  backup_is_equal = *equal;
-  if (backup_is_equal)
-    return Done{};
-  const auto kind = kind_of(backup);
-  if (!kind)
-    return kind.failure();
-  return give_free_number(backup, [&](const std::string& free) {
-    auto moved = map.rename_no_replace(backup, free);
-    if (moved && *moved && *kind == OpenMap::Kind::file)
-      unflushed.push_back({free, "flush " + free});
-    return moved;
-  });
+  replaces_equal = *equal;
+  if (!replaces_equal)
+    return move_aside(older_backup);
+  backup = older_backup;
+  return Done{};
 }
 
-// Makes sure that the map has a backup. It is on the disk before the result is renamed over the
-// map: flushing a file flushes its names as well.
-Result<Done> ReplacementBatch::Replacing::make_backup() {
-  if (new_backup.empty())
-    return Done{};
-  if (backup_is_equal)
-    return link_in_place_of_equal_backup();
-  backup = new_backup;
-  return link_or_copy_backup();
-}
-
-// Whether an older backup holds just what the map holds.
-Result<bool> ReplacementBatch::Replacing::is_backup(const std::string& name) {
+// Whether an entry is a file that holds just what the map holds.
+Result<bool> ReplacementBatch::Replacing::holds_map(const std::string& name) {
   const auto kind = kind_of(name);
   if (!kind)
     return kind.failure();
   if (*kind != OpenMap::Kind::file)
     return false;
-  return doing("read " + name, [&] { return map.holds(name, was); });
+  return with_action("read " + name, [&] { return map.holds(name, was); });
 }
 
-// Calls `rename` with the name of a backup and the first number that is free.
-template <class Rename>
-Result<Done> ReplacementBatch::Replacing::give_free_number(const std::string& name, Rename rename) {
-  for (int number = first_backup_number;; ++number) {
+// Renames a backup to its own name with the first number that is free.
+Result<Done> ReplacementBatch::Replacing::move_aside(const std::string& name) {
+  const std::string action = "rename its older backup " + name;
+  const auto kind = kind_of(name);
+  if (!kind)
+    return kind.failure();
+  for (int number = first_backup_number; number <= last_backup_number; ++number) {
     const std::string free = name + std::to_string(number);
     if (!map.spelled(free).empty())
       continue;
-    const auto renamed = doing("move " + name + " aside", [&] { return rename(free); });
+    const auto renamed = with_action(action, [&] { return map.rename_no_replace(name, free); });
     if (!renamed)
       return renamed.failure();
     if (*renamed)
-      return Done{};
+      return *kind == OpenMap::Kind::file ? flush(free, free) : Result<Done>(Done{});
   }
+  return Failure{map.path, action, "no number is free"};
 }
 
-// A hard link to the map; a copy where the file system has no hard links.
-Result<Done> ReplacementBatch::Replacing::link_or_copy_backup() {
-  const auto linked =
-      doing("make its backup " + backup, [&] { return map.link(map.name, backup); });
+// The new backup is made under a temporary name. It is the map's own file, so that what another
+// program that has the map open still writes to it is in the backup; a copy where the file system
+// has no hard links. A run that was killed may have made it.
+Result<Done> ReplacementBatch::Replacing::make_backup() {
+  if (backup.empty() || (replaces_equal && is_map(backup)))
+    return Done{};
+  std::string free = OpenMap::temporary_name();
+  const auto linked = with_action(backup_action(), [&] { return map.link(map.name, free); });
   if (!linked)
     return linked.failure();
-  made_link = *linked;
-  return *linked ? adopt_link() : write_copy();
-}
-
-// The map's own file takes the place of a backup that holds the same, so that what another program
-// that has the map open writes to it is in the backup. The older backup waits under a temporary
-// name until the map is replaced.
-Result<Done> ReplacementBatch::Replacing::link_in_place_of_equal_backup() {
-  if (is_map(backup))
-    return adopt_link();
-  const std::string action = "make its backup " + backup;
-  std::string aside = OpenMap::temporary_name();
-  const auto moved = doing(action, [&] { return map.rename_no_replace(backup, aside); });
-  if (!moved)
-    return moved.failure();
-  if (!*moved)
-    return Failure{map.path, action, "the name is taken"};
-  equal_backup.emplace(map, std::move(aside));
-  const auto linked = doing(action, [&] { return map.link(map.name, backup); });
-  if (!linked)
-    return linked.failure();
-  if (!*linked) {
-    if (auto restored = doing(action, [&] { return equal_backup->rename(backup, ""); }); !restored)
-      return restored;
-    equal_backup.reset();
-    return adopt_copy();
-  }
-  made_link = true;
-  const auto equal = doing("read " + backup, [&] { return map.holds(equal_backup->entry(), was); });
-  if (!equal)
-    return equal.failure();
-  if (!*equal)  // somebody has just written to it
-    if (auto numbered = number_equal_backup(); !numbered)
-      return numbered;
-  return adopt_link();
-}
-
-// Gives the older backup a name that nothing else wants.
-Result<Done> ReplacementBatch::Replacing::number_equal_backup() {
-  auto numbered = give_free_number(
-      backup, [&](const std::string& free) { return equal_backup->rename_no_replace(free); });
-  if (numbered)
-    equal_backup.reset();
-  return numbered;
+  if (!*linked)
+    return write_copy();
+  made.emplace(map, std::move(free));
+  return check_made(made->entry());
 }
 
 Result<Done> ReplacementBatch::Replacing::write_copy() {
-  const std::string action = "make its backup " + backup;
-  auto written = doing(action, [&] { return map.write_temporary(was); });
+  auto written = with_action(backup_action(), [&] { return map.write_temporary(was); });
   if (!written)
     return written.failure();
-  copy.emplace(map, *std::move(written));
-  unflushed.push_back({copy->entry(), action});
-  return Done{};
+  made.emplace(map, *std::move(written));
+  return flush(made->entry(), backup);
 }
 
-Result<Done> ReplacementBatch::Replacing::place_copy() {
-  if (!copy)
+// The backup and its name are on the disk before the result is renamed over the map: flushing a
+// file flushes its names as well.
+Result<Done> ReplacementBatch::Replacing::place_backup() {
+  if (backup.empty())
     return Done{};
-  const std::string action = "make its backup " + backup;
-  const auto renamed = doing(action, [&] { return copy->rename_no_replace(backup); });
-  if (!renamed)
-    return renamed.failure();
-  return *renamed ? adopt_copy() : Failure{map.path, action, "the name is taken"};
+  if (made) {
+    const auto renamed = with_action(backup_action(), [&] {
+      return replaces_equal ? made->rename(backup, "") : made->rename_no_replace(backup);
+    });
+    if (!renamed)
+      return renamed.failure();
+    placed = true;
+  }
+  if (auto checked = check_made(backup); !checked)
+    return checked;
+  return flush(backup_is_hard_link ? map.name : backup, backup);
 }
 
-// The backup was made as a hard link to the map. File systems that give each name a file number of
-// its own do not show that it is one, and another file may have had the map's name in that moment:
-// then it counts as a copy.
-Result<Done> ReplacementBatch::Replacing::adopt_link() {
-  const auto now = map.state_of(backup);
+// Another file may have had the map's name when the link was made, and file systems that give each
+// name a file number of its own do not show that it is one: then it must hold what the map holds.
+Result<Done> ReplacementBatch::Replacing::check_made(const std::string& name) {
+  const auto now = map.state_of(name);
   if (!now)
     return now.failure();
-  if (!now->same_file(state))
-    return adopt_copy();
-  backup_is_hard_link = true;
-  return *now == state ? flush(map.name) : changed();
-}
-
-// The backup is another file than the map. It is flushed, and must hold what the map holds.
-Result<Done> ReplacementBatch::Replacing::adopt_copy() {
-  const auto now = map.state_of(backup);
-  if (!now)
-    return now.failure();
+  backup_is_hard_link = now->same_file(state);
   backup_state = *now;
-  const auto equal = is_backup(backup);
+  const auto equal = backup_is_hard_link ? Result<bool>(*now == state) : holds_map(name);
   if (!equal)
     return equal.failure();
-  return *equal ? flush(backup) : changed();
+  return *equal ? Result<Done>(Done{}) : changed();
 }
 
 // Between its flush and the replacement somebody may have removed or changed the backup.
 Result<Done> ReplacementBatch::Replacing::check_backup() {
-  const auto now = doing("look at " + backup, [&] { return map.state_of(backup); });
+  const auto now = with_action("stat its backup " + backup, [&] { return map.state_of(backup); });
   if (!now)
     return now.failure();
-  const bool same = backup_is_hard_link ? now->same_file(state) : *now == backup_state;
-  return same ? Result<Done>(Done{}) : failure("its backup " + backup + " has changed");
+  return is_own_backup(*now) ? Result<Done>(Done{})
+                             : failure("its backup " + backup + " has changed");
 }
 
 // The last check comes after everything slow, so that it sees what is saved while the map is
 // compared or its backup is copied or flushed. Where the map's own file does not become the backup,
 // content is compared, so that not even a writer who sets the time back loses anything.
 Result<Done> ReplacementBatch::Replacing::replace() {
-  if (new_backup.empty())
+  if (backup.empty())
     return Done{};
   if (auto checked = check_backup(); !checked)
     return checked;
@@ -467,22 +388,19 @@ Result<Done> ReplacementBatch::Replacing::replace() {
   return place(prepared.back(), backup);
 }
 
-// After a failure: takes the backup name away again that the map got as a second hard link, and
-// gives it back to the older backup that had it. Both names must still be those of the map's file:
-// else the backup may be its only name.
-void ReplacementBatch::Replacing::undo_link() {
-  const bool linked = made_link && is_map(map.name) && is_map(backup);
-  if (!equal_backup) {
-    if (linked)
-      map.remove(backup);
-    return;
-  }
-  const bool restored = linked ? bool(equal_backup->rename(backup, map.name)) : [&] {
-    const auto renamed = equal_backup->rename_no_replace(backup);
-    return renamed && *renamed;
-  }();
-  if (!restored && !number_equal_backup())
-    equal_backup->keep();
+// After a failure: removes the backup that this run has made, unless it has taken the place of an
+// equal one. Both names must still be those of the run's files, and the map must be locked: else
+// another run may have converted it, and the backup may be the only one. Returns what is to be said
+// of a backup that stays.
+std::string ReplacementBatch::Replacing::take_back_backup() {
+  if (!placed || replaces_equal)
+    return "";
+  if (!map.locked)
+    return "; its backup " + backup + " stays, since the map cannot be locked";
+  const auto now = map.state_of(backup);
+  if (now && is_own_backup(*now) && is_map(map.name))
+    map.remove(backup);
+  return "";
 }
 
 bool ReplacementBatch::Replacing::is_map(const std::string& name) {
@@ -491,7 +409,7 @@ bool ReplacementBatch::Replacing::is_map(const std::string& name) {
 }
 
 Result<OpenMap::Kind> ReplacementBatch::Replacing::kind_of(const std::string& name) {
-  return doing("look at " + name, [&] { return map.kind_of(name); });
+  return with_action("stat " + name, [&] { return map.kind_of(name); });
 }
 
 ReplacementBatch::ReplacementBatch(Files& files_in)
@@ -511,11 +429,11 @@ bool ReplacementBatch::must_wait(const Replacing& replacing) const {
 Result<Done> ReplacementBatch::add(std::unique_ptr<OpenMap> map, Replacement replacement) {
   auto replacing = std::make_unique<Replacing>(std::move(map), std::move(replacement.was),
                                                std::move(replacement.backup));
-  replacing->take([&] { return replacing->lock(); });
+  replacing->run_step([&] { return replacing->lock(); });
   if (replacing->outcome && must_wait(*replacing))
     return Failure{replacing->open_map().path, "convert it", "another map comes first"};
-  replacing->take([&] { return replacing->find_companions(replacement.companions); });
-  replacing->take(
+  replacing->run_step([&] { return replacing->find_companions(replacement.companions); });
+  replacing->run_step(
       [&] { return replacing->write_temporaries(replacement.companions, replacement.result); });
   if (!replacing->outcome)
     return replacing->outcome;
@@ -527,7 +445,7 @@ Result<Done> ReplacementBatch::add(std::unique_ptr<OpenMap> map, Replacement rep
 std::vector<Result<Done>> ReplacementBatch::commit() {
   constexpr Result<Done> (Replacing::* steps[])() = {
       &Replacing::check_map,   &Replacing::place_companions, &Replacing::move_older_backup,
-      &Replacing::make_backup, &Replacing::place_copy,       &Replacing::replace,
+      &Replacing::make_backup, &Replacing::place_backup,     &Replacing::replace,
   };
   std::vector<Result<Done>> outcomes;
   outcomes.reserve(maps.size());
@@ -536,7 +454,7 @@ std::vector<Result<Done>> ReplacementBatch::commit() {
   flush(committed);
   for (const auto step : steps) {
     for (const auto& replacing : committed)
-      replacing->take([&] { return (*replacing.*step)(); });
+      replacing->run_step([&] { return (*replacing.*step)(); });
     flush(committed);
   }
   for (const auto& replacing : committed)
@@ -545,22 +463,36 @@ std::vector<Result<Done>> ReplacementBatch::commit() {
 }
 
 // Flushes what the last step has left unflushed.
-void ReplacementBatch::flush(const Maps& flushed) try {
+void ReplacementBatch::flush(const Maps& flushed) {
   std::vector<Unflushed> unflushed;
+  std::vector<Replacing*> owners;
   for (const auto& replacing : flushed)
-    for (const auto& file : replacing->unflushed)
-      unflushed.push_back({replacing->open_map(), file.entry});
+    for (const auto& file : replacing->unflushed) {
+      unflushed.push_back({replacing->open_map(), file.entry, file.what});
+      owners.push_back(replacing.get());
+    }
+  for (const auto& replacing : flushed)
+    replacing->unflushed.clear();
   if (unflushed.empty())
     return;
   files.flush(unflushed);
-  std::span<const Unflushed> rest = unflushed;
-  for (const auto& replacing : flushed) {
-    const std::size_t count = replacing->unflushed.size();
-    replacing->note_flushed(rest.first(count));
-    rest = rest.subspan(count);
-  }
-} catch (const std::bad_alloc&) {
-  for (const auto& replacing : flushed)
-    if (!replacing->unflushed.empty())
-      replacing->fail_out_of_memory();
+  for (std::size_t i = 0; i < unflushed.size(); ++i)
+    if (!unflushed[i].flushed)
+      fail_unflushed(flushed, *owners[i], unflushed[i]);
+}
+
+// The system reports a failed write once, to whoever flushes first: what it says of the other files
+// of that file system is worth nothing.
+void ReplacementBatch::fail_unflushed(const Maps& flushed, Replacing& owner,
+                                      const Unflushed& file) {
+  const Failure& failure = file.flushed.failure();
+  const bool lost = failure.kind == Failure::Kind::unconfirmed;
+  owner.fail({failure.path, "write " + file.what,
+              (lost ? "the disk did not confirm it: " : "") + failure.reason, failure.kind});
+  for (const auto& other : flushed)
+    if (lost && other->device() == owner.device())
+      other->fail({other->open_map().path, "convert it",
+                   "the disk did not confirm that " + file.what + " of " + failure.path +
+                       " is written: " + failure.reason,
+                   failure.kind});
 }

@@ -31,15 +31,16 @@ struct Replacement {
 // each whole and flushed before it gets its name. Just before a map is replaced it gets its backup
 // name as well, which is flushed too, so that at no instant is there neither the map nor its
 // backup, whole. A backup that is already there is kept: it is renamed to its own name with 2, 3,
-// ... appended, the first free one. If it holds just what the map holds, the map's file takes its
-// place instead, so that what another program still writes to the map is in the backup. Companions
-// are found case-insensitively; a symlink is renamed or replaced like a file, never followed.
+// ... appended, the first free one. If it holds just what the map holds, the new backup replaces
+// it: whether the older one ever reached the disk, nobody knows. Companions are found
+// case-insensitively; a symlink is renamed or replaced like a file, never followed.
 //
 // A replacement fails when a folder has the name of a companion, when the map no longer holds what
 // it `was`, and when another run has locked it. Then the map is as it was, and of its companions
-// only those before the one that failed are in place; an older backup may have been renamed. A
-// backup name that the map got is taken away again if that is safe. The other maps are replaced all
-// the same.
+// only those before the one that failed are in place; an older backup may have been renamed. The
+// new backup is removed if that is safe. The other maps are replaced all the same, unless a flush
+// failed: then no map of that file system is replaced, since the system reports a failed write to
+// one flush alone.
 class ReplacementBatch {
 public:
   // `files_in`, which opens the maps, must outlive the object.
@@ -60,7 +61,8 @@ public:
   // map is left in the batch. The texts of `replacement` are used during the call alone.
   Result<Done> add(std::unique_ptr<OpenMap> map, Replacement replacement);
 
-  // Replaces the maps and empties the batch. Returns what came of them, in the order of `add`.
+  // Replaces the maps and empties the batch. Returns what came of them, in the order of `add`. A
+  // `shortage` may be one that the batch itself has caused.
   std::vector<Result<Done>> commit();
 
 private:
@@ -69,6 +71,7 @@ private:
 
   bool must_wait(const Replacing& replacing) const;
   void flush(const Maps& flushed);
+  static void fail_unflushed(const Maps& flushed, Replacing& owner, const Unflushed& file);
 
   Files& files;
   const std::size_t most;  // maps

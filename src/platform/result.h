@@ -7,11 +7,19 @@
 
 // Why something could not be done. `text()` is the sentence that the user reads.
 struct Failure {
-  std::string path;      // the file or folder, as the program names it
-  std::string action;    // what was tried, to follow "cannot": "read it", "write its backup"
-  std::string reason;    // in the system's own words, or in ours where it has none
-  bool missing = false;  // there is nothing of that name
+  enum class Kind {
+    other,
+    missing,      // there is nothing of that name
+    shortage,     // of memory, descriptors or room: it may pass
+    unconfirmed,  // a flush failed: nothing that it was for may be believed or tried again
+  };
 
+  std::string path;    // the file or folder, as the program names it
+  std::string action;  // what was tried, to follow "cannot": "read it", "write its backup"
+  std::string reason;  // in the system's own words, or in ours where it has none
+  Kind kind = Kind::other;
+
+  bool missing() const { return kind == Kind::missing; }
   std::string text() const { return path + ": cannot " + action + ": " + reason; }
 };
 

@@ -59,6 +59,10 @@ public:
     return "";
   }
 
+  // Why the user's part of the registry cannot be read, in one line that names the machine; empty
+  // if it can. Only that of a machine in a folder can be unreadable.
+  virtual std::string explain_unread_user() { return ""; }
+
   // An environment variable's value, empty when it is not set.
   virtual std::string environment(const std::string& name) = 0;
 

@@ -137,21 +137,13 @@ TEST_F(Conversion, TellsWhichMapsItCouldNotConvertAndGoesOn) {
   EXPECT_EQ(program.form.Text2.text(), "a.galaxy\r\n");
   EXPECT_TRUE(program.form.trouble);
   EXPECT_TRUE(
-      reported("These maps could not be converted and were left alone:\r\n"
+      reported("These maps could not be converted and were skipped:\r\n"
                "C:\\maps\\vanished.galaxy: cannot read it: the file is missing\r\n"
                "C:\\maps\\oneline.galaxy: cannot convert it: it has no second line\r\n"
                "C:\\maps\\empty.galaxy: cannot convert it: it has no second line\r\n"
                "C:\\maps\\lf.galaxy: cannot convert it: its lines must end in CR LF\r\n"
                "C:\\maps\\huge.galaxy: cannot read it: it is larger than 1 GiB\r\n"
                "C:\\maps\\taken.galaxy: cannot convert it: a folder has the name taken.galold"));
-}
-
-TEST_F(Conversion, MemoryThatFailsAfterAReplacementIsReported) {
-  program.screen.full = true;
-  add("a.galaxy", old_map);
-  EXPECT_EQ(fix(), 1);
-  EXPECT_EQ(tree(maps), converted);
-  EXPECT_TRUE(reported("The memory is not enough. Every map is as it was or converted."));
 }
 
 TEST_F(Conversion, ATemplateErrorEndsTheProgramAndLosesNothing) {

@@ -35,7 +35,7 @@ std::vector<Example> examples(const std::string& document) {
 
 Result<std::string> file(const Example& example, const std::string& block) {
   if (!example.contains(block))
-    return Failure{block, "read it", "the file is missing", true};
+    return Failure{block, "read it", "the file is missing", Failure::Kind::missing};
   return example.at(block);
 }
 

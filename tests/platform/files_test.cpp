@@ -77,7 +77,7 @@ TEST_F(FilesTest, FullPathsAreSpelledAsOnTheDisk) {
   EXPECT_EQ(*files->full_path("."), z_path(machine.data));
   EXPECT_EQ(*files->full_path("..\\PROGRAM"), z_path(machine.program));
   EXPECT_EQ(*files->full_path("\\"), "Z:\\");
-  EXPECT_TRUE(files->full_path("C:\\f\\missing").failure().missing);
+  EXPECT_TRUE(files->full_path("C:\\f\\missing").failure().missing());
   EXPECT_FALSE(bool(files->full_path("C:\\f\\Old School\\x")));
 }
 
@@ -90,7 +90,7 @@ TEST_F(FilesTest, ReadsAndWritesBytes) {
   EXPECT_EQ(read_file(machine.data / "text.txt"), bytes + "more");
   EXPECT_TRUE(bool(files->append("new.txt", "")));
   EXPECT_EQ(*files->read("new.txt"), "");
-  EXPECT_TRUE(files->read("missing.txt").failure().missing);
+  EXPECT_TRUE(files->read("missing.txt").failure().missing());
   EXPECT_FALSE(bool(files->read("C:\\users")));
   // A file with another hard link, which may be a map, is replaced and not written into.
   write_file(machine.data / "a.galaxy", "map");

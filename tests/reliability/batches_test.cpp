@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <random>
+#include <utility>
 
 namespace fs = std::filesystem;
 
@@ -110,7 +111,46 @@ protected:
   std::mt19937 chance;
 };
 
+// A disk without room for one map's result at first.
+class FullAtFirst : public Disk {
+public:
+  int rename(int folder, const char* from, const char* to, unsigned flags) override {
+    errno = ENOSPC;
+    return to == std::string("a.galaxy") && !std::exchange(failed, true)
+               ? -1
+               : Disk::rename(folder, from, to, flags);
+  }
+
+private:
+  bool failed = false;
+};
+
 }  // namespace
+
+// A map that needs a template that is not there ends the run while another waits to be tried again.
+TEST_F(Batches, WhatWaitsToBeTriedAgainIsReportedWhenTheRunEnds) {
+  for (const bool ends : {false, true}) {
+    FullAtFirst disk;
+    Program program(std::make_unique<BoundedFiles>(machine_of(machine), disk, 64),
+                    machine.system(""));
+    program.form.edition = "v";
+    for (const std::string name : {"a.galaxy", "b.galaxy", "c.galaxy"}) {
+      write_file(folder / name, ends && name[0] == 'c' ? "MAP\r\nversion 2\r\n" : old_map);
+      program.form.foundlist.add("C:\\maps", name);
+    }
+    program.run([&] { fixgalaxies(program.form); });
+    EXPECT_EQ(program.form.Text2.text(),
+              ends ? "b.galaxy\r\n" : "b.galaxy\r\nc.galaxy\r\na.galaxy\r\n");
+    EXPECT_EQ(read_file(folder / "a.galaxy"), ends ? old_map : converted_map);
+    EXPECT_EQ(program.screen.messages.size(), ends ? 2 : 0);
+    if (ends) {
+      EXPECT_TRUE(program.screen.messages[0].ends_with(
+          "C:\\maps\\a.galaxy: cannot write a.galaxy: No space left on device"));
+      EXPECT_TRUE(program.screen.messages[1].starts_with("C:\\maps\\c.galaxy: "));
+    }
+    fs::remove_all(folder);
+  }
+}
 
 TEST_F(Batches, LeaveWhatMapsLeaveThatAreReplacedOneByOne) {
   for (unsigned seed = 0; seed < 200; ++seed) {

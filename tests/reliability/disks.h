@@ -8,6 +8,7 @@
 #include <cerrno>
 #include <functional>
 #include <set>
+#include <utility>
 
 #include <fcntl.h>
 
@@ -16,6 +17,7 @@ struct Unknown {
   int link = 0;               // another hard link
   int rename_no_replace = 0;  // a renaming that replaces nothing
   int lease = EINVAL;  // a lease: a test that saves a map in this process would wait for itself
+  int lock = 0;
 
   static bool refuses(int error) {
     if (error)
@@ -75,7 +77,9 @@ public:
       flushes_failed += errors[i] != 0;
     }
   }
-  int lock(int file) override { return fails() ? -1 : Disk::lock(file); }
+  int lock(int file) override {
+    return fails() || Unknown::refuses(unknown.lock) ? -1 : Disk::lock(file);
+  }
   int lease(int file) override {
     return fails() || Unknown::refuses(unknown.lease) ? -1 : Disk::lease(file);
   }
@@ -118,7 +122,8 @@ private:
 
 // A disk that knows what a power cut can leave of one folder: the content of a file only as it was
 // flushed last, its names surely only as they were then. Of the changes of names since, each may be
-// left alone, or be missing while all others are there.
+// left alone, or be missing while all others are there. One flush may fail: the disk reports it for
+// one file, and what was to be flushed with it never gets there, whatever is said of it later.
 class ModelDisk : public Disk {
 public:
   // The folder's files have long been flushed, except for those whose content `is_unflushed`.
@@ -131,6 +136,9 @@ public:
     }
   }
 
+  int failing = 0;  // the number of the file, from 1, whose flush fails
+  int flushes = 0;  // of files, so far
+
   // What may be left after a cut behind each of the calls. `unflushed` stands for the content of a
   // file that was not flushed since it was made.
   std::set<Tree> cuts;
@@ -140,7 +148,7 @@ public:
     const int file = Disk::open(folder, name, flags, mode);
     if (file < 0 || !(flags & O_CREAT))
       return file;
-    contents[inode_of(file, "")] = unflushed;
+    contents[inode_of(file, "")] = OpenMap::is_temporary(name) ? unflushed : "";
     if (OpenMap::is_temporary(name))
       numbered(name);
     changed({"", name, inode_of(file, ""), false});
@@ -148,6 +156,14 @@ public:
   }
   // Any of the files may be on the disk before the others.
   void flush(std::span<const int> files, std::span<int> errors) override {
+    std::fill(errors.begin(), errors.end(), 0);
+    const int first = std::exchange(flushes, flushes + static_cast<int>(files.size())) + 1;
+    if (failing >= first && failing <= flushes) {
+      errors[static_cast<std::size_t>(failing - first)] = EIO;
+      for (const int file : files)
+        lost.insert(inode_of(file, ""));
+      return;
+    }
     const auto changes_before = changes;
     const auto contents_before = contents;
     const unsigned all = (1u << files.size()) - 1;
@@ -159,8 +175,8 @@ public:
           flush(files[i]);
       add_cuts();
     }
-    std::fill(errors.begin(), errors.end(), 0);
   }
+  int lock(int file) override { return Unknown::refuses(unknown.lock) ? -1 : Disk::lock(file); }
   int rename(int folder, const char* from, const char* to, unsigned flags) override {
     const Change change{from, to, inode_of(folder, from), false};
     if (Unknown::refuses(flags ? unknown.rename_no_replace : 0))
@@ -199,6 +215,8 @@ private:
   }
   void flush(int file) {
     const ino_t inode = inode_of(file, "");
+    if (lost.contains(inode))
+      return;
     contents[inode] = read_file("/proc/self/fd/" + std::to_string(file));
     for (Change& change : changes)
       change.flushed |= change.inode == inode;
@@ -236,5 +254,6 @@ private:
   std::map<std::string, ino_t> before;  // the first change
   std::vector<Change> changes;
   std::map<ino_t, std::string> contents;
+  std::set<ino_t> lost;  // what was to be flushed when that failed
   std::map<std::string, std::size_t> temporaries;
 };

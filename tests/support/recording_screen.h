@@ -5,7 +5,6 @@
 #include "form/screen.h"
 
 #include <functional>
-#include <new>
 #include <string>
 #include <vector>
 
@@ -14,10 +13,7 @@ public:
   void show() override { shown = true; }
   void show_caption(const std::string& text) override { caption = text; }
   void refresh(const Control&) override {}
-  void append(const Control&, std::string_view) override {
-    if (full)
-      throw std::bad_alloc();
-  }
+  void append(const Control&, std::string_view) override {}
   void message_box(const std::string& text) override {
     messages.push_back(text);
     if (at_message)
@@ -36,5 +32,4 @@ public:
   std::vector<std::string> errors;
   std::function<void()> pending;  // what the user does while a search yields
   std::function<void()> at_message;
-  bool full = false;  // there is no memory for what is appended
 };

@@ -2,11 +2,31 @@
 #include "platform/prefix/descriptor.h"
 
 #include <cerrno>
+#include <chrono>
 #include <climits>
 #include <new>
 #include <system_error>
+#include <thread>
 
 #include <fcntl.h>
+
+namespace {
+
+// Opens a name. Another program may have a lease on the file, as a file server has for its clients:
+// the first attempt asks it to give up the lease, and a later one succeeds.
+Descriptor open_leased(Disk& disk, int folder, const char* name, int flags, unsigned mode) {
+  std::chrono::milliseconds wait(1);
+  constexpr std::chrono::milliseconds longest_wait(512);  // 1023 in all
+  for (;; wait *= 2) {
+    const int opened =
+        uninterrupted([&] { return disk.open(folder, name, flags | O_CLOEXEC, mode); });
+    if (opened >= 0 || errno != EWOULDBLOCK || wait > longest_wait)
+      return Descriptor(disk, opened);
+    std::this_thread::sleep_for(wait);
+  }
+}
+
+}  // namespace
 
 Descriptor::~Descriptor() { static_cast<void>(close()); }
 
@@ -34,16 +54,11 @@ Descriptor open_path(Disk& disk, const std::string& path, int flags, unsigned mo
     base = folder.get();
     rest.remove_prefix(rest.find_first_not_of('/', slash));
   }
-  const std::string last(rest);
-  return Descriptor(
-      disk, uninterrupted([&] { return disk.open(base, last.c_str(), flags | O_CLOEXEC, mode); }));
+  return open_leased(disk, base, std::string(rest).c_str(), flags, mode);
 }
 
 Descriptor open_at(const Descriptor& folder, const std::string& name, int flags, unsigned mode) {
-  Disk& disk = folder.disk();
-  return Descriptor(disk, uninterrupted([&] {
-                      return disk.open(folder.get(), name.c_str(), flags | O_CLOEXEC, mode);
-                    }));
+  return open_leased(folder.disk(), folder.get(), name.c_str(), flags, mode);
 }
 
 bool write_all(const Descriptor& file, std::string_view text) {
@@ -76,16 +91,25 @@ std::optional<std::size_t> read_all(const Descriptor& file, char* buffer, std::s
   return done;
 }
 
-std::optional<std::string> read_regular_file(const std::string& path, std::size_t most) {
+Result<std::string> read_regular_file(const std::string& path, std::size_t most) {
+  const auto failure = [&](std::string reason) {
+    return Failure{path, "read it", std::move(reason)};
+  };
   const auto file = open_path(system_disk(), path, O_RDONLY | O_NONBLOCK);
   struct stat status{};
-  if (!file || !describe(file, status) || !S_ISREG(status.st_mode) ||
-      static_cast<std::size_t>(status.st_size) > most)
-    return std::nullopt;
+  if (!file || !describe(file, status)) {
+    const bool missing = errno == ENOENT || errno == ENOTDIR;
+    return Failure{path, "read it", system_reason(),
+                   missing ? Failure::Kind::missing : Failure::Kind::other};
+  }
+  if (!S_ISREG(status.st_mode))
+    return failure("it is not a regular file");
+  if (static_cast<std::size_t>(status.st_size) > most)
+    return failure("it is larger than " + std::to_string(most >> 20) + " MiB");
   std::string text(static_cast<std::size_t>(status.st_size), '\0');
   const auto length = read_all(file, text.data(), text.size());
   if (!length)
-    return std::nullopt;
+    return failure(system_reason());
   text.resize(*length);
   return text;
 }

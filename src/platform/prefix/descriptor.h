@@ -51,9 +51,9 @@ bool write_all(const Descriptor& file, std::string_view text);
 std::optional<std::size_t> read_all(const Descriptor& file, char* buffer, std::size_t size,
                                     std::size_t from = 0);
 
-// The content of a regular file. Nullopt for any other, one that is larger than `most` bytes, and
-// one that cannot be read.
-std::optional<std::string> read_regular_file(const std::string& path, std::size_t most);
+// The content of a regular file. Fails for any other, one that is larger than `most` bytes, and one
+// that cannot be read.
+Result<std::string> read_regular_file(const std::string& path, std::size_t most);
 
 // The status of an open file; false, with errno set, on failure.
 bool describe(const Descriptor& file, struct stat& status);

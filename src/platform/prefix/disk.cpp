@@ -4,8 +4,8 @@
 #include "platform/parallel.h"
 
 #include <algorithm>
-#include <array>
 #include <cstdio>
+#include <vector>
 
 #include <dirent.h>
 #include <fcntl.h>
@@ -56,10 +56,14 @@ int Disk::lease(int file) {
 
 int Disk::copy_acl(int from, int to) {
   constexpr char name[] = "system.posix_acl_access";
-  std::array<char, 1 << 16> acl;  // no attribute is larger
-  const ssize_t size = ::fgetxattr(from, name, acl.data(), acl.size());
-  if (size >= 0)
-    return ::fsetxattr(to, name, acl.data(), static_cast<std::size_t>(size), 0) == 0 ? 1 : -1;
+  const ssize_t size = ::fgetxattr(from, name, nullptr, 0);
+  if (size >= 0) {
+    std::vector<char> acl(static_cast<std::size_t>(size));
+    return ::fgetxattr(from, name, acl.data(), acl.size()) == size &&
+                   ::fsetxattr(to, name, acl.data(), acl.size(), 0) == 0
+               ? 1
+               : -1;
+  }
   if (errno != ENODATA)
     return errno == EOPNOTSUPP ? 0 : -1;
   return ::fgetxattr(to, name, nullptr, 0) > 0 ? ::fremovexattr(to, name) : 0;

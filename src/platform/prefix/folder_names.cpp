@@ -42,7 +42,7 @@ bool has_name(const Descriptor& folder, const std::string& name) {
 bool for_each_name(const Descriptor& folder, const Visit& visit) {
   if (!folder)
     return false;
-  alignas(dirent64) char buffer[1 << 15];
+  alignas(dirent64) char buffer[1 << 13];
   while (true) {
     const ssize_t length = folder.disk().names(folder.get(), buffer, sizeof buffer);
     if (length <= 0)

@@ -172,6 +172,8 @@ std::vector<fs::path> named_in(const fs::path& file, Texts (*named)(std::string_
                                const std::string& home) {
   const auto text = read_regular_file(file.string(), max_list_size);
   auto names = text ? named(*text) : Texts();
+  std::set<std::string> known;
+  std::erase_if(names, [&](const std::string& name) { return !known.insert(name).second; });
   names.resize(std::min(names.size(), max_named));
   std::vector<fs::path> paths;
   for (const auto& name : names) {

@@ -66,7 +66,7 @@ bool exists_at(Disk& disk, const std::string& path) {
 }
 
 Failure missing(const std::string& path) {
-  return {path, "find it", "there is no such file or folder", true};
+  return {path, "find it", "there is no such file or folder", Failure::Kind::missing};
 }
 
 // The failure to open a parent folder, by errno.
@@ -85,7 +85,7 @@ Result<std::string> Paths::drive_root(const std::string& path) const {
   const std::string from = has_drive(path) ? path : windows_path(current_folder);
   const auto root = roots.find(ascii_upper(from[0]));
   if (root == roots.end())
-    return Failure{path, "find it", "there is no such drive", true};
+    return Failure{path, "find it", "there is no such drive", Failure::Kind::missing};
   if (root->second.empty())
     return Failure{path, "find it", "the drive is not ready"};
   return without_slash(root->second);

@@ -1,12 +1,8 @@
 // Tells whether a folder is a Wine prefix, and what is wrong with one that is not.
 #include "platform/prefix/prefix_check.h"
 
+#include "platform/files.h"
 #include "platform/prefix/descriptor.h"
-
-#include <cerrno>
-
-#include <fcntl.h>
-#include <sys/stat.h>
 
 namespace fs = std::filesystem;
 
@@ -28,14 +24,11 @@ std::string suggest(const fs::path& folder) {
 
 // Why the registry cannot be read; empty if it can.
 std::string registry_problem(const fs::path& folder) {
-  struct stat status{};
-  const auto registry =
-      open_path(system_disk(), (folder / "system.reg").string(), O_RDONLY | O_NONBLOCK);
-  if (registry && describe(registry, status))
-    return S_ISREG(status.st_mode) ? "" : "its system.reg is not a regular file";
-  const bool missing = errno == ENOENT || errno == ENOTDIR;
-  if (!missing)
-    return "its system.reg cannot be read: " + system_reason();
+  const auto registry = read_regular_file((folder / "system.reg").string(), Files::max_file_size);
+  if (registry)
+    return "";
+  if (!registry.failure().missing())
+    return "its system.reg cannot be read: " + registry.failure().reason;
   std::error_code ignored;
   return fs::is_directory(folder, ignored) ? "it has no system.reg" : "there is no such folder";
 }

@@ -19,7 +19,8 @@
 namespace {
 
 Failure failure(const std::string& path, const char* action) {
-  return {path, action, system_reason(), errno == ENOENT};
+  const bool missing = errno == ENOENT;
+  return {path, action, system_reason(), missing ? Failure::Kind::missing : Failure::Kind::other};
 }
 
 // A map has itself open, its folder, up to two results, a copied backup, and two more for an older
@@ -129,7 +130,7 @@ Result<std::string> PrefixFiles::lookup(const std::string& path, Match match) {
   if (inside)
     return first_listed_file(path);
   const auto location = paths.find(path);
-  if (!location && !location.failure().missing)
+  if (!location && !location.failure().missing())
     return location.failure();
   if (!location || !location->exists || is_hidden(location->name) || path.ends_with("\\."))
     return std::string();
@@ -172,7 +173,7 @@ Result<std::string> PrefixFiles::full_path(const std::string& folder) {
 }
 
 Result<ReadFile> PrefixFiles::read_file(const std::string& path) {
-  const Failure missing{path, "read it", "the file is missing", true};
+  const Failure missing{path, "read it", "the file is missing", Failure::Kind::missing};
   auto opened = open(path, O_RDONLY | O_NONBLOCK, "read it");
   if (!opened) {
     const auto name = lookup(path, Match::files);
@@ -236,7 +237,8 @@ void PrefixFiles::flush(std::span<Unflushed> files) {
   for (std::size_t i = 0; i < opened.size(); ++i) {
     errno = errors[i];
     if (errno != 0)
-      opened[i]->flushed = map_of(*opened[i]).last_error();
+      opened[i]->flushed =
+          Failure{opened[i]->map.path, "flush it", system_reason(), Failure::Kind::unconfirmed};
   }
 }
 

@@ -52,13 +52,22 @@ bool rename_at_no_replace(const Descriptor& folder, const std::string& from,
     return true;
   if (errno != EINVAL && errno != ENOSYS)
     return false;
-  // The file system does not know the flag.
-  struct stat taken;
-  if (stat_at(folder, to, taken)) {
-    errno = EEXIST;
+  // The file system does not know the flag. An empty file takes the name first, which replaces
+  // nothing, and is renamed over.
+  if (!open_at(folder, to, O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW, 0600))
     return false;
-  }
-  return uninterrupted([&] { return disk.rename(at, from.c_str(), to.c_str(), 0); }) == 0;
+  if (uninterrupted([&] { return disk.rename(at, from.c_str(), to.c_str(), 0); }) == 0)
+    return true;
+  const int error = errno;
+  disk.remove(at, to.c_str());
+  errno = error;
+  return false;
+}
+
+// What another map of the batch may have used up, and will have given back.
+bool is_shortage(int error) {
+  return error == ENOMEM || error == EMFILE || error == ENFILE || error == ENOSPC ||
+         error == EDQUOT;
 }
 
 }  // namespace
@@ -75,7 +84,10 @@ PrefixMap::~PrefixMap() {
     names->changed(folder);
 }
 
-Failure PrefixMap::last_error() const { return failure(system_reason()); }
+Failure PrefixMap::last_error() const {
+  const auto kind = is_shortage(errno) ? Failure::Kind::shortage : Failure::Kind::other;
+  return {path, "convert it", system_reason(), kind};
+}
 
 OpenMap::FileState PrefixMap::state_from(const struct stat& status) {
   const auto& time = status.st_mtim;
@@ -94,7 +106,8 @@ Result<OpenMap::FileState> PrefixMap::lock() {
   names = FolderNames::of(folder, known_names);
   if (names->append_only())
     return failure("nothing may be renamed in its folder");
-  if (file.disk().lock(file.get()) != 0 && errno == EWOULDBLOCK)
+  locked = file.disk().lock(file.get()) == 0;
+  if (!locked && errno == EWOULDBLOCK)
     return failure(locked_by_another);
   if (file.disk().lease(file.get()) != 0 && errno == EAGAIN)
     return failure(open_in_another);
@@ -230,14 +243,8 @@ Result<Done> PrefixMap::rename(const std::string& from, const std::string& to, c
   return Done{};
 }
 
-// What gets a temporary name must be locked like any temporary file.
 Result<bool> PrefixMap::rename_no_replace(const std::string& from, const std::string& to) {
   names->added(to);
-  if (is_temporary(to)) {
-    others.push_back(open_at(folder, from, O_RDONLY | O_NOFOLLOW | O_NONBLOCK));
-    if (others.back())
-      folder.disk().lock(others.back().get());
-  }
   if (set_permissions(from) && rename_at_no_replace(folder, from, to))
     return true;
   if (errno == EEXIST)
@@ -252,7 +259,7 @@ Result<bool> PrefixMap::link(const std::string& from, const std::string& to) {
     return true;
   if (lacks_hard_links(errno))
     return false;
-  return last_error();
+  return errno == EXDEV ? failure("another file is mounted over it") : last_error();
 }
 
 void remove_stale_temporary(const Descriptor& folder, const std::string& name) {

@@ -70,7 +70,7 @@ private:
   FolderNames::Known& known_names;
   std::shared_ptr<FolderNames> names;  // of the folder, once the map is locked
   std::vector<Written> written;
-  std::vector<Descriptor> others;  // what got a temporary name, for its lock; what is flushed
+  std::vector<Descriptor> others;  // what is flushed
 };
 
 // Removes the stale temporary `name`, which a killed run left in an open folder. The rule: the name

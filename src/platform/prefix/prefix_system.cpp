@@ -147,6 +147,13 @@ std::string PrefixSystem::explain_unregistered(const std::string& subject) {
   return ::explain_unregistered(prefix_folder, subject);
 }
 
+std::string PrefixSystem::explain_unread_user() {
+  const auto& failure = registry.user_failure();
+  return failure ? "the Wine prefix " + prefix_folder +
+                       " cannot be used: its user.reg cannot be read: " + failure->reason
+                 : "";
+}
+
 std::string PrefixSystem::environment(const std::string& name) {
   Variables known;
   return variable(name, known).value_or("");

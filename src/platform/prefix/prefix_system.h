@@ -23,6 +23,7 @@ public:
 
   bool may_have_key(std::string_view name) override;
   std::string explain_unregistered(const std::string& subject) override;
+  std::string explain_unread_user() override;
 
   // A variable of the process, else of the registry: one that Windows makes itself, the user's, or
   // the machine's. %NAME% is expanded, at all levels, in a registry value whose type asks for it

@@ -119,15 +119,20 @@ std::optional<RegistryValue> make_value(const std::string& data, const std::stri
 }  // namespace
 
 const std::string& Registry::Hive::read() {
-  if (!text)
-    text = read_regular_file(file.string(), Files::max_file_size).value_or("");
+  if (text)
+    return *text;
+  auto content = read_regular_file(file.string(), Files::max_file_size);
+  if (!content && !content.failure().missing())
+    failure = content.failure();
+  text = content ? *std::move(content) : "";
   return *text;
 }
 
 bool Registry::Hive::change(const Edit& edit) {
   std::error_code ignored;
   const bool missing = fs::symlink_status(file, ignored).type() == fs::file_type::not_found;
-  const auto old = missing ? std::string() : read_regular_file(file.string(), Files::max_file_size);
+  const auto old =
+      missing ? Result<std::string>("") : read_regular_file(file.string(), Files::max_file_size);
   if (!old)
     return false;
   const auto changed = edit(*old);

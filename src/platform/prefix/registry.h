@@ -4,6 +4,7 @@
 #pragma once
 
 #include "platform/prefix/registry_text.h"
+#include "platform/result.h"
 
 #include <filesystem>
 #include <functional>
@@ -23,6 +24,9 @@ public:
   // change; one that is missing, unreadable or larger than 1 GiB counts as empty. %NAME% in an
   // expandable text is not expanded.
   std::optional<RegistryValue> read(const std::string& value_path);
+
+  // Why the user's file, as far as it was read, counts as empty although it is there.
+  const std::optional<Failure>& user_failure() const { return current_user.failure; }
 
   // Whether the text of system.reg contains `name`, as that of a key or in another place.
   bool may_have_key(std::string_view name);
@@ -47,6 +51,7 @@ private:
 
     std::filesystem::path file;
     std::optional<std::string> text{};  // once it was read
+    std::optional<Failure> failure{};   // why it counts as empty although it is there
 
     const std::string& read();
     // Edits the file as it is now; false if nothing was changed.

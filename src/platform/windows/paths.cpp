@@ -67,7 +67,7 @@ std::string Location::text() const {
 
 Result<Location> locate(const std::string& path) {
   if (path.empty())
-    return Failure{path, "find it", "it has no name", true};
+    return Failure{path, "find it", "it has no name", Failure::Kind::missing};
   std::string_view rest = path;
   Location location{take_root(rest), {}};
   if (location.root.empty()) {

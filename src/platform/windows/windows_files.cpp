@@ -21,7 +21,7 @@ WindowsMap& map_of(const Unflushed& file) { return static_cast<WindowsMap&>(file
 Failure failure(const std::string& path, const char* action) {
   const DWORD error = GetLastError();
   const bool missing = error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND;
-  return {path, action, system_reason(), missing};
+  return {path, action, system_reason(), missing ? Failure::Kind::missing : Failure::Kind::other};
 }
 
 // Information about what a path leads to, symlinks followed; nullopt when there is nothing.
@@ -157,7 +157,7 @@ Result<WindowsFiles::ReadFile> WindowsFiles::read_file(const std::string& path) 
   if (!name)
     return name.failure();
   if (name->empty())
-    return Failure{path, "read it", "the file is missing", true};
+    return Failure{path, "read it", "the file is missing", Failure::Kind::missing};
   auto location = locate(path);
   if (!location)
     return location.failure();
@@ -214,7 +214,8 @@ void WindowsFiles::flush(std::span<Unflushed> files) {
     if (!handles[i])
       files[i].flushed = handles[i].failure();
     else if (errors[i] != ERROR_SUCCESS)
-      files[i].flushed = map_of(files[i]).last_error();
+      files[i].flushed =
+          Failure{files[i].map.path, "flush it", system_reason(), Failure::Kind::unconfirmed};
   }
 }
 

@@ -56,6 +56,14 @@ bool delete_file(const std::wstring& path) {
 
 std::uint64_t joined(DWORD high, DWORD low) { return std::uint64_t{high} << 32 | low; }
 
+// What another map of the batch may have used up, and will have given back.
+bool is_shortage(DWORD error) {
+  return error == ERROR_DISK_FULL || error == ERROR_HANDLE_DISK_FULL ||
+         error == ERROR_NOT_ENOUGH_MEMORY || error == ERROR_OUTOFMEMORY ||
+         error == ERROR_TOO_MANY_OPEN_FILES || error == ERROR_NO_SYSTEM_RESOURCES ||
+         error == ERROR_DISK_QUOTA_EXCEEDED;
+}
+
 bool is_taken(DWORD error) { return error == ERROR_ALREADY_EXISTS || error == ERROR_FILE_EXISTS; }
 
 }  // namespace
@@ -66,7 +74,10 @@ WindowsMap::WindowsMap(std::string path_in, std::wstring folder_in, std::string 
       folder(folder_in.ends_with(L'\\') ? std::move(folder_in) : folder_in + L"\\"),
       retry_budget(std::move(retry_in)) {}
 
-Failure WindowsMap::last_error() const { return failure(system_reason()); }
+Failure WindowsMap::last_error() const {
+  const auto kind = is_shortage(GetLastError()) ? Failure::Kind::shortage : Failure::Kind::other;
+  return {path, "convert it", system_reason(), kind};
+}
 
 std::wstring WindowsMap::path_of(const std::string& entry) const { return folder + widen(entry); }
 
@@ -91,10 +102,15 @@ Result<OpenMap::FileState> WindowsMap::lock() {
     return kind.failure();
   if (*kind == Kind::folder || *kind == Kind::other)
     return failure(not_ordinary);
-  const auto locked = lock_entry(name);
+  // A program that has it open may forbid to rename it, and would forbid to undo what was begun.
+  if (!open_with_retry(retry_budget, path_of(name), DELETE, OPEN_EXISTING,
+                       FILE_FLAG_OPEN_REPARSE_POINT))
+    return last_error();
+  const auto taken = lock_entry(name);
+  if (!taken)
+    return taken.failure();
+  locked = *taken;
   if (!locked)
-    return locked.failure();
-  if (!*locked)
     return failure(locked_by_another);
   map_attributes = GetFileAttributesW(path_of(name).c_str());
   if (map_attributes == INVALID_FILE_ATTRIBUTES)
@@ -201,8 +217,10 @@ bool WindowsMap::move_file(const std::string& from, const std::string& to, DWORD
 }
 
 void WindowsMap::unhide(const std::string& entry) {
-  if (is_temporary(entry))
-    set_attributes(path_of(entry), GetFileAttributesW(path_of(entry).c_str()) & permissions);
+  const DWORD attributes = GetFileAttributesW(path_of(entry).c_str());
+  if (is_temporary(entry) && attributes != INVALID_FILE_ATTRIBUTES &&
+      (attributes & FILE_ATTRIBUTE_HIDDEN))
+    set_attributes(path_of(entry), attributes & permissions);
 }
 
 // Hard links to one file share its attributes: the read-only attribute that was cleared for `to` is
@@ -221,9 +239,6 @@ Result<Done> WindowsMap::rename(const std::string& from, const std::string& to,
 }
 
 Result<bool> WindowsMap::rename_no_replace(const std::string& from, const std::string& to) {
-  if (is_temporary(to))
-    if (const auto ours = lock_entry(to); !ours)
-      return ours.failure();
   unhide(from);
   if (move_file(from, to, 0))
     return true;
@@ -234,6 +249,8 @@ Result<bool> WindowsMap::rename_no_replace(const std::string& from, const std::s
 
 // File systems without hard links fail with many different errors.
 Result<bool> WindowsMap::link(const std::string& from, const std::string& to) {
+  if (const auto ours = lock_entry(to); !ours)  // like every temporary file
+    return ours.failure();
   if (CreateHardLinkW(path_of(to).c_str(), path_of(from).c_str(), nullptr))
     return true;
   if (is_taken(GetLastError()))

@@ -182,7 +182,7 @@ TEST_F(MachineSearch, TakesNoMoreThanAHundredPathsFromAFile) {
   const std::string list = (home / ".config/lutris/games/1.yml").string();
   std::string lines;
   for (int i = 0; i < 99; ++i)
-    lines += "prefix: /nowhere\n";
+    lines += "prefix: /nowhere" + std::to_string(i) + "\nprefix: /nowhere0\n";
   write_file(list, lines + "prefix: " + prefix + "\n");
   EXPECT_EQ(find().folder, prefix);
   write_file(list, lines + "prefix: /nowhere\nprefix: " + prefix + "\n");
