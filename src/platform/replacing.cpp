@@ -117,7 +117,7 @@ private:
   Result<Done> check_unchanged(bool by_state);
   Result<Done> check_content();
   Result<Done> check_state(const std::string& name);
-  Result<bool> holds_map(const std::string& name);
+  Result<bool> holds(const std::string& name, std::string_view content);
   Result<Done> move_aside(const std::string& name);
   bool is_map(const std::string& name);
   bool is_own_backup(const OpenMap::FileState& now) const {
@@ -143,7 +143,7 @@ private:
   std::vector<std::string> companions;  // their names as the folder spells them, in order
   std::vector<Prepared> prepared;       // the companions, then the map
   std::string older_backup;             // as the folder spells it; empty when there is none
-  bool replaces_equal = false;          // an older backup that holds what the map holds
+  bool replaces_older = false;          // a backup that holds what the map holds, or nothing
   std::optional<Temporary> made;        // the new backup, before it gets its name
   bool placed = false;                  // it has got its name
   bool backup_is_hard_link = false;     // to the map's own file
@@ -267,28 +267,30 @@ Result<Done> ReplacementBatch::Replacing::place(Prepared& file, const std::strin
 
 // A backup of other content makes room for the new one. Its new name is flushed before another
 // file gets the old one. One that holds what the map holds is replaced: whether it ever reached the
-// disk, nobody knows.
+// disk, nobody knows. So is an empty one: a run that was killed may have taken the name with it.
 Result<Done> ReplacementBatch::Replacing::move_older_backup() {
   if (older_backup.empty())
     return Done{};
-  const auto equal = holds_map(older_backup);
-  if (!equal)
-    return equal.failure();
-  replaces_equal = *equal;
-  if (!replaces_equal)
+  for (const std::string_view content : {std::string_view(was), std::string_view()}) {
+    const auto same = holds(older_backup, content);
+    if (!same)
+      return same.failure();
+    replaces_older |= *same;
+  }
+  if (!replaces_older)
     return move_aside(older_backup);
   backup = older_backup;
   return Done{};
 }
 
-// Whether an entry is a file that holds just what the map holds.
-Result<bool> ReplacementBatch::Replacing::holds_map(const std::string& name) {
+// Whether an entry is a file that holds just that.
+Result<bool> ReplacementBatch::Replacing::holds(const std::string& name, std::string_view content) {
   const auto kind = kind_of(name);
   if (!kind)
     return kind.failure();
   if (*kind != OpenMap::Kind::file)
     return false;
-  return with_action("read " + name, [&] { return map.holds(name, was); });
+  return with_action("read " + name, [&] { return map.holds(name, content); });
 }
 
 // Renames a backup to its own name with the first number that is free.
@@ -314,7 +316,7 @@ Result<Done> ReplacementBatch::Replacing::move_aside(const std::string& name) {
 // program that has the map open still writes to it is in the backup; a copy where the file system
 // has no hard links. A run that was killed may have made it.
 Result<Done> ReplacementBatch::Replacing::make_backup() {
-  if (backup.empty() || (replaces_equal && is_map(backup)))
+  if (backup.empty() || (replaces_older && is_map(backup)))
     return Done{};
   std::string free = OpenMap::temporary_name();
   const auto linked = with_action(backup_action(), [&] { return map.link(map.name, free); });
@@ -341,7 +343,7 @@ Result<Done> ReplacementBatch::Replacing::place_backup() {
     return Done{};
   if (made) {
     const auto renamed = with_action(backup_action(), [&] {
-      return replaces_equal ? made->rename(backup, "") : made->rename_no_replace(backup);
+      return replaces_older ? made->rename(backup, "") : made->rename_no_replace(backup);
     });
     if (!renamed)
       return renamed.failure();
@@ -360,7 +362,7 @@ Result<Done> ReplacementBatch::Replacing::check_made(const std::string& name) {
     return now.failure();
   backup_is_hard_link = now->same_file(state);
   backup_state = *now;
-  const auto equal = backup_is_hard_link ? Result<bool>(*now == state) : holds_map(name);
+  const auto equal = backup_is_hard_link ? Result<bool>(*now == state) : holds(name, was);
   if (!equal)
     return equal.failure();
   return *equal ? Result<Done>(Done{}) : changed();
@@ -393,7 +395,7 @@ Result<Done> ReplacementBatch::Replacing::replace() {
 // another run may have converted it, and the backup may be the only one. Returns what is to be said
 // of a backup that stays.
 std::string ReplacementBatch::Replacing::take_back_backup() {
-  if (!placed || replaces_equal)
+  if (!placed || replaces_older)
     return "";
   if (!map.locked)
     return "; its backup " + backup + " stays, since the map cannot be locked";

@@ -31,8 +31,8 @@ struct Replacement {
 // each whole and flushed before it gets its name. Just before a map is replaced it gets its backup
 // name as well, which is flushed too, so that at no instant is there neither the map nor its
 // backup, whole. A backup that is already there is kept: it is renamed to its own name with 2, 3,
-// ... appended, the first free one. If it holds just what the map holds, the new backup replaces
-// it: whether the older one ever reached the disk, nobody knows. Companions are found
+// ... appended, the first free one. If it holds just what the map holds, or nothing, the new backup
+// replaces it: whether the older one ever reached the disk, nobody knows. Companions are found
 // case-insensitively; a symlink is renamed or replaced like a file, never followed.
 //
 // A replacement fails when a folder has the name of a companion, when the map no longer holds what

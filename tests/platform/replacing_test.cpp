@@ -41,10 +41,13 @@ TEST_F(Replace, NumbersTheBackupsThatAreInItsWay) {
                               {"a.galold3", "third"}}));
 }
 
-TEST_F(Replace, ABackupWithTheSameContentStays) {
-  write_file(maps / "A.galold", "old");
-  EXPECT_TRUE(bool(replace()));
-  EXPECT_EQ(tree(maps), (Tree{{"a.galaxy", "new"}, {"A.galold", "old"}}));
+TEST_F(Replace, ABackupWithTheSameContentOrNoneIsReplaced) {
+  for (const char* older : {"old", ""}) {
+    write_file(maps / "a.galaxy", "old");
+    write_file(maps / "A.galold", older);
+    EXPECT_TRUE(bool(replace()));
+    EXPECT_EQ(tree(maps), (Tree{{"a.galaxy", "new"}, {"A.galold", "old"}}));
+  }
 
   // As a run leaves it that was killed between the backup and the map.
   fs::remove_all(maps);

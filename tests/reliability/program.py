@@ -1,15 +1,15 @@
 #!/usr/bin/env python3
-"""Gives the program itself trouble: kills, two runs at once, what a user may not do, a full disk, no
-memory, odd machines and power cuts. No map may ever be lost.
+"""Gives the program itself trouble: kills, two runs at once, what a user may not do, no memory, odd
+machines and disks. No map may ever be lost.
 
-    program.py BUILDFOLDER [--kills N] [--cuts N] [--seed N]
+    program.py BUILDFOLDER [--kills N] [--cuts N] [--blocks N] [--seed N]
 
 N kills for each edition (100), a fifth of them on each file system without power cuts, and twice as
-many failing allocations; N power cuts for each edition and file system that has them (20). The seed repeats a run's random moments.
-What needs root, mounts or mkfs is skipped where that is missing.
+many failing allocations; N power cuts for each edition and file system that has them (20); N blocks
+that cannot be written on each file system (8). The seed repeats a run's random moments. What needs
+root, mounts or mkfs is skipped where that is missing.
 """
 import argparse
-import contextlib
 import fcntl
 import os
 import pathlib
@@ -17,155 +17,16 @@ import random
 import resource
 import shutil
 import signal
-import statistics
-import struct
 import subprocess
 import sys
 import tempfile
 import time
 
-COUNT = 15  # maps
-OPEN_FILES = 39, 46, 64, 1024  # limits, which bound a batch
+from disks import can_make, cut_power, fail_blocks, fill_disk, kill_on, run_short_of_space
+from machine import COUNT, EDITIONS, MEGABYTE, Machine, kill, put, succeeds, tree
+
 NOBODY = 65534
 SIGNALS = signal.SIGINT, signal.SIGTERM, signal.SIGHUP  # that end a run after the maps in hand
-MEGABYTE = 1 << 20
-DISK = 320 * MEGABYTE  # some kinds want 300 MB; the file is sparse
-SHUT_DOWN, FLUSHING_NOTHING = 0x8004587D, 2  # XFS_IOC_GOINGDOWN, which ext4 knows too
-MAKE = {"ext4": ["-q", "-F"], "xfs": ["-q", "-f"], "btrfs": ["-q", "-f"], "ntfs": ["-q", "-F", "-f"],
-        "exfat": []}
-MOUNT = {"ntfs": ["-t", "ntfs-3g"], "exfat": ["-t", "exfat-fuse", "-o", "nonempty"]}
-EDITIONS = {
-    "base": "AppData/Local/Kettlewick Games/Vorakai",
-    "expansion": "Documents/My Games/Kettlewick Games/Vorakai Tarnfall",
-}
-
-
-def tree(folder):
-    """The files below a folder with their contents."""
-    return {str(p.relative_to(folder)): p.read_bytes() for p in folder.rglob("*") if p.is_file()}
-
-
-@contextlib.contextmanager
-def mounted(*arguments):
-    subprocess.run(["mount", *arguments], check=True, stdout=subprocess.DEVNULL)
-    try:
-        yield
-    finally:
-        subprocess.run(["umount", "-l", arguments[-1]], check=True)
-
-
-def put(path, content):
-    path.parent.mkdir(parents=True, exist_ok=True)
-    path.write_bytes(content)
-
-
-class Machine:
-    """A sample machine whose only maps are in `maps`."""
-
-    def __init__(self, build, program, scratch, edition):
-        self.root = pathlib.Path(scratch) / edition
-        subprocess.run(["bash", "-c", 'source scripts/common.sh; make_sample "$@"', "bash", edition,
-                        str(self.root), str(build)], check=True)
-        found = [p for p in self.root.rglob("*") if p.suffix.lower() == ".galaxy" and p.is_file()]
-        sample = "Rung One" if edition == "expansion" else "Amber Reach"
-        self.old = next(p for p in found if p.stem == sample).read_bytes()
-        for path in found:
-            path.unlink()
-        self.edition = edition
-        self.drive = self.root / "machine/drive_c"
-        self.user = self.drive / "users/player" / EDITIONS[edition]
-        self.maps = self.user / "maps"
-        self.program = program
-        self.sanitized = b"__asan_init" in pathlib.Path(program).read_bytes()
-        self.converted = None
-
-    def start(self, env=(), **how):
-        """Starts a silent run, whose batches are of one, two, four or all maps."""
-        how.setdefault("preexec_fn", lambda files=random.choice(OPEN_FILES): resource.setrlimit(
-            resource.RLIMIT_NOFILE, (files, files)))
-        hidden = ("DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM")
-        environment = {k: v for k, v in os.environ.items() if k not in hidden}
-        environment.update(env, WINEPREFIX=str(self.root / "machine"), LC_ALL="C.UTF-8")
-        return subprocess.Popen([self.program, "/silent"], cwd=self.root / "data", env=environment,
-                                stdout=subprocess.PIPE, stderr=subprocess.STDOUT, **how)
-
-    def run(self, megabytes=None, said="", **how):
-        """Runs the program to its end; it must say that and use at most that much memory."""
-        process = self.start(**how)
-        reported = process.stdout.read().decode()
-        _, status, usage = os.wait4(process.pid, 0)
-        process.returncode = os.waitstatus_to_exitcode(status)
-        assert reported == said or said and said in reported, reported
-        assert process.returncode == (1 if said else 0), process.returncode
-        if megabytes:
-            print(f"memory: {usage.ru_maxrss // 1024} of {megabytes} MB")
-            assert self.sanitized or usage.ru_maxrss <= megabytes * 1024
-        return reported
-
-    def map(self, i):
-        return self.old + b"~map %d\r\n" % i
-
-    def fill(self, count=COUNT):
-        """Makes maps without a backup, with an older one of other content, or with an equal one."""
-        shutil.rmtree(self.maps, ignore_errors=True)
-        for i in range(count):
-            put(self.maps / f"map{i}.galaxy", self.map(i))
-            if i % 3:
-                put(self.maps / f"map{i}.GALold", self.map(1000 + i) if i % 3 == 1 else self.map(i))
-
-    def measure(self):
-        """Looks at a few runs that nobody disturbs."""
-        times = []
-        for _ in range(5):
-            self.fill()
-            start = time.monotonic()
-            self.run()
-            times.append(time.monotonic() - start)
-        self.median = statistics.median(times)
-        self.converted = tree(self.maps)
-        for i in range(COUNT):
-            assert self.converted[f"map{i}.galaxy"] != self.map(i)
-        self.check(self.converted)
-
-    def any_moment(self):
-        time.sleep(random.uniform(0, self.median))
-
-    def check(self, left):
-        """Checks the promise; returns whether some maps are converted and some are not."""
-        done = 0
-        for i in range(COUNT):
-            own = left[f"map{i}.galaxy"]
-            backups = [c for n, c in left.items() if n.lower().startswith(f"map{i}.galold")]
-            assert own in (self.map(i), self.converted[f"map{i}.galaxy"]), f"map{i} is half converted"
-            assert own == self.map(i) or self.map(i) in backups, f"map{i} is lost"
-            assert i % 3 != 1 or self.map(1000 + i) in backups, f"map{i}'s older backup is lost"
-            done += own != self.map(i)
-        return 0 < done < COUNT
-
-    def finish(self):
-        """A run to its end must leave what undisturbed ones do. A backup whose name was taken away just
-        before a kill is made anew, spelled like the map."""
-        self.run()
-        lowered = [{name.lower(): content for name, content in left.items()}
-                   for left in (tree(self.maps), self.converted)]
-        assert lowered[0] == lowered[1]
-
-
-def kill(machine, kills, kind="memory"):
-    midway = done = 0
-    while done < kills:
-        machine.fill()
-        killed = True
-        while killed and done < kills:
-            process = machine.start()
-            machine.any_moment()
-            process.kill()
-            killed = process.wait() == -signal.SIGKILL
-            done += killed
-            midway += killed and machine.check(tree(machine.maps))
-        machine.finish()
-    print(f"{machine.edition}, {kind}: {kills} kills, {midway} with some maps converted and some not")
-    assert midway or kills < 20
 
 
 def stopped_when(machine, seen, **how):
@@ -199,7 +60,8 @@ def run_two_at_once(machine):
 
 
 def run_as_nobody(machine):
-    """What the user may not do is reported, and the rest is converted."""
+    """What the user may not do is reported, and the rest is converted. A map that is skipped has no
+    backup beside it, which would later be put over its owner's newer work."""
     for path in (machine.root.parent, *machine.drive.parents):
         if str(path).startswith(str(machine.root.parent)):
             path.chmod(0o755)
@@ -209,6 +71,7 @@ def run_as_nobody(machine):
         ("unreadable/b.galaxy", False, 0o600, "Permission denied"),
         ("longname/" + "x" * 248 + ".galaxy", True, 0o644, "File name too long"),
         ("taken/c.galaxy", True, 0o644, "a folder has the name c.galold"),
+        ("sticky/s.galaxy", False, 0o666, "Operation not permitted"),
         ("fine/d.galaxy", True, 0o640, None),
         ("nolinks/e.galaxy", None, 0o6664, None),  # only the folder is
     ]
@@ -221,6 +84,7 @@ def run_as_nobody(machine):
         if ours is not False:
             os.chown(path.parent, NOBODY, NOBODY)
         path.chmod(mode)
+    (machine.maps / "sticky").chmod(0o1777)
     put(machine.maps / "longname" / ("x" * 248 + ".galold"), b"older")
     (machine.maps / "taken/c.galold").mkdir()
     reported = machine.run(said="Permission denied", user=NOBODY, group=NOBODY, extra_groups=[])
@@ -229,6 +93,7 @@ def run_as_nobody(machine):
         assert (path.read_bytes() == machine.old) == bool(reason), name
         lines = [line for line in reported.splitlines() if path.name in line]
         assert reason in lines[0] if reason else not lines, reported
+        assert not reason or (path.with_suffix(".galold").is_file() == (len(name) > 200)), name
     # Its backup is a copy, as nobody may link to somebody else's file; what the user makes of it
     # does nothing in the user's name, nor shows the user's group what was another group's.
     result, backup = ((machine.maps / "nolinks" / name).stat() for name in ("e.galaxy", "e.galold"))
@@ -341,7 +206,7 @@ def interrupt(machine):
 
 
 def run_where_nothing_may_be_renamed(machine):
-    """No temporary file is left behind by a run that could not remove it."""
+    """No file is left behind by a run that could not remove it, nor beside a map that stays."""
     machine.fill()
     before = tree(machine.maps)
     if not succeeds("chattr", "+a", machine.maps):
@@ -351,18 +216,46 @@ def run_where_nothing_may_be_renamed(machine):
         assert tree(machine.maps) == before
     finally:
         subprocess.run(["chattr", "-a", machine.maps], check=True)
+    fixed = machine.maps / "map0.galaxy"
+    for attribute in "ia":
+        subprocess.run(["chattr", f"+{attribute}", fixed], check=True)
+        try:
+            machine.run(said="map0.galaxy: cannot")
+            left = tree(machine.maps)
+            assert left.pop("map0.galaxy") == machine.map(0) and "map0.galold" not in left, left
+        finally:
+            subprocess.run(["chattr", f"-{attribute}", fixed], check=True)
     machine.finish()
 
 
-def fill_disk(machine):
-    """A full disk loses nothing, and the rest is converted later."""
-    machine.maps.mkdir(exist_ok=True)
-    with mounted("-t", "tmpfs", "-o", "size=120k", "none", machine.user):
-        machine.fill()
-        machine.run(said="No space left on device")
-        machine.check(tree(machine.maps))
-        subprocess.run(["mount", "-o", "remount,size=4m", machine.user], check=True)
-        machine.finish()
+def run_beside_a_lease(machine):
+    """A file server has a lease on a map, which it gives up when it is asked to."""
+    machine.fill()
+    served = os.open(machine.maps / "map0.galaxy", os.O_RDWR)
+    read_end, write_end = os.pipe()
+    server = os.fork()
+    if server == 0:
+        def give_up(*_):
+            time.sleep(0.05)
+            fcntl.fcntl(served, fcntl.F_SETLEASE, fcntl.F_UNLCK)
+            os._exit(0)
+        signal.signal(signal.SIGIO, give_up)
+        fcntl.fcntl(served, fcntl.F_SETLEASE, fcntl.F_WRLCK)
+        os.write(write_end, b"x")
+        while True:
+            signal.pause()
+    os.close(served)
+    os.read(read_end, 1)
+    machine.run()
+    os.waitpid(server, 0)
+    machine.finish()
+
+
+def run_with_a_small_stack(machine):
+    machine.fill()
+    machine.run(preexec_fn=lambda: resource.setrlimit(
+        resource.RLIMIT_STACK, ((1 << 16) if not machine.sanitized else (1 << 23), -1)))
+    machine.finish()
 
 
 def run_odd_machines(machine):
@@ -414,89 +307,6 @@ def run_odd_machines(machine):
     shutil.rmtree(machine.maps)
 
 
-def make_file_system(kind, image, size=DISK):
-    with open(image, "wb") as file:
-        file.truncate(size)
-    subprocess.run([f"mkfs.{kind}", *MAKE[kind], image], check=True, capture_output=True)
-
-
-def on_file_system(kind, image, folder):
-    return mounted(*MOUNT.get(kind, []), "-o", "loop", image, folder)
-
-
-def cut_power(machine, kind, cuts):
-    """Stops a disk as a power cut would: what was not flushed to it never gets there. The disk is a
-    file on another file system, which forgets what it has not yet written itself."""
-    below, outer = machine.root / "below", machine.root / "outer"
-    below.mkdir(exist_ok=True)
-    make_file_system("ext4", outer, 2 * DISK)
-    midway = 0
-    with on_file_system("ext4", outer, below):
-        make_file_system(kind, below / "disk")
-        with on_file_system(kind, below / "disk", machine.user):
-            machine.measure()
-    for _ in range(cuts):
-        with on_file_system("ext4", outer, below), \
-                on_file_system(kind, below / "disk", machine.user):
-            machine.fill()
-            subprocess.run(["sync", "-f", machine.user], check=True)
-            process = machine.start()
-            machine.any_moment()
-            folder = os.open(below, os.O_RDONLY)
-            fcntl.ioctl(folder, SHUT_DOWN, struct.pack("I", FLUSHING_NOTHING))
-            os.close(folder)
-            process.kill()
-            process.communicate()
-        with on_file_system("ext4", outer, below), \
-                on_file_system(kind, below / "disk", machine.user):
-            midway += machine.check(tree(machine.maps))
-            machine.finish()
-    print(f"{machine.edition}, {kind}: {cuts} power cuts, {midway} amid conversions")
-    assert midway or cuts < 20
-
-
-def kill_on(machine, kind, kills):
-    """Kills runs on a file system of another kind."""
-    image = machine.root / "disk"
-    make_file_system(kind, image)
-    with on_file_system(kind, image, machine.user):
-        machine.measure()
-        kill(machine, kills, kind)
-
-
-def run_short_of_space(machine):
-    """Where backups are copies and there is room for all results and a few copies more, every map
-    is converted, although the maps of a batch want all their copies at once."""
-    image = machine.root / "disk"
-    make_file_system("exfat", image, 8 * MEGABYTE)
-    with on_file_system("exfat", image, machine.user):
-        for i in range(COUNT):
-            put(machine.maps / f"map{i}.galaxy", machine.map(i))
-        space = os.statvfs(machine.user)
-        left = COUNT * (len(machine.converted["map0.galaxy"]) // space.f_frsize + 1) + 4
-        put(machine.user / "filler", bytes((space.f_bavail - left) * space.f_frsize))
-        machine.run(preexec_fn=None)
-        for i in range(COUNT):
-            content = (machine.maps / f"map{i}.galaxy").read_bytes()
-            assert content == machine.converted[f"map{i}.galaxy"]
-
-
-def succeeds(*command):
-    return subprocess.run(command, capture_output=True, check=False).returncode == 0
-
-
-def can_make(kind, scratch):
-    """Whether a file system of a kind can be made and mounted."""
-    image, folder = os.path.join(scratch, kind), os.path.join(scratch, "mounted")
-    os.makedirs(folder, exist_ok=True)
-    try:
-        make_file_system(kind, image)
-        with on_file_system(kind, image, folder):
-            return True
-    except (OSError, subprocess.CalledProcessError):
-        return False
-
-
 def attempt(test, possible, *arguments):
     if possible:
         test(*arguments)
@@ -509,6 +319,7 @@ def main():
     parser.add_argument("build", type=pathlib.Path)
     parser.add_argument("--kills", type=int, default=100)
     parser.add_argument("--cuts", type=int, default=20)
+    parser.add_argument("--blocks", type=int, default=8)
     parser.add_argument("--seed", type=int, default=random.randrange(1 << 16))
     options = parser.parse_args()
     mounts = "OWN_MOUNTS" in os.environ
@@ -535,6 +346,8 @@ def main():
             if edition == "base":
                 run_odd_machines(machine)
                 run_beside_others(machine)
+                run_beside_a_lease(machine)
+                run_with_a_small_stack(machine)
                 attempt(run_short_of_memory, not machine.sanitized, machine, build, 2 * options.kills)
                 run_where_nothing_may_be_renamed(machine)
                 attempt(run_as_nobody, os.geteuid() == 0, machine)
@@ -545,6 +358,9 @@ def main():
             for kind in ("ntfs", "exfat"):
                 attempt(kill_on, mounts and can_make(kind, scratch), machine, kind,
                         options.kills // 5)
+            for kind in ("ext4", "ntfs", "exfat"):
+                attempt(fail_blocks, mounts and can_make(kind, scratch), machine, kind,
+                        options.blocks)
 
 
 if __name__ == "__main__":
