@@ -6,14 +6,16 @@ export WINEDEBUG=-all WINEDLLOVERRIDES='mscoree,mshtml=,winemenubuilder.exe=d'
 export LC_ALL=C.UTF-8  # so that file names are UTF-8 for Wine, too
 wine=/usr/lib/wine/wine64
 
-# start_wine <folder>: makes a fresh Wine prefix there, with a home folder of its own.
+# start_wine <folder>: makes a fresh Wine prefix there, with a home folder of its own. It is a
+# Windows 7, as Wine 8 makes it: Wine 10 makes a Windows 10.
 start_wine() {
   rm -rf "$1"
-  mkdir -p "$1/home"
+  mkdir -p "$1/home/Documents"  # to which Wine links that of the profile
   HOME=$(cd "$1/home" && pwd)
   WINEPREFIX=$(cd "$1" && pwd)/machine
   export HOME WINEPREFIX VORA_THROWAWAY_MACHINE=1
   "$wine" wineboot --init > "$1/wineboot" 2>&1
+  "$wine" winecfg /v win7
   save_wine
 }
 

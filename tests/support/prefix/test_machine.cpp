@@ -61,6 +61,8 @@ void TestMachine::set_version(const std::string& version) {
   set_registry(nt, "CurrentVersion", version);
 }
 
+bool TestMachine::hides_dots() const { return true; }
+
 std::unique_ptr<Files> TestMachine::files() const {
   return std::make_unique<PrefixFiles>(machine_of(*this));
 }

@@ -85,6 +85,11 @@ void TestMachine::set_version(const std::string& version) {
   changes->version = {2, part(0), std::min(part(2), 2u)};  // held at 6.2, as by Windows
 }
 
+bool TestMachine::hides_dots() const {
+  write_file(data / ".hidden", "");
+  return GetFileAttributesW((data / ".hidden").c_str()) & FILE_ATTRIBUTE_HIDDEN;
+}
+
 std::unique_ptr<Files> TestMachine::files() const {
   SetCurrentDirectoryW(data.c_str());
   return std::make_unique<WindowsFiles>();
