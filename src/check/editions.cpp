@@ -1,6 +1,7 @@
 // The templates of a folder, by edition and version.
 #include "check/editions.h"
 
+#include "check/sections.h"
 #include "engine/numbers.h"
 #include "platform/path_rules.h"
 
@@ -27,9 +28,9 @@ std::string join(const std::string& folder, const std::string& name) {
 Failure missing(const std::string& path) { return {path, "read it", "the file is missing", true}; }
 
 void set_baseline(Edition& edition, const std::string& path, const std::string& text) {
-  edition.baseline = path;
-  edition.baseline_lines = LineArray::split(text);
-  const auto version = version_of((*edition.baseline_lines)[1]);
+  edition.baseline_file = path;
+  edition.baseline.emplace(LineArray::split(text));
+  const auto version = version_of(edition.baseline->lines[1]);
   if (has_number(version))
     edition.version = numeric_value(version);
 }
@@ -51,9 +52,22 @@ void add_template(Edition& edition, const std::string& folder, const std::string
 
 }  // namespace
 
+bool Pair::is_readable() const {
+  return !old.failure && !current.failure && !is_one_line(old.lines.text()) &&
+         !is_one_line(current.lines.text());
+}
+
 const Pair* Edition::fix() const {
   const auto found = fixes.find(version ? number_text(*version) : "");
   return found == fixes.end() ? nullptr : &found->second;
+}
+
+std::vector<const Pair*> Edition::all_pairs() const {
+  std::vector<const Pair*> all;
+  for (const Pairs* kind : {&pairs, &fixes})
+    for (const auto& entry : *kind)
+      all.push_back(&entry.second);
+  return all;
 }
 
 bool is_template_name(const std::string& name) { return parse(name).has_value(); }
@@ -70,7 +84,7 @@ std::vector<Edition> find_editions(const std::string& folder, const Texts& texts
     for (const auto& [name, text] : texts)
       if (is_template_name(name) && ascii_lower(name[0]) == letter)
         add_template(edition, folder, name, text);
-    if (edition.baseline_lines || !edition.pairs.empty() || !edition.fixes.empty())
+    if (edition.baseline || !edition.pairs.empty() || !edition.fixes.empty())
       editions.push_back(std::move(edition));
   }
   return editions;

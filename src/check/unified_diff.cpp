@@ -84,8 +84,8 @@ std::vector<Change> compare(const Lines& old, const Lines& current,
                             const std::vector<Origin>& origins) {
   Diff diff(old, current);
   for (std::size_t j = 0; j < std::min(current.size(), origins.size()); ++j) {
-    const auto [i, copied] = origins[j];
-    if (!copied || i < diff.old_end || j < diff.new_end || old[i] != current[j])
+    const std::size_t i = origins[j].line;
+    if (origins[j].writer || i < diff.old_end || j < diff.new_end || old[i] != current[j])
       continue;
     diff.compare_until(i, j);
     diff.keep();
