@@ -62,22 +62,33 @@ std::string Baseline::missing(std::size_t a, std::size_t b) const {
   return "";
 }
 
-std::string Baseline::fault(std::size_t a, std::size_t b) const {
-  const bool opens = openers.contains(a), deeper = depth(b) > depth(a);
-  if (a == b && is_plain(a))
-    return "stands there twice";
-  if (deeper != opens)
-    return opens ? "follows, where deeper lines do" : "follows, where no deeper line does";
-  if (depth(b) == depth(a) && closers.contains(b))
-    return "follows, but ends deeper lines";
-  if (depth(b) < depth(a) && openers.contains(b))
-    return "follows, but the lines before it are not ended";
-  return "";
+bool Baseline::may_follow(std::size_t a, std::size_t b) const {
+  if (depth(b) < depth(a) && closers.contains(b))
+    return true;
+  return std::ranges::any_of(following, [&](const auto& known) {
+    const auto [x, y] = known;
+    return (y == b && depth(x) == depth(a)) ||
+           (x == a && depth(y) == depth(b) && closers.contains(y) == closers.contains(b));
+  });
 }
 
 bool Baseline::has_word_like(std::string_view start) const {
   const auto found = words.lower_bound(start);
   return found != words.end() && found->starts_with(start);
+}
+
+std::set<std::string_view> Baseline::words_like(std::string_view recognition) const {
+  std::set<std::string_view> found;
+  for (const std::string_view text : texts) {
+    const auto line = is_blank(recognition.front()) ? text : unindented(text);
+    if (!line.starts_with(recognition))
+      continue;
+    const auto rest = line.substr(recognition.size());
+    if (rest.empty() || !is_letter(rest.front()))
+      return {};
+    found.insert(first_word(text));
+  }
+  return found;
 }
 
 std::size_t Baseline::depth(std::size_t kind) const {

@@ -33,13 +33,19 @@ public:
   // where another block may begin or end.
   std::string missing(std::size_t a, std::size_t b) const;
 
-  // What is wrong with a line of the kind `b` behind one of the kind `a`, by the indentation of the
-  // baseline; empty when nothing is.
-  std::string fault(std::size_t a, std::size_t b) const;
+  // Whether a line of the kind `b` may stand behind one of the kind `a`, by the indentation: in the
+  // baseline it stands behind such a deep one, or a similar line stands behind that one.
+  bool may_follow(std::size_t a, std::size_t b) const;
 
   // Whether a line's first word is, or begins with, the given text.
   bool has_word(std::string_view word) const { return words.contains(word); }
   bool has_word_like(std::string_view start) const;
+
+  // The first words of the lines that begin like a recognition line, unless one of them is like it
+  // up to the word's end. The indentation is left out where the recognition line has none.
+  std::set<std::string_view> words_like(std::string_view recognition) const;
+
+  std::set<std::string, std::less<>> words;  // with which lines begin
 
 private:
   std::size_t depth(std::size_t kind) const;
@@ -50,5 +56,4 @@ private:
   std::vector<std::size_t> order;  // the kinds of the baseline's lines
   std::set<std::pair<std::size_t, std::size_t>> following;
   std::set<std::size_t> openers, closers;  // a deeper line follows, or stands before
-  std::set<std::string, std::less<>> words;
 };

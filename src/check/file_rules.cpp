@@ -6,6 +6,8 @@
 
 #include <algorithm>
 #include <cmath>
+#include <map>
+#include <set>
 
 namespace {
 
@@ -61,6 +63,18 @@ bool writes_version(const Edition& edition, const NewTemplate& current) {
         numeric_value(version_of(current.lines[i])) == *edition.version)
       return true;
   return false;
+}
+
+std::vector<const Pair*> newest_first(const Pairs& pairs) {
+  std::vector<std::pair<double, const Pair*>> sorted;
+  for (const auto& [version, pair] : pairs)
+    if (pair.is_readable())
+      sorted.emplace_back(-numeric_value(version), &pair);
+  std::ranges::sort(sorted);
+  std::vector<const Pair*> result;
+  for (const auto& [version, pair] : sorted)
+    result.push_back(pair);
+  return result;
 }
 
 // The pairs that are there and that maps need, with the version lines of these.
@@ -166,29 +180,45 @@ void version_line(const Edition& edition, const Report& report) {
 }
 
 // A word that a newer pair recognises at the start of a line is gone when the baseline has no line
-// like it. An older pair has to know it, or its maps keep the line.
+// like it. An older pair has to know it, or what is written for it, or its maps keep the line.
 void forgotten_word(const Edition& edition, const Report& report) {
   if (!edition.baseline || !edition.baseline->shows_map())
     return;
-  std::set<std::string> known;  // by the pairs that were gone through, the newest first
-  std::vector<std::pair<double, const Pair*>> pairs;
-  for (const auto& [version, pair] : edition.pairs)
-    pairs.emplace_back(-numeric_value(version), &pair);
-  std::ranges::sort(pairs);
-  for (const auto& [version, pair] : pairs) {
-    std::set<std::string> own;
-    for (const Template* file :
-         {static_cast<const Template*>(&pair->old), static_cast<const Template*>(&pair->current)})
-      for (std::size_t i = 1; i < file->lines.size(); ++i)
-        own.emplace(first_word(file->lines[i]));
-    for (const std::string& word : known)
-      if (!own.contains(word) && pair->is_readable())
-        report({pair->old.filename, 0}, "no line of the pair is about " + quoted(word) +
-                                            ", which a newer pair recognises and the baseline has "
-                                            "no more");
+  std::map<std::string_view, std::set<std::string_view>> gone;  // with the words written for them
+  for (const Pair* pair : newest_first(edition.pairs)) {
+    std::set<std::string_view> own;
+    for (std::size_t i = 1; i < pair->old.lines.size(); ++i)
+      own.insert(first_word(pair->old.lines[i]));
+    for (std::size_t i = 1; i < pair->current.lines.size(); ++i)
+      own.insert(first_word(pair->current.lines[i]));
+    for (const auto& [word, written] : gone)
+      if (!own.contains(word) &&
+          std::ranges::none_of(written, [&](auto w) { return own.contains(w); }))
+        report({pair->old.filename, 0},
+               "no line of the pair is about " + quoted(word) +
+                   ", which a newer pair recognises and the baseline has no more");
     for (std::size_t i = 1; i < pair->old.lines.size(); ++i)
       if (const auto word = first_word(pair->old.lines[i]);
           recognises(pair->old, i) && !word.empty() && !edition.baseline->has_word_like(word))
-        known.emplace(word);
+        for (auto [k, end] = output_of(pair->current, sectionof(pair->old, i)); k < end; ++k)
+          gone[word].insert(first_word(pair->current.lines[k]));
   }
+}
+
+void other_width(const Edition& edition, const Report& report) {
+  std::map<std::string_view, const NewTemplate*> wide;
+  const auto visit = [&](Marker marker, const auto& found) {
+    for (const auto& [version, pair] : edition.pairs)
+      for (std::size_t i = 0; i < pair.current.lines.size(); ++i)
+        if (pair.current.output[i].marker == marker)
+          found(pair.current, i, pair.current.output[i].text);
+  };
+  visit(Marker::last_two,
+        [&](const NewTemplate& file, std::size_t, std::string_view text) { wide[text] = &file; });
+  visit(Marker::last_character, [&](const NewTemplate& file, std::size_t i, std::string_view text) {
+    if (const auto at = wide.find(text); at != wide.end() && at->second != &file)
+      report({file.filename, i, text.size() + 1}, quoted(file.lines[i]) +
+                                                      " takes one character, but two in " +
+                                                      name_of(at->second->filename));
+  });
 }

@@ -53,6 +53,20 @@ std::string marker_fault(const Edition& edition, const OutputLine& output, std::
   return "";
 }
 
+// What is odd about a recognition line, compared with the lines of the baseline; empty if nothing.
+std::string oddity_of(const Baseline& baseline, std::string_view line) {
+  const auto word = first_word(line);
+  const auto begun = baseline.words_like(line);
+  if (baseline.words_like(" ").empty() && line.starts_with(' '))
+    return "begins with a blank, but no line of the baseline does";
+  if (begun.size() > 1)
+    return "begins lines of " + quoted(*begun.begin()) + " and of " + quoted(*begun.rbegin());
+  for (const std::string& known : baseline.words)
+    if (known != word && lowered(known) == lowered(word) && !baseline.has_word(word))
+      return "has other capital letters than " + quoted(known) + " in the baseline";
+  return "";
+}
+
 }  // namespace
 
 // It stands where the names begin to differ: most likely a section is missing or too many there.
@@ -144,10 +158,32 @@ void shadowed(const Edition& edition, const Pair& pair, const Report& report) {
                                     ", recognises the same lines, and the last match wins");
 }
 
+void odd_recognition(const Edition& edition, const Pair& pair, const Report& report) {
+  for (std::size_t i = 1; i < pair.old.lines.size(); ++i)
+    if (edition.baseline && edition.baseline->shows_map() && recognises(pair.old, i))
+      if (const auto oddity = oddity_of(*edition.baseline, pair.old.lines[i]); !oddity.empty())
+        report({pair.old.filename, i}, quoted(pair.old.lines[i]) + " " + oddity);
+  std::vector<std::size_t> lines(pair.old.oldheads.size());
+  for (std::size_t i = 1; i < pair.old.lines.size(); ++i)
+    lines[sectionof(pair.old, i)] += recognises(pair.old, i) ? 1 : 0;
+  for (std::size_t s = 0; s < lines.size() && &pair == edition.fix(); ++s)
+    if (lines[s] == 1 || lines[s] == 2)
+      report(
+          {pair.old.filename, pair.old.oldheads[s]},
+          "a block of the fix pass begins only where three lines are recognised, but the section "
+          "has " +
+              counted(lines[s], "recognition line"));
+}
+
 void dead_marker(const Edition& edition, const Pair& pair, const Report& report) {
-  for_each_output(pair.current, [&](std::size_t, std::size_t i) {
+  std::size_t rest = pair.old.oldheads.size();  // the section of the last " &"
+  for_each_output(pair.current, [&](std::size_t s, std::size_t i) {
     const auto line = pair.current.lines[i];
-    if (const auto fault = marker_fault(edition, pair.current.output[i], line); !fault.empty())
+    const OutputLine& output = pair.current.output[i];
+    std::string fault = marker_fault(edition, output, line);
+    if (output.marker == Marker::rest && std::exchange(rest, s) == s)
+      fault = "every \" &\" copies from the block's first line, and there is another before";
+    if (!fault.empty())
       report({pair.current.filename, i, line.find_last_not_of("#& \t") + 2}, fault);
   });
 }
@@ -165,12 +201,20 @@ void value_behind(const Edition&, const Pair& pair, const Report& report) {
   });
 }
 
+// Of what the expansion's first pass writes, the words alone can be known.
 void unknown_output(const Edition& edition, const Pair& pair, const Report& report) {
-  if (!edition.shows(pair))
+  if (!edition.baseline || !edition.baseline->shows_map())
     return;
+  std::set<std::string_view> words;
+  for (std::size_t i = 1; edition.fix() && i < edition.fix()->old.lines.size(); ++i)
+    words.insert(first_word(edition.fix()->old.lines[i]));
   for_each_output(pair.current, [&](std::size_t, std::size_t i) {
     const OutputLine& output = pair.current.output[i];
-    if (output.marker != Marker::dropped && edition.baseline->kinds(output).empty())
+    const auto word = first_word(output.text);
+    const bool known = edition.shows(pair)
+                           ? !edition.baseline->kinds(output).empty()
+                           : words.contains(word) || edition.baseline->has_word(word);
+    if (output.marker != Marker::dropped && !known)
       report({pair.current.filename, i},
              quoted(pair.current.lines[i]) + " begins like no line of the baseline");
   });

@@ -38,7 +38,7 @@ const Rule* find_rule(std::string_view name);
 std::string_view explain(const Rule& rule);
 
 EditionRule line_ends, odd_bytes, missing_pair, bad_version, version_gap, no_version, version_line,
-    forgotten_word;
+    forgotten_word, other_width;
 PairRule section_count, section_order, bad_count, count_past_end, count_too_small, empty_line,
-    shadowed, dead_marker, value_behind, unknown_output, output_order;
+    shadowed, odd_recognition, dead_marker, value_behind, unknown_output, output_order;
 MapRule unknown_line, line_order, cut_value, other_value, lost_line, stays_behind, past_map_end;

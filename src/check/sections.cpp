@@ -17,12 +17,13 @@ std::string loosened(std::string_view line) {
   return text;
 }
 
-std::string lowered(std::string text) {
+}  // namespace
+
+std::string lowered(std::string_view line) {
+  std::string text(line);
   std::ranges::transform(text, text.begin(), ascii_lower);
   return text;
 }
-
-}  // namespace
 
 bool is_blank(char c) { return c == ' ' || c == '\t'; }
 bool is_digit(char c) { return c >= '0' && c <= '9'; }
@@ -82,7 +83,7 @@ std::size_t LooseIndex::find(std::string_view line) const {
 std::string difference(std::string_view line, std::string_view recognition) {
   if (loosened(line).starts_with(loosened(recognition)))
     return "tabs or blanks";
-  const bool same = lowered(std::string(line)).starts_with(lowered(std::string(recognition)));
+  const bool same = lowered(line).starts_with(lowered(recognition));
   return same ? "capital letters" : "capital letters, and tabs or blanks";
 }
 

@@ -12,6 +12,8 @@ bool is_blank(char c);
 bool is_digit(char c);
 bool is_letter(char c);  // so is every byte beyond ASCII
 
+std::string lowered(std::string_view line);  // ASCII alone
+
 constexpr std::string_view byte_order_mark = "\xEF\xBB\xBF";
 
 // Whether a text counts as one line because it has no CR LF, and why it has none.
