@@ -62,10 +62,10 @@ bool Checker::check_current(const MapRun& run) {
     const auto& [path, action, reason, missing] = run.result.failure();
     report.of_map(seen, path + reason,
                   "it cannot be converted: " + quoted(name_of(path)) + ": " + reason);
-  } else if (is_old(run.edition, run.lines) || !has_number(version_of(run.lines[1]))) {
+  } else if (!is_current(run.edition, run.lines)) {
     report.of_map(seen, std::string(version_of(run.map.lines[1])),
-                  "its version is " + quoted(version_of(run.lines[1])) +
-                      " afterwards, so that each run converts it again");
+                  "its version is " + quoted(version_of(run.lines[1])) + " afterwards, not " +
+                      number_text(*run.edition.version));
   }
   return bool(run.result);
 }
@@ -78,6 +78,8 @@ std::optional<MapRun> Checker::add(const Map& map) {
   const Edition* edition = edition_of(map);
   if (!edition || map.lines.size() < 2) {
     ++(edition ? failed : unknown);
+    if (edition)
+      Report(findings, "not-current").of_map({map.path, 0}, "", "it has no second line");
     return std::nullopt;
   }
   if (!is_old(*edition, map.lines)) {

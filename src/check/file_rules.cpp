@@ -54,7 +54,7 @@ bool becomes_current(const Edition& edition, std::string_view title, const std::
       text += "\r\n" + std::string(edition.fix()->old.lines[i]) + " ";
   const Map map{"", LineArray::split(text)};
   const MapRun run = convert(edition, map);
-  return !run.result || !is_old(edition, run.lines);
+  return !run.result || is_current(edition, run.lines);
 }
 
 bool writes_version(const Edition& edition, const NewTemplate& current) {

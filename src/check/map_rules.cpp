@@ -114,9 +114,10 @@ std::string loss_of(const MapRun& run, const Pass& pass, const Block& block, std
   if (aligned && output.marker == Marker::none && !value.empty() && !constant.empty() &&
       value != constant && (first_word(output.text) == word || !written))
     return " loses its value, as " + quoted(output.text) + " is written, in a block";
-  const Baseline* baseline = run.edition.baseline ? &*run.edition.baseline : nullptr;
+  if (aligned && output.marker != Marker::none)
+    return "";
   const std::size_t t = pass.is_fix ? 0 : matchline(pass.pair.old, line);
-  const bool kept = baseline && baseline->shows_map() && baseline->has_word(word);
+  const bool kept = run.edition.baseline->shows_map() && run.edition.baseline->has_word(word);
   return k > block.line && !written && (kept || recognises(pass.pair.old, t))
              ? " is lost in a block"
              : "";
@@ -162,9 +163,8 @@ void line_order(const MapRun& run, const Report& report) {
     const std::size_t i = std::max<std::size_t>(origin.line, 1);
     const bool followed =
         word(i - 1) == first_word(run.lines[j - 1]) || (a == b && word(i - 1) == word(i));
-    const bool twice = a == b && !before.writer != !origin.writer;
     const auto missing = baseline.missing(a, b);
-    if (!missing.empty() || (!followed && (twice || !baseline.may_follow(a, b))))
+    if (!missing.empty() || (!followed && !baseline.may_follow(a, b)))
       report_result(run, before.writer ? j - 1 : j, std::to_string(a) + " " + std::to_string(b),
                     quoted(run.lines[j]) + " stands behind " + quoted(run.lines[j - 1]) +
                         (missing.empty() ? "" : ", but " + missing + " is missing"),

@@ -54,6 +54,11 @@ bool is_old(const Edition& edition, const LineArray& lines) {
          numeric_value(version_of(lines[1])) < *edition.version;
 }
 
+bool is_current(const Edition& edition, const LineArray& lines) {
+  const auto version = version_of(lines[1]);
+  return has_number(version) && numeric_value(version) == edition.version;
+}
+
 MapRun convert(const Edition& edition, const Map& map) {
   const std::string version(version_of(map.lines[1]));
   MapRun run{edition, map, {}, nullptr, no_templates(edition, version, false), {}, {}};

@@ -53,8 +53,9 @@ struct MapRun {
   std::vector<Origin> origins;  // of these lines
 };
 
-// Whether a map of these lines would be converted.
+// Whether a map of these lines would be converted, and whether it is of the current version.
 bool is_old(const Edition& edition, const LineArray& lines);
+bool is_current(const Edition& edition, const LineArray& lines);
 
 // `edition`, which has a current version, and `map` must outlive the result.
 MapRun convert(const Edition& edition, const Map& map);

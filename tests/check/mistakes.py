@@ -15,8 +15,9 @@ import subprocess
 import sys
 import tempfile
 
-from template_sets import ROOT, SETS
-from template_mistakes import MISTAKES, VARIATIONS
+sys.dont_write_bytecode = True
+from template_mistakes import MISTAKES, VARIATIONS  # noqa: E402
+from template_sets import ROOT, SETS  # noqa: E402
 
 CHECKER = pathlib.Path(sys.argv[1]).resolve() / 'vora-template-check'
 VERBOSE = '-v' in sys.argv
