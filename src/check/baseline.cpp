@@ -57,7 +57,7 @@ std::string Baseline::missing(std::size_t a, std::size_t b) const {
     while (j < order.size() && order[j] != b && is_plain(order[j]))
       ++j;
     if (j > i + 1 && j < order.size() && order[j] == b)
-      return quoted(texts[order[i + 1]]);
+      return ", which has " + quoted(texts[order[i + 1]]) + " between";
   }
   return "";
 }

@@ -11,10 +11,9 @@ Checker::Checker(std::vector<Edition> editions_in) : editions(std::move(editions
   for (const Edition& edition : editions) {
     if (edition.baseline)
       findings.read_remarks(edition.baseline_file, edition.baseline->lines);
-    for (const Pair* pair : edition.all_pairs()) {
-      findings.read_remarks(pair->old.filename, pair->old.lines);
-      findings.read_remarks(pair->current.filename, pair->current.lines);
-    }
+    for (const Pair* pair : edition.all_pairs())
+      for (const Template* file : pair->files())
+        findings.read_remarks(file->filename, file->lines);
     for (const Rule& rule : all_rules()) {
       const Report report(findings, rule.name);
       if (rule.of_edition)

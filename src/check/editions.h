@@ -2,12 +2,19 @@
 #pragma once
 
 #include "check/baseline.h"
-#include "engine/templates.h"
 
+#include <array>
 #include <map>
 #include <optional>
-#include <string>
-#include <vector>
+
+// Orders versions by their numbers, and those of the same number as text.
+struct ByNumber {
+  bool operator()(const std::string& a, const std::string& b) const;
+};
+
+struct CaseInsensitive {
+  bool operator()(const std::string& a, const std::string& b) const;
+};
 
 // The templates for the maps of one version, or those of a fix pass. One that is missing has its
 // `failure` set.
@@ -15,10 +22,15 @@ struct Pair {
   OldTemplate old;
   NewTemplate current;
 
+  std::array<const Template*, 2> files() const { return {&old, &current}; }
+
+  // Of the two, one that is there.
+  const Template& present() const { return *files()[old.failure ? 1 : 0]; }
+
   // Whether both files are there, and neither counts as one line.
   bool is_readable() const;
 };
-using Pairs = std::map<std::string, Pair>;  // by the version, as the file names have it
+using Pairs = std::map<std::string, Pair, ByNumber>;  // by the version, as the file names have it
 
 struct Edition {
   static constexpr char expansion = 't';
@@ -36,11 +48,11 @@ struct Edition {
   // Those of both kinds.
   std::vector<const Pair*> all_pairs() const;
 
-  // Whether the baseline shows what maps have that a pair has written. The fix pass changes what is
-  // written before it.
-  bool shows(const Pair& pair) const {
-    return baseline && baseline->shows_map() && (letter != expansion || &pair == fix());
-  }
+  // What the baseline shows of maps; null when it shows nothing.
+  const Baseline* shown() const { return baseline && baseline->shows_map() ? &*baseline : nullptr; }
+
+  // Whether maps have what a pair writes. The fix pass changes what is written before it.
+  bool is_last(const Pair& pair) const { return letter != expansion || &pair == fix(); }
 };
 
 // Whether a file of that name may belong to an edition. Names are case-insensitive.
@@ -51,5 +63,5 @@ std::string template_name(char letter, bool old, bool fix, const std::string& ve
 
 // Sorts the files of a folder, whose texts are given by their names, into the editions that have
 // any. Files of other names are ignored. Paths in the result are `folder` and a name.
-using Texts = std::map<std::string, std::string>;
+using Texts = std::map<std::string, std::string, CaseInsensitive>;
 std::vector<Edition> find_editions(const std::string& folder, const Texts& texts);

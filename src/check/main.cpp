@@ -1,6 +1,5 @@
 // vora-template-check: checks structure templates for those who write them.
 #include "check/checker.h"
-#include "check/options.h"
 #include "check/trace.h"
 #include "check/unified_diff.h"
 #include "platform/console.h"
@@ -13,14 +12,82 @@
 #include <exception>
 #include <filesystem>
 #include <fstream>
+#include <map>
 
 namespace fs = std::filesystem;
 
 namespace {
 
+const std::string usage = "usage: vora-template-check [OPTION...] [FOLDER [MAP...]]\n";
+constexpr const char* help =
+    "\n"
+    "Checks the structure templates in FOLDER, the current folder by default. Each MAP\n"
+    "is converted in memory, and what happens to it is checked, too; a folder stands for\n"
+    "the maps in it. Nothing is written.\n"
+    "\n"
+    "  --diff           show what the conversion changes, as a unified diff\n"
+    "  --trace MAP      show what happens to each line of a map\n"
+    "  --edition v|t    check the templates of the base game or of Tarnfall only\n"
+    "  --strict         warnings count for the exit status, too\n"
+    "  --explain RULE   show what a rule finds\n"
+    "  -h, --help       show this text\n"
+    "  --version        show the version\n"
+    "\n"
+    "Findings are FILE:LINE: error|warning: TEXT [RULE]. A map is of the edition whose\n"
+    "baseline begins with the same line; others are counted, but not checked. The exit\n"
+    "status is 0 if there are no errors, 1 if there are, and 2 for a wrong argument or a\n"
+    "file that cannot be read.\n";
+
 // Larger files are refused.
 constexpr std::uintmax_t largest_template = 16 << 20;  // bytes
 constexpr std::uintmax_t largest_map = LineArray::max_text_size;
+
+struct Options {
+  std::map<std::string, bool> flags{
+      {"--diff", false}, {"--help", false}, {"--strict", false}, {"--version", false}};
+  std::map<std::string, std::string> values{{"--edition", ""}, {"--explain", ""}, {"--trace", ""}};
+  std::vector<std::string> names;  // the folder, then the maps
+};
+
+// What is wrong with the options; empty if nothing is.
+std::string fault_of(const Options& options) {
+  const auto &edition = options.values.at("--edition"), &rule = options.values.at("--explain");
+  if (!edition.empty() && edition != "v" && edition != "t")
+    return "there is no edition \"" + edition + "\"";
+  if (!rule.empty() && !find_rule(rule))
+    return "there is no rule \"" + rule + "\"";
+  return options.flags.at("--diff") && options.names.size() < 2 ? "--diff needs a folder and a map"
+                                                                : "";
+}
+
+// Sets the options; what is wrong with the arguments, empty if nothing is.
+std::string parse(const std::vector<std::string>& arguments, Options& options) {
+  bool only_names = false;
+  for (auto at = arguments.begin(); at != arguments.end(); ++at) {
+    const auto equals = std::min(at->find('='), at->size());
+    const std::string name = *at == "-h" ? "--help" : at->substr(0, equals);
+    const auto value = options.values.find(name);
+    if (at->empty())
+      return "an argument is empty";
+    if (only_names || at->front() != '-')
+      options.names.push_back(*at);
+    else if (*at == "--")
+      only_names = true;
+    else if (value != options.values.end() && equals < at->size())
+      value->second = at->substr(equals + 1);
+    else if (value != options.values.end() && std::next(at) != arguments.end())
+      value->second = *++at;
+    else if (equals == at->size() && options.flags.contains(name))
+      options.flags[name] = true;
+    else if (value == options.values.end())
+      return "there is no option \"" + *at + "\"";
+    if (value != options.values.end() && value->second.empty())
+      return name + " needs a value";
+    if (options.flags["--help"] || options.flags["--version"])
+      return "";
+  }
+  return fault_of(options);
+}
 
 fs::path path_of(const std::string& name) { return {std::u8string(name.begin(), name.end())}; }
 
@@ -31,158 +98,143 @@ std::string text_of(const fs::path& path) {
 
 Result<std::string> read(const std::string& name, std::uintmax_t largest) {
   const fs::path path = path_of(name);
-  const Failure failure{name, "read it", "it is missing, no file or not accessible"};
   std::error_code error;
-  if (!fs::is_regular_file(path, error))
-    return failure;
-  const std::uintmax_t size = fs::file_size(path, error);
-  if (!error && size > largest)
+  const bool regular = fs::is_regular_file(path, error);
+  const std::uintmax_t size = regular ? fs::file_size(path, error) : 0;
+  if (size > largest)
     return Failure{name, "read it", "it is too large"};
   std::ifstream file(path, std::ios::binary);
-  std::string text(error ? 0 : size, 0);
-  file.read(text.data(), static_cast<std::streamsize>(text.size()));
-  return file && !error ? Result<std::string>(std::move(text)) : failure;
+  std::string text(size, 0);
+  file.read(text.data(), static_cast<std::streamsize>(size));
+  if (!regular || error || !file)
+    return Failure{name, "read it", "it is missing, no file or not accessible"};
+  return text;
+}
+
+// The files that `Iterator` visits in a folder and whose names fit, in order.
+template <class Iterator, class Fits>
+Result<std::vector<std::string>> list(const std::string& folder, const Fits& fits,
+                                      const char* what) {
+  std::vector<std::string> found;
+  std::error_code error;
+  for (Iterator at(path_of(folder), error); !error && at != Iterator(); at.increment(error))
+    if (std::error_code ignored; fits(text_of(at->path().filename())) && !at->is_directory(ignored))
+      found.push_back(text_of(at->path()));
+  if (error || found.empty())
+    return error ? Failure{folder, "read the folder", error.message()}
+                 : Failure{folder, "check it", std::string("there are no ") + what + " in it"};
+  std::ranges::sort(found);
+  return found;
 }
 
 // The texts of the templates in a folder.
-Result<Texts> read_templates(const std::string& folder, std::optional<char> edition) {
+Result<Texts> read_templates(const std::string& folder, const std::string& edition) {
+  const auto fits = [&](const std::string& name) {
+    return is_template_name(name) && (edition.empty() || ascii_lower(name[0]) == edition[0]);
+  };
+  const auto paths = list<fs::directory_iterator>(folder, fits, "templates");
+  if (!paths)
+    return paths.failure();
   Texts texts;
-  std::error_code error;
-  fs::directory_iterator entries(path_of(folder), error);
-  for (; !error && entries != fs::directory_iterator(); entries.increment(error)) {
-    const std::string name = text_of(entries->path().filename());
-    if (!is_template_name(name) || (edition && ascii_lower(name[0]) != *edition))
-      continue;
-    auto text = read(text_of(entries->path()), largest_template);
+  for (const std::string& path : *paths) {
+    auto text = read(path, largest_template);
     if (!text)
       return text.failure();
-    texts[name] = *std::move(text);
+    texts[name_of(path)] = *std::move(text);
   }
-  if (error)
-    return Failure{folder, "read the folder", error.message()};
-  if (texts.empty())
-    return Failure{folder, "check it", "there are no templates in it"};
   return texts;
 }
 
-// Adds the files that `iterator` visits and that have a name which `fits`, in order.
-template <class Iterator, class Fits>
-Result<Done> add_files(const std::string& argument, const fs::path& folder, const Fits& fits,
-                       std::vector<std::string>& names) {
-  std::vector<std::string> found;
-  std::error_code error;
-  for (Iterator at(folder, error); !error && at != Iterator(); at.increment(error))
-    if (std::error_code ignored;
-        fits(text_of(at->path().filename())) && at->is_regular_file(ignored))
-      found.push_back(text_of(at->path()));
-  if (error)
-    return Failure{argument, "read the folder", error.message()};
-  if (found.empty())
-    return Failure{argument, "check it", "there are no maps in it"};
-  std::ranges::sort(found);
-  names.insert(names.end(), found.begin(), found.end());
-  return Done();
-}
-
-// Adds the maps that an argument stands for: a map, those in a folder and its folders, or those
-// that match a name with one "*", which the command prompt of Windows leaves to the program.
-Result<Done> add_maps(const std::string& argument, std::vector<std::string>& names) {
+// The maps that an argument stands for: a map, those in a folder and its folders, or those with a
+// name that has a "*", which the command prompt of Windows leaves to the program.
+Result<std::vector<std::string>> find_maps(const std::string& argument) {
   const fs::path path = path_of(argument);
+  const std::string name = text_of(path.filename()), folder = text_of(path.parent_path());
+  const auto star = name.find('*');
   std::error_code error;
   if (fs::is_directory(path, error))
-    return add_files<fs::recursive_directory_iterator>(
-        argument, path, [](const std::string& name) { return matches_pattern(name, "*.galaxy"); },
-        names);
-  const std::string name = text_of(path.filename());
-  const auto star = name.find('*');
-  if (star == name.npos || fs::exists(path, error)) {
-    names.push_back(argument);
-    return Done();
-  }
-  const fs::path folder = path.has_parent_path() ? path.parent_path() : fs::path(".");
-  return add_files<fs::directory_iterator>(
-      argument, folder,
-      [&](const std::string& file) {
-        return file.size() >= name.size() - 1 && file.starts_with(name.substr(0, star)) &&
-               matches_pattern(file, name.substr(star));
-      },
-      names);
+    return list<fs::recursive_directory_iterator>(
+        argument, [](const std::string& file) { return matches_pattern(file, "*.galaxy"); },
+        "maps");
+  if (star == name.npos || fs::exists(path, error))
+    return std::vector{argument};
+  const auto fits = [&](const std::string& file) {
+    return file.size() + 1 >= name.size() && file.starts_with(name.substr(0, star)) &&
+           matches_pattern(file, name.substr(star));
+  };
+  return list<fs::directory_iterator>(folder.empty() ? "." : folder, fits, "such maps");
 }
 
-// A unified diff for a terminal: no line of a map may disturb it.
-std::string for_terminal(std::string_view diff) {
+// A text for a terminal, whose lines and tabs stay. No line of a map may disturb it.
+std::string for_terminal(std::string_view text) {
   std::string shown;
-  while (!diff.empty()) {
-    const auto end = std::min(diff.find_first_of("\t\n"), diff.size());
-    const bool cr = end > 0 && diff[end - 1] == '\r' && diff.substr(end).starts_with('\n');
-    shown += printable(diff.substr(0, end - (cr ? 1 : 0)));
-    shown += diff.substr(end, 1);
-    diff.remove_prefix(std::min(end + 1, diff.size()));
+  while (!text.empty()) {
+    const auto end = std::min(text.find_first_of("\t\n"), text.size());
+    const bool cr = text.substr(0, end).ends_with('\r') && text.substr(end).starts_with('\n');
+    shown.append(printable(text.substr(0, end - (cr ? 1 : 0)))).append(text.substr(end, 1));
+    text.remove_prefix(std::min(end + 1, text.size()));
   }
   return shown;
 }
 
-// Checks the maps of these names; what is to be shown of them behind the findings.
-Result<std::string> check_maps(const Options& options, const std::vector<std::string>& names,
-                               Checker& checker) {
+// Checks the maps that the options name; what is to be shown of them behind the findings.
+Result<std::string> check_maps(const Options& options, Checker& checker) {
+  const std::string& traced = options.values.at("--trace");
+  std::vector<std::string> arguments(options.names.begin() + (options.names.empty() ? 0 : 1),
+                                     options.names.end());
+  if (!traced.empty())
+    arguments.push_back(traced);
   std::string shown;
-  for (const std::string& name : names) {
-    auto text = read(name, largest_map);
-    if (!text)
-      return text.failure();
-    const Map map{name, LineArray::split(*std::move(text))};
-    const auto run = checker.add(map);
-    if (options.diff && run && run->result)
-      shown += unified_diff(*run);
-    if (!options.trace.empty())
-      shown += run ? trace(*run) : name + ": it is not converted\n";
+  for (const std::string& argument : arguments) {
+    const auto maps = find_maps(argument);
+    for (std::size_t i = 0; maps && i < maps->size(); ++i) {
+      auto text = read((*maps)[i], largest_map);
+      if (!text)
+        return text.failure();
+      const Map map{(*maps)[i], LineArray::split(*std::move(text))};
+      const auto run = checker.add(map);
+      if (options.flags.at("--diff") && run && run->result)
+        shown += unified_diff(*run);
+      if (argument == traced)
+        shown += run ? trace(*run) : argument + ": it is not converted\n";
+    }
+    if (!maps)
+      return maps.failure();
   }
   return shown;
-}
-
-bool has_colours() {
-  const char *no_colour = std::getenv("NO_COLOR"), *terminal = std::getenv("TERM");
-  return output_has_colours() && !(no_colour && *no_colour) &&
-         !(terminal && std::string_view(terminal) == "dumb");
 }
 
 // Checks what the options name. The exit status, or what could not be read or written.
 Result<int> check(const Options& options) {
   const std::string folder = options.names.empty() ? "" : options.names[0];
-  const auto texts = read_templates(folder.empty() ? "." : folder, options.edition);
+  const auto texts = read_templates(folder.empty() ? "." : folder, options.values.at("--edition"));
   if (!texts)
     return texts.failure();
-  std::vector<std::string> maps;
-  if (!options.trace.empty())
-    maps.push_back(options.trace);
-  for (std::size_t i = 1; i < options.names.size(); ++i)
-    if (const auto added = add_maps(options.names[i], maps); !added)
-      return added.failure();
   Checker checker(find_editions(folder, *texts));
-  const auto shown = check_maps(options, maps, checker);
+  const auto shown = check_maps(options, checker);
   if (!shown)
     return shown.failure();
-  const std::string report = checker.report(has_colours());
-  if (!print(report + (output_has_colours() ? for_terminal(*shown) : *shown)))
-    return Failure{"vora-template-check", "write the findings",
-                   "standard output is closed or full"};
-  const bool strict_fault = options.strict && checker.count(Severity::warning) > 0;
+  const char *no_colour = std::getenv("NO_COLOR"), *terminal = std::getenv("TERM");
+  const bool escape = output_has_colours(), dumb = terminal && std::string_view(terminal) == "dumb";
+  const bool colours = escape && !dumb && (!no_colour || !*no_colour);
+  if (!print(checker.report(colours) + (escape ? for_terminal(*shown) : *shown)))
+    return Failure{"standard output", "write the findings", "it is closed or full"};
+  const bool strict_fault = options.flags.at("--strict") && checker.count(Severity::warning) > 0;
   return checker.count(Severity::error) > 0 || strict_fault ? 1 : 0;
 }
 
 int run(const std::vector<std::string>& arguments) {
-  const auto parsed = parse_options(arguments);
-  if (const auto* wrong = std::get_if<std::string>(&parsed)) {
-    print_error("vora-template-check: " + printable(*wrong) + "\n" + usage);
+  Options options;
+  if (const std::string fault = parse(arguments, options); !fault.empty()) {
+    print_error("vora-template-check: " + printable(fault) + "\n" + usage);
     return 2;
   }
-  const Options& options = std::get<Options>(parsed);
-  if (options.help)
-    return print(std::string(usage) + help) ? 0 : 2;
-  if (options.version)
+  if (options.flags["--help"])
+    return print(usage + help) ? 0 : 2;
+  if (options.flags["--version"])
     return print("vora-template-check " VERSION "\n") ? 0 : 2;
-  if (!options.explain.empty())
-    return print(std::string(explain(*find_rule(options.explain))) + "\n") ? 0 : 2;
+  if (const Rule* rule = find_rule(options.values["--explain"]))
+    return print(explain(*rule)) && print("\n") ? 0 : 2;
   const auto status = check(options);
   if (!status)
     print_error(printable(status.failure().text()) + "\n");

@@ -4,31 +4,32 @@
 #include "check/sections.h"
 
 #include <algorithm>
-#include <functional>
 
 namespace {
 
-// An output line with what it is made from.
+// A value that an output line copies.
 struct Copy {
   const Pass& pass;
   const Block& block;
   const Written& written;
   const OutputLine& output;
   std::string_view text;   // the line of the new template
-  std::string_view input;  // the line that its value is taken from
+  std::string_view input;  // the line that the value is taken from
 };
 
-Place place_of(const MapRun& run, const Pass& pass, std::size_t line) {
-  return {run.map.path, pass.origins[std::min(line, pass.origins.size() - 1)].line};
-}
-
-void for_each_copy(const MapRun& run, const std::function<void(const Copy&)>& visit) {
+std::vector<Copy> copies_of(const MapRun& run) {
+  std::vector<Copy> copies;
   for (const Pass& pass : run.passes)
     for (const Written& w : pass.written)
       if (const OutputLine& output = pass.pair.current.output[w.output];
-          output.marker != Marker::none && output.marker != Marker::dropped)
-        visit({pass, pass.blocks[w.block], w, output, pass.pair.current.lines[w.output],
-               pass.input[w.line]});
+          output.marker == Marker::rest || is_aligned(output.marker))
+        copies.push_back({pass, pass.blocks[w.block], w, output, pass.pair.current.lines[w.output],
+                          pass.input[w.line]});
+  return copies;
+}
+
+Place place_of(const MapRun& run, const Pass& pass, std::size_t line) {
+  return {run.map.path, pass.origins[std::min(line, pass.origins.size() - 1)].line};
 }
 
 void report_copy(const MapRun& run, const Copy& copy, const Report& report, std::string text) {
@@ -36,8 +37,8 @@ void report_copy(const MapRun& run, const Copy& copy, const Report& report, std:
                 place_of(run, copy.pass, copy.written.line), std::move(text));
 }
 
-void for_each_block(const MapRun& run,
-                    const std::function<void(const Pass&, const Block&)>& visit) {
+// Calls `visit` with each block and its pass.
+template <class Visit> void for_each_block(const MapRun& run, const Visit& visit) {
   for (const Pass& pass : run.passes)
     for (const Block& block : pass.blocks)
       visit(pass, block);
@@ -45,9 +46,10 @@ void for_each_block(const MapRun& run,
 
 void report_block(const MapRun& run, const Pass& pass, const Block& block, std::size_t line,
                   const Report& report, const std::string& text) {
-  report.in_map({pass.pair.old.filename, pass.header_of(block)}, place_of(run, pass, line),
+  const std::size_t header = pass.header_of(block);
+  report.in_map({pass.pair.old.filename, header}, place_of(run, pass, line),
                 quoted(pass.input[line]) + text + " of section " +
-                    section_name(pass.pair.old.lines[pass.header_of(block)]));
+                    section_name(pass.pair.old.lines[header]));
 }
 
 // Where the marker of an output line begins to copy.
@@ -92,10 +94,10 @@ bool output_has_word(const Pass& pass, const Block& block, std::string_view word
 }
 
 bool writes_nothing(const Pass& pass, const Block& block) {
-  auto [i, end] = output_of(pass.pair.current, pass.section_of(block));
-  while (i < end && pass.pair.current.output[i].marker == Marker::dropped)
-    ++i;
-  return i == end;
+  const auto [begin, end] = output_of(pass.pair.current, pass.section_of(block));
+  const OutputLine* first = pass.pair.current.output.data();
+  return std::all_of(first + begin, first + end,
+                     [](const OutputLine& output) { return output.marker == Marker::dropped; });
 }
 
 // What is lost of line `k` in a block; empty if it is written or meant. A line that is dropped in
@@ -117,7 +119,7 @@ std::string loss_of(const MapRun& run, const Pass& pass, const Block& block, std
   if (aligned && output.marker != Marker::none)
     return "";
   const std::size_t t = pass.is_fix ? 0 : matchline(pass.pair.old, line);
-  const bool kept = run.edition.baseline->shows_map() && run.edition.baseline->has_word(word);
+  const bool kept = run.edition.shown() && run.edition.shown()->has_word(word);
   return k > block.line && !written && (kept || recognises(pass.pair.old, t))
              ? " is lost in a block"
              : "";
@@ -137,11 +139,11 @@ void report_result(const MapRun& run, std::size_t j, const std::string& key, std
 
 // What templates write was held against the baseline already, unless a value is in it.
 void unknown_line(const MapRun& run, const Report& report) {
-  for (std::size_t j = 1; run.edition.baseline->shows_map() && j < run.lines.size(); ++j) {
+  for (std::size_t j = 1; run.edition.shown() && j < run.lines.size(); ++j) {
     const auto line = run.lines[j];
     const auto& [from, writer, output] = run.origins[j];
-    if (run.edition.baseline->kind(line) == 0 && !unindented(line).empty() &&
-        (!writer || !run.edition.shows(*writer) ||
+    if (run.edition.shown()->kind(line) == 0 && !unindented(line).empty() &&
+        (!writer || !run.edition.is_last(*writer) ||
          writer->current.output[output].marker == Marker::rest))
       report_result(run, j, std::string(line.substr(0, line.find_first_of(" 0123456789"))),
                     quoted(line) + " begins like no line of the baseline", report);
@@ -152,11 +154,11 @@ void unknown_line(const MapRun& run, const Report& report) {
 void line_order(const MapRun& run, const Report& report) {
   const Baseline& baseline = *run.edition.baseline;
   std::size_t b = baseline.kind(run.lines[0]);
-  for (std::size_t j = 1; baseline.shows_map() && j < run.lines.size(); ++j) {
+  for (std::size_t j = 1; run.edition.shown() && j < run.lines.size(); ++j) {
     const std::size_t a = std::exchange(b, baseline.kind(run.lines[j]));
     const auto &before = run.origins[j - 1], &origin = run.origins[j];
     const bool same_block = origin.writer && origin.writer == before.writer &&
-                            origin.output > before.output && run.edition.shows(*origin.writer);
+                            origin.output > before.output && run.edition.is_last(*origin.writer);
     if (a == 0 || b == 0 || same_block || baseline.follows(a, b))
       continue;
     const auto word = [&](std::size_t line) { return first_word(run.map.lines[line]); };
@@ -166,33 +168,31 @@ void line_order(const MapRun& run, const Report& report) {
     const auto missing = baseline.missing(a, b);
     if (!missing.empty() || (!followed && !baseline.may_follow(a, b)))
       report_result(run, before.writer ? j - 1 : j, std::to_string(a) + " " + std::to_string(b),
-                    quoted(run.lines[j]) + " stands behind " + quoted(run.lines[j - 1]) +
-                        (missing.empty() ? "" : ", but " + missing + " is missing"),
+                    quoted(run.lines[j]) + " does not follow " + quoted(run.lines[j - 1]) +
+                        " in the baseline" + missing,
                     report);
   }
 }
 
 void cut_value(const MapRun& run, const Report& report) {
-  for_each_copy(run, [&](const Copy& copy) {
+  for (const Copy& copy : copies_of(run))
     if (misses_value(copy))
       report_copy(run, copy, report,
                   quoted(copy.text) + " copies " + quoted(copy.input.substr(copied_from(copy))) +
                       " of " + quoted(copy.input));
-  });
 }
 
 // The line of the value begins with another word, and that one or the output's is at home elsewhere
 // in the block: the line has not only been renamed.
 void other_value(const MapRun& run, const Report& report) {
-  for_each_copy(run, [&](const Copy& copy) {
+  for (const Copy& copy : copies_of(run)) {
     const auto word = first_word(copy.text), taken = first_word(copy.input);
+    const auto& [pass, block, written, output, text, input] = copy;
     if (word != taken && !word.empty() && !taken.empty() &&
-        copy.written.line < copy.block.line + copy.block.count &&
-        (block_has_word(copy.pass, copy.block, word) ||
-         output_has_word(copy.pass, copy.block, taken)))
-      report_copy(run, copy, report,
-                  quoted(copy.text) + " takes its value from " + quoted(copy.input));
-  });
+        written.line < block.line + block.count &&
+        (block_has_word(pass, block, word) || output_has_word(pass, block, taken)))
+      report_copy(run, copy, report, quoted(text) + " takes its value from " + quoted(input));
+  }
 }
 
 // The version line is to lose its value, and a section that writes nothing is to lose all.

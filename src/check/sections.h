@@ -8,6 +8,10 @@
 #include <string_view>
 #include <vector>
 
+constexpr bool is_aligned(Marker marker) {
+  return marker == Marker::last_character || marker == Marker::last_two;
+}
+
 bool is_blank(char c);
 bool is_digit(char c);
 bool is_letter(char c);  // so is every byte beyond ASCII

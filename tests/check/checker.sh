@@ -58,7 +58,7 @@ wrong "--strict: cannot read the folder: " -- --strict
 wrong "data/none.galaxy: cannot read it: " data data/none.galaxy
 wrong "data/\\x1B[2J: cannot read it: " data $'data/\e[2J'
 wrong "data: cannot check it: there are no maps" data data
-wrong "data/x*.galaxy: cannot check it: there are no maps" data 'data/x*.galaxy'
+wrong "data: cannot check it: there are no such maps" data 'data/x*.galaxy'
 
 cp -r data "$scratch/data"
 sed -i '3s/12/11/' "$scratch/data/vnewstruct10.txt"
