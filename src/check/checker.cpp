@@ -42,14 +42,15 @@ const Edition* Checker::edition_of(const Map& map) {
   const Report report(findings, "unknown-edition");
   const Place seen{map.path, 0};
   if (same.empty() && similar.size() == 1) {
-    report.in_map({similar[0]->baseline_file, 0}, seen,
-                  "its maps begin with " + quoted(title) + ", as old templates do");
+    report({similar[0]->baseline_file, 0},
+           "its maps begin with " + quoted(title) + ", as old templates do", seen);
     return similar[0];
   }
-  report.of_map(seen, std::string(title),
-                quoted(title) + " is the first line of " +
-                    (same.empty() ? "no baseline: it is not checked"
-                                  : "more than one baseline: name the edition with --edition"));
+  report(seen,
+         quoted(title) + " is the first line of " +
+             (same.empty() ? "no baseline: it is not checked"
+                           : "more than one baseline: name the edition with --edition"),
+         seen, std::string(title) + " ");
   return nullptr;
 }
 
@@ -59,30 +60,27 @@ bool Checker::check_current(const MapRun& run) {
   const Place seen{run.map.path, 1};
   if (!run.result) {
     const auto& [path, action, reason, missing] = run.result.failure();
-    report.of_map(seen, path + reason,
-                  "it cannot be converted: " + quoted(name_of(path)) + ": " + reason);
+    report(seen, "it cannot be converted: " + quoted(name_of(path)) + ": " + reason, seen, reason);
   } else if (!is_current(run.edition, run.lines)) {
-    report.of_map(seen, std::string(version_of(run.map.lines[1])),
-                  "its version is " + quoted(version_of(run.lines[1])) + " afterwards, not " +
-                      number_text(*run.edition.version));
+    report(seen,
+           "its version is " + quoted(version_of(run.lines[1])) + " afterwards, not " +
+               number_text(*run.edition.version),
+           seen, "version " + std::string(version_of(run.map.lines[1])));
   }
   return bool(run.result);
 }
 
 std::optional<MapRun> Checker::add(const Map& map) {
+  const Place start{map.path, 0};
   if (is_one_line(map.lines.text()))
-    Report(findings, "line-ends").of_map({map.path, 0}, "", one_line_reason(map.lines.text()));
+    Report(findings, "line-ends")(start, one_line_reason(map.lines.text()), start, "map");
   if (map.lines[0].starts_with(byte_order_mark))
-    Report(findings, "odd-bytes").of_map({map.path, 0}, "", "it begins with a byte order mark");
+    Report(findings, "odd-bytes")(start, "it begins with a byte order mark", start, "map");
   const Edition* edition = edition_of(map);
-  if (!edition || map.lines.size() < 2) {
-    ++(edition ? failed : unknown);
-    if (edition)
-      Report(findings, "not-current").of_map({map.path, 0}, "", "it has no second line");
-    return std::nullopt;
-  }
-  if (!is_old(*edition, map.lines)) {
-    ++current;
+  if (edition && map.lines.size() < 2)
+    Report(findings, "not-current")(start, "it has no second line", start, "line");
+  if (!edition || !is_old(*edition, map.lines)) {
+    ++(!edition ? unknown : map.lines.size() < 2 ? failed : current);
     return std::nullopt;
   }
   MapRun run = convert(*edition, map);

@@ -114,13 +114,11 @@ std::string Findings::summary() const {
          (silenced > 0 ? ", " + std::to_string(silenced) + " silenced" : "");
 }
 
-void Report::in_map(const Place& place, const Place& seen, std::string text) const {
-  const std::string key = "\n" + place.file + "\n" + std::to_string(place.line);
-  findings.add({rule, place, std::move(text), seen, 0, {}}, rule->name + key);
-}
-
-void Report::of_map(const Place& seen, const std::string& key, std::string text) const {
-  findings.add({rule, seen, std::move(text), seen, 0, {}}, rule->name + ("\n\n" + key));
+void Report::operator()(const Place& place, std::string text, const Place& seen,
+                        const std::string& key) const {
+  const std::string at = key.empty() ? place.file + "\n" + std::to_string(place.line) : key;
+  findings.add({rule, place, std::move(text), seen, 0, {}},
+               seen.file.empty() ? "" : rule->name + ("\n" + at));
 }
 
 std::string counted(std::size_t count, const std::string& noun) {

@@ -67,21 +67,14 @@ private:
   std::size_t counts[2] = {0, 0}, silenced = 0;
 };
 
-// Takes the findings of one rule.
+// Takes the findings of one rule: what is wrong at a place and, if a map shows it, where in the
+// first such map. That is reported once for all maps: for each place or, if it is given, each key.
 class Report {
 public:
   Report(Findings& findings_in, const char* name) : findings(findings_in), rule(find_rule(name)) {}
 
-  // In a template.
-  void operator()(const Place& place, std::string text) const {
-    findings.add({rule, place, std::move(text), {}, 0, {}}, "");
-  }
-
-  // In a template, as a map shows: once for each line of the template.
-  void in_map(const Place& place, const Place& seen, std::string text) const;
-
-  // In a map: once for all maps with the same key.
-  void of_map(const Place& seen, const std::string& key, std::string text) const;
+  void operator()(const Place& place, std::string text, const Place& seen = {"", 0},
+                  const std::string& key = "") const;
 
 private:
   Findings& findings;

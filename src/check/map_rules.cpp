@@ -33,8 +33,8 @@ Place place_of(const MapRun& run, const Pass& pass, std::size_t line) {
 }
 
 void report_copy(const MapRun& run, const Copy& copy, const Report& report, std::string text) {
-  report.in_map({copy.pass.pair.current.filename, copy.written.output},
-                place_of(run, copy.pass, copy.written.line), std::move(text));
+  report({copy.pass.pair.current.filename, copy.written.output}, std::move(text),
+         place_of(run, copy.pass, copy.written.line));
 }
 
 // Calls `visit` with each block and its pass.
@@ -47,9 +47,10 @@ template <class Visit> void for_each_block(const MapRun& run, const Visit& visit
 void report_block(const MapRun& run, const Pass& pass, const Block& block, std::size_t line,
                   const Report& report, const std::string& text) {
   const std::size_t header = pass.header_of(block);
-  report.in_map({pass.pair.old.filename, header}, place_of(run, pass, line),
-                quoted(pass.input[line]) + text + " of section " +
-                    section_name(pass.pair.old.lines[header]));
+  report({pass.pair.old.filename, header},
+         quoted(pass.input[line]) + text + " of section " +
+             section_name(pass.pair.old.lines[header]),
+         place_of(run, pass, line));
 }
 
 // Where the marker of an output line begins to copy.
@@ -129,10 +130,9 @@ std::string loss_of(const MapRun& run, const Pass& pass, const Block& block, std
 void report_result(const MapRun& run, std::size_t j, const std::string& key, std::string text,
                    const Report& report) {
   const auto& [line, writer, output] = run.origins[j];
-  if (writer)
-    report.in_map({writer->current.filename, output}, {run.map.path, line}, std::move(text));
-  else
-    report.of_map({run.map.path, line}, key, std::move(text));
+  const Place seen{run.map.path, line};
+  report(writer ? Place{writer->current.filename, output} : seen, std::move(text), seen,
+         writer ? "" : key);
 }
 
 }  // namespace
