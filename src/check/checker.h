@@ -1,10 +1,9 @@
 // Checks templates, and the conversion of maps by them.
 #pragma once
 
-#include "check/editions.h"
-#include "check/finding.h"
-#include "check/map_rules.h"
+#include "check/unmatched.h"
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -12,20 +11,25 @@ class Checker {
 public:
   // Checks the templates themselves.
   explicit Checker(std::vector<Edition> editions_in);
+  Checker(const Checker&) = delete;
 
-  // Checks the conversion of a map, which is of the edition whose baseline has the same first line,
-  // or of the only one; if no edition or more than one fits, that is an error. A map of the current
-  // format is not converted. Returns what changes in the map: a unified diff if `diff` is set, else
-  // nothing.
-  std::string add(const Map& map, bool diff);
+  // Checks the conversion of a map. It is of the edition whose baseline has the same first line or,
+  // where none has, whose old templates have; any other map is counted, but not checked. A map of
+  // the current format is not converted. Returns the conversion, if there was one.
+  std::optional<MapRun> add(const Map& map);
 
-  // To be called once, after the last map.
-  Findings finish();
+  // The findings, then a line that says what was checked. To be called once, after the last map.
+  std::string report(bool colours);
+
+  std::size_t count(Severity severity) const { return findings.count(severity); }
 
 private:
-  const Edition* edition_of(const Map& map) const;
+  const Edition* edition_of(const Map& map);
+  bool check_current(const MapRun& run);
+  std::string subject() const;
 
   std::vector<Edition> editions;
   UnmatchedLines unmatched;
   Findings findings;
+  std::size_t converted = 0, failed = 0, current = 0, unknown = 0;  // maps
 };

@@ -1,10 +1,12 @@
 // The templates of a folder, by edition and version.
 #include "check/editions.h"
 
+#include "check/sections.h"
 #include "engine/numbers.h"
 #include "platform/path_rules.h"
 
 #include <regex>
+#include <tuple>
 
 namespace {
 
@@ -24,38 +26,39 @@ std::string join(const std::string& folder, const std::string& name) {
   return folder + (folder.empty() || is_separator(folder.back()) ? "" : "/") + name;
 }
 
-Failure missing(const std::string& path) {
-  return {path, "read it", "the file is missing", Failure::Kind::missing};
-}
-
 void set_baseline(Edition& edition, const std::string& path, const std::string& text) {
-  edition.baseline = path;
-  edition.baseline_lines = LineArray::split(text);
-  const auto version = version_of((*edition.baseline_lines)[1]);
-  if (has_number(version))
+  edition.baseline_file = path;
+  edition.baseline.emplace(LineArray::split(text));
+  if (const auto version = version_of(edition.baseline->lines[1]); has_number(version))
     edition.version = numeric_value(version);
-}
-
-void add_template(Edition& edition, const std::string& folder, const std::string& name,
-                  const std::string& text) {
-  const std::smatch parts = *parse(name);
-  const bool old = parts[2].matched, fix = parts[3].matched;
-  const std::string version = parts[4], path = join(folder, name);
-  if (!old && !fix && version == "0")
-    return set_baseline(edition, path, text);
-  const auto [at, added] = (fix ? edition.fixes : edition.pairs).try_emplace(version);
-  const auto other = join(folder, template_name(edition.letter, !old, fix, version));
-  if (old || added)
-    at->second.old = old ? index_old(path, text) : index_old(other, missing(other));
-  if (!old || added)
-    at->second.current = old ? index_new(other, missing(other)) : index_new(path, text);
 }
 
 }  // namespace
 
+bool ByNumber::operator()(const std::string& a, const std::string& b) const {
+  return std::make_tuple(numeric_value(a), a) < std::make_tuple(numeric_value(b), b);
+}
+
+bool CaseInsensitive::operator()(const std::string& a, const std::string& b) const {
+  return lowered(a) < lowered(b);
+}
+
+bool Pair::is_readable() const {
+  return !old.failure && !current.failure && !is_one_line(old.lines.text()) &&
+         !is_one_line(current.lines.text());
+}
+
 const Pair* Edition::fix() const {
   const auto found = fixes.find(version ? number_text(*version) : "");
   return found == fixes.end() ? nullptr : &found->second;
+}
+
+std::vector<const Pair*> Edition::all_pairs() const {
+  std::vector<const Pair*> all;
+  for (const Pairs* kind : {&pairs, &fixes})
+    for (const auto& entry : *kind)
+      all.push_back(&entry.second);
+  return all;
 }
 
 bool is_template_name(const std::string& name) { return parse(name).has_value(); }
@@ -67,12 +70,30 @@ std::string template_name(char letter, bool old, bool fix, const std::string& ve
 
 std::vector<Edition> find_editions(const std::string& folder, const Texts& texts) {
   std::vector<Edition> editions;
+  const auto read = [&](const auto& index, const std::string& name) {
+    const auto found = texts.find(name);
+    const std::string path = join(folder, found == texts.end() ? name : found->first);
+    return found == texts.end() ? index(path, Failure{path, "read it", "the file is missing",
+                                                      Failure::Kind::missing})
+                                : index(path, found->second);
+  };
   for (const char letter : {'v', Edition::expansion}) {
-    Edition edition{letter, join(folder, template_name(letter, false, false, "0")), {}, {}, {}, {}};
-    for (const auto& [name, text] : texts)
-      if (is_template_name(name) && ascii_lower(name[0]) == letter)
-        add_template(edition, folder, name, text);
-    if (edition.baseline_lines || !edition.pairs.empty() || !edition.fixes.empty())
+    const std::string zero = join(folder, template_name(letter, false, false, "0"));
+    Edition edition{letter, zero, {}, {}, {}, {}};
+    for (const auto& [name, text] : texts) {
+      const auto parts = parse(name);
+      if (!parts || ascii_lower(name[0]) != letter)
+        continue;
+      const bool fix = (*parts)[3].matched;
+      const std::string version = (*parts)[4];
+      if (!fix && version == "0")
+        set_baseline(edition, join(folder, name), text);
+      else
+        (fix ? edition.fixes : edition.pairs)[version] = {
+            read(index_old, template_name(letter, true, fix, version)),
+            read(index_new, template_name(letter, false, fix, version))};
+    }
+    if (edition.baseline || !edition.all_pairs().empty())
       editions.push_back(std::move(edition));
   }
   return editions;

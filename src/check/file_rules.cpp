@@ -1,96 +1,189 @@
-// The rules about the files of an edition: their line ends, and which there are.
+// The rules about the files of an edition.
+#include "check/finding.h"
+#include "check/map_run.h"
 #include "check/sections.h"
-#include "check/template_rules.h"
 #include "engine/numbers.h"
 
 #include <algorithm>
 #include <cmath>
-#include <functional>
-#include <initializer_list>
 
 namespace {
 
-bool is_lone(std::string_view text, std::size_t i) {
-  if (text[i] == '\n')
-    return i == 0 || text[i - 1] != '\r';
-  return text[i] == '\r' && (i + 1 == text.size() || text[i + 1] != '\n');
+using File = std::pair<std::string, std::string_view>;  // its path and text
+
+std::vector<File> files_of(const Edition& edition) {
+  std::vector<File> files;
+  if (edition.baseline)
+    files.emplace_back(edition.baseline_file, edition.baseline->lines.text());
+  for (const Pair* pair : edition.all_pairs())
+    for (const Template* file : pair->files())
+      if (!file->failure)
+        files.emplace_back(file->filename, file->lines.text());
+  return files;
 }
 
-// Editors end a line at every LF, so the lines are counted by these.
-void check_line_ends(const std::string& path, std::string_view text, Findings& findings) {
-  constexpr const char* rule = "line-ends";
-  if (is_one_line(text))
-    return findings.error(rule, path, 0, "it has no CR LF, so the whole file counts as one line");
-  std::size_t line = 0, first = 0, count = 0;
-  for (std::size_t i = 0; i < text.size(); ++i) {
-    if (is_lone(text, i) && count++ == 0)
-      first = line;
-    line += text[i] == '\n' ? 1 : 0;
-  }
-  if (count > 0)
-    findings.warning(rule, path, first,
-                     "a lone LF or CR ends no line: it is part of one (" +
-                         counted(count, "such character") + " in the file)");
+// The version lines that maps of a version may have: the baseline's, or those recognition lines
+// that end in the version.
+std::vector<std::string> version_lines(const Edition& edition, const OldTemplate& old,
+                                       const std::string& version) {
+  std::string usual(edition.baseline->lines[1]);
+  usual.resize(usual.size() - version_of(usual).size());
+  if (matchline(old, usual + version) > 0)
+    return {usual + version};
+  std::vector<std::string> lines;
+  for (std::size_t i = 1; i < old.lines.size(); ++i)
+    if (recognises(old, i) && version_of(old.lines[i]) == version)
+      lines.emplace_back(old.lines[i]);
+  return lines;
 }
 
-// Reports pairs of which a file is missing, and those that no map needs.
-void check_pairs(const Pairs& pairs, const std::function<bool(const std::string&)>& needed,
-                 Findings& findings) {
-  constexpr const char* rule = "missing-pair";
-  for (const auto& [version, pair] : pairs) {
-    const bool no_old = pair.old.failure.has_value();
-    const std::string& file = no_old ? pair.current.filename : pair.old.filename;
-    const std::string& other = no_old ? pair.old.filename : pair.current.filename;
-    if (no_old || pair.current.failure)
-      findings.error(rule, file, 0, "there is no " + name_of(other));
-    if (!needed(version))
-      findings.warning(rule, file, 0,
-                       "no map needs it: the baseline says that another version is current");
-  }
+// Whether maps that begin with a title and a version line become current ones, also if the lines
+// behind are those that the fix pass recognises.
+bool becomes_current(const Edition& edition, std::string_view title, const std::string& line) {
+  std::string text = std::string(title) + "\r\n" + line;
+  for (std::size_t i = 1; edition.fix() && i < edition.fix()->old.lines.size(); ++i)
+    if (recognises(edition.fix()->old, i))
+      text += "\r\n" + std::string(edition.fix()->old.lines[i]) + " ";
+  const Map map{"", LineArray::split(text)};
+  const MapRun run = convert(edition, map);
+  return !run.result || is_current(edition, run.lines);
 }
 
-// Reports the versions between the oldest and the current one that have no pair.
-void check_versions(const Edition& edition, Findings& findings) {
-  double oldest = *edition.version;
-  for (const auto& [version, pair] : edition.pairs)
-    if (has_number(version))
-      oldest = std::min(oldest, numeric_value(version));
-  for (double version = std::floor(oldest) + 1; version < *edition.version; ++version)
-    if (!edition.pairs.contains(number_text(version)))
-      findings.warning("missing-pair", edition.baseline, 1,
-                       "maps of version " + number_text(version) + " have no templates");
+bool writes_version(const Edition& edition, const NewTemplate& current) {
+  for (std::size_t i = 1; i < current.lines.size(); ++i)
+    if (current.output[i].marker == Marker::none && !is_header(current.lines[i]) &&
+        numeric_value(version_of(current.lines[i])) == *edition.version)
+      return true;
+  return false;
+}
+
+// What a pair does to the version of its maps.
+enum class Outcome { current, old, unknown };
+
+Outcome outcome_of(const Edition& edition, const std::string& version, const Pair& pair) {
+  if (!edition.version || !pair.is_readable() || numeric_value(version) >= *edition.version)
+    return Outcome::current;
+  const auto lines = version_lines(edition, pair.old, version);
+  if (lines.empty())
+    return writes_version(edition, pair.current) ? Outcome::unknown : Outcome::old;
+  const bool any = std::ranges::any_of(lines, [&](const std::string& line) {
+    return becomes_current(edition, pair.old.lines[0], line);
+  });
+  return any ? Outcome::current : Outcome::old;
 }
 
 }  // namespace
 
-void line_ends(const Edition& edition, Findings& findings) {
-  if (edition.baseline_lines)
-    check_line_ends(edition.baseline, edition.baseline_lines->text(), findings);
-  for (const Pairs* pairs : {&edition.pairs, &edition.fixes})
-    for (const auto& [version, pair] : *pairs)
-      for (const Template* file : std::initializer_list<const Template*>{&pair.old, &pair.current})
-        if (!file->failure)
-          check_line_ends(file->filename, file->lines.text(), findings);
+void line_ends(const Edition& edition, const Report& report) {
+  for (const auto& [path, text] : files_of(edition))
+    if (is_one_line(text))
+      report({path, 0}, one_line_reason(text));
 }
 
-void missing_pair(const Edition& edition, Findings& findings) {
-  constexpr const char* rule = "missing-pair";
-  const auto is_old = [&](const std::string& version) {
-    return !edition.version || numeric_value(version) < *edition.version;
-  };
-  const auto is_current = [&](const std::string& version) {
-    return !edition.version || version == number_text(*edition.version);
-  };
-  check_pairs(edition.pairs, is_old, findings);
-  check_pairs(edition.fixes, is_current, findings);
-  if (!edition.baseline_lines)
-    return findings.error(rule, edition.baseline, 0,
-                          "the file is missing, which says what version is current");
-  if (!edition.version)
-    return findings.error(rule, edition.baseline, 1, "the line does not end in a version");
-  check_versions(edition, findings);
-  if (edition.letter == Edition::expansion && !edition.fix())
-    findings.error(rule, edition.baseline, 1,
-                   "there are no templates of the fix pass for version " +
-                       number_text(*edition.version));
+// Editors end a line at every LF, so the lines are counted by these.
+void odd_bytes(const Edition& edition, const Report& report) {
+  for (const auto& [path, text] : files_of(edition)) {
+    if (text.starts_with(byte_order_mark))
+      report({path, 0, 1}, "a byte order mark is part of the first line: save the file without it");
+    std::size_t i = 0, line = 0, begin = 0;
+    while ((i = text.find_first_of("\r\n", i)) != text.npos && text.substr(i).starts_with("\r\n")) {
+      begin = i += 2;
+      ++line;
+    }
+    if (i != text.npos && !is_one_line(text))
+      report({path, line, i - begin + 1}, "a lone LF or CR ends no line: it is part of one");
+  }
+}
+
+void missing_pair(const Edition& edition, const Report& report) {
+  for (const Pair* pair : edition.all_pairs())
+    for (const Template* file : pair->files())
+      if (file->failure)
+        report({pair->present().filename, 0}, "there is no " + name_of(file->filename));
+  if (!edition.baseline)
+    report({edition.baseline_file, 0}, "the file is missing, which says what version is current");
+  if (edition.letter == Edition::expansion && edition.version && !edition.fix())
+    report({edition.baseline_file, 1},
+           "there are no templates of the fix pass for version " + number_text(*edition.version));
+}
+
+void bad_version(const Edition& edition, const Report& report) {
+  const auto line = edition.baseline ? edition.baseline->lines[1] : std::string_view();
+  const std::size_t start = line.size() - version_of(line).size();
+  if (edition.baseline && !edition.version)
+    report({edition.baseline_file, 1}, "the line does not end in a version");
+  else if (start > 0 && is_digit(line[start - 1]))
+    report({edition.baseline_file, 1, start + 1},
+           "the version is the last two characters alone: " + quoted(line.substr(start)));
+}
+
+void version_gap(const Edition& edition, const Report& report) {
+  const double current = edition.version.value_or(0);
+  double version = current;
+  for (const auto& [text, pair] : edition.pairs)
+    version = has_number(text) ? std::min(version, std::floor(numeric_value(text))) : version;
+  for (; version < current; ++version)
+    if (!edition.pairs.contains(number_text(version)))
+      report({edition.baseline_file, 1},
+             "maps of version " + number_text(version) + " have no templates");
+  for (const Pair* pair : edition.all_pairs())
+    if (edition.version && pair != edition.fix() &&
+        std::ranges::none_of(edition.pairs, [&](const auto& entry) {
+          return pair == &entry.second && numeric_value(entry.first) < current;
+        }))
+      report({pair->present().filename, 0},
+             "no map needs it: the baseline says that " + number_text(current) + " is current");
+}
+
+void no_version(const Edition& edition, const Report& report) {
+  for (const auto& [version, pair] : edition.pairs)
+    if (outcome_of(edition, version, pair) == Outcome::old)
+      report({pair.current.filename, 0}, "its maps do not become those of version " +
+                                             number_text(*edition.version) +
+                                             ", so that each run converts them again");
+}
+
+void version_line(const Edition& edition, const Report& report) {
+  for (const auto& [version, pair] : edition.pairs)
+    if (outcome_of(edition, version, pair) == Outcome::unknown)
+      report({pair.old.filename, 0},
+             "no line recognises the baseline's version line with version " + version);
+}
+
+// A word that a newer pair recognises at the start of a line is gone when the baseline has no line
+// like it. An older pair has to know it, or what is written for it, or its maps keep the line.
+void forgotten_word(const Edition& edition, const Report& report) {
+  std::map<std::string_view, std::set<std::string_view>> gone;  // with the words written for them
+  for (auto at = edition.pairs.rbegin(); edition.shown() && at != edition.pairs.rend(); ++at) {
+    const auto& [old, current] = at->second;
+    std::set<std::string_view> own;
+    for (const Template* file : at->second.files())
+      for (std::size_t i = 1; i < file->lines.size(); ++i)
+        own.insert(first_word(file->lines[i]));
+    for (const auto& [word, written] : gone)
+      if (std::ranges::none_of(written, [&](const auto known) { return own.contains(known); }))
+        report({old.filename, 0}, "a newer pair recognises " + quoted(word) +
+                                      ", which the baseline has no more, but this one knows no "
+                                      "such line");
+    for (std::size_t i = 1; i < old.lines.size(); ++i)
+      if (const auto word = first_word(old.lines[i]);
+          recognises(old, i) && !word.empty() && !edition.shown()->has_word_like(word))
+        for (auto [k, end] = output_of(current, sectionof(old, i)); k < end; ++k)
+          gone[word].insert({word, first_word(current.lines[k])});
+  }
+}
+
+void other_width(const Edition& edition, const Report& report) {
+  std::map<std::string_view, const NewTemplate*> wide;
+  for (const auto& [version, pair] : edition.pairs)
+    for (const OutputLine& output : pair.current.output)
+      if (output.marker == Marker::last_two)
+        wide[output.text] = &pair.current;
+  for (const auto& [version, pair] : edition.pairs)
+    for (std::size_t i = 0; i < pair.current.output.size(); ++i)
+      if (const auto& [text, marker] = pair.current.output[i];
+          marker == Marker::last_character && wide.contains(text) && wide[text] != &pair.current)
+        report({pair.current.filename, i, text.size() + 1},
+               quoted(pair.current.lines[i]) + " takes one character, but two in " +
+                   name_of(wide[text]->filename));
 }

@@ -1,44 +1,84 @@
-// What the checker has found: errors and warnings with their places.
+// What the checker has found, with its places.
 #pragma once
 
+#include "check/rules.h"
+#include "engine/line_array.h"
+
 #include <cstddef>
+#include <functional>
+#include <map>
 #include <string>
 #include <string_view>
 #include <vector>
 
+// A line of a file. Files are as named on the command line, or below its folder.
+struct Place {
+  std::string file;
+  std::size_t line;        // counted from 0
+  std::size_t column = 0;  // counted from 1; 0 when it is not known
+};
+
 struct Finding {
-  std::string file;  // as named on the command line, or below its folder
-  std::size_t line;  // counted from 1
-  bool error;        // else a warning
+  const Rule* rule;
+  Place place;
   std::string text;
-  const char* rule;
+  Place seen;            // in the first map that shows it
+  std::size_t maps = 0;  // that show it
+  std::string last_map;  // of these
 };
 
 class Findings {
 public:
-  // How many are kept and shown at most; the others are only counted.
+  // How many are shown at most; the others are only counted.
   static constexpr std::size_t most = 10'000;
 
-  // `index` is the line's, counted from 0.
-  void error(const char* rule, const std::string& file, std::size_t index, std::string text) {
-    add({file, index + 1, true, std::move(text), rule});
-  }
-  void warning(const char* rule, const std::string& file, std::size_t index, std::string text) {
-    add({file, index + 1, false, std::move(text), rule});
-  }
+  // Reads the remarks of a file, "= check: RULE", by which its writer silences findings: those at
+  // the line below, those in the whole section below where that is a header, and all in a file
+  // without headers. `lines` must outlive the findings.
+  void read_remarks(const std::string& file, const LineArray& lines);
 
-  std::size_t errors() const { return error_count; }
-  std::size_t count() const { return total; }
+  // Findings of the same key, unless it is empty, are one.
+  void add(Finding finding, const std::string& key);
 
-  // One printable line for each finding, sorted by file and line, then a line with their number.
+  // Finds the remarks that silence nothing. `checked` says whether the maps of a file were checked.
+  void check_remarks(const std::function<bool(const std::string& file)>& checked);
+
+  std::size_t count(Severity severity) const { return counts[severity == Severity::error ? 0 : 1]; }
+
+  // One printable line for each finding, sorted by file and line; and "1 error, 2 warnings".
   std::string report(bool colours);
+  std::string summary() const;
 
 private:
-  void add(Finding finding);
+  struct Remark {
+    const LineArray* lines;
+    std::size_t line;
+    std::string rule;
+    bool used = false;
+
+    bool is_for(std::size_t i) const;
+  };
+
+  bool silence(const Finding& finding);
 
   std::vector<Finding> kept;
-  std::size_t total = 0;
-  std::size_t error_count = 0;
+  std::map<std::string, std::size_t> known;    // the places in `kept` by their keys
+  std::multimap<std::string, Remark> remarks;  // by their files
+  std::size_t counts[2] = {0, 0}, silenced = 0;
+};
+
+// Takes the findings of one rule: what is wrong at a place and, if a map shows it, where in the
+// first such map. That is reported once for all maps: for each place or, if it is given, each key.
+class Report {
+public:
+  Report(Findings& findings_in, const char* name) : findings(findings_in), rule(find_rule(name)) {}
+
+  void operator()(const Place& place, std::string text, const Place& seen = {"", 0},
+                  const std::string& key = "") const;
+
+private:
+  Findings& findings;
+  const Rule* rule;
 };
 
 // "1 line", "2 lines".

@@ -1,63 +1,92 @@
 // vora-template-check: checks structure templates for those who write them.
 #include "check/checker.h"
+#include "check/trace.h"
+#include "check/unified_diff.h"
 #include "platform/console.h"
 #include "platform/path_rules.h"
 #include "platform/printable.h"
 
 #include <algorithm>
 #include <cstdio>
+#include <cstdlib>
 #include <exception>
 #include <filesystem>
 #include <fstream>
-#include <optional>
+#include <map>
 
 namespace fs = std::filesystem;
 
 namespace {
 
-constexpr const char* usage = "usage: vora-template-check [--edition v|t] [FOLDER [MAP...]]\n"
-                              "       vora-template-check --diff [--edition v|t] FOLDER MAP...\n";
-
+const std::string usage = "usage: vora-template-check [OPTION...] [FOLDER [MAP...]]\n";
 constexpr const char* help =
     "\n"
     "Checks the structure templates in FOLDER, the current folder by default. Each MAP\n"
-    "is converted in memory, and what happens to it is checked, too. Nothing is written.\n"
+    "is converted in memory, and what happens to it is checked, too; a folder stands for\n"
+    "the maps in it. Nothing is written.\n"
     "\n"
     "  --diff           show what the conversion changes, as a unified diff\n"
+    "  --trace MAP      show what happens to each line of a map\n"
     "  --edition v|t    check the templates of the base game or of Tarnfall only\n"
-    "  --help           show this text\n"
+    "  --strict         warnings count for the exit status, too\n"
+    "  --explain RULE   show what a rule finds\n"
+    "  -h, --help       show this text\n"
     "  --version        show the version\n"
     "\n"
-    "Findings are FILE:LINE: error|warning: TEXT [RULE]. The exit status is 0 if there are\n"
-    "no errors, 1 if there are, and 2 for a wrong argument or a file that cannot be read.\n";
+    "Findings are FILE:LINE: error|warning: TEXT [RULE]. A map is of the edition whose\n"
+    "baseline begins with the same line; others are counted, but not checked. The exit\n"
+    "status is 0 if there are no errors, 1 if there are, and 2 for a wrong argument or a\n"
+    "file that cannot be read.\n";
 
 // Larger files are refused.
 constexpr std::uintmax_t largest_template = 16 << 20;  // bytes
 constexpr std::uintmax_t largest_map = LineArray::max_text_size;
 
 struct Options {
-  bool diff = false;
-  std::optional<char> edition;
+  std::map<std::string, bool> flags{
+      {"--diff", false}, {"--help", false}, {"--strict", false}, {"--version", false}};
+  std::map<std::string, std::string> values{{"--edition", ""}, {"--explain", ""}, {"--trace", ""}};
   std::vector<std::string> names;  // the folder, then the maps
 };
 
-// Nothing if the arguments are wrong.
-std::optional<Options> parse(const std::vector<std::string>& arguments) {
-  Options options;
+// What is wrong with the options; empty if nothing is.
+std::string fault_of(const Options& options) {
+  const auto &edition = options.values.at("--edition"), &rule = options.values.at("--explain");
+  if (!edition.empty() && edition != "v" && edition != "t")
+    return "there is no edition \"" + edition + "\"";
+  if (!rule.empty() && !find_rule(rule))
+    return "there is no rule \"" + rule + "\"";
+  return options.flags.at("--diff") && options.names.size() < 2 ? "--diff needs a folder and a map"
+                                                                : "";
+}
+
+// Sets the options; what is wrong with the arguments, empty if nothing is.
+std::string parse(const std::vector<std::string>& arguments, Options& options) {
+  bool only_names = false;
   for (auto at = arguments.begin(); at != arguments.end(); ++at) {
-    if (*at == "--diff")
-      options.diff = true;
-    else if (*at == "--edition" && std::next(at) != arguments.end() &&
-             (at[1] == "v" || at[1] == "t"))
-      options.edition = (++at)->front();
-    else if (at->starts_with("-") || at->empty())
-      return std::nullopt;
-    else
+    const auto equals = std::min(at->find('='), at->size());
+    const std::string name = *at == "-h" ? "--help" : at->substr(0, equals);
+    const auto value = options.values.find(name);
+    if (at->empty())
+      return "an argument is empty";
+    if (only_names || at->front() != '-')
       options.names.push_back(*at);
+    else if (*at == "--")
+      only_names = true;
+    else if (value != options.values.end() && equals < at->size())
+      value->second = at->substr(equals + 1);
+    else if (value != options.values.end() && std::next(at) != arguments.end())
+      value->second = *++at;
+    else if (equals == at->size() && options.flags.contains(name))
+      options.flags[name] = true;
+    else if (value == options.values.end())
+      return "there is no option \"" + *at + "\"";
+    if (value != options.values.end() && value->second.empty())
+      return name + " needs a value";
+    if (options.flags["--help"] || options.flags["--version"])
+      return "";
   }
-  if (options.diff && options.names.size() < 2)
-    return std::nullopt;
-  return options;
+  return fault_of(options);
 }
 
 fs::path path_of(const std::string& name) { return {std::u8string(name.begin(), name.end())}; }
@@ -67,83 +96,149 @@ std::string text_of(const fs::path& path) {
   return {name.begin(), name.end()};
 }
 
-Result<std::string> read(const fs::path& path, std::uintmax_t largest) {
-  const Failure failure{text_of(path), "read it", "it is missing, no file or not accessible"};
+Result<std::string> read(const std::string& name, std::uintmax_t largest) {
+  const fs::path path = path_of(name);
   std::error_code error;
-  if (!fs::is_regular_file(path, error))
-    return failure;
-  const std::uintmax_t size = fs::file_size(path, error);
-  if (!error && size > largest)
-    return Failure{text_of(path), "read it", "it is too large"};
+  const bool regular = fs::is_regular_file(path, error);
+  const std::uintmax_t size = regular ? fs::file_size(path, error) : 0;
+  if (size > largest)
+    return Failure{name, "read it", "it is too large"};
   std::ifstream file(path, std::ios::binary);
-  std::string text(error ? 0 : size, 0);
-  file.read(text.data(), static_cast<std::streamsize>(text.size()));
-  return file && !error ? Result<std::string>(std::move(text)) : failure;
+  std::string text(size, 0);
+  file.read(text.data(), static_cast<std::streamsize>(size));
+  if (!regular || error || !file)
+    return Failure{name, "read it", "it is missing, no file or not accessible"};
+  return text;
+}
+
+// The files that `Iterator` visits in a folder and whose names fit, in order.
+template <class Iterator, class Fits>
+Result<std::vector<std::string>> list(const std::string& folder, const Fits& fits,
+                                      const char* what) {
+  std::vector<std::string> found;
+  std::error_code error;
+  for (Iterator at(path_of(folder), error); !error && at != Iterator(); at.increment(error))
+    if (std::error_code ignored; fits(text_of(at->path().filename())) && !at->is_directory(ignored))
+      found.push_back(text_of(at->path()));
+  if (error || found.empty())
+    return error ? Failure{folder, "read the folder", error.message()}
+                 : Failure{folder, "check it", std::string("there are no ") + what + " in it"};
+  std::ranges::sort(found);
+  return found;
 }
 
 // The texts of the templates in a folder.
-Result<Texts> read_templates(const std::string& folder, std::optional<char> edition) {
+Result<Texts> read_templates(const std::string& folder, const std::string& edition) {
+  const auto fits = [&](const std::string& name) {
+    return is_template_name(name) && (edition.empty() || ascii_lower(name[0]) == edition[0]);
+  };
+  const auto paths = list<fs::directory_iterator>(folder, fits, "templates");
+  if (!paths)
+    return paths.failure();
   Texts texts;
-  std::error_code error;
-  fs::directory_iterator entries(path_of(folder), error);
-  for (; !error && entries != fs::directory_iterator(); entries.increment(error)) {
-    const std::string name = text_of(entries->path().filename());
-    if (!is_template_name(name) || (edition && ascii_lower(name[0]) != *edition))
-      continue;
-    auto text = read(entries->path(), largest_template);
+  for (const std::string& path : *paths) {
+    auto text = read(path, largest_template);
     if (!text)
       return text.failure();
-    texts[name] = *std::move(text);
+    texts[name_of(path)] = *std::move(text);
   }
-  if (error)
-    return Failure{folder, "read the folder", error.message()};
-  if (texts.empty())
-    return Failure{folder, "check it", "there are no templates in it"};
   return texts;
 }
 
-// Checks what the options name; `diffs` gets the differences. The findings, or what could not be
-// read.
-Result<Findings> check(const Options& options, std::string& diffs) {
-  const std::string folder = options.names.empty() ? "." : options.names[0];
-  const auto texts = read_templates(folder, options.edition);
+// The maps that an argument stands for: a map, those in a folder and its folders, or those with a
+// name that has a "*", which the command prompt of Windows leaves to the program.
+Result<std::vector<std::string>> find_maps(const std::string& argument) {
+  const fs::path path = path_of(argument);
+  const std::string name = text_of(path.filename()), folder = text_of(path.parent_path());
+  const auto star = name.find('*');
+  std::error_code error;
+  if (fs::is_directory(path, error))
+    return list<fs::recursive_directory_iterator>(
+        argument, [](const std::string& file) { return matches_pattern(file, "*.galaxy"); },
+        "maps");
+  if (star == name.npos || fs::exists(path, error))
+    return std::vector{argument};
+  const auto fits = [&](const std::string& file) {
+    return file.size() + 1 >= name.size() && file.starts_with(name.substr(0, star)) &&
+           matches_pattern(file, name.substr(star));
+  };
+  return list<fs::directory_iterator>(folder.empty() ? "." : folder, fits, "such maps");
+}
+
+// A text for a terminal, whose lines and tabs stay. No line of a map may disturb it.
+std::string for_terminal(std::string_view text) {
+  std::string shown;
+  while (!text.empty()) {
+    const auto end = std::min(text.find_first_of("\t\n"), text.size());
+    const bool cr = text.substr(0, end).ends_with('\r') && text.substr(end).starts_with('\n');
+    shown.append(printable(text.substr(0, end - (cr ? 1 : 0)))).append(text.substr(end, 1));
+    text.remove_prefix(std::min(end + 1, text.size()));
+  }
+  return shown;
+}
+
+// Checks the maps that the options name; what is to be shown of them behind the findings.
+Result<std::string> check_maps(const Options& options, Checker& checker) {
+  const std::string& traced = options.values.at("--trace");
+  std::vector<std::string> arguments(options.names.begin() + (options.names.empty() ? 0 : 1),
+                                     options.names.end());
+  if (!traced.empty())
+    arguments.push_back(traced);
+  std::string shown;
+  for (const std::string& argument : arguments) {
+    const auto maps = find_maps(argument);
+    for (std::size_t i = 0; maps && i < maps->size(); ++i) {
+      auto text = read((*maps)[i], largest_map);
+      if (!text)
+        return text.failure();
+      const Map map{(*maps)[i], LineArray::split(*std::move(text))};
+      const auto run = checker.add(map);
+      if (options.flags.at("--diff") && run && run->result)
+        shown += unified_diff(*run);
+      if (argument == traced)
+        shown += run ? trace(*run) : argument + ": it is not converted\n";
+    }
+    if (!maps)
+      return maps.failure();
+  }
+  return shown;
+}
+
+// Checks what the options name. The exit status, or what could not be read or written.
+Result<int> check(const Options& options) {
+  const std::string folder = options.names.empty() ? "" : options.names[0];
+  const auto texts = read_templates(folder.empty() ? "." : folder, options.values.at("--edition"));
   if (!texts)
     return texts.failure();
-  Checker checker(find_editions(options.names.empty() ? "" : folder, *texts));
-  for (std::size_t i = 1; i < options.names.size(); ++i) {
-    auto text = read(path_of(options.names[i]), largest_map);
-    if (!text)
-      return text.failure();
-    diffs += checker.add({options.names[i], LineArray::split(*std::move(text))}, options.diff);
-  }
-  return checker.finish();
+  Checker checker(find_editions(folder, *texts));
+  const auto shown = check_maps(options, checker);
+  if (!shown)
+    return shown.failure();
+  const char *no_colour = std::getenv("NO_COLOR"), *terminal = std::getenv("TERM");
+  const bool escape = output_has_colours(), dumb = terminal && std::string_view(terminal) == "dumb";
+  const bool colours = escape && !dumb && (!no_colour || !*no_colour);
+  if (!print(checker.report(colours) + (escape ? for_terminal(*shown) : *shown)))
+    return Failure{"standard output", "write the findings", "it is closed or full"};
+  const bool strict_fault = options.flags.at("--strict") && checker.count(Severity::warning) > 0;
+  return checker.count(Severity::error) > 0 || strict_fault ? 1 : 0;
 }
 
 int run(const std::vector<std::string>& arguments) {
-  const auto has = [&](const char* option) {
-    return std::find(arguments.begin(), arguments.end(), option) != arguments.end();
-  };
-  if (has("--help") || has("--version")) {
-    const std::string text =
-        has("--help") ? std::string(usage) + help : "vora-template-check " VERSION "\n";
-    return print(text) ? 0 : 2;
-  }
-  const auto options = parse(arguments);
-  if (!options) {
-    print_error(usage);
+  Options options;
+  if (const std::string fault = parse(arguments, options); !fault.empty()) {
+    print_error("vora-template-check: " + printable(fault) + "\n" + usage);
     return 2;
   }
-  std::string diffs;
-  auto findings = check(*options, diffs);
-  if (!findings) {
-    print_error(printable(findings.failure().text()) + "\n");
-    return 2;
-  }
-  if (!print(findings->report(output_has_colours()) + diffs)) {
-    print_error("vora-template-check: the findings cannot be written\n");
-    return 2;
-  }
-  return findings->errors() > 0 ? 1 : 0;
+  if (options.flags["--help"])
+    return print(usage + help) ? 0 : 2;
+  if (options.flags["--version"])
+    return print("vora-template-check " VERSION "\n") ? 0 : 2;
+  if (const Rule* rule = find_rule(options.values["--explain"]))
+    return print(explain(*rule)) && print("\n") ? 0 : 2;
+  const auto status = check(options);
+  if (!status)
+    print_error(printable(status.failure().text()) + "\n");
+  return status ? *status : 2;
 }
 
 }  // namespace

@@ -1,234 +1,229 @@
 // The rules about the conversion of maps.
-#include "check/map_rules.h"
-
+#include "check/finding.h"
+#include "check/map_run.h"
 #include "check/sections.h"
-#include "engine/numbers.h"
 
 #include <algorithm>
-#include <optional>
 
 namespace {
 
-// Whether a value that `line` holds goes across position `at`. A quotation mark there may be the
-// value's start only if `at_start`.
-bool cuts(std::string_view line, std::size_t at, bool at_start) {
-  if (at == 0 || at >= line.size() || is_blank(line[at - 1]))
-    return false;
-  const char before = line[at - 1], first = line[at];
-  const bool in_number = is_digit(first) && (is_digit(before) || before == '.' || before == '-');
-  const bool in_word = is_letter(first) && is_letter(before);
-  return in_number || in_word || (first == '"' && !at_start);
-}
-
-// Where the marker of an output line begins to copy from a line; nothing where it copies nothing.
-std::optional<std::size_t> copied_from(const OutputLine& output, std::string_view line) {
-  switch (output.marker) {
-  case Marker::rest:
-    return output.text.size() - 1;
-  case Marker::last_two:
-    return line.size() - std::min<std::size_t>(2, line.size());
-  case Marker::last_character:
-    return line.size() - std::min<std::size_t>(1, line.size());
-  default:
-    return std::nullopt;
-  }
-}
-
-// Whether the marker of an output line loses a part of the value in a line, or doubles the blank
-// before it.
-bool misses_value(const OutputLine& output, std::string_view line) {
-  const auto at = copied_from(output, line);
-  if (!at || output.marker != Marker::rest)
-    return at && cuts(line, *at, false);
-  const bool nothing_left = *at >= line.size() && stripped(line).find(' ') != line.npos;
-  const bool two_blanks = *at < line.size() && is_blank(line[*at]);
-  return nothing_left || two_blanks || cuts(line, *at, true);
-}
-
-// What a line of the template has cut off first, and how often.
-struct Cut {
-  std::size_t line;  // of the pass's input
-  std::size_t count = 0;
+// A value that an output line copies.
+struct Copy {
+  const Pass& pass;
+  const Block& block;
+  const Written& written;
+  const OutputLine& output;
+  std::string_view text;   // the line of the new template
+  std::string_view input;  // the line that the value is taken from
 };
 
-std::map<std::size_t, Cut> cuts_of(const Pass& pass) {
-  std::map<std::size_t, Cut> cuts;
-  for (const Block& block : pass.blocks) {
-    const auto [begin, end] = output_of(pass.pair.current, pass.section_of(block));
-    for (std::size_t i = begin; i < end; ++i) {
-      const OutputLine& output = pass.pair.current.output[i];
-      const std::size_t line = block.line + (output.marker == Marker::rest ? 0 : i - begin);
-      if (misses_value(output, pass.input[line]))
-        ++cuts.try_emplace(i, Cut{line}).first->second.count;
-    }
-  }
-  return cuts;
+std::vector<Copy> copies_of(const MapRun& run) {
+  std::vector<Copy> copies;
+  for (const Pass& pass : run.passes)
+    for (const Written& w : pass.written)
+      if (const OutputLine& output = pass.pair.current.output[w.output];
+          output.marker == Marker::rest || is_aligned(output.marker))
+        copies.push_back({pass, pass.blocks[w.block], w, output, pass.pair.current.lines[w.output],
+                          pass.input[w.line]});
+  return copies;
 }
 
-std::string_view first_word(std::string_view line) {
-  line = unindented(line);
-  return line.substr(0, line.find_first_of(" \t#"));
+Place place_of(const MapRun& run, const Pass& pass, std::size_t line) {
+  return {run.map.path, pass.origins[std::min(line, pass.origins.size() - 1)].line};
 }
 
-// The line of the template that would start another block at line `k` of a pass's input; 0 when
-// there is none. The section's other recognition lines may be there for lines inside the block.
-std::size_t starts_other(const Pass& pass, std::size_t k, const Block& block) {
-  const std::size_t t = matchline(pass.pair.old, pass.input[k]);
-  const bool same_section = sectionof(pass.pair.old, t) == pass.section_of(block);
-  if (t == 0 || !recognises(pass.pair.old, t) || (same_section && t != block.recognised_by))
-    return 0;
-  const bool all = !pass.is_fix || (matchline(pass.pair.old, pass.input[k + 1]) > 0 &&
-                                    matchline(pass.pair.old, pass.input[k + 2]) > 0);
-  return all ? t : 0;
+void report_copy(const MapRun& run, const Copy& copy, const Report& report, std::string text) {
+  report({copy.pass.pair.current.filename, copy.written.output}, std::move(text),
+         place_of(run, copy.pass, copy.written.line));
 }
 
-// The sections of lines that were reported, and those of their blocks.
-using Known = std::set<std::pair<std::size_t, std::size_t>>;
-
-// Reports a line that could start a block, but is replaced in another: the first one of each two
-// sections. It is meant to be there if the output line that is aligned with it begins with the same
-// word, or with that of the section which would have taken it.
-void check_block(const MapRun& run, const Pass& pass, const Block& block, Known& known,
-                 Findings& findings) {
-  const std::size_t s = pass.section_of(block);
-  const auto [begin, end] = output_of(pass.pair.current, s);
-  for (std::size_t d = 1; d < block.count; ++d) {
-    const std::size_t t = starts_other(pass, block.line + d, block);
-    if (t == 0)
-      continue;
-    const auto line = pass.input[block.line + d];
-    const auto other = output_of(pass.pair.current, sectionof(pass.pair.old, t));
-    const auto word_of = [&](std::size_t i) { return first_word(pass.pair.current.lines[i]); };
-    const bool meant = begin + d < end &&
-                       (word_of(begin + d) == first_word(line) ||
-                        (other.begin < other.end && word_of(begin + d) == word_of(other.begin)));
-    if (meant || !known.emplace(s, sectionof(pass.pair.old, t)).second)
-      continue;
-    findings.error("block-overlap", run.map.path, pass.origins[block.line + d].line,
-                   quoted(line) + " is replaced in a block of section " +
-                       section_name(pass.pair.old, s) + ", but " + line_number(t) + " of " +
-                       name_of(pass.pair.old.filename) + " recognises it");
-  }
+// Calls `visit` with each block and its pass.
+template <class Visit> void for_each_block(const MapRun& run, const Visit& visit) {
+  for (const Pass& pass : run.passes)
+    for (const Block& block : pass.blocks)
+      visit(pass, block);
 }
 
-// Reports a block that ends too early or too late: the output ends in a fixed line which in the map
-// stands right behind the block, or inside it with other lines behind.
-void check_end(const MapRun& run, const Pass& pass, const Block& block, Known& known,
-               Findings& findings) {
-  const std::size_t s = pass.section_of(block), after = block.line + block.count;
-  const auto [begin, end] = output_of(pass.pair.current, s);
-  if (begin == end || pass.pair.current.output[end - 1].marker != Marker::none || block.count == 0)
-    return;
-  const auto last = unindented(pass.pair.current.lines[end - 1]);
-  const auto is_last = [&](std::size_t k) { return unindented(pass.input[k]) == last; };
-  std::size_t k = after;
-  while (k > block.line && !is_last(k))
-    --k;
-  if (last.empty() || k == block.line || is_last(after - 1) || !known.emplace(s, s).second)
-    return;
-  findings.warning("block-overlap", run.map.path, pass.origins[std::min(k + 1, after)].line,
-                   quoted(pass.input[std::min(k + 1, after)]) +
-                       (k == after ? " stays behind" : " is replaced in") + " a block of section " +
-                       section_name(pass.pair.old, s) + ", whose output ends in " + quoted(last));
+void report_block(const MapRun& run, const Pass& pass, const Block& block, std::size_t line,
+                  const Report& report, const std::string& text) {
+  const std::size_t header = pass.header_of(block);
+  report({pass.pair.old.filename, header},
+         quoted(pass.input[line]) + text + " of section " +
+             section_name(pass.pair.old.lines[header]),
+         place_of(run, pass, line));
 }
 
-void remove_matched(const Pass& pass, std::set<std::size_t>& lines) {
-  for (const Block& block : pass.blocks)
-    for (std::size_t d = 0; d < (pass.is_fix ? 3 : 1); ++d)
-      lines.erase(matchline(pass.pair.old, pass.input[block.line + d]));
+// Where the marker of an output line begins to copy.
+std::size_t copied_from(const Copy& copy) {
+  const std::size_t size = copy.input.size();
+  if (copy.output.marker == Marker::rest)
+    return std::min(size, copy.output.text.size() - 1);
+  return size - std::min<std::size_t>(copy.output.marker == Marker::last_two ? 2 : 1, size);
+}
+
+// Whether the copy loses a part of the value in its line, or doubles the blank before it.
+bool misses_value(const Copy& copy) {
+  const auto line = copy.input;
+  const std::size_t at = copied_from(copy);
+  const bool rest = copy.output.marker == Marker::rest;
+  if (at == line.size())
+    return rest && stripped(line).find(' ') != line.npos;
+  if (at == 0 || is_blank(line[at - 1]) || (rest && is_blank(line[at])))
+    return at > 0 && rest && is_blank(line[at]);
+  const char before = line[at - 1], first = line[at];
+  const bool in_number = is_digit(first) && (is_digit(before) || before == '.' || before == '-');
+  return in_number || (is_letter(first) && is_letter(before)) || (first == '"' && !rest);
+}
+
+// What follows the first word of a line.
+std::string_view value_in(std::string_view line) {
+  return stripped(unindented(line).substr(first_word(line).size()));
+}
+
+bool block_has_word(const Pass& pass, const Block& block, std::string_view word) {
+  for (std::size_t k = block.line; k < block.line + block.count; ++k)
+    if (first_word(pass.input[k]) == word)
+      return true;
+  return false;
+}
+
+bool output_has_word(const Pass& pass, const Block& block, std::string_view word) {
+  for (auto [i, end] = output_of(pass.pair.current, pass.section_of(block)); i < end; ++i)
+    if (first_word(pass.pair.current.lines[i]) == word)
+      return true;
+  return false;
+}
+
+bool writes_nothing(const Pass& pass, const Block& block) {
+  const auto [begin, end] = output_of(pass.pair.current, pass.section_of(block));
+  const OutputLine* first = pass.pair.current.output.data();
+  return std::all_of(first + begin, first + end,
+                     [](const OutputLine& output) { return output.marker == Marker::dropped; });
+}
+
+// What is lost of line `k` in a block; empty if it is written or meant. A line that is dropped in
+// its place is meant, and so is one that is recognised with its value. Other lines inside a block
+// are lost if current maps, or other sections, have lines of their word.
+std::string loss_of(const MapRun& run, const Pass& pass, const Block& block, std::size_t k) {
+  const auto [begin, end] = output_of(pass.pair.current, pass.section_of(block));
+  const auto line = pass.input[k], word = first_word(line);
+  const std::size_t i = std::min(begin + (k - block.line), end - 1);
+  const OutputLine& output = pass.pair.current.output[i];
+  const bool aligned = i - begin == k - block.line, written = output_has_word(pass, block, word);
+  if (word.empty() || (aligned && output.marker == Marker::dropped) ||
+      (k == block.line && pass.pair.old.lines[block.recognised_by].size() >= line.size()))
+    return "";
+  const auto value = value_in(line), constant = value_in(output.text);
+  if (aligned && output.marker == Marker::none && !value.empty() && !constant.empty() &&
+      value != constant && (first_word(output.text) == word || !written))
+    return " loses its value, as " + quoted(output.text) + " is written, in a block";
+  if (aligned && output.marker != Marker::none)
+    return "";
+  const std::size_t t = pass.is_fix ? 0 : matchline(pass.pair.old, line);
+  const bool kept = run.edition.shown() && run.edition.shown()->has_word(word);
+  return k > block.line && !written && (kept || recognises(pass.pair.old, t))
+             ? " is lost in a block"
+             : "";
+}
+
+// Reports a line of the result where the template writes it, or where the map has it.
+void report_result(const MapRun& run, std::size_t j, const std::string& key, std::string text,
+                   const Report& report) {
+  const auto& [line, writer, output] = run.origins[j];
+  const Place seen{run.map.path, line};
+  report(writer ? Place{writer->current.filename, output} : seen, std::move(text), seen,
+         writer ? "" : key);
 }
 
 }  // namespace
 
-void cut_value(const MapRun& run, Findings& findings) {
-  for (const Pass& pass : run.passes)
-    for (const auto& [i, cut] : cuts_of(pass)) {
-      const auto line = pass.input[cut.line];
-      const auto at = *copied_from(pass.pair.current.output[i], line);
-      findings.warning(
-          "cut-value", run.map.path, pass.origins[cut.line].line,
-          quoted(pass.pair.current.lines[i]) + ", " + line_number(i) + " of " +
-              name_of(pass.pair.current.filename) + ", copies " +
-              quoted(line.substr(std::min(at, line.size()))) + " of " + quoted(line) +
-              (cut.count > 1 ? " (the first of " + std::to_string(cut.count) + ")" : ""));
-    }
-}
-
-void past_map_end(const MapRun& run, Findings& findings) {
-  for (const Pass& pass : run.passes)
-    for (const Block& block : pass.blocks) {
-      const std::size_t s = pass.section_of(block);
-      if (pass.pair.old.counts[s] > static_cast<long long>(pass.input.size() - block.line))
-        findings.error("past-map-end", run.map.path, pass.origins[block.line].line,
-                       "a block of section " + section_name(pass.pair.old, s) + " has " +
-                           std::to_string(pass.pair.old.counts[s]) +
-                           " lines, but the map ends before that");
-    }
-}
-
-void swallowed_block(const MapRun& run, Findings& findings) {
-  for (const Pass& pass : run.passes) {
-    Known known;
-    for (const Block& block : pass.blocks) {
-      check_block(run, pass, block, known, findings);
-      check_end(run, pass, block, known, findings);
-    }
+// What templates write was held against the baseline already, unless a value is in it.
+void unknown_line(const MapRun& run, const Report& report) {
+  for (std::size_t j = 1; run.edition.shown() && j < run.lines.size(); ++j) {
+    const auto line = run.lines[j];
+    const auto& [from, writer, output] = run.origins[j];
+    if (run.edition.shown()->kind(line) == 0 && !unindented(line).empty() &&
+        (!writer || !run.edition.is_last(*writer) ||
+         writer->current.output[output].marker == Marker::rest))
+      report_result(run, j, std::string(line.substr(0, line.find_first_of(" 0123456789"))),
+                    quoted(line) + " begins like no line of the baseline", report);
   }
 }
 
-void not_current(const MapRun& run, Findings& findings) {
-  constexpr const char* rule = "not-current";
-  if (!run.result)
-    return findings.error(rule, run.map.path, 1,
-                          "it cannot be converted: " + quoted(name_of(run.result.failure().path)) +
-                              ": " + run.result.failure().reason);
-  const LineArray lines = LineArray::split(*run.result);
-  const auto version = version_of(lines[1]);
-  if (!has_number(version) || numeric_value(version) != *run.edition.version)
-    findings.error(rule, run.map.path, 1,
-                   "the version of the converted map is " + quoted(version) + ", not " +
-                       number_text(*run.edition.version));
-}
-
-void not_stable(const MapRun& run, Findings& findings) {
-  const Map again{run.map.path, LineArray::split(*run.result)};
-  if (!is_old(run.edition, again))
-    return;
-  const MapRun second = convert(run.edition, again);
-  if (!second.result || *second.result != *run.result)
-    findings.error("not-stable", run.map.path, 1,
-                   second.result ? "a second run would change the converted map again"
-                                 : "a second run could not convert the converted map again");
-}
-
-void UnmatchedLines::add(const MapRun& run) {
-  for (const Pass& pass : run.passes) {
-    const auto [at, added] = pairs.try_emplace(&pass.pair);
-    for (std::size_t i = 0; added && i < pass.pair.old.lines.size(); ++i)
-      if (recognises(pass.pair.old, i))
-        at->second.lines.insert(i);
-    remove_matched(pass, at->second.lines);
-    find_reasons(run, pass, at->second);
+// Lines that follow each other in the map, too, are as they were: only a missing one is reported.
+void line_order(const MapRun& run, const Report& report) {
+  const Baseline& baseline = *run.edition.baseline;
+  std::size_t b = baseline.kind(run.lines[0]);
+  for (std::size_t j = 1; run.edition.shown() && j < run.lines.size(); ++j) {
+    const std::size_t a = std::exchange(b, baseline.kind(run.lines[j]));
+    const auto &before = run.origins[j - 1], &origin = run.origins[j];
+    const bool same_block = origin.writer && origin.writer == before.writer &&
+                            origin.output > before.output && run.edition.is_last(*origin.writer);
+    if (a == 0 || b == 0 || same_block || baseline.follows(a, b))
+      continue;
+    const auto word = [&](std::size_t line) { return first_word(run.map.lines[line]); };
+    const std::size_t i = std::max<std::size_t>(origin.line, 1);
+    const bool followed =
+        word(i - 1) == first_word(run.lines[j - 1]) || (a == b && word(i - 1) == word(i));
+    const auto missing = baseline.missing(a, b);
+    if (!missing.empty() || (!followed && !baseline.may_follow(a, b)))
+      report_result(run, before.writer ? j - 1 : j, std::to_string(a) + " " + std::to_string(b),
+                    quoted(run.lines[j]) + " does not follow " + quoted(run.lines[j - 1]) +
+                        " in the baseline" + missing,
+                    report);
   }
 }
 
-// Looks for lines of a map that only tabs and blanks keep from being recognised.
-void UnmatchedLines::find_reasons(const MapRun& run, const Pass& pass, Unmatched& unmatched) {
-  const LooseIndex index(pass.pair.old);
-  for (std::size_t k = 0; k < pass.input.size() && !unmatched.lines.empty(); ++k)
-    if (const std::size_t t = index.find(pass.input[k]);
-        unmatched.lines.contains(t) && matchline(pass.pair.old, pass.input[k]) == 0)
-      unmatched.reasons.emplace(
-          t, ": " + line_number(pass.origins[k].line) + " of " + name_of(run.map.path) +
-                 " differs only in its tabs and blanks: " + quoted(pass.input[k]));
+void cut_value(const MapRun& run, const Report& report) {
+  for (const Copy& copy : copies_of(run))
+    if (misses_value(copy))
+      report_copy(run, copy, report,
+                  quoted(copy.text) + " copies " + quoted(copy.input.substr(copied_from(copy))) +
+                      " of " + quoted(copy.input));
 }
 
-void UnmatchedLines::report(Findings& findings) const {
-  for (const auto& [pair, unmatched] : pairs)
-    for (const std::size_t line : unmatched.lines) {
-      const auto reason = unmatched.reasons.find(line);
-      findings.warning("unmatched", pair->old.filename, line,
-                       quoted(pair->old.lines[line]) + " recognises no line of the given maps" +
-                           (reason == unmatched.reasons.end() ? "" : reason->second));
-    }
+// The line of the value begins with another word, and that one or the output's is at home elsewhere
+// in the block: the line has not only been renamed.
+void other_value(const MapRun& run, const Report& report) {
+  for (const Copy& copy : copies_of(run)) {
+    const auto word = first_word(copy.text), taken = first_word(copy.input);
+    const auto& [pass, block, written, output, text, input] = copy;
+    if (word != taken && !word.empty() && !taken.empty() &&
+        written.line < block.line + block.count &&
+        (block_has_word(pass, block, word) || output_has_word(pass, block, taken)))
+      report_copy(run, copy, report, quoted(text) + " takes its value from " + quoted(input));
+  }
+}
+
+// The version line is to lose its value, and a section that writes nothing is to lose all.
+void lost_line(const MapRun& run, const Report& report) {
+  for_each_block(run, [&](const Pass& pass, const Block& block) {
+    if (writes_nothing(pass, block))
+      return;
+    for (std::size_t k = block.line; k < block.line + block.count; ++k)
+      if (const std::string loss = loss_of(run, pass, block, k);
+          !loss.empty() && pass.origins[k].line != 1)
+        report_block(run, pass, block, k, report, loss);
+  });
+}
+
+// The output ends in a fixed line, and the map has that line right behind the block.
+void stays_behind(const MapRun& run, const Report& report) {
+  for_each_block(run, [&](const Pass& pass, const Block& block) {
+    const std::size_t after = block.line + block.count,
+                      end = output_of(pass.pair.current, pass.section_of(block)).end;
+    const auto last = unindented(pass.pair.current.lines[end - 1]);
+    if (block.count > 0 && pass.pair.current.output[end - 1].marker == Marker::none &&
+        !last.empty() && unindented(pass.input[after]) == last &&
+        unindented(pass.input[after - 1]) != last)
+      report_block(run, pass, block, after, report, " stays behind a block");
+  });
+}
+
+void past_map_end(const MapRun& run, const Report& report) {
+  for_each_block(run, [&](const Pass& pass, const Block& block) {
+    if (pass.pair.old.counts[pass.section_of(block)] >
+        static_cast<long long>(pass.input.size() - block.line))
+      report_block(run, pass, block, block.line, report, ", near the map's end, begins a block");
+  });
 }

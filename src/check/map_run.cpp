@@ -13,63 +13,70 @@ Failure no_templates(const Edition& edition, const std::string& version, bool fi
           Failure::Kind::missing};
 }
 
-// Appends where the lines come from that a block became.
-void add_block(const Pass& pass, const Block& block, std::vector<Origin>& origins) {
-  const auto [begin, end] = output_of(pass.pair.current, pass.section_of(block));
-  const std::size_t last = block.line + std::max<std::size_t>(block.count, 1) - 1;
-  for (std::size_t i = begin; i < end; ++i)
-    if (pass.pair.current.output[i].marker != Marker::dropped)
-      origins.push_back({pass.origins[std::min(block.line + (i - begin), last)].line, false});
-}
-
-// Where the lines of a pass's result come from.
-std::vector<Origin> origins_after(const Pass& pass) {
+// Where the lines of a pass's result come from. Those that its blocks wrote are kept, too.
+std::vector<Origin> origins_after(Pass& pass) {
   std::vector<Origin> origins;
   std::size_t k = 0;
-  const auto copy_until = [&](std::size_t end) {
-    for (; k < end; ++k)
-      origins.push_back(pass.origins[k]);
-  };
-  for (const Block& block : pass.blocks) {
-    copy_until(block.line);
-    add_block(pass, block, origins);
+  for (std::size_t b = 0; b < pass.blocks.size(); ++b) {
+    const Block& block = pass.blocks[b];
+    while (k < block.line)
+      origins.push_back(pass.origins[k++]);
+    const auto [begin, end] = output_of(pass.pair.current, pass.section_of(block));
+    const std::size_t last = block.line + std::max<std::size_t>(block.count, 1) - 1;
+    for (std::size_t i = begin; i < end; ++i) {
+      const Marker marker = pass.pair.current.output[i].marker;
+      const std::size_t aligned = block.line + (i - begin);
+      pass.written.push_back({b, i, marker == Marker::rest ? block.line : aligned});
+      if (marker != Marker::dropped)
+        origins.push_back({pass.origins[std::min(aligned, last)].line, &pass.pair, i});
+    }
     k = block.line + block.count;
   }
-  copy_until(pass.input.size());
+  origins.insert(origins.end(), pass.origins.begin() + static_cast<std::ptrdiff_t>(k),
+                 pass.origins.end());
   return origins;
 }
 
 // Runs one more pass over `input`. Lone CR and LF in templates and maps can make new line ends, so
 // the input may have other lines than were written.
 void add_pass(MapRun& run, const Pair& pair, bool is_fix, const LineArray& input) {
-  run.origins.resize(input.size(), {0, false});
-  Pass pass{pair, is_fix, input, std::move(run.origins), {}};
+  run.origins.resize(input.size(), {0});
+  run.passes.push_back({pair, is_fix, input, std::move(run.origins), {}, {}});
+  Pass& pass = run.passes.back();
   run.result = (is_fix ? fix_pass : first_pass)(pair.old, pair.current, input, &pass.blocks);
   run.origins = run.result ? origins_after(pass) : std::vector<Origin>();
-  run.passes.push_back(std::move(pass));
 }
 
 }  // namespace
 
-bool is_old(const Edition& edition, const Map& map) {
-  return edition.version && map.lines.size() > 1 &&
-         numeric_value(version_of(map.lines[1])) < *edition.version;
+bool is_old(const Edition& edition, const LineArray& lines) {
+  return edition.version && lines.size() > 1 &&
+         numeric_value(version_of(lines[1])) < *edition.version;
+}
+
+bool is_current(const Edition& edition, const LineArray& lines) {
+  const auto version = version_of(lines[1]);
+  return has_number(version) && numeric_value(version) == edition.version;
 }
 
 MapRun convert(const Edition& edition, const Map& map) {
   const std::string version(version_of(map.lines[1]));
-  MapRun run{edition, map, {}, nullptr, no_templates(edition, version, false), {}};
+  MapRun run{edition, map, {}, nullptr, no_templates(edition, version, false), {}, {}};
   for (std::size_t line = 0; line < map.lines.size(); ++line)
-    run.origins.push_back({line, true});
+    run.origins.push_back({line});
   const auto pair = edition.pairs.find(version);
   if (pair == edition.pairs.end())
     return run;
+  run.passes.reserve(2);
   add_pass(run, pair->second, false, map.lines);
-  if (!run.result || edition.letter != Edition::expansion)
-    return run;
-  run.between = std::make_unique<LineArray>(LineArray::split(*std::move(run.result)));
-  run.result = no_templates(edition, number_text(*edition.version), true);
-  if (edition.fix())
-    add_pass(run, *edition.fix(), true, *run.between);
+  if (run.result && edition.letter == Edition::expansion) {
+    run.between = std::make_unique<LineArray>(LineArray::split(*std::move(run.result)));
+    run.result = no_templates(edition, number_text(*edition.version), true);
+    if (edition.fix())
+      add_pass(run, *edition.fix(), true, *run.between);
+  }
+  if (run.result)
+    run.lines = LineArray::split(*run.result);
+  run.origins.resize(run.lines.size(), {0});
   return run;
 }

@@ -15,8 +15,16 @@ struct Map {
 
 // Where a line of a result comes from.
 struct Origin {
-  std::size_t line;  // of the map
-  bool copied;       // it is that line, unchanged
+  std::size_t line;              // of the map
+  const Pair* writer = nullptr;  // the last that wrote it; null where it is that line, unchanged
+  std::size_t output = 0;        // the line of the writer's new template
+};
+
+// An output line of a block, also a dropped one.
+struct Written {
+  std::size_t block;   // its number in the pass
+  std::size_t output;  // the line of the new template
+  std::size_t line;    // of the input: the block's first for " &", else the aligned one
 };
 
 // One pass over a map.
@@ -26,10 +34,12 @@ struct Pass {
   const LineArray& input;
   std::vector<Origin> origins;  // of the input's lines
   Blocks blocks;
+  std::vector<Written> written;
 
   std::size_t section_of(const Block& block) const {
     return sectionof(pair.old, block.recognised_by);
   }
+  std::size_t header_of(const Block& block) const { return pair.old.oldheads[section_of(block)]; }
 };
 
 // The conversion of a map that is older than the current format.
@@ -39,11 +49,13 @@ struct MapRun {
   std::vector<Pass> passes;
   std::unique_ptr<const LineArray> between;  // the result of the first of two passes
   Result<std::string> result;
-  std::vector<Origin> origins;  // of the result's lines
+  LineArray lines;              // of the result
+  std::vector<Origin> origins;  // of these lines
 };
 
-// Whether a map would be converted.
-bool is_old(const Edition& edition, const Map& map);
+// Whether a map of these lines would be converted, and whether it is of the current version.
+bool is_old(const Edition& edition, const LineArray& lines);
+bool is_current(const Edition& edition, const LineArray& lines);
 
 // `edition`, which has a current version, and `map` must outlive the result.
 MapRun convert(const Edition& edition, const Map& map);

@@ -8,11 +8,6 @@
 
 namespace {
 
-std::string name_in(std::string_view header) {
-  const auto name = header.substr(0, header.find('$'));
-  return quoted(stripped(name.substr(is_remark(name) ? 1 : 0)));
-}
-
 // Without indentation, and with every run of blanks and tabs as one blank.
 std::string loosened(std::string_view line) {
   std::string text;
@@ -23,6 +18,12 @@ std::string loosened(std::string_view line) {
 }
 
 }  // namespace
+
+std::string lowered(std::string_view line) {
+  std::string text(line);
+  std::ranges::transform(text, text.begin(), ascii_lower);
+  return text;
+}
 
 bool is_blank(char c) { return c == ' ' || c == '\t'; }
 bool is_digit(char c) { return c >= '0' && c <= '9'; }
@@ -35,12 +36,13 @@ bool is_one_line(std::string_view text) {
   return !text.empty() && text.find(LineArray::line_end) == text.npos;
 }
 
-bool is_readable(const Pair& pair) {
-  return !pair.old.failure && !pair.current.failure && !is_one_line(pair.old.lines.text()) &&
-         !is_one_line(pair.current.lines.text());
+std::string one_line_reason(std::string_view text) {
+  const bool utf16 = text.starts_with("\xFF\xFE") || text.find('\0') != text.npos;
+  return utf16 ? "it is UTF-16, but a character has to be one byte: save it as 8-bit text"
+               : "it has no CR LF, so the whole file counts as one line";
 }
 
-bool is_remark(std::string_view line) { return line.starts_with('='); }
+bool is_remark(std::string_view line) { return line.starts_with('=') && !is_header(line); }
 
 std::string_view unindented(std::string_view line) {
   return line.substr(std::min(line.find_first_not_of(" \t"), line.size()));
@@ -50,12 +52,14 @@ std::string_view stripped(std::string_view line) {
   return unindented(line.substr(0, line.find_last_not_of(" \t") + 1));
 }
 
-std::string section_name(const OldTemplate& old, std::size_t s) {
-  return name_in(old.lines[old.oldheads[s]]);
+std::string_view first_word(std::string_view line) {
+  line = unindented(line);
+  return line.substr(0, line.find_first_of(" \t#&"));
 }
 
-std::string section_name(const NewTemplate& current, std::size_t s) {
-  return name_in(current.lines[current.newheads[s]]);
+std::string section_name(std::string_view header) {
+  const auto name = header.substr(0, header.find('$'));
+  return quoted(stripped(name.substr(name.starts_with('=') ? 1 : 0)));
 }
 
 bool recognises(const OldTemplate& old, std::size_t i) {
@@ -66,14 +70,21 @@ bool recognises(const OldTemplate& old, std::size_t i) {
 LooseIndex::LooseIndex(const OldTemplate& old) {
   for (std::size_t i = 0; i < old.lines.size(); ++i)
     if (recognises(old, i) && !unindented(old.lines[i]).empty()) {
-      texts.push_back(loosened(old.lines[i]));
+      texts.push_back(lowered(loosened(old.lines[i])));
       lines.push_back(i);
     }
   index = PrefixIndex({texts.begin(), texts.end()});
 }
 
 std::size_t LooseIndex::find(std::string_view line) const {
-  return lines[index.find(loosened(line))];
+  return lines[index.find(lowered(loosened(line)))];
+}
+
+std::string difference(std::string_view line, std::string_view recognition) {
+  if (loosened(line).starts_with(loosened(recognition)))
+    return "tabs or blanks";
+  const bool same = lowered(line).starts_with(lowered(recognition));
+  return same ? "capital letters" : "capital letters, and tabs or blanks";
 }
 
 Lines body_of(const NewTemplate& current, std::size_t s) {

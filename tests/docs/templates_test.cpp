@@ -1,4 +1,5 @@
-// The worked examples of docs/templates.md do what they say.
+// The worked examples of docs/templates.md do what they say, and it and the manual page list the
+// checker's rules.
 #include "engine/passes.h"
 #include "tests/check/check_texts.h"
 
@@ -16,7 +17,10 @@ std::vector<Example> examples(const std::string& document) {
   std::vector<Example> found(1);
   std::istringstream lines(document);
   std::string block;
+  std::string heading;
   for (std::string line; std::getline(lines, line);) {
+    if (block.empty() && line.starts_with("#"))
+      heading = line;
     if (!line.starts_with("```")) {
       if (!block.empty())
         found.back()[block] += line + (block.ends_with(" lf") ? "\n" : "\r\n");
@@ -24,6 +28,7 @@ std::vector<Example> examples(const std::string& document) {
     }
     const bool last = block == "result" || block == "error" || block == "finding";
     block = line.substr(3);
+    found.back()["heading"] = heading;
     if (!block.empty())
       found.back()[block];
     if (last)
@@ -39,19 +44,35 @@ Result<std::string> file(const Example& example, const std::string& block) {
   return example.at(block);
 }
 
-// What the checker prints about an example, without the number of findings.
+// What the checker finds in an example.
 std::string found_by_checker(const Example& example) {
   Texts texts{{"vnewstruct0.txt", "Galaxy\r\nversion 12\r\n"}};
+  if (example.contains("baseline"))
+    texts["vnewstruct0.txt"] = example.at("baseline");
   for (const char* kind : {"old", "new"})
     for (const char* line_ends : {"", " lf"})
       if (example.contains(std::string(kind) + line_ends))
         texts["v" + std::string(kind) + "struct11.txt"] = example.at(std::string(kind) + line_ends);
-  const bool with_map = example.contains("map");
-  std::string report =
-      check_texts(texts, with_map ? std::vector{example.at("map")} : std::vector<std::string>());
-  if (report != "no findings\n")
-    report.erase(report.rfind('\n', report.size() - 2) + 1);
-  return report;
+  return found_in_texts(texts, example.contains("map") ? std::vector{example.at("map")}
+                                                       : std::vector<std::string>());
+}
+
+// The lines of the manual page that list the rules.
+std::string listed_in_manual() {
+  std::string list;
+  for (const Rule& rule : all_rules())
+    list += ".TP\n.B " + std::string(rule.name) + "\n" +
+            (rule.severity == Severity::error ? "error: " : "warning: ") + rule.text + "\n";
+  return list;
+}
+
+// The rows of the document's table of rules.
+std::string listed_in_document() {
+  std::string list;
+  for (const Rule& rule : all_rules())
+    list += "| [`" + std::string(rule.name) + "`](#" + rule.name + ") | " +
+            (rule.severity == Severity::error ? "error" : "warning") + " | " + rule.text + " |\n";
+  return list;
 }
 
 std::string without_cr(std::string text) {
@@ -64,16 +85,36 @@ std::string without_cr(std::string text) {
 TEST(TemplatesDocument, TheCheckerFindsWhatItSays) {
   Example before;  // which the next one mends
   for (Example example : examples(read_file(DOCUMENTS "/templates.md"))) {
-    if (!example.contains("finding"))
+    if (!example.contains("finding") && !example.contains("baseline"))
       continue;
+    if (before["heading"] != example["heading"])
+      before.clear();
     if (example.contains("old"))
       before.erase("old lf");
     example.merge(before);
-    const std::string finding = without_cr(example["finding"]);
-    EXPECT_EQ(finding, found_by_checker(example));
+    const bool recipe = !example.contains("finding");
+    const std::string finding = recipe ? "no findings\n" : without_cr(example["finding"]);
+    EXPECT_EQ(finding, found_by_checker(example)) << example["old"] << example["new"];
     before = finding == "no findings\n" ? Example() : example;
     before.erase("finding");
   }
+}
+
+TEST(TemplatesDocument, AndTheManualListTheRules) {
+  const std::string document = read_file(DOCUMENTS "/templates.md");
+  EXPECT_NE(document.find("|---|---|---|\n" + listed_in_document() + "\n"), std::string::npos)
+      << listed_in_document();
+  const std::string manual = read_file(DOCUMENTS "/../share/vora-template-check.1.in");
+  EXPECT_NE(manual.find(listed_in_manual() + ".SH EXIT STATUS\n"), std::string::npos)
+      << listed_in_manual();
+  for (const Rule& rule : all_rules())
+    EXPECT_NE(
+        document.find("\n### " + std::string(rule.name) + "\n\n" + std::string(explain(rule))),
+        std::string::npos)
+        << rule.name;
+  EXPECT_EQ(explain(*find_rule("missing-pair")),
+            "Both files of a pair must be there. The baseline must be there, too, and for the "
+            "expansion the fix\npair of the current version.\n");
 }
 
 TEST(TemplatesDocument, ItsExamplesDoWhatTheySay) {

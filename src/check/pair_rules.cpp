@@ -1,0 +1,241 @@
+// The rules about pairs of templates.
+#include "check/finding.h"
+#include "check/sections.h"
+#include "engine/numbers.h"
+
+#include <algorithm>
+
+namespace {
+
+// An output line.
+struct Out {
+  std::size_t section;
+  long long distance;  // from the section's first
+  Place place;
+  const OutputLine& output;
+  std::string_view text;  // with its marker
+
+  bool is_dropped() const { return output.marker == Marker::dropped; }
+};
+
+std::vector<Out> outputs_of(const NewTemplate& current) {
+  std::vector<Out> outputs;
+  for (std::size_t s = 0; s < current.newheads.size(); ++s) {
+    const auto [begin, end] = output_of(current, s);
+    for (std::size_t i = begin; i < end; ++i)
+      outputs.push_back({s,
+                         static_cast<long long>(i - begin),
+                         {current.filename, i, current.output[i].text.size() + 1},
+                         current.output[i],
+                         current.lines[i]});
+  }
+  return outputs;
+}
+
+using Names = std::vector<std::string>;
+
+Names names_of(const Template& file, const std::vector<std::size_t>& heads) {
+  Names names;
+  for (const std::size_t head : heads)
+    names.push_back(section_name(file.lines[head]));
+  return names;
+}
+
+// Whether a file has nothing but a title and remarks.
+bool is_idle(const Template& file) {
+  bool idle = !is_header(file.lines[0]);
+  for (std::size_t i = 1; i < file.lines.size(); ++i)
+    idle = idle && is_remark(file.lines[i]);
+  return idle;
+}
+
+Place count_place(const Template& file, std::size_t head) {
+  return {file.filename, head, is_header(file.lines[head]) ? file.lines[head].find('$') + 2 : 0};
+}
+
+// What is wrong with the end of an output line; empty if nothing is. A dropped line that is one
+// word of the baseline was meant to be written.
+std::string marker_fault(const Edition& edition, const Out& out) {
+  const auto text = stripped(out.output.text), word = first_word(text);
+  if (out.is_dropped() && edition.shown() && edition.shown()->has_word(word) &&
+      word.size() + 1 == text.size())
+    return quoted(out.text) + " writes nothing: the markers are \" #\", \"##\" and \" &\"";
+  if (!out.is_dropped() && (text.ends_with('#') || text.ends_with(" &")))
+    return "only \" #\", \"##\" and \" &\" at the very end are markers: " + quoted(text) +
+           " is written";
+  const bool close = !text.empty() && is_letter(out.output.text.back());
+  return out.output.marker == Marker::last_two && close
+             ? "there is no blank before \"##\", so a value of two digits follows without one"
+             : "";
+}
+
+// What is odd about a recognition line, compared with the lines of the baseline; empty if nothing.
+std::string oddity_of(const Baseline& baseline, std::string_view line) {
+  const auto begun = baseline.words_like(line);
+  if (baseline.words_like(" ").empty() && line.starts_with(' '))
+    return "begins with a blank, but no line of the baseline does";
+  if (begun.size() > 1)
+    return "begins lines of " + quoted(*begun.begin()) + " and of " + quoted(*begun.rbegin());
+  const auto word = first_word(line);
+  for (const std::string& known : baseline.words)
+    if (lowered(known) == lowered(word) && !baseline.has_word(word))
+      return "has other capital letters than " + quoted(known) + " in the baseline";
+  return "";
+}
+
+}  // namespace
+
+// It stands where the names begin to differ: most likely a section is missing or too many there.
+void section_count(const Edition&, const Pair& pair, const Report& report) {
+  const Names old = names_of(pair.old, pair.old.oldheads);
+  const Names current = names_of(pair.current, pair.current.newheads);
+  const auto differ = std::ranges::mismatch(old, current).in2 - current.begin();
+  const auto s = std::min(static_cast<std::size_t>(differ), current.size() - 1);
+  if (old.size() != current.size())
+    report({pair.current.filename, pair.current.newheads[s]},
+           "the sections differ from here on: there are " + std::to_string(old.size()) + " in " +
+               name_of(pair.old.filename) + ", but " + std::to_string(current.size()) + " here");
+}
+
+void section_order(const Edition&, const Pair& pair, const Report& report) {
+  const Names old = names_of(pair.old, pair.old.oldheads);
+  const Names current = names_of(pair.current, pair.current.newheads);
+  for (std::size_t s = 0; s < old.size() && old.size() == current.size(); ++s)
+    if (old[s] != current[s] && std::ranges::count(old, current[s]) == 1 &&
+        std::ranges::count(current, old[s]) == 1)
+      return report({pair.current.filename, pair.current.newheads[s]},
+                    "the section of this place in the old template is " + old[s]);
+}
+
+// A pair of titles and remarks does nothing, which may be meant.
+void bad_count(const Edition&, const Pair& pair, const Report& report) {
+  const auto check = [&](const Template& file, std::size_t head, bool below_1) {
+    if (!has_number(count_text(file.lines[head])))
+      report(count_place(file, head), "there is no count");
+    else if (below_1)
+      report(count_place(file, head), "the first map with this section ends the program");
+  };
+  const bool idle = is_idle(pair.old) && is_idle(pair.current);
+  for (std::size_t s = 0; s < pair.old.oldheads.size() && !idle; ++s)
+    check(pair.old, pair.old.oldheads[s], false);
+  for (std::size_t s = 0; s < pair.current.newheads.size() && !idle; ++s)
+    check(pair.current, pair.current.newheads[s], pair.current.counts[s] < 1);
+}
+
+void count_past_end(const Edition&, const Pair& pair, const Report& report) {
+  const NewTemplate& current = pair.current;
+  for (std::size_t s = 0; s < current.newheads.size(); ++s)
+    if (const auto [begin, end] = body_of(current, s);
+        current.counts[s] > static_cast<long long>(end - begin))
+      report(count_place(current, current.newheads[s]),
+             s + 1 == current.newheads.size()
+                 ? "it runs past the file's end: the first map with this section ends the program"
+                 : "it runs past the next header, " + line_number(end) +
+                       ", which would be written into maps");
+}
+
+// Reports the first line behind a section's output that looks as if it belonged to it.
+void count_too_small(const Edition&, const Pair& pair, const Report& report) {
+  const NewTemplate& current = pair.current;
+  for (std::size_t s = 0; s < current.newheads.size(); ++s) {
+    auto [i, end] = Lines{output_of(current, s).end, body_of(current, s).end};
+    while (i < end && (stripped(current.lines[i]).empty() || is_remark(current.lines[i])))
+      ++i;
+    if (i < end && current.counts[s] > 0)
+      report({current.filename, i}, "this line, behind those that the count of section " +
+                                        section_name(current.lines[current.newheads[s]]) +
+                                        " covers, is never written (a remark begins with \"=\")");
+  }
+}
+
+void empty_line(const Edition&, const Pair& pair, const Report& report) {
+  for (std::size_t i = 1; i < pair.old.lines.size(); ++i)
+    if (pair.old.lines[i].empty())
+      return report({pair.old.filename, i}, "an empty line recognises every line of a map");
+}
+
+// In the fix pass the first of three lines decides: the other two may be those of other sections.
+void shadowed(const Edition& edition, const Pair& pair, const Report& report) {
+  const OldTemplate& old = pair.old;
+  for (std::size_t i = 1; i < old.lines.size() && &pair != edition.fix(); ++i)
+    if (const std::size_t t = matchline(old, old.lines[i]);
+        recognises(old, i) && !old.lines[t].empty() && sectionof(old, t) != sectionof(old, i))
+      report({old.filename, i}, "it never wins: " + line_number(t) + ", " + quoted(old.lines[t]) +
+                                    ", recognises the same lines, and the last match wins");
+}
+
+void odd_recognition(const Edition& edition, const Pair& pair, const Report& report) {
+  const OldTemplate& old = pair.old;
+  std::vector<std::size_t> counts(old.oldheads.size());
+  for (std::size_t i = 1; i < old.lines.size(); ++i) {
+    if (!recognises(old, i))
+      continue;
+    ++counts[sectionof(old, i)];
+    if (const auto oddity = edition.shown() ? oddity_of(*edition.shown(), old.lines[i]) : "";
+        !oddity.empty())
+      report({old.filename, i}, quoted(old.lines[i]) + " " + oddity);
+  }
+  for (std::size_t s = 0; s < counts.size() && &pair == edition.fix(); ++s)
+    if (counts[s] == 1 || counts[s] == 2)
+      report({old.filename, old.oldheads[s]},
+             "three lines have to be recognised, but the section has only " +
+                 counted(counts[s], "recognition line"));
+}
+
+void dead_marker(const Edition& edition, const Pair& pair, const Report& report) {
+  std::size_t rest = pair.old.oldheads.size();  // the section of the last " &"
+  for (const Out& out : outputs_of(pair.current)) {
+    std::string fault = marker_fault(edition, out);
+    if (out.output.marker == Marker::rest && std::exchange(rest, out.section) == out.section)
+      fault = "every \" &\" copies from the block's first line, and there is another before";
+    if (!fault.empty())
+      report({out.place.file, out.place.line, out.text.find_last_not_of("#& \t") + 2}, fault);
+  }
+}
+
+void value_behind(const Edition&, const Pair& pair, const Report& report) {
+  for (const Out& out : outputs_of(pair.current))
+    if (is_aligned(out.output.marker) && out.distance > 0 && out.section < pair.old.counts.size() &&
+        out.distance >= pair.old.counts[out.section])
+      report(out.place, quoted(out.text) + " takes its value from behind the block");
+}
+
+// Of what the expansion's first pass writes, the words alone can be known.
+void unknown_output(const Edition& edition, const Pair& pair, const Report& report) {
+  const Baseline* shown = edition.shown();
+  std::set<std::string_view> words;
+  for (std::size_t i = 1; edition.fix() && i < edition.fix()->old.lines.size(); ++i)
+    words.insert(first_word(edition.fix()->old.lines[i]));
+  for (const Out& out : outputs_of(pair.current)) {
+    const auto word = first_word(out.text);
+    if (shown && !out.is_dropped() &&
+        (edition.is_last(pair) ? shown->kinds(out.output).empty()
+                               : !words.contains(word) && !shown->has_word(word)))
+      report({out.place.file, out.place.line},
+             quoted(out.text) + " begins like no line of the baseline");
+  }
+}
+
+// Lines of which the baseline knows nothing, and dropped ones, are left out.
+void output_order(const Edition& edition, const Pair& pair, const Report& report) {
+  const Baseline* shown = edition.is_last(pair) ? edition.shown() : nullptr;
+  std::set<std::size_t> before;
+  std::string_view last;
+  for (const Out& out : outputs_of(pair.current)) {
+    auto kinds = shown ? shown->kinds(out.output) : std::set<std::size_t>();
+    if (out.distance == 0)
+      before.clear();
+    if (out.is_dropped() || kinds.empty())
+      continue;
+    const bool known =
+        before.empty() || std::ranges::any_of(before, [&](std::size_t a) {
+          return std::ranges::any_of(kinds, [&](std::size_t b) { return shown->follows(a, b); });
+        });
+    const auto missing = known ? "" : shown->missing(*before.begin(), *kinds.begin());
+    if (!known)
+      report({out.place.file, out.place.line},
+             quoted(out.text) + " does not follow " + quoted(last) + " in the baseline" + missing);
+    before = std::move(kinds);
+    last = out.text;
+  }
+}

@@ -1,0 +1,84 @@
+// The rules: what there is to find, in one table.
+#include "check/rules.h"
+
+#include "check/rule_pages.h"
+
+#include <algorithm>
+#include <string>
+
+namespace {
+
+constexpr auto error = Severity::error, warning = Severity::warning;
+
+// In the order of docs/templates.md: of files, of pairs, of maps, of remarks.
+constexpr Rule table[] = {
+    {"line-ends", error, "a file without CR LF, such as one in UTF-16", line_ends},
+    {"odd-bytes", warning, "a byte order mark, or a CR or LF that ends no line", odd_bytes},
+    {"missing-pair", error, "a template or the baseline is missing", missing_pair},
+    {"bad-version", error, "the baseline's second line does not end in a version", bad_version},
+    {"version-gap", warning, "a version without a pair, or a pair that no map needs", version_gap},
+    {"no-version", error, "converted maps would not be of the current version", no_version},
+    {"version-line", warning, "no line recognises the version line of maps", version_line},
+    {"forgotten-word", warning, "an older pair does not know a word that is gone", forgotten_word},
+    {"other-width", warning, "a value of one character, which another pair gives two", other_width},
+    {"section-count",
+     error,
+     "the two templates have different numbers of sections",
+     {},
+     section_count},
+    {"section-order", warning, "sections have changed places in one template", {}, section_order},
+    {"bad-count", error, "a count is missing, or a new one is below 1", {}, bad_count},
+    {"count-past-end",
+     error,
+     "a new count runs past the next header or the file's end",
+     {},
+     count_past_end},
+    {"count-too-small", warning, "lines of output that no count includes", {}, count_too_small},
+    {"empty-line", error, "an empty line in an old template", {}, empty_line},
+    {"shadowed", error, "a recognition line that never wins", {}, shadowed},
+    {"odd-recognition", warning, "a recognition line unlike the baseline", {}, odd_recognition},
+    {"dead-marker", warning, "a marker that writes nothing, or is written itself", {}, dead_marker},
+    {"value-behind", warning, "a value that is taken from behind the block", {}, value_behind},
+    {"unknown-line",
+     warning,
+     "a line that begins like no line of the baseline",
+     {},
+     unknown_output,
+     unknown_line},
+    {"output-order",
+     warning,
+     "lines that do not follow each other in the baseline",
+     {},
+     output_order,
+     line_order},
+    {"unknown-edition", warning, "a map that begins like no baseline"},
+    {"not-current", error, "a map that does not become one of the current version"},
+    {"unmatched", warning, "a recognition line that recognises nothing in any of the maps"},
+    {"cut-value", warning, "a value that its marker cuts", {}, {}, cut_value},
+    {"other-value", warning, "a value that is taken from another line", {}, {}, other_value},
+    {"lost-line",
+     warning,
+     "a line of a block, or its value, that is not written",
+     {},
+     {},
+     lost_line},
+    {"stays-behind", warning, "the last line of a block stands behind it", {}, {}, stays_behind},
+    {"past-map-end", error, "a block that runs past the map's end", {}, {}, past_map_end},
+    {"needless-remark", warning, "a remark that silences nothing"},
+};
+
+}  // namespace
+
+std::span<const Rule> all_rules() { return table; }
+
+const Rule* find_rule(std::string_view name) {
+  const auto found = std::ranges::find(table, name, &Rule::name);
+  return found == std::end(table) ? nullptr : found;
+}
+
+std::string_view explain(const Rule& rule) {
+  const std::string title = "### " + std::string(rule.name) + "\n\n";
+  const std::string_view pages = rule_pages;
+  const auto page = pages.substr(pages.find(title) + title.size());
+  return page.substr(0, page.find("\n```"));
+}

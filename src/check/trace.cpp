@@ -1,0 +1,81 @@
+// What happens to a map, line by line.
+#include "check/trace.h"
+
+#include "check/finding.h"
+#include "check/sections.h"
+#include "platform/printable.h"
+
+namespace {
+
+std::string place(const Template& file, std::size_t i) {
+  return line_number(i) + " of " + name_of(file.filename);
+}
+
+// Why a line was copied that nearly began a block; empty if it did not nearly.
+std::string near_match(const Pass& pass, const LooseIndex& loose, std::size_t k) {
+  const OldTemplate& old = pass.pair.old;
+  const auto line = pass.input[k];
+  if (const std::size_t t = matchline(old, line); t > 0)
+    return place(old, t) + " recognises it, but one of the next two lines is not recognised";
+  if (const std::size_t t = loose.find(line); t > 0)
+    return place(old, t) + " has other " + difference(line, old.lines[t]);
+  const bool title = k > 0 && !old.lines[0].empty() && line.starts_with(old.lines[0]);
+  return title ? place(old, 0) + " is the title, which recognises nothing" : "";
+}
+
+// The lines `k` up to but not including `end`, which were copied.
+std::string copied(const Pass& pass, const LooseIndex& loose, std::size_t k, std::size_t end) {
+  std::string text;
+  while (k < end) {
+    const std::size_t first = k;
+    std::string near;
+    while (k < end && (near = near_match(pass, loose, k)).empty())
+      ++k;
+    if (first < k)
+      text += std::to_string(first + 1) + (first + 1 < k ? " to " + std::to_string(k) : "") +
+              ": copied\n";
+    if (k < end)
+      text += std::to_string(k + 1) + ": " + quoted(pass.input[k]) + " copied: " + near + "\n";
+    ++k;
+  }
+  return text;
+}
+
+std::string block_text(const Pass& pass, const Block& block) {
+  const auto& [old, current] = pass.pair;
+  const std::size_t s = pass.section_of(block);
+  std::string out, text = std::to_string(block.line + 1) + ": " + quoted(pass.input[block.line]) +
+                          " begins section " + section_name(old.lines[pass.header_of(block)]) +
+                          " of " + counted(block.count, "line") + ": " +
+                          place(old, block.recognised_by) + "\n";
+  static_cast<void>(bool(rewritesection(old, current, s, pass.input, block.line, out)));
+  const LineArray lines = LineArray::split(std::move(out));
+  std::size_t written = 0;
+  const auto [begin, end] = output_of(current, s);
+  for (std::size_t i = begin; i < end; ++i) {
+    const Marker marker = current.output[i].marker;
+    const std::size_t k = block.line + (marker == Marker::rest ? 0 : i - begin);
+    const bool value = marker != Marker::none && marker != Marker::dropped;
+    text += "    " + (marker == Marker::dropped ? "nothing" : quoted(lines[written++])) + ": " +
+            place(current, i) + (value ? ", value of " + line_number(k) : "") + "\n";
+  }
+  return text;
+}
+
+}  // namespace
+
+std::string trace(const MapRun& run) {
+  std::string text;
+  for (const Pass& pass : run.passes) {
+    text += (pass.is_fix ? "The result" : run.map.path) + ", by " +
+            name_of(pass.pair.old.filename) + " and " + name_of(pass.pair.current.filename) + ":\n";
+    const LooseIndex loose(pass.pair.old);
+    std::size_t k = 0;
+    for (const Block& block : pass.blocks) {
+      text += copied(pass, loose, k, block.line) + block_text(pass, block);
+      k = block.line + block.count;
+    }
+    text += copied(pass, loose, k, pass.input.size());
+  }
+  return run.result ? text : text + "It cannot be converted: " + run.result.failure().reason + "\n";
+}
