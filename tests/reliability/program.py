@@ -359,8 +359,8 @@ def main():
                 attempt(kill_on, mounts and can_make(kind, scratch), machine, kind,
                         options.kills // 5)
             for kind in ("ext4", "ntfs", "exfat"):
-                attempt(fail_blocks, mounts and can_make(kind, scratch), machine, kind,
-                        options.blocks)
+                attempt(fail_blocks, mounts and os.path.isdir("/sys/block") and
+                        can_make(kind, scratch), machine, kind, options.blocks)
 
 
 if __name__ == "__main__":
