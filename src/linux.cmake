@@ -3,6 +3,7 @@ set(machine prefix)
 layer(prefix BELOW platform SOURCES
   platform/prefix/console.cpp platform/prefix/disk.cpp platform/prefix/folder_names.cpp platform/prefix/descriptor.cpp
   platform/prefix/launcher_prefixes.cpp platform/prefix/letter_case.cpp
+  platform/prefix/library.cpp
   platform/prefix/machine.cpp platform/prefix/process.cpp platform/prefix/paths.cpp
   platform/prefix/prefix_check.cpp platform/prefix/prefix_files.cpp platform/prefix/prefix_map.cpp
   platform/prefix/prefix_system.cpp
@@ -10,7 +11,7 @@ layer(prefix BELOW platform SOURCES
   platform/prefix/version_resource.cpp)
 find_package(nlohmann_json REQUIRED)
 find_package(utf8cpp REQUIRED)
-target_link_libraries(prefix PRIVATE nlohmann_json::nlohmann_json utf8::cpp)
+target_link_libraries(prefix PRIVATE nlohmann_json::nlohmann_json utf8::cpp ${CMAKE_DL_LIBS})
 target_sources(ui PRIVATE ui/write_stderr.cpp)
 layer(console BELOW ui SOURCES ui/console/console_screen.cpp ui/console/progress.cpp)
 
@@ -19,7 +20,7 @@ string(REPLACE "." "_" window_entry run_window_${PROJECT_VERSION})
 file(RELATIVE_PATH prefix_from_program /${CMAKE_INSTALL_BINDIR} /)
 
 add_executable(vora-map-updater main.cpp ui/qt/load_window.cpp)
-target_link_libraries(vora-map-updater PRIVATE console prefix ${CMAKE_DL_LIBS})
+target_link_libraries(vora-map-updater PRIVATE console prefix)
 target_compile_definitions(vora-map-updater PRIVATE
   WINDOWLIBRARY="${window_library}" WINDOWENTRY="${window_entry}"
   LIBRARYFOLDER="${CMAKE_INSTALL_LIBDIR}/vora-map-updater"

@@ -11,7 +11,6 @@
 #include "platform/printable.h"
 #include "platform/replacing.h"
 
-#include <limits>
 #include <new>
 
 namespace {
@@ -40,9 +39,9 @@ public:
   explicit Run(Form1& form_in)
       : form(form_in), templates(form.files, form.edition), batch(form.files) {}
 
-  // Reads the current format version. Without one nothing is converted, which is reported where
-  // there are maps.
-  void read_baseline();
+  // Reads the current format version. False when there is none: then nothing is converted, which is
+  // reported where there are maps.
+  bool read_baseline();
 
   // Converts the found map number `index` unless it is to stay as it is. A map that cannot be
   // converted, for want of memory too, is skipped.
@@ -64,7 +63,7 @@ private:
     Result<Done> outcome;  // a failure when it is not in the batch
   };
 
-  std::string missing_version(const Failure& failure) const;
+  std::string explain_no_version(const Failure& failure) const;
   bool try_to_convert(std::size_t index);
   bool convert_map(std::size_t index);
   bool convert(Map map);
@@ -84,22 +83,24 @@ private:
   TemplateFiles templates;
   ReplacementBatch batch;
   std::vector<Pending> pending;
-  std::vector<Pending> retries;  // maps to be tried again alone, and why they failed
-  double formatver = std::numeric_limits<double>::lowest();
+  std::vector<Pending> retries;    // maps to be tried again alone, and why they failed
+  double formatver = 0;            // once `read_baseline` has read it
   long converted_before_last = 0;  // of the maps that were found before the last one
   std::vector<Failure> skipped;
 };
 
-void Run::read_baseline() {
+bool Run::read_baseline() {
   const auto version = templates.initnew();
-  if (version)
+  if (version) {
     formatver = *version;
-  else if (form.foundlist.size() > 1)
-    report_trouble(form, "No map was converted: " + missing_version(version.failure()));
+  } else if (form.foundlist.size() > 1) {
+    form.Label4.set_text("0");
+    report_trouble(form, "No map was converted: " + explain_no_version(version.failure()));
+  }
+  return bool(version);
 }
 
-// Why there is no format version.
-std::string Run::missing_version(const Failure& failure) const {
+std::string Run::explain_no_version(const Failure& failure) const {
   if (form.edition.empty())
     return "no edition of the game is selected.";
   const auto folder = form.files.full_path(".");
@@ -127,8 +128,6 @@ bool Run::try_to_convert(std::size_t index) {
 }
 
 bool Run::convert_map(std::size_t index) {
-  if (!batch.has_room(0))
-    return false;
   const std::string path = form.foundlist[index];
   form.Label4.set_text(std::to_string(converted));
   if (is_original(form, path))
@@ -276,7 +275,8 @@ void fixgalaxies(Form1& form) {
   const BusyPointer busy(form.screen);
   Run run(form);
   next_stage(form);
-  run.read_baseline();
+  if (!run.read_baseline())
+    return;
   for (std::size_t i = 0; i + 1 < form.foundlist.size() && !form.system.interrupted(); ++i)
     run.convert_or_skip(i);
   run.commit();

@@ -217,6 +217,7 @@ TEST_F(Conversion, NothingIsConvertedWithoutAFormatVersion) {
     EXPECT_EQ(fix(), Program::returned);
     EXPECT_TRUE(program.screen.messages.empty());
     add("a.galaxy", left.at("a.galaxy"));
+    program.form.foundlist.add("C:\\maps", "missing.galaxy");  // is not opened, so not reported
     program.form.Label8.set_text("1");
     program.screen.at_message = [&] { EXPECT_EQ(program.form.Label8.text(), "2"); };
     EXPECT_EQ(fix(), Program::returned);

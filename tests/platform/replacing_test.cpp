@@ -80,6 +80,21 @@ TEST_F(Replace, AFolderInACompanionsPlaceLeavesNothingHalfDone) {
   }
 }
 
+TEST_F(Replace, ABatchIsBounded) {
+  ReplacementBatch batch(*files);
+  constexpr std::size_t most_bytes = 16 << 20;
+  EXPECT_TRUE(batch.has_room(2 * most_bytes));  // which has a batch of its own
+  for (int i = 0; i < 64; ++i) {
+    EXPECT_TRUE(batch.has_room(most_bytes - 64 * 3)) << i;
+    const std::string map = "map" + std::to_string(i) + ".galaxy";
+    write_file(maps / map, "old");
+    ASSERT_TRUE(
+        bool(batch.add(*files->open_map("C:\\m\\" + map), {"old", {}, "new", map + "old"})));
+    EXPECT_FALSE(batch.has_room(most_bytes));
+  }
+  EXPECT_FALSE(batch.has_room(0));
+}
+
 TEST_F(Replace, TwoRunsKeepApart) {
   auto other = opened();
   ASSERT_TRUE(bool(other->lock()));

@@ -56,6 +56,13 @@ void defer_interrupts(bool on) {
 
 bool interrupted() { return was_interrupted != 0; }
 
+void restart_without(std::span<const char* const> variables, char** argv) {
+  for (const char* const variable : variables)
+    ::unsetenv(variable);
+  ::execv("/proc/self/exe", argv);
+  std::abort();
+}
+
 int stderr_columns() {
   constexpr int usual = 80;
   winsize size{};

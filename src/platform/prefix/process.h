@@ -1,6 +1,8 @@
 // The process: how it is set up before anything else happens, and the signals that ask it to end.
 #pragma once
 
+#include <span>
+
 // Sets the process up; call it first of all. Standard descriptors that are closed are opened on
 // /dev/null: else a map could get one of them, and with it what is written to stderr. SIGPIPE and
 // SIGXFSZ are ignored, so that the call that caused them fails and is reported, and SIGIO, which
@@ -12,6 +14,10 @@ void set_up_process();
 // true. A signal that was ignored at the start stays so.
 void defer_interrupts(bool on);
 bool interrupted();
+
+// Starts the program again in the place of this process, with the same arguments and without those
+// environment variables. Ends the process if that fails.
+[[noreturn]] void restart_without(std::span<const char* const> variables, char** argv);
 
 // The width in columns of the terminal that stderr is; 0 if it is none.
 int stderr_columns();

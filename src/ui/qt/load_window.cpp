@@ -1,14 +1,13 @@
 // Loads the window. It is a library of its own, so that the program itself needs no Qt.
 #include "ui/qt/load_window.h"
 
+#include "platform/prefix/library.h"
+#include "platform/prefix/process.h"
 #include "ui/write_stderr.h"
 
 #include <cstdlib>
 #include <filesystem>
 #include <vector>
-
-#include <dlfcn.h>
-#include <unistd.h>
 
 namespace fs = std::filesystem;
 
@@ -61,19 +60,14 @@ RunWindow* load_window(const std::string& program_folder) {
   const fs::path path = find_library(program_folder);
   if (path.empty())
     return nullptr;
-  // Never unloaded: the window lives as long as the process.
-  void* library = dlopen(path.c_str(), RTLD_NOW);
-  void* entry = library ? dlsym(library, WINDOWENTRY) : nullptr;
+  const auto entry = load_symbol(path.string(), WINDOWENTRY);
   if (!entry)
-    write_stderr(std::string("The window cannot be shown: ") + dlerror());
-  return reinterpret_cast<RunWindow*>(entry);
+    write_stderr("The window cannot be shown: " + entry.failure().reason);
+  return entry ? reinterpret_cast<RunWindow*>(*entry) : nullptr;
 }
 
 void restart_without_display(char** argv) {
   write_stderr("The window cannot be shown: the display cannot be opened (" + named_displays() +
                ")");
-  for (const char* variable : display_variables)
-    unsetenv(variable);
-  execv("/proc/self/exe", argv);
-  std::abort();
+  restart_without(display_variables, argv);
 }
