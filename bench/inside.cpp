@@ -101,7 +101,7 @@ void searching(benchmark::State& state) {
   ConsoleScreen screen(0);
   for (auto _ : state) {
     Form1 form(files, system, screen);
-    FoundList found;
+    std::vector<std::string> found{""};
     findfiles(form, "*.galaxy", "C:\\maps", found);
     benchmark::DoNotOptimize(found);
   }

@@ -18,7 +18,7 @@ int main(int argc, char** argv) {
   ConsoleScreen screen(0);
   Form1 form(files, system, screen);
   const std::string root = std::filesystem::canonical(argv[1]).string();
-  FoundList found;
+  std::vector<std::string> found{""};
   findfiles(form, "*.galaxy", Paths(machine).windows_path(root), found);
   std::printf("%zu\n", found.size() - 1);
 }

@@ -128,8 +128,6 @@ void find_installations(Form1& form, bool is_64bit) {
 }
 
 bool game_is_registered(System& system, Files& files) {
-  if (!system.may_have_key(product_key))
-    return false;
   const bool is_64bit = is64bit(system, files, system_drive(system));
   const auto path = [&](const char* edition) { return registered_path(system, is_64bit, edition); };
   return any_registered(path(base_key), path(bundle_key), path(expansion_key));

@@ -43,14 +43,15 @@ const Entry* next_subfolder(Folder& folder) {
   return nullptr;
 }
 
-void add_files(const Folder& folder, FoundList& list) {
+void add_files(const Folder& folder, std::vector<std::string>& list) {
   for (const Entry& entry : folder.entries)
     if (!entry.folder && !entry.link)
-      list.add(folder.path, entry.name);
+      list.insert(list.end() - 1, folder.path + "\\" + entry.name);
 }
 
 // Walks a tree depth first, with a stack of its own: an untrusted tree may be very deep.
-void walk(Form1& form, const std::string& pattern, const std::string& top, FoundList& list) {
+void walk(Form1& form, const std::string& pattern, const std::string& top,
+          std::vector<std::string>& list) {
   std::vector<Folder> open;
   open.push_back(list_folder(form, top, pattern));
   while (!open.empty()) {
@@ -73,7 +74,8 @@ std::string parent_folder(const std::string& folder) {
 
 }  // namespace
 
-void findfiles(Form1& form, const std::string& pattern, const std::string& root, FoundList& list) {
+void findfiles(Form1& form, const std::string& pattern, const std::string& root,
+               std::vector<std::string>& list) {
   const auto top = form.files.full_path(root.ends_with('\\') ? root : root + "\\");
   if (!top)
     return add_unsearched(form, top.failure());
@@ -90,7 +92,7 @@ void findgalaxies(Form1& form) {
   const BusyPointer busy(form.screen);
   form.searching = true;
   form.filepattern = "*.galaxy";
-  form.foundlist.clear();
+  form.foundlist = {""};
   form.unsearched.clear();
   for (const std::string& root : form.pathlist) {
     form.rootpath = root;

@@ -13,4 +13,5 @@ void findgalaxies(Form1& form);
 // files below its subfolders, then its own. Hidden entries are skipped and symlinks are not
 // followed. A folder that cannot be listed is added to `unsearched` instead, unless a whole drive
 // is searched. At the end the directory list shows the root's parent folder.
-void findfiles(Form1& form, const std::string& pattern, const std::string& root, FoundList& list);
+void findfiles(Form1& form, const std::string& pattern, const std::string& root,
+               std::vector<std::string>& list);

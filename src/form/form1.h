@@ -3,7 +3,6 @@
 
 #include "engine/line_array.h"
 #include "form/control.h"
-#include "form/found_list.h"
 #include "form/screen.h"
 #include "platform/files.h"
 #include "platform/system.h"
@@ -100,10 +99,10 @@ public:
   std::string rootpath;                 // the root being searched, or that of the chosen drive
   std::string dirpath;                  // the folder that the directory list was last moved to
   std::string filepattern;
-  std::vector<Failure> unsearched;  // folders that could not be listed
-  FoundList foundlist;              // full paths of the maps found
-  LineArray originalmaps;           // names of the game's own maps
-  bool searching = false;           // only the exit button does anything meanwhile
+  std::vector<Failure> unsearched;         // folders that could not be listed
+  std::vector<std::string> foundlist{""};  // full paths of the maps found, then an empty one
+  LineArray originalmaps;                  // names of the game's own maps
+  bool searching = false;                  // only the exit button does anything meanwhile
 
   bool trouble = false;  // something went wrong: the exit status is 1
 };

@@ -27,6 +27,8 @@ struct Replacement {
                        // not replaced, and only the companions are written
 };
 
+class MapReplacement;
+
 // Maps that are replaced together. For each of them the companions and the result are put in place,
 // each whole and flushed before it gets its name. Just before a map is replaced it gets its backup
 // name as well, which is flushed too, so that at no instant is there neither the map nor its
@@ -66,12 +68,11 @@ public:
   std::vector<Result<Done>> commit();
 
 private:
-  class Replacing;
-  using Maps = std::vector<std::unique_ptr<Replacing>>;
+  using Maps = std::vector<std::unique_ptr<MapReplacement>>;
 
-  bool must_wait(const Replacing& replacing) const;
+  bool must_wait(const MapReplacement& replacing) const;
   void flush(const Maps& flushed);
-  static void fail_unflushed(const Maps& flushed, Replacing& owner, const Unflushed& file);
+  static void fail_unflushed(const Maps& flushed, MapReplacement& owner, const Unflushed& file);
 
   Files& files;
   const std::size_t most;  // maps

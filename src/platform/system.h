@@ -45,13 +45,6 @@ public:
                          const std::string& type) = 0;
   virtual bool reg_delete(const std::string& value_path) = 0;
 
-  // A quick test whether the registry of HKEY_LOCAL_MACHINE may have a key of this name, which is
-  // ASCII; false only if there is none.
-  virtual bool may_have_key(std::string_view name) {
-    static_cast<void>(name);
-    return true;
-  }
-
   // Why the registry has no record of `subject` ("the game"), in one line that names the machine;
   // empty where there is only one machine to look at.
   virtual std::string explain_unregistered(const std::string& subject) {

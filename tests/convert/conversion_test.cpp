@@ -25,12 +25,15 @@ protected:
     found(name);
   }
 
-  void found(const std::string& name) { program.form.foundlist.add("C:\\maps", name); }
+  void found(const std::string& name) {
+    auto& list = program.form.foundlist;
+    list.insert(list.end() - 1, "C:\\maps\\" + name);
+  }
 
   // Another run, with nothing found yet and no map there.
   void start_over(const char* edition = "v", bool debugmode = false) {
     fs::remove_all(maps);
-    program.form.foundlist.clear();
+    program.form.foundlist = {""};
     program.form.edition = edition;
     program.form.debugmode = debugmode;
     program.screen.messages.clear();
@@ -217,7 +220,7 @@ TEST_F(Conversion, NothingIsConvertedWithoutAFormatVersion) {
     EXPECT_EQ(fix(), Program::returned);
     EXPECT_TRUE(program.screen.messages.empty());
     add("a.galaxy", left.at("a.galaxy"));
-    program.form.foundlist.add("C:\\maps", "missing.galaxy");  // is not opened, so not reported
+    found("missing.galaxy");  // is not opened, so not reported
     program.form.Label8.set_text("1");
     program.screen.at_message = [&] { EXPECT_EQ(program.form.Label8.text(), "2"); };
     EXPECT_EQ(fix(), Program::returned);

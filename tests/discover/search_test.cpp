@@ -15,11 +15,9 @@ namespace {
 Found find_on(Program& program, const std::string& user, const std::string& game) {
   program.form.pathlist = {user, game};
   findgalaxies(program.form);
-  const FoundList& list = program.form.foundlist;
-  Found paths;
-  for (std::size_t i = 0; i + 1 < list.size(); ++i)
-    paths.push_back(list[i]);
-  EXPECT_EQ(list[list.size() - 1], "");
+  Found paths = program.form.foundlist;
+  EXPECT_EQ(paths.back(), "");
+  paths.pop_back();
   return paths;
 }
 

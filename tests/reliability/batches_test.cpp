@@ -70,6 +70,11 @@ protected:
     return folder / std::next(files.begin(), pick(static_cast<int>(files.size())))->first;
   }
 
+  static void find(Program& program, const std::string& map) {
+    auto& list = program.form.foundlist;
+    list.insert(list.end() - 1, "C:\\maps\\" + map);
+  }
+
   void fill(unsigned seed) {
     chance.seed(seed);
     fs::remove_all(folder);
@@ -94,8 +99,7 @@ protected:
     program.form.debugmode = pick(4) == 0;
     for (int i = 0; i < 20; ++i) {
       const fs::path map = some_map();
-      program.form.foundlist.add("C:\\maps\\" + map.parent_path().string(),
-                                 map.filename().string());
+      find(program, map.parent_path().string() + "\\" + map.filename().string());
     }
     const int status = program.run([&] { fixgalaxies(program.form); });
     std::vector<std::string> seen = program.screen.messages;
@@ -136,7 +140,7 @@ TEST_F(Batches, WhatWaitsToBeTriedAgainIsReportedWhenTheRunEnds) {
     program.form.edition = "v";
     for (const std::string name : {"a.galaxy", "b.galaxy", "c.galaxy"}) {
       write_file(folder / name, ends && name[0] == 'c' ? "MAP\r\nversion 2\r\n" : old_map);
-      program.form.foundlist.add("C:\\maps", name);
+      find(program, name);
     }
     program.run([&] { fixgalaxies(program.form); });
     EXPECT_EQ(program.form.Text2.text(),

@@ -19,6 +19,6 @@ using HasGame = std::function<bool(const Machine& machine)>;
 // The machine of this process. The prefix is $WINEPREFIX; if that is unset, the innermost folder
 // around the current one, else around the program's, with a `system.reg` and `dosdevices` or
 // `drive_c`; else `~/.wine` if it has the game; else, of all launchers' prefixes that have the
-// game, the most recently used one; else `~/.wine`. No more is looked at than the answer needs,
+// game, the most recently used one; else `~/.wine`. No more is read than the answer needs,
 // except that prefixes with the game are counted.
 Machine find_machine(const HasGame& has_game);

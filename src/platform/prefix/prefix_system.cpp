@@ -141,8 +141,6 @@ bool PrefixSystem::reg_write(const std::string& value_path, const std::string& d
 
 bool PrefixSystem::reg_delete(const std::string& value_path) { return registry.remove(value_path); }
 
-bool PrefixSystem::may_have_key(std::string_view name) { return registry.may_have_key(name); }
-
 std::string PrefixSystem::explain_unregistered(const std::string& subject) {
   return ::explain_unregistered(prefix_folder, subject);
 }

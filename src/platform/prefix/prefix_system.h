@@ -21,7 +21,6 @@ public:
                  const std::string& type) override;
   bool reg_delete(const std::string& value_path) override;
 
-  bool may_have_key(std::string_view name) override;
   std::string explain_unregistered(const std::string& subject) override;
   std::string explain_unread_user() override;
 

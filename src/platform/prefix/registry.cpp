@@ -162,8 +162,6 @@ std::optional<RegistryValue> Registry::read(const std::string& value_path) {
   return find_value(hive->read(), path->key, path->name);
 }
 
-bool Registry::may_have_key(std::string_view name) { return contains(local_machine.read(), name); }
-
 bool Registry::write(const std::string& value_path, const std::string& data,
                      const std::string& type) {
   const auto path = parse_value_path(value_path);

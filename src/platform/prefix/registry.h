@@ -28,9 +28,6 @@ public:
   // Why the user's file, as far as it was read, counts as empty although it is there.
   const std::optional<Failure>& user_failure() const { return current_user.failure; }
 
-  // Whether the text of system.reg contains `name`, as that of a key or in another place.
-  bool may_have_key(std::string_view name);
-
   // Sets a value, creating its key if needed. `type` is REG_SZ, REG_EXPAND_SZ, REG_DWORD or
   // REG_BINARY, case-insensitive; the empty text means REG_SZ. The data of the last two is a
   // decimal number of 32 bits, signed or not; REG_BINARY stores it as four bytes, little-endian.

@@ -417,37 +417,7 @@ std::string replaced(std::string_view text, std::size_t begin, std::size_t end,
   return result.append(lines).append(text.substr(end));
 }
 
-// False only if the word's first characters are nowhere in the text, whatever their case.
-bool may_contain(std::string_view text, std::string_view word) {
-  constexpr std::size_t looked_at = 4;
-  if (word.size() < looked_at || text.size() < looked_at)
-    return true;
-  const auto fold = [](char c) { return static_cast<unsigned char>(c | ' '); };
-  const std::array first{fold(word[0]), fold(word[1]), fold(word[2]), fold(word[3])};
-  unsigned char differs_everywhere = 1;
-  for (std::size_t i = 0; i + looked_at <= text.size(); ++i) {
-    const auto difference =
-        static_cast<unsigned char>((fold(text[i]) ^ first[0]) | (fold(text[i + 1]) ^ first[1]) |
-                                   (fold(text[i + 2]) ^ first[2]) | (fold(text[i + 3]) ^ first[3]));
-    differs_everywhere &= difference != 0 ? 1 : 0;
-  }
-  return !differs_everywhere;
-}
-
 }  // namespace
-
-// Most blocks are ruled out by a loop without branches, which compilers turn into vector code.
-bool contains(std::string_view registry, std::string_view word) {
-  constexpr std::size_t block = 4096;
-  const auto same = [](char a, char b) { return ascii_lower(a) == ascii_lower(b); };
-  for (std::size_t begin = 0; begin < registry.size(); begin += block) {
-    const auto text = registry.substr(begin, block + word.size() - 1);
-    if (may_contain(text, word) &&
-        std::search(text.begin(), text.end(), word.begin(), word.end(), same) != text.end())
-      return true;
-  }
-  return false;
-}
 
 std::optional<RegistryValue> find_value(std::string_view registry, std::string_view key,
                                         std::string_view name) {

@@ -26,10 +26,6 @@ struct RegistryValue {
 std::optional<RegistryValue> find_value(std::string_view registry, std::string_view key,
                                         std::string_view name);
 
-// Whether the text contains an ASCII word as it is, case-insensitively: a key of that name has it
-// in its header, since Wine escapes no ASCII letter. Several times faster than to look for a value.
-bool contains(std::string_view registry, std::string_view word);
-
 // The text with the value set: on the line that defined it, else at the end of its key, else in a
 // new key at the end of the text. An empty text gets the first line that Wine requires. A new key
 // has no time of change; Wine sets it to the time when it reads the file. A value of type `other`

@@ -43,7 +43,7 @@ void ConsoleScreen::show_progress() {
                   std::to_string(found) + " maps found");
   else
     progress.show("stage 2 of 2: " + std::to_string(std::min(maps, found)) + " of " +
-                  std::to_string(found) + " maps looked at, " + form->Label4.text() + " converted");
+                  std::to_string(found) + " maps checked, " + form->Label4.text() + " converted");
 }
 
 int run_console(Files& files, System& system, int columns) {

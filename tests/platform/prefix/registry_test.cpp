@@ -88,19 +88,6 @@ TEST(RegistryText, FindsValues) {
     EXPECT_EQ(show(find_value(text, "K", "v")), "none") << text;
 }
 
-TEST(RegistryText, ContainsAWord) {
-  for (const char* word : {"Toolset", "tOOLSET", "WINE", "set\"\n", "]"})
-    EXPECT_TRUE(contains(sample, word)) << word;
-  for (const auto& [text, word] : {std::pair(sample.c_str(), "Toolsets"),
-                                   {"", "word"},
-                                   {"wor", "word"},
-                                   {"wordy", "wordier"},
-                                   {"wore{}`@", "ord[{}`@"}})
-    EXPECT_FALSE(contains(text, word)) << text;
-  for (std::size_t at = 4080; at < 4100; ++at)  // across the end of a block
-    EXPECT_TRUE(contains(std::string(at, 'W') + "wOrD", "word")) << at;
-}
-
 TEST(RegistryText, ParsesData) {
   const std::pair<const char*, const char*> cases[] = {
       {R"("\1x\018\1018")", "text \1x\0018A8"},

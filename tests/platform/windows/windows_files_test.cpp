@@ -28,7 +28,7 @@ TEST_F(WindowsFilesTest, HiddenAndSystemEntriesAreNotThere) {
   }
 }
 
-// A profile that Wine makes has its documents elsewhere, behind a link.
+// A profile that Wine makes has its documents elsewhere, behind a link, and its favourites inside.
 TEST_F(WindowsFilesTest, TellsLinksApart) {
   wchar_t profile[MAX_PATH];
   ASSERT_GT(GetEnvironmentVariableW(L"USERPROFILE", profile, MAX_PATH), 0u);
@@ -37,7 +37,7 @@ TEST_F(WindowsFilesTest, TellsLinksApart) {
   for (const Entry& entry : *entries)
     links[entry.name] = entry.link && entry.folder;
   EXPECT_TRUE(links.at("Documents"));
-  EXPECT_FALSE(links.at("Temp"));
+  EXPECT_FALSE(links.at("Favorites"));
 }
 
 TEST_F(WindowsFilesTest, ReachesTreesThatAreDeepAndSpelledInAnyScript) {

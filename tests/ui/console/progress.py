@@ -109,7 +109,7 @@ def check(progress, seconds):
     assert len(progress) <= 10 * seconds, (len(progress), seconds)
     search, conversion = [[re.fullmatch(pattern, line) for line in progress] for pattern in (
         r"stage 1 of 2: (\d+) folders searched, (\d+) maps found",
-        r"stage 2 of 2: (\d+) of (\d+) maps looked at, (\d+) converted")]
+        r"stage 2 of 2: (\d+) of (\d+) maps checked, (\d+) converted")]
     assert all(a or b for a, b in zip(search, conversion))
     assert 0 < max(int(line[1]) for line in search if line) <= FOLDERS + 100
     counts = [tuple(map(int, line.groups())) for line in conversion if line]
