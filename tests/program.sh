@@ -65,11 +65,12 @@ mkdir -p "$scratch/odd/folder.galold"
 (
   cd "$scratch/odd"
   echo killed > killed.galaxy && ln killed.galaxy killed.galold
+  echo whole > empty.galaxy && : > empty.galold
   echo one > twin.galaxy && echo other > twin.galAXY && echo old > twin.galold
   echo new > "it's.galaxy" && echo old > "it's.galold"
   check "restored: what is said" "./twin.galold may be the backup of: ./twin.galAXY ./twin.galaxy" \
     "$(LC_ALL=C sh -c "$restore" 2>&1)"
-  check "restored: odd names" "folder.galold: it's.galaxy:old killed.galaxy:killed \
+  check "restored: odd names" "empty.galaxy:whole empty.galold: folder.galold: it's.galaxy:old killed.galaxy:killed \
 twin.galAXY:other twin.galaxy:one twin.galold:old " \
     "$(for file in *; do printf '%s:%s ' "$file" "$(cat "$file" 2>/dev/null)"; done | sed 's/: /: /')"
   exit $failed
@@ -131,12 +132,13 @@ for file in voldstruct9.txt vnewstruct9.txt; do
   run /s
   told "LF in $file" 1 "$file: cannot use it: $in_lf"
 done
-for file in user.reg system.reg; do
-  prepare sh -c "rm ../machine/$file && mkdir ../machine/$file"
-  run /s
-  told "no $file" 1 "$file cannot be read: it is not a regular file"
-  check "no $file: registered" no "$([[ $said == *'not registered'* ]] && echo yes || echo no)"
-done
+prepare sh -c 'rm ../machine/user.reg && mkdir ../machine/user.reg'
+run /s
+told "no user.reg" 1 "your maps may not be found: $scratch/machine/user.reg: it is not a regular file"
+prepare sh -c 'rm ../machine/system.reg && mkdir ../machine/system.reg'
+run /s
+told "no system.reg" 1 "its system.reg cannot be read: it is not a regular file"
+check "no system.reg: registered" no "$([[ $said == *'not registered'* ]] && echo yes || echo no)"
 prepare rm vnewstruct9.txt
 run /s
 told "no template" 1 'the map is of version "9" and cannot be converted: template vnewstruct9.txt: the file is missing'

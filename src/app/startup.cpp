@@ -38,11 +38,12 @@ void set_homefolder(Form1& form) {
   write_info(form, form.homefolder);
 }
 
-// Without the user's folders nothing may be found.
 void report_unread_registry(Form1& form) {
   const std::string reason = form.system.explain_unread_user();
   if (!reason.empty())
-    report_trouble(form, "Your folders are not known: " + printable(reason));
+    report_trouble(form,
+                   "Your part of the registry cannot be read, so your maps may not be found: " +
+                       printable(reason));
 }
 
 [[noreturn]] void run_silently(Form1& form) {

@@ -185,6 +185,7 @@ bool Run::add_to_batch(Map map, std::string_view first, std::string_view result)
     replacement.backup = companion(path, "old");
   if (is_expansion() && !form.debugmode)
     replacement.companions = {{companion(path, "fix"), first}};
+  pending.reserve(pending.size() + 1);  // what the batch has must not be missing here
   const bool alone = batch.empty();
   const auto added = batch.add(std::move(map.file), std::move(replacement));
   if (!added && !alone)

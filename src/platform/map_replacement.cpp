@@ -26,7 +26,7 @@ void MapReplacement::fail(Failure failure) {
   outcome = std::move(failure);
 }
 
-Result<Done> MapReplacement::flush(const std::string& name, const std::string& what) {
+Result<Done> MapReplacement::note_unflushed(const std::string& name, const std::string& what) {
   unflushed.push_back({name, what});
   return Done{};
 }
@@ -84,7 +84,7 @@ Result<Done> MapReplacement::write_temporary(const NewFile& file, const std::str
   if (!written)
     return written.failure();
   prepared.push_back({Temporary(map, *std::move(written)), name});
-  return flush(prepared.back().temporary.entry(), file.name);
+  return note_unflushed(prepared.back().temporary.entry(), file.name);
 }
 
 Result<Done> MapReplacement::check_map() { return check_unchanged(state.settled); }
@@ -146,6 +146,10 @@ Result<Done> MapReplacement::move_older_backup() {
   }
   if (!replaces_older)
     return move_aside(older_backup);
+  const auto now = map.state_of(older_backup);
+  if (!now)
+    return now.failure();
+  older_state = *now;
   backup = older_backup;
   return Done{};
 }
@@ -174,7 +178,7 @@ Result<Done> MapReplacement::move_aside(const std::string& name) {
     if (!renamed)
       return renamed.failure();
     if (*renamed)
-      return *kind == OpenMap::Kind::file ? flush(free, free) : Result<Done>(Done{});
+      return *kind == OpenMap::Kind::file ? note_unflushed(free, free) : Result<Done>(Done{});
   }
   return Failure{map.path, action, "no number is free"};
 }
@@ -192,7 +196,9 @@ Result<Done> MapReplacement::make_backup() {
   if (!*linked)
     return write_copy();
   made.emplace(map, std::move(free));
-  return check_made(made->entry());
+  if (auto checked = check_made(made->entry()); !checked || !replaces_older)
+    return checked;
+  return note_unflushed(map.name, backup);  // before it replaces one that may be on the disk
 }
 
 Result<Done> MapReplacement::write_copy() {
@@ -200,7 +206,7 @@ Result<Done> MapReplacement::write_copy() {
   if (!written)
     return written.failure();
   made.emplace(map, *std::move(written));
-  return flush(made->entry(), backup);
+  return note_unflushed(made->entry(), backup);
 }
 
 // The backup and its name are on the disk before the result is renamed over the map: flushing a
@@ -209,6 +215,9 @@ Result<Done> MapReplacement::place_backup() {
   if (backup.empty())
     return Done{};
   if (made) {
+    if (replaces_older)
+      if (auto checked = check_older_backup(); !checked)
+        return checked;
     const auto renamed = with_action(backup_action(), [&] {
       return replaces_older ? made->rename(backup, "") : made->rename_no_replace(backup);
     });
@@ -218,7 +227,16 @@ Result<Done> MapReplacement::place_backup() {
   }
   if (auto checked = check_made(backup); !checked)
     return checked;
-  return flush(backup_is_hard_link ? map.name : backup, backup);
+  return note_unflushed(backup_is_hard_link ? map.name : backup, backup);
+}
+
+// What somebody has put in its place meanwhile is not replaced.
+Result<Done> MapReplacement::check_older_backup() {
+  const auto now = map.state_of(older_backup);
+  if (!now)
+    return now.failure();
+  return *now == older_state ? Result<Done>(Done{})
+                             : failure("its older backup " + older_backup + " has changed");
 }
 
 // Another file may have had the map's name when the link was made, and file systems that give each

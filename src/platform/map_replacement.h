@@ -74,9 +74,10 @@ public:
       fail(done.failure());
   }
 
-  // What a step has left unflushed; `what` it is of the map's, for a failure.
+  // A file that a step has left unflushed.
   struct ToFlush {
-    std::string entry, what;
+    std::string entry;
+    std::string what;  // the name that it has or will get, for a message
   };
   std::vector<ToFlush> unflushed;
 
@@ -112,10 +113,11 @@ private:
   }
   Result<Done> write_copy();
   Result<Done> check_made(const std::string& name);
+  Result<Done> check_older_backup();
   Result<Done> check_backup();
   Result<Done> place(Prepared& file, const std::string& kept);
   Result<OpenMap::Kind> kind_of(const std::string& name);
-  Result<Done> flush(const std::string& name, const std::string& what);
+  Result<Done> note_unflushed(const std::string& name, const std::string& what);
   std::string take_back_backup();
   std::string backup_action() const { return "make its backup " + backup; }
   Failure failure(std::string reason) const { return {map.path, "convert it", std::move(reason)}; }
@@ -131,6 +133,7 @@ private:
   std::vector<Prepared> prepared;       // the companions, then the map
   std::string older_backup;             // as the folder spells it; empty when there is none
   bool replaces_older = false;          // a backup that holds what the map holds, or nothing
+  OpenMap::FileState older_state{};     // of that one
   std::optional<Temporary> made;        // the new backup, before it gets its name
   bool placed = false;                  // it has got its name
   bool backup_is_hard_link = false;     // to the map's own file

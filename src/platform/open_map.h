@@ -83,7 +83,8 @@ public:
   virtual Result<Done> rename(const std::string& from, const std::string& to,
                               const std::string& kept) = 0;
 
-  // Renames an entry; false when `to` exists. Replaces nothing, whatever the file system knows.
+  // Renames an entry; false when `to` exists. Where the file system knows no such
+  // rename, an empty file takes the name first and is replaced.
   virtual Result<bool> rename_no_replace(const std::string& from, const std::string& to) = 0;
 
   // Makes `to` a hard link to the file `from`; false when the file system has no hard links. Fails

@@ -31,6 +31,9 @@ Result<Done> ReplacementBatch::add(std::unique_ptr<OpenMap> map, Replacement rep
   auto replacing = std::make_unique<MapReplacement>(std::move(map), std::move(replacement.was),
                                                     std::move(replacement.backup));
   replacing->run_step([&] { return replacing->lock(); });
+  if (const auto failed = failed_disks.find(replacing->device()); failed != failed_disks.end())
+    replacing->fail(
+        {replacing->open_map().path, "convert it", failed->second, Failure::Kind::unconfirmed});
   if (replacing->outcome && must_wait(*replacing))
     return Failure{replacing->open_map().path, "convert it", "another map comes first"};
   replacing->run_step([&] { return replacing->find_companions(replacement.companions); });
@@ -88,13 +91,14 @@ void ReplacementBatch::flush(const Maps& flushed) {
 void ReplacementBatch::fail_unflushed(const Maps& flushed, MapReplacement& owner,
                                       const Unflushed& file) {
   const Failure& failure = file.flushed.failure();
-  const bool lost = failure.kind == Failure::Kind::unconfirmed;
-  owner.fail({failure.path, "write " + file.what,
-              (lost ? "the disk did not confirm it: " : "") + failure.reason, failure.kind});
+  if (failure.kind != Failure::Kind::unconfirmed)
+    return owner.fail({failure.path, "write " + file.what, failure.reason, failure.kind});
+  owner.fail({failure.path, "write " + file.what, "the disk did not confirm it: " + failure.reason,
+              failure.kind});
+  const std::string reason = "the disk did not confirm that " + file.what + " of " + failure.path +
+                             " is written: " + failure.reason;
   for (const auto& other : flushed)
-    if (lost && other->device() == owner.device())
-      other->fail({other->open_map().path, "convert it",
-                   "the disk did not confirm that " + file.what + " of " + failure.path +
-                       " is written: " + failure.reason,
-                   failure.kind});
+    if (other->device() == owner.device())
+      other->fail({other->open_map().path, "convert it", reason, failure.kind});
+  failed_disks.try_emplace(owner.device(), reason);
 }

@@ -5,6 +5,8 @@
 #include "platform/files.h"
 
 #include <cstddef>
+#include <cstdint>
+#include <map>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -41,8 +43,8 @@ class MapReplacement;
 // it `was`, and when another run has locked it. Then the map is as it was, and of its companions
 // only those before the one that failed are in place; an older backup may have been renamed. The
 // new backup is removed if that is safe. The other maps are replaced all the same, unless a flush
-// failed: then no map of that file system is replaced, since the system reports a failed write to
-// one flush alone.
+// failed: from then on no map of that file system is replaced, since the system reports a failed
+// write to one flush alone.
 class ReplacementBatch {
 public:
   // `files_in`, which opens the maps, must outlive the object.
@@ -72,10 +74,11 @@ private:
 
   bool must_wait(const MapReplacement& replacing) const;
   void flush(const Maps& flushed);
-  static void fail_unflushed(const Maps& flushed, MapReplacement& owner, const Unflushed& file);
+  void fail_unflushed(const Maps& flushed, MapReplacement& owner, const Unflushed& file);
 
   Files& files;
-  const std::size_t most;  // maps
-  std::size_t bytes = 0;   // of the maps' content
+  const std::size_t most;                             // maps
+  std::size_t bytes = 0;                              // of the maps' content
+  std::map<std::uint64_t, std::string> failed_disks;  // devices, and what failed there
   Maps maps;
 };

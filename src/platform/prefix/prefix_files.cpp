@@ -20,11 +20,13 @@ namespace {
 
 Failure failure(const std::string& path, const char* action) {
   const bool missing = errno == ENOENT;
-  return {path, action, system_reason(), missing ? Failure::Kind::missing : Failure::Kind::other};
+  const bool leased = errno == EWOULDBLOCK;
+  return {path, action, leased ? "another program has it open" : system_reason(),
+          missing ? Failure::Kind::missing : Failure::Kind::other};
 }
 
-// A map has itself open, its folder, up to two results, a copied backup, and two more for an older
-// backup; the rest of the program may need the others at the same time.
+// A map has itself open, its folder, up to two results, a copied backup, and the older and the new
+// backup by their names; the rest of the program may need the others at the same time.
 constexpr rlim_t descriptors_of_a_map = 7;
 constexpr rlim_t other_descriptors = 32;
 

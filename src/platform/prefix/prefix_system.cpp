@@ -147,9 +147,7 @@ std::string PrefixSystem::explain_unregistered(const std::string& subject) {
 
 std::string PrefixSystem::explain_unread_user() {
   const auto& failure = registry.user_failure();
-  return failure ? "the Wine prefix " + prefix_folder +
-                       " cannot be used: its user.reg cannot be read: " + failure->reason
-                 : "";
+  return failure ? prefix_folder + "/user.reg: " + failure->reason : "";
 }
 
 std::string PrefixSystem::environment(const std::string& name) {

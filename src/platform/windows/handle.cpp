@@ -7,8 +7,6 @@
 
 namespace {
 
-constexpr DWORD longest_wait = 480;  // milliseconds; 945 in all
-
 DWORD piece(std::size_t size) {
   return static_cast<DWORD>(std::min<std::size_t>(size, 1 << 20));  // of one call
 }
@@ -18,17 +16,6 @@ DWORD piece(std::size_t size) {
 bool Handle::close() {
   const HANDLE closing = std::exchange(handle, INVALID_HANDLE_VALUE);
   return closing == INVALID_HANDLE_VALUE || CloseHandle(closing);
-}
-
-bool RetryBudget::retry(std::initializer_list<DWORD> errors, const std::function<bool()>& attempt) {
-  for (;; next *= 2) {
-    if (attempt())
-      return true;
-    const DWORD error = GetLastError();
-    if (next > longest_wait || std::find(errors.begin(), errors.end(), error) == errors.end())
-      return false;
-    wait(next);
-  }
 }
 
 Handle open_file(const std::wstring& path, DWORD access, DWORD creation, DWORD flags) {

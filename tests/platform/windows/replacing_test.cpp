@@ -98,6 +98,19 @@ TEST_F(ReplaceOnWindows, WaitsForFilesThatAreHeldForAMoment) {
   }
 }
 
+// Nothing is begun that could not be undone while the map may not be renamed.
+TEST_F(ReplaceOnWindows, AMapThatMayNotBeRenamedStaysAsItWas) {
+  write_file(maps / "a.galold", "old");
+  const Tree before = tree(maps);
+  for (const DWORD share : {DWORD{0}, DWORD{FILE_SHARE_READ}, DWORD{FILE_SHARE_WRITE},
+                            DWORD{FILE_SHARE_READ | FILE_SHARE_WRITE}}) {
+    Handle map = hold("a.galaxy", share);
+    EXPECT_FALSE(bool(replace_waiting([] {}))) << share;
+    map = Handle();
+    EXPECT_EQ(tree(maps), before) << share;
+  }
+}
+
 // However many of its files are held, a map is waited for under two seconds, of which reading it
 // took as long as replacing it.
 TEST_F(ReplaceOnWindows, SkipsAMapWhoseFilesAreHeldForLong) {
