@@ -9,11 +9,8 @@
 
 Checker::Checker(std::vector<Edition> editions_in) : editions(std::move(editions_in)) {
   for (const Edition& edition : editions) {
-    if (edition.baseline)
-      findings.read_remarks(edition.baseline_file, edition.baseline->lines);
-    for (const Pair* pair : edition.all_pairs())
-      for (const Template* file : pair->files())
-        findings.read_remarks(file->filename, file->lines);
+    for (const auto& [path, lines] : edition.files())
+      findings.read_remarks(path, *lines);
     for (const Rule& rule : all_rules()) {
       const Report report(findings, rule.name);
       if (rule.of_edition)

@@ -177,7 +177,7 @@ TEST(Rules, FindWhatAFolderLacks) {
        "old:1 w version-line"},
       {with_others, ""},
       {base(baseline, title + "Ver", current), "old:1 w version-line"},
-      {base(baseline, "", ""), "new:1 e no-version"},
+      {base(baseline, "", ""), "old:1 w version-line"},
   };
   for (const auto& [texts, found] : cases) {
     const std::string report = check_texts(texts);
