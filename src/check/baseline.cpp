@@ -72,11 +72,6 @@ bool Baseline::may_follow(std::size_t a, std::size_t b) const {
   });
 }
 
-bool Baseline::has_word_like(std::string_view start) const {
-  const auto found = words.lower_bound(start);
-  return found != words.end() && found->starts_with(start);
-}
-
 std::set<std::string_view> Baseline::words_like(std::string_view recognition) const {
   std::set<std::string_view> found;
   for (const std::string_view text : texts) {

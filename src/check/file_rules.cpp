@@ -84,13 +84,16 @@ void version_gap(const Edition& edition, const Report& report) {
     if (!edition.pairs.contains(number_text(version)))
       report({edition.baseline_file, 1},
              "maps of version " + number_text(version) + " have no templates");
-  for (const Pair* pair : edition.all_pairs())
-    if (edition.version && pair != edition.fix() &&
-        std::ranges::none_of(edition.pairs, [&](const auto& entry) {
-          return pair == &entry.second && numeric_value(entry.first) < current;
-        }))
-      report({pair->present().filename, 0},
-             "no map needs it: the baseline says that " + number_text(current) + " is current");
+  const auto needless = [&](const Pair& pair) {
+    report({pair.present().filename, 0},
+           "no map needs it: the baseline says that " + number_text(current) + " is current");
+  };
+  for (const auto& [text, pair] : edition.pairs)
+    if (edition.version && numeric_value(text) >= current)
+      needless(pair);
+  for (const auto& [text, pair] : edition.fixes)
+    if (edition.version && &pair != edition.fix())
+      needless(pair);
 }
 
 void no_version(const Edition& edition, const Report& report) {

@@ -123,10 +123,12 @@ std::string unified_diff(const MapRun& run) {
   for (std::size_t i = 0, end; i < shown.size(); i = end) {
     for (end = i; end < shown.size() && shown[end] == shown[i];)
       ++end;
-    if (shown[i])
+    if (shown[i]) {
       write_hunk(&diff.steps[i], &diff.steps[i] + (end - i), old_line, new_line, out);
-    else
-      old_line += end - i, new_line += end - i;
+    } else {
+      old_line += end - i;
+      new_line += end - i;
+    }
   }
   // A tab ends a name, which may have blanks.
   const std::string& path = run.map.path;
