@@ -24,8 +24,10 @@ bool becomes_current(const Edition& edition, std::string_view title, const std::
 // Calls `visit` with each pair that old maps need, and with the version line of its maps: the
 // baseline's with the old version.
 template <class Visit> void for_each_version(const Edition& edition, const Visit& visit) {
+  if (!edition.baseline || !edition.version)
+    return;
   for (const auto& [version, pair] : edition.pairs)
-    if (edition.version && pair.is_readable() && numeric_value(version) < *edition.version) {
+    if (pair.is_readable() && numeric_value(version) < *edition.version) {
       std::string line(edition.baseline->lines[1]);
       visit(pair, line.replace(line.size() - version_of(line).size(), line.npos, version));
     }
