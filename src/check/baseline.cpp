@@ -14,7 +14,9 @@ Baseline::Baseline(LineArray lines_in) : lines(std::move(lines_in)) {
       shown.push_back(lines[i]);
   const std::set<std::string_view> distinct(shown.begin(), shown.end());
   texts.insert(texts.end(), distinct.begin(), distinct.end());
-  std::ranges::stable_sort(texts, {}, &std::string::size);
+  std::ranges::sort(texts, {}, [](const std::string& text) {
+    return std::pair(text.size(), std::string_view(text));
+  });
   index = PrefixIndex({texts.begin(), texts.end()});
   for (const std::string_view line : shown) {
     words.emplace(first_word(line));

@@ -95,8 +95,9 @@ void Findings::check_remarks(const std::function<bool(const std::string&)>& chec
 }
 
 std::string Findings::report(bool colours) {
-  std::ranges::stable_sort(kept, {},
-                           [](const Finding& f) { return std::tie(f.place.file, f.place.line); });
+  std::ranges::sort(kept, {}, [](const Finding& f) {
+    return std::tie(f.place.file, f.place.line, f.rule, f.place.column, f.text);
+  });
   std::string text;
   for (const Finding& finding : kept)
     text += finding.silenced ? "" : line_of(finding, colours);

@@ -53,7 +53,7 @@ public:
                (at < i && (!fits || longest(at + 1, new_at) >= longest(at, new_at + 1))))
         steps.push_back({'-', old[at++]});
       else
-        steps.push_back({'+', current[new_at++]});
+        added.push_back({'+', current[new_at++]});
   }
 
   // Of a change the old lines come first.
@@ -61,17 +61,15 @@ public:
     end_change();
     steps.push_back({' ', old[at++]});
     ++new_at;
-    change = steps.size();
   }
   void end_change() {
-    std::stable_partition(steps.begin() + static_cast<std::ptrdiff_t>(change), steps.end(),
-                          [](const Step& step) { return step.sign == '-'; });
+    steps.insert(steps.end(), added.begin(), added.end());
+    added.clear();
   }
 
   std::vector<std::string_view> old, current;
   std::size_t at = 0, new_at = 0;  // the lines compared so far
-  std::vector<Step> steps;
-  std::size_t change = 0;  // the first step behind the last kept line
+  std::vector<Step> steps, added;  // the latter behind the last kept line
 };
 
 // A range of lines behind `before` others. One without lines stands behind the line it names.
