@@ -27,7 +27,7 @@ const Edition* Checker::edition_of(const Map& map) {
   const auto title = map.lines[0];
   std::vector<const Edition*> same, similar;
   for (const Edition& edition : editions) {
-    if (edition.version && edition.baseline->lines[0] == title)
+    if (edition.version && edition.baseline && edition.baseline->lines[0] == title)
       same.push_back(&edition);
     else if (edition.version && std::ranges::any_of(edition.pairs, [&](const auto& pair) {
                return pair.second.old.lines[0] == title;
@@ -61,7 +61,7 @@ bool Checker::check_current(const MapRun& run) {
   } else if (!is_current(run.edition, run.lines)) {
     report(seen,
            "its version is " + quoted(version_of(run.lines[1])) + " afterwards, not " +
-               number_text(*run.edition.version),
+               number_text(run.edition.version.value_or(0)),
            seen, "version " + std::string(version_of(run.map.lines[1])));
   }
   return bool(run.result);
