@@ -14,7 +14,9 @@ Baseline::Baseline(LineArray lines_in) : lines(std::move(lines_in)) {
       shown.push_back(lines[i]);
   const std::set<std::string_view> distinct(shown.begin(), shown.end());
   texts.insert(texts.end(), distinct.begin(), distinct.end());
-  std::ranges::stable_sort(texts, {}, &std::string::size);
+  std::ranges::sort(texts, {}, [](const std::string& text) {
+    return std::pair(text.size(), std::string_view(text));
+  });
   index = PrefixIndex({texts.begin(), texts.end()});
   for (const std::string_view line : shown) {
     words.emplace(first_word(line));
@@ -70,11 +72,6 @@ bool Baseline::may_follow(std::size_t a, std::size_t b) const {
     return (y == b && depth(x) == depth(a)) ||
            (x == a && depth(y) == depth(b) && closers.contains(y) == closers.contains(b));
   });
-}
-
-bool Baseline::has_word_like(std::string_view start) const {
-  const auto found = words.lower_bound(start);
-  return found != words.end() && found->starts_with(start);
 }
 
 std::set<std::string_view> Baseline::words_like(std::string_view recognition) const {

@@ -37,9 +37,8 @@ public:
   // baseline it stands behind such a deep one, or a similar line stands behind that one.
   bool may_follow(std::size_t a, std::size_t b) const;
 
-  // Whether a line's first word is, or begins with, the given text.
+  // Whether the first word of a line is the given one.
   bool has_word(std::string_view word) const { return words.contains(word); }
-  bool has_word_like(std::string_view start) const;
 
   // The first words of the lines that begin like a recognition line, unless one of them is like it
   // up to the word's end. The indentation is left out where the recognition line has none.

@@ -9,11 +9,8 @@
 
 Checker::Checker(std::vector<Edition> editions_in) : editions(std::move(editions_in)) {
   for (const Edition& edition : editions) {
-    if (edition.baseline)
-      findings.read_remarks(edition.baseline_file, edition.baseline->lines);
-    for (const Pair* pair : edition.all_pairs())
-      for (const Template* file : pair->files())
-        findings.read_remarks(file->filename, file->lines);
+    for (const auto& [path, lines] : edition.files())
+      findings.read_remarks(path, *lines);
     for (const Rule& rule : all_rules()) {
       const Report report(findings, rule.name);
       if (rule.of_edition)
@@ -30,7 +27,7 @@ const Edition* Checker::edition_of(const Map& map) {
   const auto title = map.lines[0];
   std::vector<const Edition*> same, similar;
   for (const Edition& edition : editions) {
-    if (edition.version && edition.baseline->lines[0] == title)
+    if (edition.version && edition.baseline && edition.baseline->lines[0] == title)
       same.push_back(&edition);
     else if (edition.version && std::ranges::any_of(edition.pairs, [&](const auto& pair) {
                return pair.second.old.lines[0] == title;
@@ -64,7 +61,7 @@ bool Checker::check_current(const MapRun& run) {
   } else if (!is_current(run.edition, run.lines)) {
     report(seen,
            "its version is " + quoted(version_of(run.lines[1])) + " afterwards, not " +
-               number_text(*run.edition.version),
+               number_text(run.edition.version.value_or(0)),
            seen, "version " + std::string(version_of(run.map.lines[1])));
   }
   return bool(run.result);

@@ -61,6 +61,17 @@ std::vector<const Pair*> Edition::all_pairs() const {
   return all;
 }
 
+std::vector<std::pair<std::string, const LineArray*>> Edition::files() const {
+  std::vector<std::pair<std::string, const LineArray*>> all;
+  if (baseline)
+    all.emplace_back(baseline_file, &baseline->lines);
+  for (const Pair* pair : all_pairs())
+    for (const Template* file : pair->files())
+      if (!file->failure)
+        all.emplace_back(file->filename, &file->lines);
+  return all;
+}
+
 bool is_template_name(const std::string& name) { return parse(name).has_value(); }
 
 std::string template_name(char letter, bool old, bool fix, const std::string& version) {

@@ -48,6 +48,9 @@ struct Edition {
   // Those of both kinds.
   std::vector<const Pair*> all_pairs() const;
 
+  // The files that are there, with their lines.
+  std::vector<std::pair<std::string, const LineArray*>> files() const;
+
   // What the baseline shows of maps; null when it shows nothing.
   const Baseline* shown() const { return baseline && baseline->shows_map() ? &*baseline : nullptr; }
 

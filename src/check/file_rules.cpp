@@ -9,34 +9,6 @@
 
 namespace {
 
-using File = std::pair<std::string, std::string_view>;  // its path and text
-
-std::vector<File> files_of(const Edition& edition) {
-  std::vector<File> files;
-  if (edition.baseline)
-    files.emplace_back(edition.baseline_file, edition.baseline->lines.text());
-  for (const Pair* pair : edition.all_pairs())
-    for (const Template* file : pair->files())
-      if (!file->failure)
-        files.emplace_back(file->filename, file->lines.text());
-  return files;
-}
-
-// The version lines that maps of a version may have: the baseline's, or those recognition lines
-// that end in the version.
-std::vector<std::string> version_lines(const Edition& edition, const OldTemplate& old,
-                                       const std::string& version) {
-  std::string usual(edition.baseline->lines[1]);
-  usual.resize(usual.size() - version_of(usual).size());
-  if (matchline(old, usual + version) > 0)
-    return {usual + version};
-  std::vector<std::string> lines;
-  for (std::size_t i = 1; i < old.lines.size(); ++i)
-    if (recognises(old, i) && version_of(old.lines[i]) == version)
-      lines.emplace_back(old.lines[i]);
-  return lines;
-}
-
 // Whether maps that begin with a title and a version line become current ones, also if the lines
 // behind are those that the fix pass recognises.
 bool becomes_current(const Edition& edition, std::string_view title, const std::string& line) {
@@ -49,49 +21,37 @@ bool becomes_current(const Edition& edition, std::string_view title, const std::
   return !run.result || is_current(edition, run.lines);
 }
 
-bool writes_version(const Edition& edition, const NewTemplate& current) {
-  for (std::size_t i = 1; i < current.lines.size(); ++i)
-    if (current.output[i].marker == Marker::none && !is_header(current.lines[i]) &&
-        numeric_value(version_of(current.lines[i])) == *edition.version)
-      return true;
-  return false;
-}
-
-// What a pair does to the version of its maps.
-enum class Outcome { current, old, unknown };
-
-Outcome outcome_of(const Edition& edition, const std::string& version, const Pair& pair) {
-  if (!edition.version || !pair.is_readable() || numeric_value(version) >= *edition.version)
-    return Outcome::current;
-  const auto lines = version_lines(edition, pair.old, version);
-  if (lines.empty())
-    return writes_version(edition, pair.current) ? Outcome::unknown : Outcome::old;
-  const bool any = std::ranges::any_of(lines, [&](const std::string& line) {
-    return becomes_current(edition, pair.old.lines[0], line);
-  });
-  return any ? Outcome::current : Outcome::old;
+// Calls `visit` with each pair that old maps need, and with the version line of its maps: the
+// baseline's with the old version.
+template <class Visit> void for_each_version(const Edition& edition, const Visit& visit) {
+  if (!edition.baseline || !edition.version)
+    return;
+  for (const auto& [version, pair] : edition.pairs)
+    if (pair.is_readable() && numeric_value(version) < *edition.version) {
+      std::string line(edition.baseline->lines[1]);
+      visit(pair, line.replace(line.size() - version_of(line).size(), line.npos, version));
+    }
 }
 
 }  // namespace
 
 void line_ends(const Edition& edition, const Report& report) {
-  for (const auto& [path, text] : files_of(edition))
-    if (is_one_line(text))
-      report({path, 0}, one_line_reason(text));
+  for (const auto& [path, lines] : edition.files())
+    if (is_one_line(lines->text()))
+      report({path, 0}, one_line_reason(lines->text()));
 }
 
-// Editors end a line at every LF, so the lines are counted by these.
+// Editors end a line at every LF, so the places behind the first would be others there.
 void odd_bytes(const Edition& edition, const Report& report) {
-  for (const auto& [path, text] : files_of(edition)) {
-    if (text.starts_with(byte_order_mark))
+  for (const auto& [path, lines] : edition.files()) {
+    if ((*lines)[0].starts_with(byte_order_mark))
       report({path, 0, 1}, "a byte order mark is part of the first line: save the file without it");
-    std::size_t i = 0, line = 0, begin = 0;
-    while ((i = text.find_first_of("\r\n", i)) != text.npos && text.substr(i).starts_with("\r\n")) {
-      begin = i += 2;
-      ++line;
-    }
-    if (i != text.npos && !is_one_line(text))
-      report({path, line, i - begin + 1}, "a lone LF or CR ends no line: it is part of one");
+    std::size_t i = 0;
+    while (i < lines->size() && (*lines)[i].find_first_of("\r\n") == std::string_view::npos)
+      ++i;
+    if (i < lines->size() && !is_one_line(lines->text()))
+      report({path, i, (*lines)[i].find_first_of("\r\n") + 1},
+             "a lone LF or CR ends no line: it is part of one");
   }
 }
 
@@ -126,32 +86,36 @@ void version_gap(const Edition& edition, const Report& report) {
     if (!edition.pairs.contains(number_text(version)))
       report({edition.baseline_file, 1},
              "maps of version " + number_text(version) + " have no templates");
-  for (const Pair* pair : edition.all_pairs())
-    if (edition.version && pair != edition.fix() &&
-        std::ranges::none_of(edition.pairs, [&](const auto& entry) {
-          return pair == &entry.second && numeric_value(entry.first) < current;
-        }))
-      report({pair->present().filename, 0},
-             "no map needs it: the baseline says that " + number_text(current) + " is current");
+  const auto needless = [&](const Pair& pair) {
+    report({pair.present().filename, 0},
+           "no map needs it: the baseline says that " + number_text(current) + " is current");
+  };
+  for (const auto& [text, pair] : edition.pairs)
+    if (edition.version && numeric_value(text) >= current)
+      needless(pair);
+  for (const auto& [text, pair] : edition.fixes)
+    if (edition.version && &pair != edition.fix())
+      needless(pair);
 }
 
 void no_version(const Edition& edition, const Report& report) {
-  for (const auto& [version, pair] : edition.pairs)
-    if (outcome_of(edition, version, pair) == Outcome::old)
+  for_each_version(edition, [&](const Pair& pair, const std::string& line) {
+    if (matchline(pair.old, line) > 0 && !becomes_current(edition, pair.old.lines[0], line))
       report({pair.current.filename, 0}, "its maps do not become those of version " +
                                              number_text(*edition.version) +
                                              ", so that each run converts them again");
+  });
 }
 
 void version_line(const Edition& edition, const Report& report) {
-  for (const auto& [version, pair] : edition.pairs)
-    if (outcome_of(edition, version, pair) == Outcome::unknown)
-      report({pair.old.filename, 0},
-             "no line recognises the baseline's version line with version " + version);
+  for_each_version(edition, [&](const Pair& pair, const std::string& line) {
+    if (matchline(pair.old, line) == 0)
+      report({pair.old.filename, 0}, "no line recognises " + quoted(line));
+  });
 }
 
-// A word that a newer pair recognises at the start of a line is gone when the baseline has no line
-// like it. An older pair has to know it, or what is written for it, or its maps keep the line.
+// A line that a newer pair recognises is gone when the baseline has none like it. An older pair has
+// to know its word, or one that is written for it, or its maps keep the line.
 void forgotten_word(const Edition& edition, const Report& report) {
   std::map<std::string_view, std::set<std::string_view>> gone;  // with the words written for them
   for (auto at = edition.pairs.rbegin(); edition.shown() && at != edition.pairs.rend(); ++at) {
@@ -162,12 +126,12 @@ void forgotten_word(const Edition& edition, const Report& report) {
         own.insert(first_word(file->lines[i]));
     for (const auto& [word, written] : gone)
       if (std::ranges::none_of(written, [&](const auto known) { return own.contains(known); }))
-        report({old.filename, 0}, "a newer pair recognises " + quoted(word) +
-                                      ", which the baseline has no more, but this one knows no "
-                                      "such line");
+        report({old.filename, 0}, "a newer pair changes lines of " + quoted(word) +
+                                      ", of which this pair knows nothing");
     for (std::size_t i = 1; i < old.lines.size(); ++i)
       if (const auto word = first_word(old.lines[i]);
-          recognises(old, i) && !word.empty() && !edition.shown()->has_word_like(word))
+          recognises(old, i) && !word.empty() &&
+          edition.shown()->kinds({old.lines[i], Marker::rest}).empty())
         for (auto [k, end] = output_of(current, sectionof(old, i)); k < end; ++k)
           gone[word].insert({word, first_word(current.lines[k])});
   }

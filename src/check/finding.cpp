@@ -68,23 +68,19 @@ bool Findings::silence(const Finding& finding) {
 }
 
 void Findings::add(Finding finding, const std::string& key) {
-  const auto [at, added] = known.try_emplace(key, kept.size());
-  if (!key.empty() && !added) {
-    if (at->second >= kept.size())
-      return;
-    Finding& first = kept[at->second];
-    first.maps += std::exchange(first.last_map, finding.seen.file) == finding.seen.file ? 0 : 1;
-    return;
+  const auto at = known.find(key);
+  if (key.empty() || at == known.end()) {
+    finding.silenced = silence(finding);
+    finding.maps = finding.seen.file.empty() ? 0 : 1;
+    finding.last_map = finding.seen.file;
+    ++(finding.silenced ? silenced : counts[finding.rule->severity == Severity::error ? 0 : 1]);
+    if (!key.empty())
+      known[key] = kept.size();
+    kept.push_back(std::move(finding));
+  } else if (Finding& first = kept[at->second]; first.last_map != finding.seen.file) {
+    first.last_map = finding.seen.file;
+    ++first.maps;
   }
-  const bool meant = silence(finding);
-  if (meant || kept.size() == most)
-    at->second = most;
-  ++(meant ? silenced : counts[finding.rule->severity == Severity::error ? 0 : 1]);
-  if (meant || kept.size() == most)
-    return;
-  finding.maps = finding.seen.file.empty() ? 0 : 1;
-  finding.last_map = finding.seen.file;
-  kept.push_back(std::move(finding));
 }
 
 void Findings::check_remarks(const std::function<bool(const std::string&)>& checked) {
@@ -99,18 +95,17 @@ void Findings::check_remarks(const std::function<bool(const std::string&)>& chec
 }
 
 std::string Findings::report(bool colours) {
-  std::ranges::stable_sort(kept, {},
-                           [](const Finding& f) { return std::tie(f.place.file, f.place.line); });
+  std::ranges::sort(kept, {}, [](const Finding& f) {
+    return std::tie(f.place.file, f.place.line, f.rule, f.place.column, f.text);
+  });
   std::string text;
   for (const Finding& finding : kept)
-    text += line_of(finding, colours);
+    text += finding.silenced ? "" : line_of(finding, colours);
   return text;
 }
 
 std::string Findings::summary() const {
-  const bool all = counts[0] + counts[1] == kept.size();
   return counted(counts[0], "error") + ", " + counted(counts[1], "warning") +
-         (all ? "" : ", of which " + std::to_string(kept.size()) + " are shown") +
          (silenced > 0 ? ", " + std::to_string(silenced) + " silenced" : "");
 }
 

@@ -25,13 +25,11 @@ struct Finding {
   Place seen;            // in the first map that shows it
   std::size_t maps = 0;  // that show it
   std::string last_map;  // of these
+  bool silenced = false;
 };
 
 class Findings {
 public:
-  // How many are shown at most; the others are only counted.
-  static constexpr std::size_t most = 10'000;
-
   // Reads the remarks of a file, "= check: RULE", by which its writer silences findings: those at
   // the line below, those in the whole section below where that is a header, and all in a file
   // without headers. `lines` must outlive the findings.

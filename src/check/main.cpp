@@ -34,56 +34,65 @@ constexpr const char* help =
     "  --version        show the version\n"
     "\n"
     "Findings are FILE:LINE: error|warning: TEXT [RULE]. A map is of the edition whose\n"
-    "baseline begins with the same line; others are counted, but not checked. The exit\n"
-    "status is 0 if there are no errors, 1 if there are, and 2 for a wrong argument or a\n"
-    "file that cannot be read.\n";
+    "baseline begins with the same line, or whose old templates do where no baseline\n"
+    "does; others are counted, but not checked. The exit status is 0 if there are no\n"
+    "errors, 1 if there are, and 2 for a wrong argument or a file that cannot be read.\n";
 
 // Larger files are refused.
 constexpr std::uintmax_t largest_template = 16 << 20;  // bytes
 constexpr std::uintmax_t largest_map = LineArray::max_text_size;
 
+// The options, and whether they need a value.
+const std::map<std::string, bool> known_options{
+    {"--diff", false},   {"--edition", true}, {"--explain", true}, {"--help", false},
+    {"--strict", false}, {"--trace", true},   {"--version", false}};
+
 struct Options {
-  std::map<std::string, bool> flags{
-      {"--diff", false}, {"--help", false}, {"--strict", false}, {"--version", false}};
-  std::map<std::string, std::string> values{{"--edition", ""}, {"--explain", ""}, {"--trace", ""}};
-  std::vector<std::string> names;  // the folder, then the maps
+  std::map<std::string, std::string> given;  // with their values, or "yes"
+  std::vector<std::string> names;            // the folder, then the maps
+
+  bool has(const std::string& option) const { return given.contains(option); }
+  std::string value(const std::string& option) const { return has(option) ? given.at(option) : ""; }
 };
 
 // What is wrong with the options; empty if nothing is.
 std::string fault_of(const Options& options) {
-  const auto &edition = options.values.at("--edition"), &rule = options.values.at("--explain");
+  const std::string edition = options.value("--edition"), rule = options.value("--explain");
   if (!edition.empty() && edition != "v" && edition != "t")
     return "there is no edition \"" + edition + "\"";
   if (!rule.empty() && !find_rule(rule))
     return "there is no rule \"" + rule + "\"";
-  return options.flags.at("--diff") && options.names.size() < 2 ? "--diff needs a folder and a map"
-                                                                : "";
+  return options.has("--diff") && options.names.size() < 2 ? "--diff needs a folder and a map" : "";
 }
 
 // Sets the options; what is wrong with the arguments, empty if nothing is.
 std::string parse(const std::vector<std::string>& arguments, Options& options) {
   bool only_names = false;
   for (auto at = arguments.begin(); at != arguments.end(); ++at) {
-    const auto equals = std::min(at->find('='), at->size());
-    const std::string name = *at == "-h" ? "--help" : at->substr(0, equals);
-    const auto value = options.values.find(name);
-    if (at->empty())
+    const std::string& argument = *at;
+    if (argument.empty())
       return "an argument is empty";
-    if (only_names || at->front() != '-')
-      options.names.push_back(*at);
-    else if (*at == "--")
-      only_names = true;
-    else if (value != options.values.end() && equals < at->size())
-      value->second = at->substr(equals + 1);
-    else if (value != options.values.end() && std::next(at) != arguments.end())
-      value->second = *++at;
-    else if (equals == at->size() && options.flags.contains(name))
-      options.flags[name] = true;
-    else if (value == options.values.end())
-      return "there is no option \"" + *at + "\"";
-    if (value != options.values.end() && value->second.empty())
+    if (only_names || argument[0] != '-') {
+      options.names.push_back(argument);
+      continue;
+    }
+    only_names = argument == "--";
+    if (only_names)
+      continue;
+    const auto equals = std::min(argument.find('='), argument.size());
+    const std::string name = argument == "-h" ? "--help" : argument.substr(0, equals);
+    const auto option = known_options.find(name);
+    if (option == known_options.end() || (!option->second && equals < argument.size()))
+      return "there is no option \"" + argument + "\"";
+    std::string value = option->second ? "" : "yes";
+    if (equals < argument.size())
+      value = argument.substr(equals + 1);
+    else if (option->second && std::next(at) != arguments.end())
+      value = *++at;
+    if (value.empty())
       return name + " needs a value";
-    if (options.flags["--help"] || options.flags["--version"])
+    options.given[name] = value;
+    if (options.has("--help") || options.has("--version"))
       return "";
   }
   return fault_of(options);
@@ -179,7 +188,7 @@ std::string for_terminal(std::string_view text) {
 
 // Checks the maps that the options name; what is to be shown of them behind the findings.
 Result<std::string> check_maps(const Options& options, Checker& checker) {
-  const std::string& traced = options.values.at("--trace");
+  const std::string traced = options.value("--trace");
   std::vector<std::string> arguments(options.names.begin() + (options.names.empty() ? 0 : 1),
                                      options.names.end());
   if (!traced.empty())
@@ -193,7 +202,7 @@ Result<std::string> check_maps(const Options& options, Checker& checker) {
         return text.failure();
       const Map map{(*maps)[i], LineArray::split(*std::move(text))};
       const auto run = checker.add(map);
-      if (options.flags.at("--diff") && run && run->result)
+      if (options.has("--diff") && run && run->result)
         shown += unified_diff(*run);
       if (argument == traced)
         shown += run ? trace(*run) : argument + ": it is not converted\n";
@@ -207,7 +216,7 @@ Result<std::string> check_maps(const Options& options, Checker& checker) {
 // Checks what the options name. The exit status, or what could not be read or written.
 Result<int> check(const Options& options) {
   const std::string folder = options.names.empty() ? "" : options.names[0];
-  const auto texts = read_templates(folder.empty() ? "." : folder, options.values.at("--edition"));
+  const auto texts = read_templates(folder.empty() ? "." : folder, options.value("--edition"));
   if (!texts)
     return texts.failure();
   Checker checker(find_editions(folder, *texts));
@@ -219,7 +228,7 @@ Result<int> check(const Options& options) {
   const bool colours = escape && !dumb && (!no_colour || !*no_colour);
   if (!print(checker.report(colours) + (escape ? for_terminal(*shown) : *shown)))
     return Failure{"standard output", "write the findings", "it is closed or full"};
-  const bool strict_fault = options.flags.at("--strict") && checker.count(Severity::warning) > 0;
+  const bool strict_fault = options.has("--strict") && checker.count(Severity::warning) > 0;
   return checker.count(Severity::error) > 0 || strict_fault ? 1 : 0;
 }
 
@@ -229,11 +238,11 @@ int run(const std::vector<std::string>& arguments) {
     print_error("vora-template-check: " + printable(fault) + "\n" + usage);
     return 2;
   }
-  if (options.flags["--help"])
+  if (options.has("--help"))
     return print(usage + help) ? 0 : 2;
-  if (options.flags["--version"])
+  if (options.has("--version"))
     return print("vora-template-check " VERSION "\n") ? 0 : 2;
-  if (const Rule* rule = find_rule(options.values["--explain"]))
+  if (const Rule* rule = find_rule(options.value("--explain")))
     return print(explain(*rule)) && print("\n") ? 0 : 2;
   const auto status = check(options);
   if (!status)

@@ -152,21 +152,21 @@ void unknown_line(const MapRun& run, const Report& report) {
 
 // Lines that follow each other in the map, too, are as they were: only a missing one is reported.
 void line_order(const MapRun& run, const Report& report) {
-  const Baseline& baseline = *run.edition.baseline;
-  std::size_t b = baseline.kind(run.lines[0]);
-  for (std::size_t j = 1; run.edition.shown() && j < run.lines.size(); ++j) {
-    const std::size_t a = std::exchange(b, baseline.kind(run.lines[j]));
+  const Baseline* shown = run.edition.shown();
+  std::size_t b = 0;  // of the first line nothing is asked
+  for (std::size_t j = 1; shown && j < run.lines.size(); ++j) {
+    const std::size_t a = std::exchange(b, shown->kind(run.lines[j]));
     const auto &before = run.origins[j - 1], &origin = run.origins[j];
     const bool same_block = origin.writer && origin.writer == before.writer &&
                             origin.output > before.output && run.edition.is_last(*origin.writer);
-    if (a == 0 || b == 0 || same_block || baseline.follows(a, b))
+    if (a == 0 || b == 0 || same_block || shown->follows(a, b))
       continue;
     const auto word = [&](std::size_t line) { return first_word(run.map.lines[line]); };
     const std::size_t i = std::max<std::size_t>(origin.line, 1);
     const bool followed =
         word(i - 1) == first_word(run.lines[j - 1]) || (a == b && word(i - 1) == word(i));
-    const auto missing = baseline.missing(a, b);
-    if (!missing.empty() || (!followed && !baseline.may_follow(a, b)))
+    const auto missing = shown->missing(a, b);
+    if (!missing.empty() || (!followed && !shown->may_follow(a, b)))
       report_result(run, before.writer ? j - 1 : j, std::to_string(a) + " " + std::to_string(b),
                     quoted(run.lines[j]) + " does not follow " + quoted(run.lines[j - 1]) +
                         " in the baseline" + missing,

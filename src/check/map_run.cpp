@@ -71,7 +71,7 @@ MapRun convert(const Edition& edition, const Map& map) {
   add_pass(run, pair->second, false, map.lines);
   if (run.result && edition.letter == Edition::expansion) {
     run.between = std::make_unique<LineArray>(LineArray::split(*std::move(run.result)));
-    run.result = no_templates(edition, number_text(*edition.version), true);
+    run.result = no_templates(edition, number_text(edition.version.value_or(0)), true);
     if (edition.fix())
       add_pass(run, *edition.fix(), true, *run.between);
   }

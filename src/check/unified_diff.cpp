@@ -53,7 +53,7 @@ public:
                (at < i && (!fits || longest(at + 1, new_at) >= longest(at, new_at + 1))))
         steps.push_back({'-', old[at++]});
       else
-        steps.push_back({'+', current[new_at++]});
+        added.push_back({'+', current[new_at++]});
   }
 
   // Of a change the old lines come first.
@@ -61,17 +61,15 @@ public:
     end_change();
     steps.push_back({' ', old[at++]});
     ++new_at;
-    change = steps.size();
   }
   void end_change() {
-    std::stable_partition(steps.begin() + static_cast<std::ptrdiff_t>(change), steps.end(),
-                          [](const Step& step) { return step.sign == '-'; });
+    steps.insert(steps.end(), added.begin(), added.end());
+    added.clear();
   }
 
   std::vector<std::string_view> old, current;
   std::size_t at = 0, new_at = 0;  // the lines compared so far
-  std::vector<Step> steps;
-  std::size_t change = 0;  // the first step behind the last kept line
+  std::vector<Step> steps, added;  // the latter behind the last kept line
 };
 
 // A range of lines behind `before` others. One without lines stands behind the line it names.
@@ -110,23 +108,25 @@ std::string unified_diff(const MapRun& run) {
     }
   diff.compare_until(diff.old.size(), diff.current.size());
   diff.end_change();
+  // Steps near a change are shown.
+  std::vector<bool> shown(diff.steps.size());
+  for (std::size_t i = 0; i < shown.size(); ++i)
+    if (diff.steps[i].sign != ' ')
+      std::fill(shown.begin() + static_cast<std::ptrdiff_t>(i - std::min(i, context)),
+                shown.begin() +
+                    static_cast<std::ptrdiff_t>(std::min(i + context + 1, shown.size())),
+                true);
   std::string out;
   std::size_t old_line = 0, new_line = 0;
-  const auto changed = [](const Step& step) { return step.sign != ' '; };
-  const Step *at = diff.steps.data(), *const end = at + diff.steps.size();
-  for (const Step* change; (change = std::find_if(at, end, changed)) != end;) {
-    const auto kept = static_cast<std::size_t>(change - at);
-    const std::size_t lead = std::min(context, kept);
-    old_line += kept - lead;
-    new_line += kept - lead;
-    // The hunk ends where more lines are kept than the contexts of two hunks have.
-    const Step *last = change, *next = change;
-    while (next != end && static_cast<std::size_t>(next - last) <= 2 * context + 1) {
-      last = next;
-      next = std::find_if(next + 1, end, changed);
+  for (std::size_t i = 0, end; i < shown.size(); i = end) {
+    for (end = i; end < shown.size() && shown[end] == shown[i];)
+      ++end;
+    if (shown[i]) {
+      write_hunk(&diff.steps[i], &diff.steps[i] + (end - i), old_line, new_line, out);
+    } else {
+      old_line += end - i;
+      new_line += end - i;
     }
-    at = last + std::min<std::ptrdiff_t>(context + 1, end - last);
-    write_hunk(change - lead, at, old_line, new_line, out);
   }
   // A tab ends a name, which may have blanks.
   const std::string& path = run.map.path;

@@ -55,6 +55,7 @@ wrong "${name}an argument is empty" data ''
 wrong "$scratch/none: cannot read the folder: " "$scratch/none"
 wrong "$scratch: cannot check it: there are no templates" "$scratch"
 wrong "--strict: cannot read the folder: " -- --strict
+wrong "--edition: cannot read the folder: " -- --edition
 wrong "data/none.galaxy: cannot read it: " data data/none.galaxy
 wrong "data/\\x1B[2J: cannot read it: " data $'data/\e[2J'
 wrong "data: cannot check it: there are no maps" data data

@@ -177,7 +177,7 @@ TEST(Rules, FindWhatAFolderLacks) {
        "old:1 w version-line"},
       {with_others, ""},
       {base(baseline, title + "Ver", current), "old:1 w version-line"},
-      {base(baseline, "", ""), "new:1 e no-version"},
+      {base(baseline, "", ""), "old:1 w version-line"},
   };
   for (const auto& [texts, found] : cases) {
     const std::string report = check_texts(texts);
@@ -196,6 +196,11 @@ TEST(Rules, CompareThePairsOfAnEdition) {
   texts["voldstruct2.txt"] += "\r\n= route $1\r\nroute";
   texts["vnewstruct2.txt"] = new_start + "= moons $1\r\nmoons ##\r\n= route $1\r\nroute #";
   EXPECT_EQ(places(check_texts(texts)), "");
+  // A line that is deeper now is gone from its old place.
+  texts["vnewstruct0.txt"] += "\r\n\thull";
+  texts["voldstruct3.txt"] += "\r\n= hull $1\r\nhull";
+  texts["vnewstruct3.txt"] += "\r\n= hull $1\r\n\thull &";
+  EXPECT_EQ(places(check_texts(texts)), "voldstruct2.txt:1 w forgotten-word");
 }
 
 TEST(Rules, KnowAMapsEditionByItsFirstLine) {
