@@ -34,6 +34,35 @@ for edition in base expansion; do
   check "$edition: a second run" "$(maps "tests/expected/$edition")" "$(maps "$scratch/machine")"
 done
 
+# What the panel says on prefixes in the form that each Wine gives them: what the registry has, else
+# what the machine's own processor is.
+for wine in wine-8 wine-10; do
+  for known in yes no; do
+    make_sample base "$scratch" "$build"
+    machine=$scratch/machine
+    sed -n '/Paxhollow/,/^$/p' "$machine/system.reg" | cat "tests/machines/$wine/system.reg" \
+      <(echo) - > "$scratch/system.reg"
+    mv "$scratch/system.reg" "$machine/system.reg"
+    cp "tests/machines/$wine/user.reg" "$machine"
+    [ $known = yes ] || sed -i '/PROCESSOR/d; /^"OS"/d' "$machine/system.reg"
+    sed -i '7s/.*/debug\r/' "$scratch/data/targetvoraver.txt"
+    run /silent
+    check "$wine: exit status" 0 "$status"
+    panel=$(sed -n '2s/\r//p' "$scratch/data/info.txt")
+    if [ $known = yes ]; then
+      check "$wine: panel" \
+        'AMD64 type2 coresAMD64 Family 26 Model 2 Stepping 1, AuthenticAMD ID' "$panel"
+    elif grep -q ^vendor_id /proc/cpuinfo; then
+      check "$wine: panel of this processor" "AMD64 type$(getconf _NPROCESSORS_ONLN) coresyes ID" \
+        "$(sed -E 's/(AMD64|Intel64) Family [0-9]+ Model [0-9]+ Stepping [0-9]+, [A-Za-z]+/yes/' \
+          <<<"$panel")"
+    fi
+    check "$wine: 64 bit" True "$(sed -n '1s/.*bit ?\(True\).*/\1/p' "$scratch/data/info.txt")"
+    check "$wine: version" 'voraversion'"$(sed -n 1p data/targetvoraver.txt | tr -d '\r')" \
+      "$(tail -n 1 "$scratch/data/info.txt" | tr -d '\r')"
+  done
+done
+
 # Random templates and maps: the program and the plain script must agree.
 for round in 1 2 3 4; do
   edition=$([ $((round % 2)) = 0 ] && echo base || echo expansion)
