@@ -69,9 +69,8 @@ RunWindow* load_window(const std::string& program_folder) {
   return reinterpret_cast<RunWindow*>(entry);
 }
 
-void restart_without_display(char** argv) {
-  write_stderr("The window cannot be shown: the display cannot be opened (" + named_displays() +
-               ")");
+void restart_without_display(char** argv, const std::string& reasons) {
+  write_stderr("The window cannot be shown (" + named_displays() + ")." + reasons);
   for (const char* variable : display_variables)
     unsetenv(variable);
   execv("/proc/self/exe", argv);
