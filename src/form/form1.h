@@ -103,6 +103,7 @@ public:
   std::vector<Failure> unsearched;  // folders that could not be listed
   FoundList foundlist;              // full paths of the maps found
   LineArray originalmaps;           // names of the game's own maps
+  bool list_missing = false;        // their file is missing
   bool searching = false;           // only the exit button does anything meanwhile
 
   bool trouble = false;  // something went wrong: the exit status is 1
