@@ -5,13 +5,11 @@
 #include "app/target.h"
 #include "convert/original_maps.h"
 #include "platform/os_version.h"
+#include "platform/path_rules.h"
 #include "platform/printable.h"
 #include "platform/services.h"
 
 namespace {
-
-// The expansion counts as registered when its folder text, "\" included, is longer than this.
-constexpr std::size_t expansion_path_threshold = 3;
 
 // The registry's names of the game and its editions.
 constexpr char product_key[] = "Paxhollow";
@@ -27,14 +25,17 @@ std::string registered_path(System& system, bool is_64bit, const std::string& ed
   return regaccess(system, "read", value, "Path", "string") + "\\";
 }
 
+// Whether the expansion counts as registered, by its folder text, which ends in "\".
+bool is_expansion_registered(const std::string& path) { return length_in_characters(path) > 3; }
+
 bool any_registered(const std::string& base, const std::string& bundle,
                     const std::string& expansion) {
-  return base.size() > base_path_threshold || bundle.size() > base_path_threshold ||
-         expansion.size() > expansion_path_threshold;
+  return is_base_registered(base) || is_base_registered(bundle) ||
+         is_expansion_registered(expansion);
 }
 
 void find_base(Form1& form, const std::string& path) {
-  if (path.size() <= base_path_threshold || !direxists(form.files, path))
+  if (!is_base_registered(path) || !direxists(form.files, path))
     return;
   form.Command6.set_enabled(true);
   form.basefound = true;
@@ -117,8 +118,8 @@ void explain_missing_game(Form1& form) {
 
 void find_installations(Form1& form, bool is_64bit) {
   form.expansionpath = registered_path(form.system, is_64bit, expansion_key);
-  form.expansionregistered = form.expansionpath.size() > expansion_path_threshold &&
-                             direxists(form.files, form.expansionpath);
+  form.expansionregistered =
+      is_expansion_registered(form.expansionpath) && direxists(form.files, form.expansionpath);
   form.basepath = registered_path(form.system, is_64bit, base_key);
   form.bundlepath = registered_path(form.system, is_64bit, bundle_key);
   find_base(form, form.basepath);
