@@ -8,6 +8,10 @@ layer(prefix BELOW platform SOURCES
   platform/prefix/prefix_system.cpp platform/prefix/processor.cpp
   platform/prefix/registry.cpp platform/prefix/registry_text.cpp
   platform/prefix/version_resource.cpp)
+file(RELATIVE_PATH prefix_from_program /${CMAKE_INSTALL_BINDIR} /)
+target_compile_definitions(prefix PRIVATE
+  PREFIXFROMPROGRAM="${prefix_from_program}"
+  DATAFOLDER="${CMAKE_INSTALL_DATADIR}/vora-map-updater")
 find_package(nlohmann_json REQUIRED)
 find_package(utf8cpp REQUIRED)
 target_link_libraries(prefix PRIVATE nlohmann_json::nlohmann_json utf8::cpp)
@@ -16,7 +20,6 @@ layer(console BELOW ui SOURCES ui/console/console_screen.cpp ui/console/progress
 
 set(window_library vora-map-updater-window.so)
 string(REPLACE "." "_" window_entry run_window_${PROJECT_VERSION})
-file(RELATIVE_PATH prefix_from_program /${CMAKE_INSTALL_BINDIR} /)
 
 add_executable(vora-map-updater main.cpp ui/qt/load_window.cpp)
 target_link_libraries(vora-map-updater PRIVATE console prefix ${CMAKE_DL_LIBS})

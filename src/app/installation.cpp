@@ -96,22 +96,39 @@ void select(Form1& form, Edition edition) {
 }
 
 std::string mismatch_message(const Form1& form, const std::string& target) {
-  const auto shown = [&](const std::string& text) { return form.screen.in_box(text); };
+  const auto shown = [&](const std::string& text) { return in_box(form, text); };
   return "found vora version :" + shown(form.foundversion) + ":\r\n" +
          " need vora version :" + shown(target) + ":\r\n" + "in the default location of\r\n" +
          shown(form.installfolder) + "\r\n" + "local apps is\r\n" + shown(form.homefolder) +
          ":\r\n" + "and the vora user directory is\r\n" + shown(form.pathlist[1]);
 }
 
-// Reports on stderr why no edition was found; nothing if one was, or if there is no more to say.
-void explain_missing_game(Form1& form) {
+// Why no edition was found; empty if one was, or if there is no more to say.
+std::string explain_missing_game(Form1& form) {
   if (form.basefound || form.expansionfound)
-    return;
+    return "";
   const bool registered = any_registered(form.basepath, form.bundlepath, form.expansionpath);
   const std::string reason = registered ? "the folder that the game is registered in is missing"
                                         : form.system.explain_unregistered("the game");
-  if (!reason.empty())
-    form.screen.print_error("No game was found: " + printable(reason));
+  return reason.empty() ? "" : "No game was found: " + printable(reason);
+}
+
+// Why the release of the game is empty; empty if it is not, or if there is no more to say.
+std::string explain_missing_release(Form1& form) {
+  if (!form.basefound && !form.expansionfound)
+    return explain_missing_game(form);
+  if (!form.foundversion.empty())
+    return "";
+  const std::string path =
+      executable(form, form.expansiononly ? Edition::expansion : Edition::base);
+  const auto content = form.files.read(path);
+  return "The game's release is not known: " +
+         printable(content ? path + ": it is no program with a version" : content.failure().text());
+}
+
+void print_missing_game(Form1& form) {
+  if (const std::string reason = explain_missing_game(form); !reason.empty())
+    form.screen.print_error(reason);
 }
 
 }  // namespace
@@ -157,10 +174,10 @@ void read_release(Form1& form) {
 void check_release(Form1& form) {
   const auto required = required_release(form);
   if (!required)
-    return explain_missing_game(form);
+    return print_missing_game(form);
   if (form.foundversion == *required)
     return;
-  show_trouble(form, mismatch_message(form, *required));
-  explain_missing_game(form);
-  end_program(form);
+  if (const std::string reason = explain_missing_release(form); !reason.empty())
+    show_trouble(form, reason);
+  end_with_message(form, mismatch_message(form, *required));
 }

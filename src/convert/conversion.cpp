@@ -106,8 +106,8 @@ std::string Run::missing_version(const Failure& failure) const {
   const auto folder = form.files.full_path(".");
   if (!failure.missing() || !folder)
     return failure.text();
-  return failure.path + " is missing in " + printable(*folder) +
-         ". Start the program in the folder that holds its data files.";
+  return failure.path + " is missing in " + printable(*folder) + ". " +
+         advise_folder(form.system, failure.path);
 }
 
 // A map may have to wait until the batch is committed, and is read again then.

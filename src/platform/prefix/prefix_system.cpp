@@ -159,6 +159,17 @@ std::string PrefixSystem::explain_unread_user() {
                  : "";
 }
 
+// The data files lie in the installation that the program is of, or in a usual one.
+std::string PrefixSystem::installed_folder(const std::string& file) {
+  const fs::path own = fs::path(program_folder) / PREFIXFROMPROGRAM / DATAFOLDER;
+  std::error_code unreadable;  // counts as missing
+  for (const fs::path& folder :
+       {own.lexically_normal(), fs::path("/usr/local") / DATAFOLDER, fs::path("/usr") / DATAFOLDER})
+    if (fs::exists(folder / file, unreadable))
+      return folder.string();
+  return "";
+}
+
 std::string PrefixSystem::environment(const std::string& name) {
   Variables known;
   return variable(name, known).value_or("");

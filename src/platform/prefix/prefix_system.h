@@ -24,6 +24,9 @@ public:
   bool may_have_key(std::string_view name) override;
   std::string explain_unregistered(const std::string& subject) override;
   std::string explain_unread_user() override;
+  std::string machine_folder() override { return prefix_folder; }
+  std::string installed_folder(const std::string& file) override;
+  std::string manual() override { return "man vora-map-updater"; }
 
   // A variable of the process, else of the registry: one that Windows makes itself, the user's, or
   // the machine's; else one that Wine makes of the processor. %NAME% is expanded, at all levels, in
