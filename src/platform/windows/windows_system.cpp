@@ -73,8 +73,9 @@ bool WindowsSystem::reg_delete(const std::string& value_path) {
   return object && object->call(L"RegDelete", {value_path});
 }
 
+// Without the scripting host the notice has said why.
 std::string WindowsSystem::explain_unregistered(const std::string& subject) {
-  return subject + " is not registered on this computer";
+  return shell() ? subject + " is not registered on this computer" : "";
 }
 
 // The archive has them beside the program.
