@@ -12,7 +12,7 @@ display nor the recommended libraries. A second program checks the templates
 that describe the map formats, for those who write them.")
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_SECTION utils)
-set(CPACK_DEBIAN_PACKAGE_SUGGESTS "fonts-liberation, wine")
+set(CPACK_DEBIAN_PACKAGE_SUGGESTS "fonts-liberation, qt6-wayland, wine")
 set(CPACK_STRIP_FILES ON)
 set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
 set(CPACK_CHANGELOG ${PROJECT_SOURCE_DIR}/CHANGELOG.md)

@@ -2,13 +2,17 @@
 set(machine prefix)
 layer(prefix BELOW platform SOURCES
   platform/prefix/console.cpp platform/prefix/disk.cpp platform/prefix/folder_names.cpp platform/prefix/descriptor.cpp
-  platform/prefix/launcher_prefixes.cpp platform/prefix/letter_case.cpp
-  platform/prefix/library.cpp
+  platform/prefix/hidden_names.cpp platform/prefix/launcher_prefixes.cpp
+  platform/prefix/letter_case.cpp platform/prefix/library.cpp
   platform/prefix/machine.cpp platform/prefix/process.cpp platform/prefix/paths.cpp
   platform/prefix/prefix_check.cpp platform/prefix/prefix_files.cpp platform/prefix/prefix_map.cpp
-  platform/prefix/prefix_system.cpp
+  platform/prefix/prefix_system.cpp platform/prefix/processor.cpp
   platform/prefix/registry.cpp platform/prefix/registry_text.cpp
   platform/prefix/version_resource.cpp)
+file(RELATIVE_PATH prefix_from_program /${CMAKE_INSTALL_BINDIR} /)
+target_compile_definitions(prefix PRIVATE
+  PREFIXFROMPROGRAM="${prefix_from_program}"
+  DATAFOLDER="${CMAKE_INSTALL_DATADIR}/vora-map-updater")
 find_package(nlohmann_json REQUIRED)
 find_package(utf8cpp REQUIRED)
 target_link_libraries(prefix PRIVATE nlohmann_json::nlohmann_json utf8::cpp ${CMAKE_DL_LIBS})
@@ -17,7 +21,6 @@ layer(console BELOW ui SOURCES ui/console/console_screen.cpp ui/console/progress
 
 set(window_library vora-map-updater-window.so)
 string(REPLACE "." "_" window_entry run_window_${PROJECT_VERSION})
-file(RELATIVE_PATH prefix_from_program /${CMAKE_INSTALL_BINDIR} /)
 
 add_executable(vora-map-updater main.cpp ui/qt/load_window.cpp)
 target_link_libraries(vora-map-updater PRIVATE console prefix)

@@ -32,8 +32,12 @@ bool has_game(const Machine& machine) {
 
 // Says once which prefix was chosen, also if the program restarts itself without its window.
 void report_choice(const Machine& machine) {
-  write_stderr("Using the Wine prefix " + printable(machine.folder) + " (the game was found in " +
-               std::to_string(machine.choices) + "; set WINEPREFIX to choose another)");
+  std::string text = "Using the Wine prefix " + printable(machine.folder) + ".";
+  for (const std::string& other : machine.others)
+    text += "\r\nThe game is also in the Wine prefix " + printable(other) + ".";
+  if (!machine.others.empty())
+    text += "\r\nSet WINEPREFIX to choose another.";
+  write_stderr(text);
   setenv("WINEPREFIX", machine.folder.c_str(), 1);
 }
 
@@ -44,7 +48,7 @@ int run(int argc, char** argv) {
                  "data files.");
     return 1;
   }
-  if (machine.choices > 0)
+  if (machine.chosen)
     report_choice(machine);
   PrefixFiles files(machine);
   PrefixSystem system(machine, argument_text(argc, argv));

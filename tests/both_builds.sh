@@ -23,6 +23,8 @@ register() { # register <edition> <folder>
   "$wine" reg delete "$key" /f > /dev/null 2>&1 || true
   "$wine" reg add "$key\\$1" /v Path /d "C:\\Program Files (x86)\\$2" /f > /dev/null
   save_wine  # the Linux program reads the registry's files
+  # Both must say the same of the processor where the registry does not describe it.
+  sed -i '/^"\(NUMBER_OF_PROCESSORS\|OS\|PROCESSOR_.*\)"=/d' "$WINEPREFIX/system.reg"
 }
 
 # Copies a sample's maps, those of its user's folders into the folders of the prefix's user.

@@ -80,6 +80,7 @@ version=$(sed -nE 's/^## ([0-9.]+) .*/\1/p' CHANGELOG.md | head -n 1)
 [ "$(control Version)" = "$version" ] || fail 'the package has another version than the changelog'
 [[ $(control Depends) == *libstdc++6* && $(control Depends) != *qt6* ]] || fail 'wrong dependencies'
 [[ $(control Recommends) == *libqt6widgets6* ]] || fail 'the package does not recommend Qt'
+[[ $(control Suggests) == *qt6-wayland* ]] || fail 'the package does not suggest Qt for Wayland'
 grep -qx 'Path=/usr/share/vora-map-updater' \
   "$scratch/unpacked/usr/share/applications/vora-map-updater.desktop" || fail 'the package starts in another folder'
 make_sample base "$scratch/sample" "$build"

@@ -34,6 +34,35 @@ for edition in base expansion; do
   check "$edition: a second run" "$(maps "tests/expected/$edition")" "$(maps "$scratch/machine")"
 done
 
+# What the panel says on prefixes in the form that each Wine gives them: what the registry has, else
+# what the machine's own processor is.
+for wine in wine-8 wine-10; do
+  for known in yes no; do
+    make_sample base "$scratch" "$build"
+    machine=$scratch/machine
+    sed -n '/Paxhollow/,/^$/p' "$machine/system.reg" | cat "tests/machines/$wine/system.reg" \
+      <(echo) - > "$scratch/system.reg"
+    mv "$scratch/system.reg" "$machine/system.reg"
+    cp "tests/machines/$wine/user.reg" "$machine"
+    [ $known = yes ] || sed -i '/PROCESSOR/d; /^"OS"/d' "$machine/system.reg"
+    sed -i '7s/.*/debug\r/' "$scratch/data/targetvoraver.txt"
+    run /silent
+    check "$wine: exit status" 0 "$status"
+    panel=$(sed -n '2s/\r//p' "$scratch/data/info.txt")
+    if [ $known = yes ]; then
+      check "$wine: panel" \
+        'AMD64 type2 coresAMD64 Family 26 Model 2 Stepping 1, AuthenticAMD ID' "$panel"
+    elif grep -q ^vendor_id /proc/cpuinfo; then
+      check "$wine: panel of this processor" "AMD64 type$(getconf _NPROCESSORS_ONLN) coresyes ID" \
+        "$(sed -E 's/(AMD64|Intel64) Family [0-9]+ Model [0-9]+ Stepping [0-9]+, [A-Za-z]+/yes/' \
+          <<<"$panel")"
+    fi
+    check "$wine: 64 bit" True "$(sed -n '1s/.*bit ?\(True\).*/\1/p' "$scratch/data/info.txt")"
+    check "$wine: version" 'voraversion'"$(sed -n 1p data/targetvoraver.txt | tr -d '\r')" \
+      "$(tail -n 1 "$scratch/data/info.txt" | tr -d '\r')"
+  done
+done
+
 # Random templates and maps: the program and the plain script must agree.
 for round in 1 2 3 4; do
   edition=$([ $((round % 2)) = 0 ] && echo base || echo expansion)
@@ -91,7 +120,10 @@ check "no current folder" "1 The current folder is missing. Start the program in
 holds its data files." "$status $said"
 check "no current folder: the maps" "$(maps sample/base)" "$(maps "$scratch/machine")"
 run /s "" /s
-check "empty argument" "1 Invalid argument: " "$status $said"
+usage='Usage: vora-map-updater [/silent] (see man vora-map-updater)'
+check "empty argument" "1 Invalid argument: "$'\n'"$usage" "$status $said"
+run --help
+check "a usual argument" "1 Invalid argument: --help"$'\n'"$usage" "$status $said"
 run "/s /s"
 check "two pieces in one argument" "0 " "$status $said"
 run
@@ -101,7 +133,7 @@ run ""
 check "one empty argument" "yes" "$([[ $said == *"/silent"* ]] && echo yes)"
 
 run $'/x\r\ny'
-check "an argument of two lines" '1 Invalid argument: /x\x0D\x0Ay' "$status $said"
+check "an argument of two lines" '1 Invalid argument: /x\x0D\x0Ay'$'\n'"$usage" "$status $said"
 
 # What a player is told: a line of less than 200 characters that says what to do.
 told() { # told <what> <exit status> <end of the line>
@@ -141,9 +173,51 @@ told "no system.reg" 1 "its system.reg cannot be read: it is not a regular file"
 check "no system.reg: registered" no "$([[ $said == *'not registered'* ]] && echo yes || echo no)"
 prepare rm vnewstruct9.txt
 run /s
-told "no template" 1 'the map is of version "9" and cannot be converted: template vnewstruct9.txt: the file is missing'
-told "no template" 1 "The map is as it was. No further map was converted: move this one elsewhere \
-and run again for the others."
+told "no template" 1 'Template vnewstruct9.txt is missing: C:'
+told "no template" 1 'the map is of version "9" and cannot be converted'
+of_version_9() { # the found maps; those on the list of the game's own are skipped
+  local map
+  while IFS= read -r map; do
+    if ! grep -qixF "${map##*/}"$'\r' "$scratch/data/original vora galaxies.txt" &&
+      sed -n 2p "$map" | grep -q $'[^0-9]9\r$'; then
+      printf '%s\n' "$map"
+    fi
+  done < <(find "$scratch/machine" -type f -iname '*.galaxy')
+}
+count=$(of_version_9 | wc -l)
+told "no template" 1 "The map is as it was. No further map was converted: $count of the found maps \
+are of that version; move them elsewhere and run again for the others."
+# Those that were counted are enough.
+of_version_9 | xargs -d '\n' rm
+run /s
+check "no template: without those maps" "0 " "$status $said"
+
+# Why there is no release to compare.
+executable='Program Files (x86)/Vorakai/Vorakai.exe'
+unknown='The game'"'"'s release is not known: C:\Program Files (x86)\Vorakai\Vorakai.exe'
+for broken in 'rm "$0"' 'printf MZ > "$0"' 'rm "$0" && mkdir "$0"'; do
+  prepare sh -c "$broken" "../machine/drive_c/$executable"
+  run /s
+  told "no release" 1 "$unknown: $([[ $broken = *MZ* ]] && echo 'it is no program with a version' ||
+    echo 'cannot read it: the file is missing')"
+  check "no release: the message after it" "found vora version ::" "$(sed -n 2p <<<"$said")"
+done
+
+# Started at the wrong place: the message names the right one, and a silent run does not end well.
+mkdir -p "$copy/prefix/bin" "$copy/prefix/share/vora-map-updater" "$copy/empty"
+cp "$build/vora-map-updater" "$copy/prefix/bin"
+cp data/* "$copy/prefix/share/vora-map-updater"
+status=0
+said=$(cd "$copy/empty" && WINEPREFIX=/none "$copy/prefix/bin/vora-map-updater" /silent 2>&1) || status=$?
+told "nothing to do" 1 "Nothing was done: there is no game, no map and no template here. Start the \
+program in the folder that holds its data files: $copy/prefix/share/vora-map-updater"
+prepare mkdir ../empty
+status=0
+said=$(cd "$scratch/empty" && WINEPREFIX=$scratch/machine "$copy/prefix/bin/vora-map-updater" /silent 2>&1) ||
+  status=$?
+told "no data files" 1 ". Start the program in the folder that holds its data files: \
+$copy/prefix/share/vora-map-updater"
+check "no data files: the maps" "$(maps sample/base)" "$(maps "$scratch/machine")"
 
 # A display that cannot be opened, and a program that was copied without its window. Either is
 # told in a line; the silent run or the hint follows.
@@ -151,14 +225,16 @@ on_dead_display() { # on_dead_display <command...>: sets status and said
   status=0
   said=$(cd "$scratch/data" && DISPLAY=:987 WINEPREFIX=$scratch/machine "$@" 2>&1) || status=$?
 }
-no_window() { # no_window <reason> <command...>
+no_window() { # no_window <first line> <a line that follows, which may be empty> <command...>
   prepare true
-  on_dead_display "${@:2}"
-  told "no window" 1 "The window cannot be shown: $1"
+  on_dead_display "${@:3}"
+  told "no window" 1 "$1"
+  told "no window" 1 "$2"
   check "no window: the hint" 'There is no window to wait in. To find and convert all maps, start the '\
-'program with the argument /silent.' "$(tail -n +2 <<<"$said")"
-  on_dead_display "${@:2}" /silent
-  check "no window: a silent run" "0 The window cannot be shown: $1" "$status $said"
+'program with the argument /silent.' "$(tail -n 1 <<<"$said")"
+  on_dead_display "${@:3}" /silent
+  check "no window: a silent run" "0 $1" "$status $(head -n 1 <<<"$said")"
+  check "no window: other lines" "" "$(tail -n +2 <<<"$said" | grep -v '^Qt: ')"
   check "no window: the maps" "$(maps tests/expected/base)" "$(maps "$scratch/machine")"
 }
 folder=$(sed -n 's/^CMAKE_INSTALL_LIBDIR:PATH=//p' "$build/CMakeCache.txt")/vora-map-updater
@@ -171,11 +247,14 @@ window=$build/vora-map-updater-window.so
 if [ ! -e "$window" ] || [ -e "/usr/$folder" ] || ! with_local true 2>/dev/null; then
   echo "skipped: a window that cannot be shown"
 else
-  no_window 'the display cannot be opened (DISPLAY=:987)' "$build/vora-map-updater"
-  no_window "no vora-map-updater-window.so in $copy/bin, nor in $folder below $copy/, \
-/usr/local/, /usr/" with_local "$copy/bin/vora-map-updater"
+  no_window 'The window cannot be shown (DISPLAY=:987).' 'Qt: could not connect to display :987' \
+    "$build/vora-map-updater"
+  no_window 'The window cannot be shown (DISPLAY=:987, QT_QPA_PLATFORM=none).' \
+    'Qt: Could not find the Qt platform plugin "none"' env QT_QPA_PLATFORM=none "$build/vora-map-updater"
+  no_window "The window cannot be shown: no vora-map-updater-window.so in $copy/bin, nor in $folder \
+below $copy/, /usr/local/, /usr/" "" with_local "$copy/bin/vora-map-updater"
   cp "$window" "$copy/local/$folder"
-  no_window 'the display cannot be opened (DISPLAY=:987)' with_local "$copy/bin/vora-map-updater"
+  no_window 'The window cannot be shown (DISPLAY=:987).' "" with_local "$copy/bin/vora-map-updater"
 fi
 
 # Without WINEPREFIX, the prefixes of launchers are searched; here two in a Steam library have the
@@ -200,8 +279,9 @@ find_and_run() { # find_and_run <WINEPREFIX, which may be empty>: sets status an
 }
 
 find_and_run ""
-check "search: what it says" "0 Using the Wine prefix $library/2/pfx (the game was found in 2; \
-set WINEPREFIX to choose another)" "$status $said"
+check "search: what it says" "0 Using the Wine prefix $library/2/pfx.
+The game is also in the Wine prefix $library/1/pfx.
+Set WINEPREFIX to choose another." "$status $said"
 check "search: the maps" "$(maps tests/expected/base)" "$(maps "$library/2/pfx")"
 check "search: the older prefix" "$(maps sample/base)" "$(maps "$library/1/pfx")"
 DISPLAY=$':dead\e[2J' find_and_run ""
@@ -213,9 +293,9 @@ check "search: WINEPREFIX" "0 " "$status $said"
 explained() { # explained <WINEPREFIX> <reason>
   find_and_run "$1"
   check "no game: exit status" 1 "$status"
-  check "no game: first line" "found vora version ::" "$(head -n 1 <<<"$said")"
-  check "no game: lines" 9 "$(wc -l <<<"$said")"
-  check "no game: last line" "No game was found: $2" "$(tail -n 1 <<<"$said")"
+  check "no game: first line" "No game was found: $2" "$(head -n 1 <<<"$said")"
+  check "no game: line 8" "and the vora user directory is" "$(sed -n 8p <<<"$said")"
+  check "no game: second line" "found vora version ::" "$(sed -n 2p <<<"$said")"
 }
 ln -s system.reg "$scratch/other drive/system.reg"
 for folder in "$home/none" "$scratch/data/targetvoraver.txt"; do
@@ -241,7 +321,18 @@ check "no game and no required release" "0 No game was found: the Wine prefix $h
 used: there is no such folder" "$status $said"
 check "no game: the prefix is not made" no "$([ -e "$home/none" ] && echo yes || echo no)"
 cp data/targetvoraver.txt "$scratch/data"
+# The user's own prefix wins over those of launchers, which are named all the same.
+cp -a "$library/2/pfx" "$home/.wine"
+rm -r "$library/1"
+enclosed "$scratch" "$home/.wine"
+find_and_run ""
+check "search: the user's own and another" "0 Using the Wine prefix $home/.wine.
+The game is also in the Wine prefix $library/2/pfx.
+Set WINEPREFIX to choose another." "$status $said"
 rm -r "$library"
+find_and_run ""
+check "search: the user's own alone" "0 " "$status $said"
+rm -r "$home/.wine"
 explained "" "the Wine prefix $home/.wine cannot be used: there is no such folder"
 
 [ $failed = 0 ] && echo "the program passed"

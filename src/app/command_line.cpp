@@ -1,6 +1,8 @@
 // The command line: its only option is the silent run.
 #include "app/command_line.h"
 
+#include "platform/printable.h"
+
 #include <algorithm>
 #include <iterator>
 
@@ -35,6 +37,18 @@ void switch_silent(Form1& form) {
   form.silentmode = true;
 }
 
+// A batch file cannot answer a box: what it says is on stderr, too.
+[[noreturn]] void reject(Form1& form, const std::string& piece) {
+  const std::string message = "Invalid argument: ";
+  form.trouble = true;
+  form.screen.print_error(message + printable(piece) +
+                          "\r\nUsage: vora-map-updater [/silent] (see " + form.system.manual() +
+                          ")");
+  if (form.screen.has_boxes())
+    form.screen.message_box(message + piece);
+  end_program(form);
+}
+
 }  // namespace
 
 bool will_be_silent(System& system) {
@@ -47,7 +61,7 @@ bool will_be_silent(System& system) {
 void examine_arguments(Form1& form) {
   for (const std::string& piece : pieces(form.system.argument_text())) {
     if (!asks_for_silence(form.system, piece))
-      end_with_message(form, "Invalid argument: " + form.screen.in_box(piece));
+      reject(form, piece);
     switch_silent(form);
   }
 }

@@ -4,6 +4,7 @@
 #include "app/target.h"
 #include "convert/original_maps.h"
 #include "platform/os_version.h"
+#include "platform/path_rules.h"
 #include "platform/services.h"
 
 namespace {
@@ -40,13 +41,15 @@ std::string executable(const Form1& form, Edition edition) {
   return form.versionfolder + data(edition).executable;
 }
 
+bool is_base_registered(const std::string& path) { return length_in_characters(path) > 4; }
+
 void set_gamepath(Form1& form, Edition edition) {
   if (edition == Edition::expansion) {
     form.gamepath = form.expansionpath;
     return;
   }
   for (const std::string& path : {form.basepath, form.bundlepath})
-    if (path.size() > base_path_threshold)
+    if (is_base_registered(path))
       form.gamepath = path;
 }
 

@@ -15,8 +15,8 @@ void set_gamepath(Form1& form, Edition edition);
 // Sets the edition letter and, for the expansion, `homefolder`.
 void set_edition(Form1& form, Edition edition);
 
-// A base edition counts as registered when its folder text, "\" included, is longer than this.
-inline constexpr std::size_t base_path_threshold = 4;
+// Whether a base edition counts as registered, by its folder text, which ends in "\".
+bool is_base_registered(const std::string& path);
 
 // Sets `gamepath` and both search roots. With `fallback` the program's own folder becomes program
 // space when there is no file at the user space root.

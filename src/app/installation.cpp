@@ -5,13 +5,11 @@
 #include "app/target.h"
 #include "convert/original_maps.h"
 #include "platform/os_version.h"
+#include "platform/path_rules.h"
 #include "platform/printable.h"
 #include "platform/services.h"
 
 namespace {
-
-// The expansion counts as registered when its folder text, "\" included, is longer than this.
-constexpr std::size_t expansion_path_threshold = 3;
 
 // The registry's names of the game and its editions.
 constexpr char product_key[] = "Paxhollow";
@@ -27,14 +25,17 @@ std::string registered_path(System& system, bool is_64bit, const std::string& ed
   return regaccess(system, "read", value, "Path", "string") + "\\";
 }
 
+// Whether the expansion counts as registered, by its folder text, which ends in "\".
+bool is_expansion_registered(const std::string& path) { return length_in_characters(path) > 3; }
+
 bool any_registered(const std::string& base, const std::string& bundle,
                     const std::string& expansion) {
-  return base.size() > base_path_threshold || bundle.size() > base_path_threshold ||
-         expansion.size() > expansion_path_threshold;
+  return is_base_registered(base) || is_base_registered(bundle) ||
+         is_expansion_registered(expansion);
 }
 
 void find_base(Form1& form, const std::string& path) {
-  if (path.size() <= base_path_threshold || !direxists(form.files, path))
+  if (!is_base_registered(path) || !direxists(form.files, path))
     return;
   form.Command6.set_enabled(true);
   form.basefound = true;
@@ -95,30 +96,47 @@ void select(Form1& form, Edition edition) {
 }
 
 std::string mismatch_message(const Form1& form, const std::string& target) {
-  const auto shown = [&](const std::string& text) { return form.screen.in_box(text); };
+  const auto shown = [&](const std::string& text) { return in_box(form, text); };
   return "found vora version :" + shown(form.foundversion) + ":\r\n" +
          " need vora version :" + shown(target) + ":\r\n" + "in the default location of\r\n" +
          shown(form.installfolder) + "\r\n" + "local apps is\r\n" + shown(form.homefolder) +
          ":\r\n" + "and the vora user directory is\r\n" + shown(form.pathlist[1]);
 }
 
-// Reports on stderr why no edition was found; nothing if one was, or if there is no more to say.
-void explain_missing_game(Form1& form) {
+// Why no edition was found; empty if one was, or if there is no more to say.
+std::string explain_missing_game(Form1& form) {
   if (form.basefound || form.expansionfound)
-    return;
+    return "";
   const bool registered = any_registered(form.basepath, form.bundlepath, form.expansionpath);
   const std::string reason = registered ? "the folder that the game is registered in is missing"
                                         : form.system.explain_unregistered("the game");
-  if (!reason.empty())
-    form.screen.print_error("No game was found: " + printable(reason));
+  return reason.empty() ? "" : "No game was found: " + printable(reason);
+}
+
+// Why the release of the game is empty; empty if it is not, or if there is no more to say.
+std::string explain_missing_release(Form1& form) {
+  if (!form.basefound && !form.expansionfound)
+    return explain_missing_game(form);
+  if (!form.foundversion.empty())
+    return "";
+  const std::string path =
+      executable(form, form.expansiononly ? Edition::expansion : Edition::base);
+  const auto content = form.files.read(path);
+  return "The game's release is not known: " +
+         printable(content ? path + ": it is no program with a version" : content.failure().text());
+}
+
+void print_missing_game(Form1& form) {
+  if (const std::string reason = explain_missing_game(form); !reason.empty())
+    form.screen.print_error(reason);
 }
 
 }  // namespace
 
 void find_installations(Form1& form, bool is_64bit) {
   form.expansionpath = registered_path(form.system, is_64bit, expansion_key);
-  form.expansionregistered = form.expansionpath.size() > expansion_path_threshold &&
-                             direxists(form.files, form.expansionpath);
+  form.expansionregistered =
+      is_expansion_registered(form.expansionpath) && direxists(form.files, form.expansionpath);
   form.basepath = registered_path(form.system, is_64bit, base_key);
   form.bundlepath = registered_path(form.system, is_64bit, bundle_key);
   find_base(form, form.basepath);
@@ -154,10 +172,10 @@ void read_release(Form1& form) {
 void check_release(Form1& form) {
   const auto required = required_release(form);
   if (!required)
-    return explain_missing_game(form);
+    return print_missing_game(form);
   if (form.foundversion == *required)
     return;
-  show_trouble(form, mismatch_message(form, *required));
-  explain_missing_game(form);
-  end_program(form);
+  if (const std::string reason = explain_missing_release(form); !reason.empty())
+    show_trouble(form, reason);
+  end_with_message(form, mismatch_message(form, *required));
 }

@@ -17,6 +17,6 @@ void decide_edition(Form1& form);
 // Reads the release of the game's executable into `foundversion`.
 void read_release(Form1& form);
 
-// Ends the program with a message when that release is not the required one. Reports on stderr why
-// no game was found.
+// Ends the program with a message when that release is not the required one; a message before it
+// says why there is none. Where no release is required, why no game was found goes to stderr.
 void check_release(Form1& form);

@@ -46,8 +46,26 @@ void report_unread_registry(Form1& form) {
                        printable(reason));
 }
 
+// On several Wine prefixes a player could not tell whose drives these are.
+void name_machine(Form1& form) {
+  const std::string folder = form.system.machine_folder();
+  if (!folder.empty())
+    form.Drive1.set_tooltip("Wine prefix: " + folder);
+}
+
+// Without game, maps and templates the program was started at the wrong place.
+void report_nothing_to_do(Form1& form) {
+  const std::string templates = form.edition + "newstruct0.txt";
+  if (form.basefound || form.expansionfound || form.foundlist.size() > 1 ||
+      !first_file(form.files, templates).empty())
+    return;
+  report_trouble(form, "Nothing was done: there is no game, no map and no template here. " +
+                           advise_folder(form.system, templates));
+}
+
 [[noreturn]] void run_silently(Form1& form) {
   findgalaxies(form);
+  report_nothing_to_do(form);
   fixgalaxies(form);
   end_program(form);
 }
@@ -58,6 +76,7 @@ void startup(Form1& form) {
   form.screen.show();
   form.unattended = will_be_silent(form.system);
   form.sysdrive = system_drive(form.system);
+  name_machine(form);
   read_target(form);
   const bool is_64bit = is64bit(form.system, form.files, form.sysdrive);
   fill_info_panel(form, is_64bit);

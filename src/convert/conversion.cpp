@@ -3,6 +3,7 @@
 
 #include "convert/line_reader.h"
 #include "convert/original_maps.h"
+#include "convert/template_error.h"
 #include "convert/template_files.h"
 #include "engine/numbers.h"
 #include "engine/passes.h"
@@ -76,7 +77,7 @@ private:
   bool add_to_batch(Map map, std::string_view first, std::string_view result);
   void commit_batch();
   void note_outcome(const Pending& map);
-  [[noreturn]] void stop(Map map, const Failure& fault, const std::string& advice = "");
+  [[noreturn]] void stop(Map map, const Failure& fault, bool others = false);
   void back_up_unconverted(Map map);
 
   Form1& form;
@@ -106,8 +107,8 @@ std::string Run::explain_no_version(const Failure& failure) const {
   const auto folder = form.files.full_path(".");
   if (!failure.missing() || !folder)
     return failure.text();
-  return failure.path + " is missing in " + printable(*folder) +
-         ". Start the program in the folder that holds its data files.";
+  return failure.path + " is missing in " + printable(*folder) + ". " +
+         advise_folder(form.system, failure.path);
 }
 
 // A map may have to wait until the batch is committed, and is read again then.
@@ -155,9 +156,7 @@ bool Run::convert(Map map) {
   auto result = first_pass(templates.oldtemplate(), templates.newtemplate(), map.galaxylines);
   if (!result)
     stop(std::move(map), result.failure(),
-         is_unreadable(templates.oldtemplate()) || is_unreadable(templates.newtemplate())
-             ? ""
-             : ": move this one elsewhere and run again for the others");
+         !is_unreadable(templates.oldtemplate()) && !is_unreadable(templates.newtemplate()));
   LineArray first_lines;
   if (is_expansion() && !form.debugmode) {
     first_lines = LineArray::split(*std::move(result));
@@ -229,23 +228,21 @@ void Run::note_outcome(const Pending& map) {
   form.Text2.append(std::string(filename(form.foundlist[map.index])) + "\r\n");
 }
 
-// Ends the program for a template that cannot write what the map asks of it, with a message that
-// ends in `advice`.
-void Run::stop(Map map, const Failure& fault, const std::string& advice) {
+// Ends the program for a template that cannot write what the map asks of it. `others`: maps of
+// other versions can be converted all the same, which the message says.
+void Run::stop(Map map, const Failure& fault, bool others) {
   try {
     commit_batch();
     for (const Pending& retry : std::exchange(retries, {}))
       note_outcome(retry);
-    const std::string text = map.file->path + ": the map is of version \"" +
-                             std::string(version_of(map.galaxylines[1])) +
-                             "\" and cannot be converted: template " + fault.path + ": " +
-                             fault.reason;
+    const std::string version(version_of(map.galaxylines[1]));
+    const std::string text = template_error(form, map.file->path, version, fault);
     if (!form.debugmode)
       back_up_unconverted(std::move(map));
     report_skipped();
     report_trouble(form, printable(text) +
-                             "\r\nThe map is as it was. No further map was converted" + advice +
-                             ".");
+                             "\r\nThe map is as it was. No further map was converted" +
+                             (others ? advise_to_move(form, version) : "") + ".");
   } catch (const std::bad_alloc&) {
     end_out_of_memory(form);
   }

@@ -9,16 +9,24 @@ namespace {
 
 constexpr char list_file[] = "original vora galaxies.txt";
 
+constexpr char missing_list[] =
+    "original vora galaxies.txt is missing: the game's release is not checked, and the game's own "
+    "maps are converted like any other.";
+
 }  // namespace
+
+void warn_of_missing_list(Form1& form) {
+  if (form.list_missing && !form.unattended && form.foundlist.size() > 1)
+    form.screen.message_box(missing_list);
+}
 
 void loadoriginalmaps(Form1& form) {
   const auto found = form.files.lookup(list_file, Match::files);
   if (!found)
     report_trouble(form, printable(found.failure().text()));
-  if (found && found->empty() && form.unattended)
-    form.screen.print_error(std::string(list_file) +
-                            " is missing: the game's release is not checked, and the game's own "
-                            "maps are converted like any other.");
+  form.list_missing = found && found->empty();
+  if (form.list_missing && form.unattended)
+    form.screen.print_error(missing_list);
   if (!found || found->empty())
     form.missingdata = true;
   form.originalmaps = form.missingdata ? LineArray::empty(1) : readlines_or_report(form, list_file);

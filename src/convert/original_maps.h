@@ -10,6 +10,10 @@
 // mentioned on stderr.
 void loadoriginalmaps(Form1& form);
 
+// Says in a message box that the list's file is missing, where there are maps to convert; in a
+// silent run `loadoriginalmaps` has said so.
+void warn_of_missing_list(Form1& form);
+
 // Whether the file name of `path` is `name`, case-insensitively.
 bool samefilename(System& system, std::string_view path, std::string_view name);
 

@@ -43,7 +43,19 @@ void end_interrupted(Form1& form, long converted) {
 
 void show_trouble(Form1& form, const std::string& text) {
   form.trouble = true;
+  if (form.unattended && form.screen.has_boxes())
+    form.screen.print_error(text);
   form.screen.message_box(text);
+}
+
+std::string in_box(const Form1& form, const std::string& text) {
+  return form.unattended ? printable(text) : form.screen.in_box(text);
+}
+
+std::string advise_folder(System& system, const std::string& file) {
+  const std::string folder = system.installed_folder(file);
+  return "Start the program in the folder that holds its data files" +
+         (folder.empty() ? "." : ": " + printable(folder));
 }
 
 void report_trouble(Form1& form, const std::string& text) {

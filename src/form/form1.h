@@ -102,6 +102,7 @@ public:
   std::vector<Failure> unsearched;         // folders that could not be listed
   std::vector<std::string> foundlist{""};  // full paths of the maps found, then an empty one
   LineArray originalmaps;                  // names of the game's own maps
+  bool list_missing = false;               // their file is missing
   bool searching = false;                  // only the exit button does anything meanwhile
 
   bool trouble = false;  // something went wrong: the exit status is 1
@@ -128,8 +129,16 @@ inline constexpr char out_of_memory_message[] =
 // the program.
 [[noreturn]] void end_interrupted(Form1& form, long converted);
 
-// Reports trouble in a message box, even in a silent run.
+// Reports trouble in a message box, even in a silent run: there its text is on stderr before the
+// box is shown.
 void show_trouble(Form1& form, const std::string& text);
+
+// `text` from outside as it may stand in what `show_trouble` shows: escaped where lines are
+// printed.
+std::string in_box(const Form1& form, const std::string& text);
+
+// What to do where a data file is missing in the current folder, in one sentence.
+std::string advise_folder(System& system, const std::string& file);
 
 // Reports trouble: in a silent run on stderr, else in a message box.
 void report_trouble(Form1& form, const std::string& text);

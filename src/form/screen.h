@@ -30,6 +30,9 @@ public:
   // Shows a message box with the program's title and an OK button; returns when it is answered.
   virtual void message_box(const std::string& text) = 0;
 
+  // Whether `message_box` shows a box; else it prints the text as `print_error` does.
+  virtual bool has_boxes() const { return true; }
+
   // `text` from outside as it may stand in a message box's text: as it is in a real box; escaped
   // where the box's lines are printed.
   virtual std::string in_box(const std::string& text) { return text; }

@@ -83,6 +83,13 @@ Result<std::vector<std::string>> resolve(std::vector<std::string> from, std::str
   return from;
 }
 
+std::size_t length_in_characters(std::string_view text) {
+  const auto begins_character = [](char c) {
+    return (static_cast<unsigned char>(c) & 0xC0) != 0x80;
+  };
+  return static_cast<std::size_t>(std::count_if(text.begin(), text.end(), begins_character));
+}
+
 bool has_drive(std::string_view path) {
   return path.size() >= 2 && ascii_lower(path[0]) >= 'a' && ascii_lower(path[0]) <= 'z' &&
          path[1] == ':';

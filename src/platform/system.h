@@ -52,6 +52,20 @@ public:
     return "";
   }
 
+  // The folder that the machine is kept in, as the system names it; empty where it is the computer
+  // itself.
+  virtual std::string machine_folder() { return ""; }
+
+  // The folder in which the installed program has this data file, as the system names it; empty if
+  // there is none.
+  virtual std::string installed_folder(const std::string& file) {
+    static_cast<void>(file);
+    return "";
+  }
+
+  // Where the program's usage is described, as a user would look it up.
+  virtual std::string manual() { return ""; }
+
   // Why the user's part of the registry cannot be read, in one line that names the machine; empty
   // if it can. Only that of a machine in a folder can be unreadable.
   virtual std::string explain_unread_user() { return ""; }

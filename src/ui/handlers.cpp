@@ -4,6 +4,7 @@
 #include "app/edition.h"
 #include "app/startup.h"
 #include "convert/conversion.h"
+#include "convert/original_maps.h"
 #include "discover/search.h"
 #include "ui/layout.h"
 
@@ -31,6 +32,7 @@ void show_root(Form1& form, const Control& button, const std::string& root) {
 
 void Command1_Click(Form1& form) {
   findgalaxies(form);
+  warn_of_missing_list(form);
   form.Command1.set_enabled(false);
   form.Command2.set_enabled(true);
 }
@@ -44,8 +46,15 @@ void Command2_Click(Form1& form) {
 void Command3_Click(Form1& form) { end_program(form); }
 void Command4_Click(Form1& form) { show_root(form, form.Command4, form.pathlist[1]); }
 void Command5_Click(Form1& form) { show_root(form, form.Command5, form.pathlist[0]); }
-void Command6_Click(Form1& form) { selectedition(form, Edition::base); }
-void Command7_Click(Form1& form) { selectedition(form, Edition::expansion); }
+
+// Maps may have been searched for before: they are converted as those of the edition.
+void choose_edition(Form1& form, Edition edition) {
+  selectedition(form, edition);
+  warn_of_missing_list(form);
+}
+
+void Command6_Click(Form1& form) { choose_edition(form, Edition::base); }
+void Command7_Click(Form1& form) { choose_edition(form, Edition::expansion); }
 
 void Dir1_Change(Form1& form) {
   form.dirpath = form.Dir1.path();

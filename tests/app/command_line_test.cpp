@@ -28,6 +28,12 @@ TEST(CommandLine, KnowsTheSilentRunInFourForms) {
     EXPECT_EQ(program.screen.messages,
               c.rejected ? std::vector{"Invalid argument: " + std::string(c.rejected)}
                          : std::vector<std::string>());
+    ASSERT_EQ(program.screen.errors.size(), c.rejected ? 1u : 0u);
+    if (c.rejected) {
+      const std::string& said = program.screen.errors[0];
+      EXPECT_TRUE(said.starts_with("Invalid argument: "));
+      EXPECT_NE(said.find("\r\nUsage: vora-map-updater [/silent] (see "), std::string::npos);
+    }
     EXPECT_EQ(form.silentmode, c.silent) << c.arguments;
     EXPECT_EQ(form.Label19.visible(), c.silent);
     EXPECT_EQ(form.Command1.enabled() && form.Command5.enabled(), !c.silent);

@@ -228,9 +228,80 @@ TEST(Startup, ChecksTheReleaseOfTheInstalledGame) {
       fs::remove(machine.data / "original vora galaxies.txt");
     Program program(machine, "/x");  // examined only when the release is right
     EXPECT_EQ(program.run([&] { load_form(program.form); }), 1);
-    ASSERT_EQ(program.screen.messages.size(), 1u);
-    EXPECT_EQ(program.screen.messages[0].substr(0, c.reported.size()), c.reported) << c.target;
+    // Why there is no release comes before the message that ends the program.
+    const bool explained = c.installed.empty() && c.reported == wrong;
+    ASSERT_EQ(program.screen.messages.size(), explained ? 2u : 1u);
+    if (explained) {
+      EXPECT_TRUE(program.screen.messages[0].starts_with("No game was found: the game is not"));
+    }
+    EXPECT_EQ(program.screen.messages.back().substr(0, c.reported.size()), c.reported) << c.target;
   }
+}
+
+TEST(Startup, SaysWhyTheGameHasNoRelease) {
+  const struct {
+    const char *edition, *executable;
+    bool missing;
+    const char* reason;
+  } cases[] = {
+      {"vora", "Vorakai.exe", true, "cannot read it: the file is missing"},
+      {"vora", "Vorakai.exe", false, "it is no program with a version"},
+      {"voratarnfall", "Vorakai Tarnfall.exe", true, "cannot read it: the file is missing"},
+  };
+  for (const auto& c : cases) {
+    TestMachine machine;
+    machine.write_data();
+    install(machine, c.edition);
+    const fs::path path = machine.drive_c / "Games" / c.edition / c.executable;
+    fs::remove(path);
+    if (!c.missing)
+      write_file(path, "MZ");
+    Program program(machine);
+    EXPECT_EQ(program.run([&] { load_form(program.form); }), 1);
+    ASSERT_EQ(program.screen.messages.size(), 2u);
+    EXPECT_EQ(program.screen.messages[0], "The game's release is not known: C:\\Games\\" +
+                                              std::string(c.edition) + "\\" + c.executable + ": " +
+                                              c.reason);
+    EXPECT_TRUE(program.screen.messages[1].starts_with("found vora version ::"));
+    EXPECT_TRUE(program.screen.errors.empty());
+  }
+}
+
+TEST(Startup, ASilentRunSaysOnStandardErrorWhatItsBoxesSay) {
+  TestMachine machine;
+  machine.write_data();
+  machine.install("vora", {9, 9, 9, 9});
+  Program program(machine, "/silent");
+  EXPECT_EQ(program.run([&] { load_form(program.form); }), 1);
+  ASSERT_EQ(program.screen.messages.size(), 1u);
+  EXPECT_EQ(program.screen.errors, program.screen.messages);
+}
+
+TEST(Startup, NothingToWorkOnIsTrouble) {
+  for (const bool templates : {false, true}) {
+    TestMachine machine;
+    if (templates)
+      write_file(machine.data / "vnewstruct0.txt", "MAP\r\nversion 4\r\n");
+    Program program(machine, "/silent");
+    EXPECT_EQ(program.run([&] { load_form(program.form); }), templates ? 0 : 1);
+    EXPECT_TRUE(program.screen.messages.empty());
+    EXPECT_EQ(program.screen.errors.back().starts_with("Nothing was done: "), !templates);
+  }
+}
+
+TEST(Startup, TheDriveListNamesTheWinePrefix) {
+  const TestMachine machine;
+  Program program(machine);
+  program.run([&] { load_form(program.form); });
+  EXPECT_EQ(program.form.Drive1.tooltip(),
+            machine.prefix.empty() ? "" : "Wine prefix: " + machine.prefix.string());
+}
+
+TEST(Startup, CountsThePathsCharacters) {
+  EXPECT_FALSE(is_base_registered("C:\xC3\xA9\\"));
+  EXPECT_FALSE(is_base_registered("C:\xE2\x82\xAC\\"));
+  EXPECT_FALSE(is_base_registered("C:\xF0\x9F\x8C\x8C\\"));
+  EXPECT_TRUE(is_base_registered("C:\xC3\xA9\xC3\xA9\\"));
 }
 
 // What is wrong with the data files is reported, and the run goes on; only a missing list is no

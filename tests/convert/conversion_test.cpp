@@ -167,8 +167,8 @@ TEST_F(Conversion, ATemplateErrorEndsTheProgramAndLosesNothing) {
       {"v", false, backed_up,
        "C:\\maps\\a.galaxy: the map is of version \"3\" and cannot be converted: template "
        "vnewstruct3.txt: its section count is 0 or below: ship$0.9\r\n"
-       "The map is as it was. No further map was converted: move this one elsewhere and run again "
-       "for the others."},
+       "The map is as it was. No further map was converted: 2 of the found maps are of that "
+       "version; move them elsewhere and run again for the others."},
   };
   for (const auto& c : cases) {
     start_over(c.edition, c.debugmode);

@@ -150,7 +150,7 @@ TEST_F(Batches, WhatWaitsToBeTriedAgainIsReportedWhenTheRunEnds) {
     if (ends) {
       EXPECT_TRUE(program.screen.messages[0].ends_with(
           "C:\\maps\\a.galaxy: cannot write a.galaxy: No space left on device"));
-      EXPECT_TRUE(program.screen.messages[1].starts_with("C:\\maps\\c.galaxy: "));
+      EXPECT_NE(program.screen.messages[1].find("C:\\maps\\c.galaxy: "), std::string::npos);
     }
     fs::remove_all(folder);
   }

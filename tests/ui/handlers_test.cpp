@@ -57,6 +57,26 @@ TEST_F(Handlers, AFolderIsShownOrTheReasonWhyNot) {
   EXPECT_EQ(form.Drive1.text(), "C:");
 }
 
+// With maps that the conversion would take for the player's, before it is started.
+TEST_F(Handlers, AMissingListOfTheGamesOwnMapsIsReportedAfterTheSearch) {
+  press(form, form.Command1);
+  EXPECT_TRUE(messages.empty());
+  fs::remove(machine.data / "original vora galaxies.txt");
+  for (const bool maps : {true, false}) {
+    if (!maps)
+      fs::remove_all(machine.user_folder);
+    Program other(machine);
+    other.run([&] { load_form(other.form); });
+    EXPECT_TRUE(other.screen.messages.empty());
+    press(other.form, other.form.Command1);
+    ASSERT_EQ(other.screen.messages.size(), maps ? 1u : 0u);
+    if (maps) {
+      EXPECT_TRUE(other.screen.messages[0].starts_with("original vora galaxies.txt is missing: "));
+    }
+    EXPECT_FALSE(other.form.trouble);
+  }
+}
+
 TEST_F(Handlers, ClosingTheWindowIsTroubleInASilentRunAlone) {
   EXPECT_EQ(program.run([&] { close_window(form); }), 0);
   form.silentmode = true;

@@ -41,19 +41,29 @@ std::optional<std::string> given_prefix(const Machine& machine) {
   return prefix_around(machine.program_folder);
 }
 
-// Of the user's prefixes, one with the game.
+bool same_folder(const std::string& one, const std::string& other) {
+  std::error_code missing;
+  return fs::equivalent(one, other, missing);
+}
+
+// Of the user's prefixes, one with the game: the user's own, or else a launcher's.
 void search_prefix(Machine& machine, const HasGame& has_game) {
   const std::string home = user_home();
-  machine.folder = home + "/.wine";
+  const std::string own = home + "/.wine";
+  machine.folder = own;
+  std::vector<std::string> found;
   if (has_game(machine))
-    return;
-  Machine chosen = machine;
+    found.push_back(own);
+  const bool own_has_game = !found.empty();
   for (auto& prefix : launcher_prefixes(home)) {
-    machine.folder = std::move(prefix);
-    if (has_game(machine) && chosen.choices++ == 0)
-      chosen.folder = machine.folder;
+    machine.folder = prefix;
+    if (!same_folder(prefix, own) && has_game(machine))
+      found.push_back(std::move(prefix));
   }
-  machine = std::move(chosen);
+  machine.folder = found.empty() ? own : found.front();
+  machine.chosen = found.size() > (own_has_game ? 1 : 0);
+  if (!found.empty())
+    machine.others.assign(found.begin() + 1, found.end());
 }
 
 }  // namespace

@@ -33,8 +33,6 @@ constexpr rlim_t other_descriptors = 32;
 // Every map that these files have opened is of this machine.
 PrefixMap& map_of(const Unflushed& file) { return static_cast<PrefixMap&>(file.map); }
 
-bool is_hidden(std::string_view name) { return name.starts_with('.'); }
-
 // The kernel's own file systems: they hold no maps, and a walk through them may never end.
 bool is_kernel_file_system(const Descriptor& folder) {
   struct statfs status;
@@ -63,8 +61,7 @@ std::optional<bool> is_folder(const Descriptor& folder, const char* name) {
 // The entry for a name and type from readdir; nullopt when it does not belong in a list.
 std::optional<Entry> make_entry(const Descriptor& folder, const char* name, unsigned char type,
                                 std::string_view pattern) {
-  if (is_hidden(name) || (type == DT_REG && !matches_pattern(name, pattern)) ||
-      !is_allowed_name(name))
+  if ((type == DT_REG && !matches_pattern(name, pattern)) || !is_allowed_name(name))
     return std::nullopt;
   if (type == DT_DIR || type == DT_REG)
     return Entry{name, type == DT_DIR, false};
@@ -134,10 +131,12 @@ Result<std::string> PrefixFiles::lookup(const std::string& path, Match match) {
   const auto location = paths.find(path);
   if (!location && !location.failure().missing())
     return location.failure();
-  if (!location || !location->exists || is_hidden(location->name) || path.ends_with("\\."))
+  if (!location || !location->exists || path.ends_with("\\."))
     return std::string();
   errno = 0;
   const Descriptor folder = open_path(disk, location->folder + "/", O_PATH | O_DIRECTORY);
+  if (hidden_names.contain(folder, location->name))
+    return std::string();
   const auto kind = is_folder(folder, location->name.c_str());
   if (!kind && errno != 0 && errno != ENOENT)
     return failure(path, "find it");
@@ -156,6 +155,8 @@ Result<std::vector<Entry>> PrefixFiles::list(const std::string& folder, std::str
   const bool complete = for_each_name(descriptor, [&](const char* name, unsigned char type) {
     if (OpenMap::is_temporary(name))
       stale.emplace_back(name);
+    if (hidden_names.contain(descriptor, name))
+      return;
     if (auto entry = make_entry(descriptor, name, type, pattern))
       entries.push_back(*std::move(entry));
   });
@@ -185,8 +186,11 @@ Result<ReadFile> PrefixFiles::read_file(const std::string& path) {
   struct stat status;
   if (!describe(descriptor, status))
     return failure(path, "read it");
-  if (!S_ISREG(status.st_mode) || is_hidden(location.name) || path.ends_with("\\.") ||
-      path.ends_with('\\'))
+  const bool dotted = location.name.starts_with('.');
+  const auto folder =
+      dotted ? open_path(disk, location.folder + "/", O_PATH | O_DIRECTORY) : Descriptor();
+  if (!S_ISREG(status.st_mode) || hidden_names.contain(folder, location.name) ||
+      path.ends_with("\\.") || path.ends_with('\\'))
     return missing;
   if (status.st_size > max_file_size)
     return Failure{path, "read it", "it is larger than 1 GiB"};

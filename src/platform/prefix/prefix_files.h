@@ -3,6 +3,7 @@
 
 #include "platform/files.h"
 #include "platform/prefix/folder_names.h"
+#include "platform/prefix/hidden_names.h"
 #include "platform/prefix/machine.h"
 #include "platform/prefix/paths.h"
 #include "platform/prefix/prefix_map.h"
@@ -11,7 +12,7 @@ class PrefixFiles : public Files {
 public:
   // `disk_in` must outlive the object.
   explicit PrefixFiles(const Machine& machine, Disk& disk_in = system_disk())
-      : disk(disk_in), paths(machine, disk_in) {}
+      : disk(disk_in), paths(machine, disk_in), hidden_names(machine.folder) {}
 
   Result<std::string> lookup(const std::string& path, Match match) override;
   Result<std::vector<Entry>> list(const std::string& folder, std::string_view pattern) override;
@@ -39,5 +40,6 @@ private:
 
   Disk& disk;
   Paths paths;
+  HiddenNames hidden_names;
   FolderNames::Known known_names;
 };

@@ -5,6 +5,7 @@
 #include "platform/prefix/letter_case.h"
 #include "platform/prefix/prefix_check.h"
 #include "platform/prefix/process.h"
+#include "platform/prefix/processor.h"
 #include "platform/prefix/version_resource.h"
 
 #include <algorithm>
@@ -25,10 +26,12 @@ constexpr char explorer[] =
 // Where Windows sets variables of the user's session by name.
 constexpr char session_key[] = R"(HKEY_CURRENT_USER\Volatile Environment\)";
 
-// Where the user and the machine set variables by name.
+// Where the user and the machine set variables by name. In Wine 10 the current control set is a
+// registry symlink to the first, which holds the keys.
 constexpr const char* variable_keys[] = {
     R"(HKEY_CURRENT_USER\Environment\)",
     R"(HKEY_LOCAL_MACHINE\System\CurrentControlSet\Control\Session Manager\Environment\)",
+    R"(HKEY_LOCAL_MACHINE\System\ControlSet001\Control\Session Manager\Environment\)",
 };
 
 // The variables that Windows makes from other values of HKEY_LOCAL_MACHINE\Software\Microsoft.
@@ -50,6 +53,7 @@ constexpr struct {
     {"userprofile",
      R"(Windows NT\CurrentVersion\ProfileList\S-1-5-21-0-0-0-1000\ProfileImagePath)"},
 };
+
 
 constexpr std::size_t most_variables = 200;    // in one text, at any level: bounds the recursion
 constexpr std::size_t longest_result = 32767;  // of an expansion, as in Windows
@@ -150,13 +154,24 @@ std::string PrefixSystem::explain_unread_user() {
   return failure ? prefix_folder + "/user.reg: " + failure->reason : "";
 }
 
+// The data files lie in the installation that the program is of, or in a usual one.
+std::string PrefixSystem::installed_folder(const std::string& file) {
+  const fs::path own = fs::path(program_folder) / PREFIXFROMPROGRAM / DATAFOLDER;
+  std::error_code unreadable;  // counts as missing
+  for (const fs::path& folder :
+       {own.lexically_normal(), fs::path("/usr/local") / DATAFOLDER, fs::path("/usr") / DATAFOLDER})
+    if (fs::exists(folder / file, unreadable))
+      return folder.string();
+  return "";
+}
+
 std::string PrefixSystem::environment(const std::string& name) {
   Variables known;
   return variable(name, known).value_or("");
 }
 
 std::optional<std::string> PrefixSystem::variable(const std::string& name, Variables& known) {
-  if (const char* of_process = std::getenv(name.c_str()); of_process && *of_process)
+  if (const char* of_process = std::getenv(name.c_str()); of_process)
     return of_process;
   if (name.empty() || name.find('\\') != std::string::npos || known.size() == most_variables)
     return std::nullopt;
@@ -175,8 +190,10 @@ std::optional<std::string> PrefixSystem::registry_variable(const std::string& na
     return root ? std::optional(root->substr(0, 2)) : std::nullopt;
   }
   const auto value = find_variable(registry, name);
-  if (!value || value->type == RegistryValue::Type::text)
-    return value ? std::optional(value->text) : std::nullopt;
+  if (!value)
+    return processor_variable(name, !registry.is_32_bit());
+  if (value->type == RegistryValue::Type::text)
+    return value->text;
   return expand(value->text, known);
 }
 

@@ -23,10 +23,14 @@ public:
 
   std::string explain_unregistered(const std::string& subject) override;
   std::string explain_unread_user() override;
+  std::string machine_folder() override { return prefix_folder; }
+  std::string installed_folder(const std::string& file) override;
+  std::string manual() override { return "man vora-map-updater"; }
 
   // A variable of the process, else of the registry: one that Windows makes itself, the user's, or
-  // the machine's. %NAME% is expanded, at all levels, in a registry value whose type asks for it
-  // and nowhere else; it stays where NAME is not set, and where a variable would contain itself.
+  // the machine's; else one that Wine makes of the processor. %NAME% is expanded, at all levels, in
+  // a registry value whose type asks for it and nowhere else; it stays where NAME is not set, and
+  // where a variable would contain itself.
   std::string environment(const std::string& name) override;
 
   // At most 6.2, as Windows itself reports to a program that declares no newer version.

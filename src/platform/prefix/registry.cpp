@@ -162,6 +162,10 @@ std::optional<RegistryValue> Registry::read(const std::string& value_path) {
   return find_value(hive->read(), path->key, path->name);
 }
 
+bool Registry::is_32_bit() {
+  return local_machine.read().find("\n#arch=win32") != std::string::npos;
+}
+
 bool Registry::write(const std::string& value_path, const std::string& data,
                      const std::string& type) {
   const auto path = parse_value_path(value_path);

@@ -25,6 +25,9 @@ public:
   // expandable text is not expanded.
   std::optional<RegistryValue> read(const std::string& value_path);
 
+  // Whether the prefix is a 32-bit Windows, which Wine notes in a line of system.reg.
+  bool is_32_bit();
+
   // Why the user's file, as far as it was read, counts as empty although it is there.
   const std::optional<Failure>& user_failure() const { return current_user.failure; }
 

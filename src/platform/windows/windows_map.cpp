@@ -58,10 +58,11 @@ std::uint64_t joined(DWORD high, DWORD low) { return std::uint64_t{high} << 32 |
 
 // What another map of the batch may have used up, and will have given back.
 bool is_shortage(DWORD error) {
+  constexpr DWORD disk_quota_exceeded = 1295;  // ERROR_DISK_QUOTA_EXCEEDED; some headers lack it
   return error == ERROR_DISK_FULL || error == ERROR_HANDLE_DISK_FULL ||
          error == ERROR_NOT_ENOUGH_MEMORY || error == ERROR_OUTOFMEMORY ||
          error == ERROR_TOO_MANY_OPEN_FILES || error == ERROR_NO_SYSTEM_RESOURCES ||
-         error == ERROR_DISK_QUOTA_EXCEEDED;
+         error == disk_quota_exceeded;
 }
 
 bool is_taken(DWORD error) { return error == ERROR_ALREADY_EXISTS || error == ERROR_FILE_EXISTS; }

@@ -1,7 +1,9 @@
 // The system of Windows itself.
 #include "platform/windows/windows_system.h"
 
+#include "platform/windows/find_file.h"
 #include "platform/windows/letter_case.h"
+#include "platform/windows/paths.h"
 #include "platform/windows/script_shell.h"
 #include "platform/windows/wide_text.h"
 
@@ -69,6 +71,18 @@ bool WindowsSystem::reg_write(const std::string& value_path, const std::string& 
 bool WindowsSystem::reg_delete(const std::string& value_path) {
   const auto object = shell();
   return object && object->call(L"RegDelete", {value_path});
+}
+
+// Without the scripting host the notice has said why.
+std::string WindowsSystem::explain_unregistered(const std::string& subject) {
+  return shell() ? subject + " is not registered on this computer" : "";
+}
+
+// The archive has them beside the program.
+std::string WindowsSystem::installed_folder(const std::string& file) {
+  const std::string folder = app_folder();
+  const auto location = locate(folder + "\\" + file);
+  return location && find_file(location->wide()) ? folder : "";
 }
 
 std::string WindowsSystem::environment(const std::string& name) {

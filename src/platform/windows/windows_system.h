@@ -19,6 +19,9 @@ public:
   bool reg_write(const std::string& value_path, const std::string& data,
                  const std::string& type) override;
   bool reg_delete(const std::string& value_path) override;
+  std::string explain_unregistered(const std::string& subject) override;
+  std::string installed_folder(const std::string& file) override;
+  std::string manual() override { return "readme.txt"; }
   std::string environment(const std::string& name) override;
 
   // Windows caps it at 6.2, because the program's manifest declares no newer version.

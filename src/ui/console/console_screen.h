@@ -19,6 +19,7 @@ public:
   void refresh(const Control& control) override;
   void append(const Control&, std::string_view) override {}
   void message_box(const std::string& text) override { print_error(text); }
+  bool has_boxes() const override { return false; }
   std::string in_box(const std::string& text) override { return printable(text); }
   void print_error(const std::string& text) override;
   void process_messages() override;

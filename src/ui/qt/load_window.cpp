@@ -66,8 +66,7 @@ RunWindow* load_window(const std::string& program_folder) {
   return entry ? reinterpret_cast<RunWindow*>(*entry) : nullptr;
 }
 
-void restart_without_display(char** argv) {
-  write_stderr("The window cannot be shown: the display cannot be opened (" + named_displays() +
-               ")");
+void restart_without_display(char** argv, const std::string& reasons) {
+  write_stderr("The window cannot be shown (" + named_displays() + ")." + reasons);
   restart_without(display_variables, argv);
 }

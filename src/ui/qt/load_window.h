@@ -16,6 +16,6 @@ using RunWindow = int(Files& files, System& system, char** argv);
 // program's version, so that no library of another version is used.
 RunWindow* load_window(const std::string& program_folder);
 
-// Reports that the display in the environment cannot be opened, and replaces the process by a new
-// run without one.
-[[noreturn]] void restart_without_display(char** argv);
+// Reports that the window cannot be shown on the display in the environment, with the reasons that
+// the window's library gives, one a line; replaces the process by a new run without a display.
+[[noreturn]] void restart_without_display(char** argv, const std::string& reasons);

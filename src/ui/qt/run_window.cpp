@@ -5,14 +5,25 @@
 
 #include <QApplication>
 
+#include <string>
+
 namespace {
 
 char** arguments;  // the process's
 
-// Qt aborts the process when it cannot open the display, after several messages of its own.
-void handle_fatal(QtMsgType type, const QMessageLogContext&, const QString&) {
+// What Qt has said since the start, each line after a CR LF.
+std::string& said_by_qt() {
+  static std::string said;
+  return said;
+}
+
+// Qt aborts the process when it cannot open the display. It has said why before, such as that a
+// plugin is missing; its last message repeats it, and lists the plugins that there are.
+void handle_message(QtMsgType type, const QMessageLogContext&, const QString& text) {
+  for (const QString& line : text.split(u'\n', Qt::SkipEmptyParts))
+    said_by_qt() += "\r\nQt: " + line.trimmed().toStdString();
   if (type == QtFatalMsg)
-    restart_without_display(arguments);
+    restart_without_display(arguments, said_by_qt());
 }
 
 }  // namespace
@@ -20,7 +31,7 @@ void handle_fatal(QtMsgType type, const QMessageLogContext&, const QString&) {
 extern "C" int RUNWINDOW(Files& files, System& system, char** argv) {
   arguments = argv;
   int only_name = 1;  // none of the arguments is for Qt
-  const QtMessageHandler usual = qInstallMessageHandler(handle_fatal);
+  const QtMessageHandler usual = qInstallMessageHandler(handle_message);
   QApplication application(only_name, argv);
   qInstallMessageHandler(usual);
   QApplication::setDesktopFileName("vora-map-updater");

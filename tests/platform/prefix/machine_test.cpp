@@ -71,13 +71,16 @@ TEST_F(MachineSearch, TakesWhatIsNamedOrAroundTheCurrentFolder) {
 TEST_F(MachineSearch, TakesTheUsersOwnWithTheGameOrWhenNoneHasIt) {
   make_prefix("Games/vorakai", false);
   EXPECT_EQ(find().folder, own);
-  EXPECT_EQ(find().choices, 0U);
+  EXPECT_FALSE(find().chosen);
 
-  make_prefix("Games/other", true);
   make_prefix(".wine", true, 1000);
   EXPECT_EQ(find().folder, own);
-  EXPECT_EQ(find().choices, 0U);
-  EXPECT_EQ(asked, std::vector{own});
+  EXPECT_FALSE(find().chosen);
+  const std::string other = make_prefix("Games/other", true);
+  fs::create_directory_symlink(own, home / "Games/mine");
+  EXPECT_EQ(find().folder, own);
+  EXPECT_TRUE(find().chosen);
+  EXPECT_EQ(find().others, std::vector{other});
 }
 
 TEST_F(MachineSearch, LooksInThePlacesOfAllLaunchers) {
@@ -128,14 +131,14 @@ TEST_F(MachineSearch, LooksInThePlacesOfAllLaunchers) {
     if (!c.list.empty())
       write_file(home / c.list, c.content);
     EXPECT_EQ(find().folder, prefix) << c.list;
-    EXPECT_EQ(find().choices, 1U) << c.place;
+    EXPECT_TRUE(find().chosen && find().others.empty()) << c.place;
     fs::remove_all(home);
     fs::create_directories(home);
     fs::current_path(home);
   }
 }
 
-TEST_F(MachineSearch, TakesTheLastUsedWithTheGameAndCountsTheOthers) {
+TEST_F(MachineSearch, TakesTheLastUsedWithTheGameAndNamesTheOthers) {
   const std::string second = make_prefix("Games/a", true, 20);
   const std::string newest = make_prefix(".cxoffice/b", true, 10);
   const std::string third = make_prefix("Games/umu/c", true, 30);
@@ -145,7 +148,8 @@ TEST_F(MachineSearch, TakesTheLastUsedWithTheGameAndCountsTheOthers) {
   fs::remove(fs::path(third) / "user.reg");  // its time of use is not known
   const Machine found = find();
   EXPECT_TRUE(fs::equivalent(found.folder, newest)) << found.folder;
-  EXPECT_EQ(found.choices, 3U);
+  EXPECT_TRUE(found.chosen);
+  EXPECT_EQ(found.others, (std::vector{second, third}));
   EXPECT_EQ(asked.size(), 5U);
   EXPECT_EQ(asked[0], own);
   EXPECT_EQ(asked[1], without);

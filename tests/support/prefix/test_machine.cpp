@@ -43,6 +43,9 @@ TestMachine::TestMachine() {
   set_version("6.3");
   set_registry(nt, "SystemRoot", "C:\\windows");
   set_registry(session, "windir", "C:\\windows");
+  for (const char* name :
+       {"PROCESSOR_ARCHITECTURE", "PROCESSOR_IDENTIFIER", "NUMBER_OF_PROCESSORS"})
+    set_registry(session, name, "");  // else they are those of the tests' own processor
   add_value(prefix / "user.reg", shell, "Local AppData", "C:\\users\\me\\AppData\\Local");
   add_value(prefix / "user.reg", shell, "Personal", "C:\\users\\me\\Documents");
 }

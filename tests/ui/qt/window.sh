@@ -36,6 +36,7 @@ machine() {
 # Starts the program on a fresh machine as the process `program`, and logs its libraries to `said`.
 start() {
   machine
+  ${prepare:-true}
   enclosed "$scratch" "$scratch/machine"
   (cd "$scratch/data" && LD_DEBUG=files WINEPREFIX=$scratch/machine \
     exec "$build/vora-map-updater" "$@") 2> "$scratch/said" &
@@ -135,6 +136,54 @@ wait_for on_screen || fail 'the window is larger than the screen'
 kill "$program"
 wait "$program" || true
 program=
+
+# A box says on stderr what it says, in a silent run and for a wrong argument, and waits.
+answered() { # answered <number of boxes> <text on stderr>: answers boxes until the program ends
+  wait_for grep -qF "$2" "$scratch/said" || fail "nothing on stderr of: $2"
+  kill -0 "$program" || fail "it does not wait: $2"
+  local box status=0 boxes=' '
+  for ((tries = 0; tries < 100; tries++)); do
+    kill -0 "$program" 2> /dev/null || break
+    sleep 0.3
+    box=$(xdotool search --onlyvisible --name '^Vora Map Updater$' 2> /dev/null) || continue
+    [[ $boxes == *" $box "* ]] || boxes+="$box "
+    xdotool windowfocus --sync "$box" key Return > /dev/null 2>&1 || true
+  done
+  [ $tries -lt 100 ] || fail "boxes without end: $2"
+  wait "$program" || status=$?
+  program=
+  [ $status = 1 ] || fail "exit status $status: $2"
+  [ "$(wc -w <<< "$boxes")" = "$1" ] || fail "boxes$boxes: $2"
+}
+sed -i '1s/.*/9.9.9.9\r/' "$scratch/data/targetvoraver.txt"
+start /silent
+answered 1 'need vora version :9.9.9.9:'
+untouched || fail 'a run with another release changes maps'
+without_game() { # the folder that the game is registered in is missing
+  rm -r "$scratch/machine/drive_c/Program Files (x86)/Vorakai"
+}
+prepare=without_game start
+answered 2 ''
+cp data/targetvoraver.txt "$scratch/data"
+start --help
+answered 1 'Usage: vora-map-updater [/silent] (see man vora-map-updater)'
+
+# The list of the game's own maps is missed before the maps are converted.
+rm "$scratch/data/original vora galaxies.txt"
+start
+wait_for xdotool search --onlyvisible --name 'map updater' || fail 'no window appears'
+xdotool windowmove "$(xdotool search --onlyvisible --name 'map updater')" 0 0
+list_missed() {
+  click_on Command1
+  sleep 0.3
+  xdotool search --onlyvisible --name '^Vora Map Updater$'
+}
+wait_for list_missed || fail 'no box says that the list of the own maps is missing'
+untouched || fail 'a search changes maps'
+kill "$program"
+wait "$program" || true
+program=
+cp "data/original vora galaxies.txt" "$scratch/data"
 
 start /silent
 ended 'a silent run in a window'

@@ -451,6 +451,7 @@ TEST_F(ProgramWindow, ASilentRunNeedsNobodyUnlessItCannotStart) {
     const std::string message = c.message ? answer() : "";
     EXPECT_TRUE(message.starts_with(c.message ? c.message : "")) << message;
     EXPECT_EQ(exit_status(), c.message ? 1u : 0u);
+    EXPECT_TRUE(read_file(machine.data / "stderr").starts_with(c.message ? c.message : ""));
     EXPECT_EQ(fs::exists(machine.user_folder / "b.galold"), !c.message);
   }
 }
