@@ -37,8 +37,8 @@ void write_output(std::string& out, const OutputLine& line, std::string_view fir
 // What keeps the templates from writing section `s`; nothing when they can.
 std::optional<Failure> find_fault(const OldTemplate& oldtemplate, const NewTemplate& newtemplate,
                                   std::size_t s) {
-  for (const Template* file : {static_cast<const Template*>(&oldtemplate),
-                               static_cast<const Template*>(&newtemplate)})
+  for (const Template* file :
+       {static_cast<const Template*>(&oldtemplate), static_cast<const Template*>(&newtemplate)})
     if (const auto& unread = file->failure)
       return failure(*file, (unread->missing() ? "" : "it cannot be read: ") + unread->reason);
   const auto fault = [&](const std::string& what, std::string_view header) {

@@ -42,8 +42,8 @@ public:
   // Installs the base edition beside the data files, with a user space that has three old maps.
   void install_with_maps();
 
-  // Whether a name that begins with a dot is hidden: in a machine in a folder and under Wine 8 it is,
-  // under Wine 10 it is not.
+  // Whether a name that begins with a dot is hidden: in a machine in a folder and under Wine 8 it
+  // is, under Wine 10 it is not.
   bool hides_dots() const;
 
   // What a program on the machine works with; `arguments` is its command line.

@@ -54,7 +54,6 @@ constexpr struct {
      R"(Windows NT\CurrentVersion\ProfileList\S-1-5-21-0-0-0-1000\ProfileImagePath)"},
 };
 
-
 constexpr std::size_t most_variables = 200;    // in one text, at any level: bounds the recursion
 constexpr std::size_t longest_result = 32767;  // of an expansion, as in Windows
 
