@@ -18,8 +18,9 @@ std::optional<VersionParts> read_version(std::string_view text) {
   const char* at = text.data();
   const char* const end = at + text.size();
   for (std::size_t i = 0; i < parts.size(); ++i) {
-    if (i > 0 && (at == end || *at++ != '.'))
+    if (i > 0 && (at == end || *at != '.'))
       return std::nullopt;
+    at += i > 0;
     const auto [stop, error] = std::from_chars(at, end, parts[i]);
     if (error != std::errc{})
       return std::nullopt;

@@ -156,7 +156,9 @@ Registry::Hive* Registry::find_hive(const std::string& root) {
 
 std::optional<RegistryValue> Registry::read(const std::string& value_path) {
   const auto path = parse_value_path(value_path);
-  Hive* const hive = path ? find_hive(path->root) : nullptr;
+  if (!path)
+    return std::nullopt;
+  Hive* const hive = find_hive(path->root);
   if (!hive)
     return std::nullopt;
   return find_value(hive->read(), path->key, path->name);
@@ -170,8 +172,10 @@ bool Registry::write(const std::string& value_path, const std::string& data,
                      const std::string& type) {
   const auto path = parse_value_path(value_path);
   const auto value = make_value(data, type);
-  Hive* const hive = path ? find_hive(path->root) : nullptr;
-  if (!hive || !value)
+  if (!path || !value)
+    return false;
+  Hive* const hive = find_hive(path->root);
+  if (!hive)
     return false;
   return hive->change([&place = *path, &written = *value](std::string_view text) {
     return std::optional(with_value(text, place.key, place.name, written));
@@ -180,8 +184,10 @@ bool Registry::write(const std::string& value_path, const std::string& data,
 
 bool Registry::remove(const std::string& value_path) {
   const auto path = parse_value_path(value_path);
-  Hive* const hive = path ? find_hive(path->root) : nullptr;
-  if (!hive || (path->key.empty() && path->name.empty()))
+  if (!path || (path->key.empty() && path->name.empty()))
+    return false;
+  Hive* const hive = find_hive(path->root);
+  if (!hive)
     return false;
   return hive->change([&place = *path](std::string_view text) {
     auto changed = place.name.empty() ? without_key(text, place.key)
