@@ -119,7 +119,9 @@ put_maps base Vorakai/Vorakai.exe 1
 before=$(maps)
 (cd "$scratch/data" && env -u DISPLAY "$scratch/program/vora-map-updater" /silent > /dev/null 2>&1) || true
 check "converted before they are restored" no "$([ "$before" = "$(maps)" ] && echo yes || echo no)"
-(cd "$c" && on_windows cmd <<< "$restore"$'\r' > "$scratch/said" 2>&1)
+while IFS= read -r line; do  # Wine's cmd takes one line of a file
+  (cd "$c" && on_windows cmd <<< "$line"$'\r' > "$scratch/said" 2>&1)
+done <<< "$restore"
 check "restored at the prompt" "$before" "$(maps)"
 
 [ $failed = 0 ] && echo "both builds agree"
