@@ -16,8 +16,6 @@
 
 namespace {
 
-constexpr std::string_view unix_namespace = R"(\\?\unix\)";
-
 // The path with all symlinks resolved; empty if it does not exist.
 std::string resolve_symlinks(const std::string& path) {
   const std::unique_ptr<char, decltype(&std::free)> real(::realpath(path.c_str(), nullptr),
@@ -97,7 +95,7 @@ Result<Paths::Parsed> Paths::parse(const std::string& path) const {
   std::string_view rest = path;
   Parsed parsed;
   if (path.starts_with(unix_namespace)) {
-    rest.remove_prefix(unix_namespace.size());
+    rest.remove_prefix(std::string_view(unix_namespace).size());
   } else if (has_drive(path) || is_separator(path[0])) {
     const auto root = drive_root(path);
     if (!root)

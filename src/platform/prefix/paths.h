@@ -21,6 +21,9 @@ struct Location {
 
 class Paths {
 public:
+  // Before a POSIX path it makes a Windows path, as Wine writes one that is on no drive.
+  static constexpr char unix_namespace[] = R"(\\?\unix\)";
+
   // `disk_in` must outlive the object.
   explicit Paths(const Machine& machine, Disk& disk_in = system_disk());
 
@@ -33,8 +36,8 @@ public:
   Result<Location> find(const std::string& path) const;
 
   // The Windows path of a POSIX path, on the deepest drive that contains it. Of several such drives
-  // `preferred` is taken if it is one of them, else the first. A path on no drive is written as
-  // Wine does: `\\?\unix\` and the path.
+  // `preferred` is taken if it is one of them, else the first. A path on no drive is written after
+  // `unix_namespace`.
   std::string windows_path(const std::string& path, char preferred = 0) const;
 
   // The drive letters in order, each with its colon.

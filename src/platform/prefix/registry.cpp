@@ -1,18 +1,10 @@
-// The two registry files of a Wine prefix: splits value paths, and replaces a changed file in one
-// step, so that a failure leaves the old registry whole.
+// The two registry files of a Wine prefix: splits value paths, and changes the files.
 #include "platform/prefix/registry.h"
 
-#include "platform/files.h"
-#include "platform/prefix/descriptor.h"
-#include "platform/prefix/folder_names.h"
 #include "platform/prefix/letter_case.h"
-#include "platform/prefix/prefix_map.h"
+#include "platform/prefix/prefix_files.h"
+#include "platform/replacing.h"
 
-#include <fcntl.h>
-#include <sys/stat.h>
-#include <unistd.h>
-
-#include <cerrno>
 #include <charconv>
 #include <cstddef>
 #include <cstdint>
@@ -23,42 +15,6 @@
 namespace {
 
 namespace fs = std::filesystem;
-
-// False if another run holds the lock. File systems without locks do not matter here.
-bool lock(const Descriptor& file) {
-  return file.disk().lock(file.get()) == 0 || errno != EWOULDBLOCK;
-}
-
-bool write_flushed(const Descriptor& file, std::string_view text, mode_t permissions) {
-  return file && lock(file) && write_all(file, text) &&
-         file.disk().permit(file.get(), permissions) == 0 && ::fsync(file.get()) == 0;
-}
-
-// Replaces a file in one step, by renaming a temporary file over it. Like those of maps, the
-// temporary file is locked, and stale ones are removed. Follows a symlink and replaces its target.
-bool replace_file(const fs::path& file, std::string_view text) {
-  std::error_code missing;
-  const auto real = fs::canonical(file, missing);
-  throw_if_out_of_memory(missing.value());
-  const auto& target = missing ? file : real;
-  struct stat status{};
-  const bool exists = ::stat(target.c_str(), &status) == 0;
-  Disk& disk = system_disk();
-  const auto folder = open_path(disk, target.parent_path().string(), O_RDONLY | O_DIRECTORY);
-  for_each_name(folder, [&](const char* name, unsigned char) {
-    if (OpenMap::is_temporary(name))
-      remove_stale_temporary(folder, name);
-  });
-  const auto temporary = OpenMap::temporary_name();
-  const auto descriptor = open_at(folder, temporary, O_WRONLY | O_CREAT | O_EXCL, 0600);
-  const bool replaced =
-      write_flushed(descriptor, text, exists ? status.st_mode & 07777 : 0644) &&
-      disk.rename(folder.get(), temporary.c_str(), target.filename().c_str(), 0) == 0;
-  if (descriptor && !replaced)
-    disk.remove(folder.get(), temporary.c_str());
-  ::fsync(folder.get());  // some file systems refuse this; the file itself is safe
-  return replaced;
-}
 
 struct ValuePath {
   std::string root;
@@ -128,18 +84,28 @@ const std::string& Registry::Hive::read() {
   return *text;
 }
 
+// Like a map, the file is replaced in one step, and only if it is as it was read. A symlink stays,
+// and its target is replaced.
 bool Registry::Hive::change(const Edit& edit) {
-  std::error_code ignored;
-  const bool missing = fs::symlink_status(file, ignored).type() == fs::file_type::not_found;
-  const auto old =
-      missing ? Result<std::string>("") : read_regular_file(file.string(), Files::max_file_size);
-  if (!old)
+  std::error_code missing;
+  const auto real = fs::canonical(file, missing);
+  throw_if_out_of_memory(missing.value());
+  const std::string path = Paths::unix_namespace + (missing ? file : real).string();
+  PrefixFiles files{Machine{file.parent_path().string(), "", ""}};
+  static_cast<void>(files.list(path.substr(0, path.rfind('/')), "*"));  // removes stale temporaries
+  auto opened = files.open_map(path);
+  if (!opened && !opened.failure().missing())
     return false;
-  const auto changed = edit(*old);
-  if (!changed || !replace_file(file, *changed))
+  const auto changed = edit(opened ? (*opened)->text : "");
+  if (!changed)
     return false;
   text.reset();
-  return true;
+  if (!opened)
+    return bool(files.write(path, *changed));
+  OpenMap& old = **opened;
+  Replacement replacement{std::move(old.text), {{old.name, *changed}}, "", ""};
+  ReplacementBatch batch(files);
+  return batch.add(*std::move(opened), std::move(replacement)) && batch.commit().front();
 }
 
 Registry::Registry(const fs::path& machine)

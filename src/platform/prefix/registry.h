@@ -35,8 +35,8 @@ public:
   // REG_BINARY, case-insensitive; the empty text means REG_SZ. The data of the last two is a
   // decimal number of 32 bits, signed or not; REG_BINARY stores it as four bytes, little-endian.
   // The file is read anew, and replaced in one step with its permissions kept. False, with nothing
-  // changed, for any other type or data, an existing file that cannot be read, a missing prefix, or
-  // a failed write.
+  // changed, for any other type or data, a file that cannot be read or that another program writes,
+  // a missing prefix, or a failed write.
   bool write(const std::string& value_path, const std::string& data, const std::string& type);
 
   // Deletes a value, or for a path that ends in "\" the key with everything below it. False, with
@@ -49,7 +49,7 @@ private:
     // The new text of the file, or nullopt to leave it unchanged.
     using Edit = std::function<std::optional<std::string>(std::string_view text)>;
 
-    std::filesystem::path file;
+    std::filesystem::path file;         // absolute
     std::optional<std::string> text{};  // once it was read
     std::optional<Failure> failure{};   // why it counts as empty although it is there
 

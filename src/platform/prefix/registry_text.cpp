@@ -10,6 +10,7 @@
 #include <charconv>
 #include <cstddef>
 #include <utility>
+#include <vector>
 
 #include <utf8.h>
 
@@ -20,9 +21,6 @@ constexpr auto npos = std::string_view::npos;
 // Wine's letters for control characters, indexed by code; '.' for a character without one.
 constexpr std::string_view control_names = ".......abtnvfr.............e....";
 
-bool is_hex_digit(char c) {
-  return (c >= '0' && c <= '9') || (c >= 'a' && c <= 'f') || (c >= 'A' && c <= 'F');
-}
 // UTF-16 as UTF-8; a surrogate without its partner becomes U+FFFD.
 std::string to_utf8(std::u16string units) {
   const auto is_lead = [&](std::size_t i) { return units[i] >= 0xD800 && units[i] < 0xDC00; };
@@ -155,18 +153,19 @@ bool matches(std::string_view header, const std::string& lowered, Depth depth) {
   return path == lowered || (depth == Depth::subtree && path.starts_with(lowered + "\\"));
 }
 
-// Calls `use` with every section of the matching keys, in the order of the text.
-template <class Use>
-void for_each_section(std::string_view text, std::string_view path, Depth depth, Use use) {
+// The sections of the matching keys, in the order of the text.
+std::vector<Section> find_sections(std::string_view text, std::string_view path, Depth depth) {
   const auto lowered = lowercase(path);
+  std::vector<Section> sections;
   for (std::size_t begin = find_header(text, 0), end = begin; begin < text.size(); begin = end) {
     end = find_header(text, begin + 1);
     if (cannot_start_with(text.substr(begin + 1), lowered))
       continue;
-    const Section section{begin, line_end(text, begin), end};
-    if (matches(text.substr(begin + 1, section.body - begin - 1), lowered, depth))
-      use(section);
+    const auto body = line_end(text, begin);
+    if (matches(text.substr(begin + 1, body - begin - 1), lowered, depth))
+      sections.push_back({begin, body, end});
   }
+  return sections;
 }
 
 // The position of the data on a line; nullopt if the line does not define the value.
@@ -200,11 +199,12 @@ std::size_t end_of_value(std::string_view text, std::size_t begin, std::size_t e
   return end;
 }
 
-// Calls `use` with every definition of the value, in the order of the text.
-template <class Use>
-void for_each_value(std::string_view text, std::string_view key, std::string_view name, Use use) {
+// Every definition of the value, in the order of the text.
+std::vector<ValueLines> find_values(std::string_view text, std::string_view key,
+                                    std::string_view name) {
   const auto lowered = lowercase(name);
-  for_each_section(text, key, Depth::key, [&](const Section& section) {
+  std::vector<ValueLines> values;
+  for (const Section& section : find_sections(text, key, Depth::key)) {
     const auto lines = text.substr(0, section.end);
     for (std::size_t begin = section.body, end = begin; begin < section.end; begin = end) {
       end = line_end(lines, begin);
@@ -214,9 +214,10 @@ void for_each_value(std::string_view text, std::string_view key, std::string_vie
       const auto data = begin + *offset;
       if (lines.substr(data).starts_with("hex"))
         end = end_of_value(lines, begin, end);
-      use(ValueLines{begin, end, lines.substr(data, end - data)});
+      values.push_back({begin, end, lines.substr(data, end - data)});
     }
-  });
+  }
+  return values;
 }
 
 RegistryValue::Type type_for(std::uint32_t number) {
@@ -338,83 +339,59 @@ std::string digits(std::uint32_t number, int base, std::size_t least) {
   return std::string(least - std::min(least, text.size()), '0') + text;
 }
 
-// One UTF-16 unit as Wine escapes it. A number gets its full width if the next unit could be taken
-// for one of its digits.
-std::string escape_unit(char16_t unit, char16_t next, std::string_view quotes) {
-  const char next_char = next < 0x80 ? static_cast<char>(next) : '\0';
-  if (unit > 0x7F)
-    return "\\x" + digits(unit, 16, is_hex_digit(next_char) ? 4 : 1);
-  const char c = static_cast<char>(unit);
-  if (unit >= control_names.size())
-    return c == '\\' || quotes.find(c) != npos ? std::string{'\\', c} : std::string{c};
-  if (control_names[unit] != '.')
-    return {'\\', control_names[unit]};
-  return "\\" + digits(unit, 8, next_char >= '0' && next_char <= '7' ? 3 : 1);
-}
-
+// Numbers have their full width, so that any character may follow.
 std::string escape(std::string_view text, std::string_view quotes) {
-  const auto units = utf8::utf8to16(utf8::replace_invalid(text));
   std::string escaped;
-  for (std::size_t i = 0; i < units.size(); ++i)
-    escaped += escape_unit(units[i], i + 1 < units.size() ? units[i + 1] : u'\0', quotes);
+  for (const char16_t unit : utf8::utf8to16(utf8::replace_invalid(text))) {
+    const char c = static_cast<char>(unit);
+    if (unit > 0x7F)
+      escaped += "\\x" + digits(unit, 16, 4);
+    else if (unit < 0x20)
+      escaped += "\\" + digits(unit, 8, 3);
+    else if (c == '\\' || quotes.find(c) != npos)
+      escaped += {'\\', c};
+    else
+      escaped += c;
+  }
   return escaped;
 }
 
-// Bytes as Wine writes them, wrapped after column 76.
-std::string write_bytes(std::string_view bytes, std::size_t column, std::string_view newline) {
+std::string write_bytes(std::string_view bytes) {
   std::string text;
-  for (std::size_t i = 0; i < bytes.size(); ++i) {
-    text += digits(static_cast<unsigned char>(bytes[i]), 16, 2);
-    column += 3;
-    if (i + 1 == bytes.size())
-      break;
-    text += ',';
-    if (column <= 76)
-      continue;
-    text.append("\\").append(newline).append("  ");
-    column = 2;
-  }
+  for (const char byte : bytes)
+    text += (text.empty() ? "" : ",") + digits(static_cast<unsigned char>(byte), 16, 2);
   return text;
 }
 
-std::string write_value(std::string_view name, const RegistryValue& value,
-                        std::string_view newline) {
-  std::string line = name.empty() ? "@=" : "\"" + escape(name, "\"") + "\"=";
+std::string write_value(std::string_view name, const RegistryValue& value) {
   using Type = RegistryValue::Type;
+  const std::string line = name.empty() ? "@=" : "\"" + escape(name, "\"") + "\"=";
   if (value.type == Type::number)
-    line += "dword:" + digits(value.number, 16, 8);
+    return line + "dword:" + digits(value.number, 16, 8) + "\n";
   if (value.type == Type::binary)
-    line += "hex:" + write_bytes(value.bytes, line.size() + 4, newline);
-  if (value.type == Type::expandable_text)
-    line += "str(2):";
-  if (value.type == Type::text || value.type == Type::expandable_text)
-    line += "\"" + escape(value.text, "\"") + "\"";
-  return line.append(newline);
-}
-
-std::string_view newline_of(std::string_view text) {
-  const auto end = text.find('\n');
-  return end != npos && end > 0 && text[end - 1] == '\r' ? "\r\n" : "\n";
-}
-
-// The start of the blank lines before `at`, which is the start of a line.
-std::size_t skip_blank_lines_back(std::string_view text, std::size_t at) {
-  while (at > 0 && text[at - 1] == '\n') {
-    const auto end = text.substr(0, at - 1).ends_with('\r') ? at - 2 : at - 1;
-    if (end > 0 && text[end - 1] != '\n')
-      break;
-    at = end;
-  }
-  return at;
+    return line + "hex:" + write_bytes(value.bytes) + "\n";
+  return line + (value.type == Type::text ? "\"" : "str(2):\"") + escape(value.text, "\"") + "\"\n";
 }
 
 // The text with [begin, end) replaced by `lines`. Ends the line before them if it has no end.
 std::string replaced(std::string_view text, std::size_t begin, std::size_t end,
-                     std::string_view lines, std::string_view newline) {
+                     std::string_view lines) {
   std::string result(text.substr(0, begin));
   if (!result.empty() && !result.ends_with('\n'))
-    result += newline;
+    result += '\n';
   return result.append(lines).append(text.substr(end));
+}
+
+// The text without those of its lines.
+template <class Lines>
+std::string without(std::string_view text, const std::vector<Lines>& removed) {
+  std::string kept;
+  std::size_t from = 0;
+  for (const Lines& lines : removed) {
+    kept += text.substr(from, lines.begin - from);
+    from = lines.end;
+  }
+  return kept.append(text.substr(from));
 }
 
 }  // namespace
@@ -422,53 +399,29 @@ std::string replaced(std::string_view text, std::size_t begin, std::size_t end,
 std::optional<RegistryValue> find_value(std::string_view registry, std::string_view key,
                                         std::string_view name) {
   std::optional<RegistryValue> last;
-  for_each_value(registry, key, name, [&](const ValueLines& found) {
+  for (const ValueLines& found : find_values(registry, key, name))
     if (auto value = parse_value(found.data))
       last = std::move(value);
-  });
   return last;
 }
 
 std::string with_value(std::string_view registry, std::string_view key, std::string_view name,
                        const RegistryValue& value) {
-  if (value.type == RegistryValue::Type::other)
-    return std::string(registry);
-  const auto newline = newline_of(registry);
-  const auto line = write_value(name, value, newline);
-  std::optional<ValueLines> last;
-  for_each_value(registry, key, name, [&](const ValueLines& found) { last = found; });
-  if (last)
-    return replaced(registry, last->begin, last->end, line, newline);
-  std::optional<std::size_t> key_end;
-  for_each_section(registry, key, Depth::key, [&](const Section& section) {
-    key_end = skip_blank_lines_back(registry, section.end);
-  });
-  if (key_end)
-    return replaced(registry, *key_end, *key_end, line, newline);
+  const auto line = write_value(name, value);
+  if (const auto values = find_values(registry, key, name); !values.empty())
+    return replaced(registry, values.back().begin, values.back().end, line);
+  if (const auto sections = find_sections(registry, key, Depth::key); !sections.empty())
+    return replaced(registry, sections.back().body, sections.back().body, line);
   if (registry.empty())
     registry = "WINE REGISTRY Version 2\n";
-  const std::string end(newline);
-  const auto section = end + "[" + escape(key, "[]") + "]" + end + line;
-  return replaced(registry, registry.size(), registry.size(), section, newline);
+  const auto section = "\n[" + escape(key, "[]") + "]\n" + line;
+  return replaced(registry, registry.size(), registry.size(), section);
 }
 
 std::string without_value(std::string_view registry, std::string_view key, std::string_view name) {
-  std::string result;
-  std::size_t kept = 0;
-  for_each_value(registry, key, name, [&](const ValueLines& found) {
-    result += registry.substr(kept, found.begin - kept);
-    kept = found.end;
-  });
-  return result.append(registry.substr(kept));
+  return without(registry, find_values(registry, key, name));
 }
 
 std::string without_key(std::string_view registry, std::string_view key) {
-  std::string result;
-  std::size_t kept = 0;
-  for_each_section(registry, key, Depth::subtree, [&](const Section& section) {
-    const auto begin = std::max(kept, skip_blank_lines_back(registry, section.begin));
-    result += registry.substr(kept, begin - kept);
-    kept = std::max(kept, skip_blank_lines_back(registry, section.end));
-  });
-  return result.append(registry.substr(kept));
+  return without(registry, find_sections(registry, key, Depth::subtree));
 }

@@ -1,5 +1,6 @@
 // The registry in the text form in which Wine keeps system.reg and user.reg: finds a value, and
-// makes a new text with one change in which every other line is the same byte for byte.
+// makes a new text with one change, which Wine reads, and in which every other line is the same
+// byte for byte.
 //
 // `registry` is always such a text, possibly malformed, with LF or CR LF line ends. `key` is a path
 // below the text's root with single backslashes (Software\Wine); the empty path is the root itself.
@@ -26,10 +27,10 @@ struct RegistryValue {
 std::optional<RegistryValue> find_value(std::string_view registry, std::string_view key,
                                         std::string_view name);
 
-// The text with the value set: on the line that defined it, else at the end of its key, else in a
+// The text with the value set: on the line that defined it, else at the start of its key, else in a
 // new key at the end of the text. An empty text gets the first line that Wine requires. A new key
-// has no time of change; Wine sets it to the time when it reads the file. A value of type `other`
-// cannot be written and leaves the text unchanged.
+// has no time of change; Wine sets it to the time when it reads the file. `value` is of any type
+// but `other`.
 std::string with_value(std::string_view registry, std::string_view key, std::string_view name,
                        const RegistryValue& value);
 
