@@ -4,6 +4,8 @@
 #include <cerrno>
 #include <chrono>
 #include <climits>
+#include <cstdint>
+#include <ctime>
 #include <new>
 #include <system_error>
 #include <thread>
@@ -11,6 +13,8 @@
 #include <fcntl.h>
 
 namespace {
+
+constexpr std::time_t coarsest = 2;  // seconds between the time stamps of some file systems
 
 // Opens a name. Another program may have a lease on the file, as a file server has for its clients:
 // the first attempt asks it to give up the lease, and a later one succeeds.
@@ -123,6 +127,14 @@ bool stat_at(const Descriptor& folder, const std::string& name, struct stat& sta
   return uninterrupted([&] {
            return folder.disk().status(folder.get(), name.c_str(), AT_SYMLINK_NOFOLLOW, status);
          }) == 0;
+}
+
+OpenMap::FileState file_state(const struct stat& status) {
+  const auto& time = status.st_mtim;
+  return {status.st_dev, status.st_ino, static_cast<std::uint64_t>(status.st_size),
+          static_cast<std::uint64_t>(time.tv_sec) * 1'000'000'000u +
+              static_cast<std::uint64_t>(time.tv_nsec),
+          time.tv_sec < std::time(nullptr) - coarsest};
 }
 
 void throw_if_out_of_memory(int error) {

@@ -1,6 +1,7 @@
 // File descriptors that close themselves, and basic operations on them.
 #pragma once
 
+#include "platform/open_map.h"
 #include "platform/prefix/disk.h"
 #include "platform/result.h"
 
@@ -60,6 +61,9 @@ bool describe(const Descriptor& file, struct stat& status);
 
 // The status of a name in an open folder, symlinks not followed; false, with errno set, on failure.
 bool stat_at(const Descriptor& folder, const std::string& name, struct stat& status);
+
+// The state of a file from its status, which was just read.
+OpenMap::FileState file_state(const struct stat& status);
 
 // Throws std::bad_alloc if `error`, a failed call's errno, says that memory ran out.
 void throw_if_out_of_memory(int error);

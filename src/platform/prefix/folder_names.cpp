@@ -3,7 +3,6 @@
 
 #include "platform/prefix/letter_case.h"
 
-#include <algorithm>
 #include <functional>
 #include <string_view>
 
@@ -29,12 +28,18 @@ std::string find_folded(const Descriptor& folder, const std::string& name) {
   return found;
 }
 
-// Ends in a NUL, which no name contains: a key that no other key starts with.
-std::string folded_key(std::string_view name) { return lowercase(name) + '\0'; }
+std::size_t folded_hash(const std::string& name) {
+  return std::hash<std::string>()(lowercase(name));
+}
 
 bool has_name(const Descriptor& folder, const std::string& name) {
   struct stat ignored;
   return stat_at(folder, name, ignored);
+}
+
+OpenMap::FileState state_of(const Descriptor& folder) {
+  struct stat status;
+  return describe(folder, status) ? file_state(status) : OpenMap::FileState{};
 }
 
 }  // namespace
@@ -61,24 +66,13 @@ std::string find_name(const Descriptor& folder, const std::string& name) {
   return has_name(folder, name) ? name : find_folded(folder, name);
 }
 
-FolderNames::FileState FolderNames::state_of(const Descriptor& folder) {
-  struct stat status;
-  if (!describe(folder, status))
-    return {};
-  return {status.st_dev, status.st_ino, status.st_mtim.tv_sec, status.st_mtim.tv_nsec};
-}
-
-std::shared_ptr<FolderNames> FolderNames::of(const Descriptor& folder, Known& known) {
-  const FileState now = state_of(folder);
-  const auto found = std::find_if(known.begin(), known.end(),
-                                  [&](const auto& other) { return other->state.same_folder(now); });
-  auto names = found == known.end() ? std::make_shared<FolderNames>() : *found;
-  std::erase_if(known, [&](const auto& other) { return other == names || other.use_count() == 1; });
-  known.push_back(names);
-  if (names->complete && names->state == now)
+FolderNames& FolderNames::of(const Descriptor& folder, Known& known) {
+  const auto now = state_of(folder);
+  FolderNames& names = known[{now.device, now.file}];
+  if (names.complete && names.state == now)
     return names;
-  names->state = now;
-  names->read(folder);
+  names.state = now;
+  names.read(folder);
   return names;
 }
 
@@ -87,41 +81,20 @@ void FolderNames::read(const Descriptor& folder) {
   is_append_only = ::statx(folder.get(), "", AT_EMPTY_PATH, 0, &attributes) == 0 &&
                    (attributes.stx_attributes & STATX_ATTR_APPEND);
   hashes.clear();
-  spellings.reset();
-  complete = read_again(folder, [&](const char* name, unsigned char) {
-    hashes.insert(std::hash<std::string>()(folded_key(name)));
-  });
+  complete = read_again(folder,
+                        [&](const char* name, unsigned char) { hashes.insert(folded_hash(name)); });
 }
 
-std::string FolderNames::find(const Descriptor& folder, const std::string& name) {
+std::string FolderNames::find(const Descriptor& folder, const std::string& name) const {
   if (has_name(folder, name))
     return name;
-  const auto key = folded_key(name);
-  if (!hashes.contains(std::hash<std::string>()(key)))
-    return "";
-  if (!spellings) {
-    spellings.emplace();
-    const auto visit = [&](const char* other, unsigned char) {
-      spellings->insert(folded_key(other) + other);
-    };
-    complete &= read_again(folder, visit);
-  }
-  for (auto known = spellings->lower_bound(key);
-       known != spellings->end() && known->starts_with(key); ++known)
-    if (auto spelling = known->substr(key.size()); has_name(folder, spelling))
-      return spelling;
-  return "";
+  return hashes.contains(folded_hash(name)) ? find_folded(folder, name) : "";
 }
 
-void FolderNames::added(const std::string& name) {
-  const auto key = folded_key(name);
-  hashes.insert(std::hash<std::string>()(key));
-  if (spellings)
-    spellings->insert(key + name);
-}
+void FolderNames::added(const std::string& name) { hashes.insert(folded_hash(name)); }
 
 void FolderNames::changed(const Descriptor& folder) { state = state_of(folder); }
 
 std::string FolderNames::folded(const std::string& name) const {
-  return std::to_string(state.device) + "/" + std::to_string(state.inode) + "/" + lowercase(name);
+  return std::to_string(state.device) + "/" + std::to_string(state.file) + "/" + lowercase(name);
 }

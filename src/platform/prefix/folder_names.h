@@ -1,16 +1,16 @@
 // Lists folders and finds names in them case-insensitively, as Windows does.
 #pragma once
 
+#include "platform/open_map.h"
 #include "platform/prefix/descriptor.h"
 
 #include <cstddef>
 #include <cstdint>
 #include <functional>
-#include <memory>
-#include <optional>
+#include <map>
 #include <set>
 #include <string>
-#include <vector>
+#include <utility>
 
 // Calls `visit` with each name in a folder and its type (DT_REG, DT_DIR, ...), except "." and "..".
 // The folder must be newly opened for reading. False, with errno set, if it cannot be read to its
@@ -25,15 +25,15 @@ std::string find_name(const Descriptor& folder, const std::string& name);
 // Remembers the names in one folder, so that many lookups read it once.
 class FolderNames {
 public:
-  // The names of folders that are in use, and those that were asked for last.
-  using Known = std::vector<std::shared_ptr<FolderNames>>;
+  // Folders by device and inode.
+  using Known = std::map<std::pair<std::uint64_t, std::uint64_t>, FolderNames>;
 
   // The names of an open folder, from `known` if they are there. The folder is read if they are
   // not, or if it has been changed since the last call of `changed`.
-  static std::shared_ptr<FolderNames> of(const Descriptor& folder, Known& known);
+  static FolderNames& of(const Descriptor& folder, Known& known);
 
   // Same result as `find_name`.
-  std::string find(const Descriptor& folder, const std::string& name);
+  std::string find(const Descriptor& folder, const std::string& name) const;
 
   // The user of the names reports each name just before it makes it, and calls `changed` after its
   // changes to the folder: they need no new reading.
@@ -47,26 +47,12 @@ public:
   std::string folded(const std::string& name) const;
 
 private:
-  // Of a folder: which one it is, and when it was changed last.
-  struct FileState {
-    std::uint64_t device = 0, inode = 0;
-    std::int64_t seconds = -1, nanoseconds = 0;
-
-    bool same_folder(const FileState& other) const {
-      return device == other.device && inode == other.inode;
-    }
-    bool operator==(const FileState&) const = default;
-  };
-
-  static FileState state_of(const Descriptor& folder);
-
   void read(const Descriptor& folder);
 
-  FileState state;
-  bool complete = false;  // the names were read to the folder's end
+  OpenMap::FileState state{};  // of the folder, when its names were all known
+  bool complete = false;       // the names were read to the folder's end
   bool is_append_only = false;
   // Most lookups miss. Hashes of the names in lower case answer a miss in a fraction of the memory;
-  // the names are read only on a hit. Both are ordered, so that no choice of names is slow.
+  // a hit reads the folder again. They are ordered, so that no choice of names is slow.
   std::set<std::size_t> hashes;
-  std::optional<std::set<std::string>> spellings;  // each as "<lower case>\0<name>"
 };

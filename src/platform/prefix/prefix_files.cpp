@@ -194,7 +194,7 @@ Result<ReadFile> PrefixFiles::read_file(const std::string& path) {
     return missing;
   if (status.st_size > max_file_size)
     return Failure{path, "read it", "it is larger than 1 GiB"};
-  const auto state = PrefixMap::state_from(status);
+  const auto state = file_state(status);
   std::string text(static_cast<std::size_t>(status.st_size), '\0');
   const auto length = read_all(descriptor, text.data(), text.size());
   if (!length)

@@ -4,7 +4,6 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstdio>
-#include <ctime>
 #include <utility>
 
 #include <fcntl.h>
@@ -13,8 +12,7 @@
 
 namespace {
 
-constexpr int attempts = 100;        // to find a free name
-constexpr std::time_t coarsest = 2;  // seconds between the time stamps of some file systems
+constexpr int attempts = 100;  // to find a free name
 
 // The error of a file system, or of a kind of file, that has no hard links.
 bool lacks_hard_links(int error) {
@@ -77,10 +75,8 @@ PrefixMap::PrefixMap(std::string path_in, ReadFile file_in, FolderNames::Known& 
       file(std::move(file_in.descriptor)), folder_path(std::move(file_in.folder)),
       status(file_in.status), state(file_in.state), known_names(known_names_in) {}
 
-// The last map of a folder that is closed, beside which only `known_names` has the names, tells of
-// the changes that all have made.
 PrefixMap::~PrefixMap() {
-  if (names && names.use_count() <= 2)
+  if (names)
     names->changed(folder);
 }
 
@@ -89,21 +85,13 @@ Failure PrefixMap::last_error() const {
   return {path, "convert it", system_reason(), kind};
 }
 
-OpenMap::FileState PrefixMap::state_from(const struct stat& status) {
-  const auto& time = status.st_mtim;
-  return {status.st_dev, status.st_ino, static_cast<std::uint64_t>(status.st_size),
-          static_cast<std::uint64_t>(time.tv_sec) * 1'000'000'000u +
-              static_cast<std::uint64_t>(time.tv_nsec),
-          time.tv_sec < std::time(nullptr) - coarsest};
-}
-
 // Where the file system has no locks, `state_of` alone keeps two runs apart. Leases are only for a
 // file's owner and root.
 Result<OpenMap::FileState> PrefixMap::lock() {
   folder = open_path(file.disk(), folder_path + "/", O_RDONLY | O_DIRECTORY);
   if (!folder)
     return Failure{path, "open its folder", system_reason()};
-  names = FolderNames::of(folder, known_names);
+  names = &FolderNames::of(folder, known_names);
   if (names->append_only())
     return failure("nothing may be renamed in its folder");
   locked = file.disk().lock(file.get()) == 0;
@@ -136,7 +124,7 @@ Result<OpenMap::FileState> PrefixMap::state_of(const std::string& entry) {
     return last_error();
   if (!S_ISREG(found.st_mode))
     return failure(not_ordinary);
-  return state_from(found);
+  return file_state(found);
 }
 
 Result<bool> PrefixMap::holds(const std::string& entry, std::string_view content) {

@@ -5,7 +5,6 @@
 #include "platform/prefix/descriptor.h"
 #include "platform/prefix/folder_names.h"
 
-#include <memory>
 #include <string>
 #include <vector>
 
@@ -26,9 +25,6 @@ public:
   // `known_names_in` must outlive the object.
   PrefixMap(std::string path_in, ReadFile file, FolderNames::Known& known_names_in);
   ~PrefixMap() override;
-
-  // The state of a file from its status, which was just read.
-  static FileState state_from(const struct stat& status);
 
   Result<FileState> lock() override;
   std::string spelled(const std::string& entry) override;
@@ -68,7 +64,7 @@ private:
   const FileState state;
   Descriptor folder;  // open once the map is locked
   FolderNames::Known& known_names;
-  std::shared_ptr<FolderNames> names;  // of the folder, once the map is locked
+  FolderNames* names = nullptr;  // of the folder, once the map is locked
   std::vector<Written> written;
   std::vector<Descriptor> others;  // what is flushed
 };

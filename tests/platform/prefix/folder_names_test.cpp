@@ -49,27 +49,27 @@ TEST(Folders, NamesAreFoundInOtherLetterCase) {
     write_file(path / name, "");
   const auto folder = open_path(system_disk(), path.string(), O_RDONLY | O_DIRECTORY);
   FolderNames::Known known;
-  auto names = FolderNames::of(folder, known);
-  const auto found = [&](const char* name) { return names->find(folder, name); };
+  FolderNames& names = FolderNames::of(folder, known);
+  const auto found = [&](const char* name) { return names.find(folder, name); };
   EXPECT_EQ(found("four"), "");
-  names->added("Three");
+  names.added("Three");
   write_file(path / "Three", "");
-  names->changed(folder);
-  names = FolderNames::of(folder, known);
+  names.changed(folder);
+  EXPECT_EQ(&FolderNames::of(folder, known), &names);
   EXPECT_EQ(found("three"), "Three");
   EXPECT_EQ(found("one"), "One");
   EXPECT_EQ(found("TwO"), "TWO");
   EXPECT_EQ(found("two"), "two");
-  names->added("Four");
+  names.added("Four");
   write_file(path / "Four", "");
   EXPECT_EQ(found("four"), "Four");
   fs::remove(path / "One");
   EXPECT_EQ(found("one"), "");
   write_file(path / "Five", "");
-  EXPECT_EQ(FolderNames::of(folder, known), names);
+  EXPECT_EQ(&FolderNames::of(folder, known), &names);
   EXPECT_EQ(found("five"), "Five");
 
   const auto other = open_path(system_disk(), machine.drive_c.string(), O_RDONLY | O_DIRECTORY);
-  EXPECT_EQ(FolderNames::of(other, known)->find(other, "five"), "");
-  EXPECT_EQ(FolderNames::of(folder, known), names);
+  EXPECT_EQ(FolderNames::of(other, known).find(other, "five"), "");
+  EXPECT_EQ(&FolderNames::of(folder, known), &names);
 }
