@@ -15,11 +15,11 @@ namespace {
 struct CrowdedFiles : PrefixFiles {
   using PrefixFiles::PrefixFiles;
 
-  Result<std::vector<Entry>> list(const std::string&, std::string_view) override {
-    std::vector<Entry> entries;
+  Result<Listing> read_folder(const std::string&, std::string_view) override {
+    Listing listing;
     for (int i = 0; i < 2 * crowd; ++i)
-      entries.push_back({"The name of map " + std::to_string(i), i < crowd, false});
-    return entries;
+      listing.entries.push_back({"The name of map " + std::to_string(i), i < crowd, false});
+    return listing;
   }
 
   int crowd = 0;

@@ -1,4 +1,4 @@
-// The names of temporary files, and how contents are compared.
+// The rules of temporary files and of comparing contents that all machines share.
 #include "platform/open_map.h"
 
 #include <random>
@@ -23,16 +23,33 @@ bool OpenMap::is_temporary(std::string_view name) {
   return !name.empty() && name.find_first_not_of("0123456789") == name.npos;
 }
 
-std::optional<bool> OpenMap::begins_with(const Read& read, std::string_view content) {
+Result<bool> OpenMap::holds(const std::string& entry, std::string_view content) {
+  const auto file = open_to_read(entry);
+  if (!file)
+    return file.failure();
+  if (!*file || (*file)->size != content.size())
+    return false;
   char buffer[1 << 13];
   while (!content.empty()) {
     const std::string_view piece = content.substr(0, sizeof buffer);
-    const auto length = read(buffer, piece.size());
+    const auto length = (*file)->read(buffer, piece.size());
     if (!length)
-      return std::nullopt;
+      return last_error();
     if (std::string_view(buffer, *length) != piece)
       return false;
     content.remove_prefix(piece.size());
   }
   return true;
+}
+
+Result<std::string> OpenMap::write_temporary(std::string_view content) {
+  for (int attempt = 0; attempt < 100; ++attempt) {
+    std::string free = temporary_name();
+    const auto made = make_temporary(free, content);
+    if (!made)
+      return made.failure();
+    if (*made)
+      return free;
+  }
+  return failure("no name is free");
 }

@@ -34,6 +34,13 @@ public:
     }
   };
 
+  // A file that is open to be read from its start.
+  struct Content {
+    std::uint64_t size = 0;
+    // Reads the next bytes, fewer only at the file's end; nullopt, with `last_error`, on failure.
+    std::function<std::optional<std::size_t>(char* into, std::size_t size)> read{};
+  };
+
   OpenMap(std::string path_in, std::string name_in, std::string text_in)
       : path(std::move(path_in)), name(std::move(name_in)), text(std::move(text_in)) {}
   virtual ~OpenMap() = default;
@@ -70,11 +77,11 @@ public:
   virtual Result<FileState> state_of(const std::string& entry) = 0;
 
   // Whether it is an ordinary file whose content is `content`.
-  virtual Result<bool> holds(const std::string& entry, std::string_view content) = 0;
+  Result<bool> holds(const std::string& entry, std::string_view content);
 
   // Makes a hidden temporary file and writes the whole content. Returns its name. Once it is
   // renamed it has the permissions of the map, on Windows its attributes.
-  virtual Result<std::string> write_temporary(std::string_view content) = 0;
+  Result<std::string> write_temporary(std::string_view content);
 
   virtual void remove(const std::string& entry) = 0;
 
@@ -91,6 +98,9 @@ public:
   // when `to` exists.
   virtual Result<bool> link(const std::string& from, const std::string& to) = 0;
 
+  // The failure of the system call that was made last.
+  virtual Failure last_error() const = 0;
+
 protected:
   Failure failure(std::string reason) const { return {path, "convert it", std::move(reason)}; }
 
@@ -98,11 +108,12 @@ protected:
   static constexpr char open_in_another[] = "another program has it open";
   static constexpr char not_ordinary[] = "it is not an ordinary file any more";
 
-  // Reads the next `size` bytes, fewer only at a file's end; nullopt when that fails.
-  using Read = std::function<std::optional<std::size_t>(char* into, std::size_t size)>;
+  // An entry's content; nullopt when it is no ordinary file.
+  virtual Result<std::optional<Content>> open_to_read(const std::string& entry) = 0;
 
-  // Whether what `read` gives begins with `content`; nullopt when reading fails.
-  static std::optional<bool> begins_with(const Read& read, std::string_view content);
+  // Makes a temporary file of that name, locked until the map is closed, and writes the whole
+  // content. False when the name is taken. After a failure there is no such file.
+  virtual Result<bool> make_temporary(const std::string& entry, std::string_view content) = 0;
 };
 
 // A file of an open map that is to be flushed: its content and its names.

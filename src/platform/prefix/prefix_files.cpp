@@ -95,77 +95,54 @@ Result<PrefixFiles::Opened> PrefixFiles::open_folder(const std::string& folder) 
   return open(folder, O_RDONLY | O_DIRECTORY, "open the folder");
 }
 
-// A file with another hard link is somebody's: it is never written into.
-Result<Done> PrefixFiles::write_text(const std::string& path, std::string_view text,
-                                     bool at_end) const {
-  const auto location = paths.find(path);
-  if (!location)
-    return location.failure();
-  const std::string file_path = location->path();
-  constexpr int new_file = O_WRONLY | O_CREAT | O_NOFOLLOW | O_NONBLOCK;
-  const auto create = [&](int more) { return open_path(disk, file_path, new_file | more, 0666); };
-  Descriptor file = create(at_end ? O_APPEND : 0);
-  struct stat status;
-  if (file && !describe(file, status))
-    return failure(path, "write it");
-  if (file && status.st_nlink > 1) {
-    if (at_end)
-      return Failure{path, "write it", "it has another hard link"};
-    if (disk.remove(AT_FDCWD, file_path.c_str()) != 0)
-      return failure(path, "write it");
-    file = create(O_EXCL);
-  }
-  const bool truncated = file && (at_end || disk.truncate(file.get()) == 0);
-  if (!truncated || !write_all(file, text) || !file.close())
-    return failure(path, "write it");
-  return Done{};
-}
-
-Result<std::string> PrefixFiles::lookup(const std::string& path, Match match) {
-  const bool folders = match == Match::files_and_folders;
-  const bool inside = path.ends_with('\\');
-  if (folders && (inside || path.ends_with("\\.")))
-    return full_path(path) ? std::string(".") : std::string();
-  if (inside)
-    return first_listed_file(path);
+Result<Files::Found> PrefixFiles::find_entry(const std::string& path) {
   const auto location = paths.find(path);
   if (!location && !location.failure().missing())
     return location.failure();
-  if (!location || !location->exists || path.ends_with("\\."))
-    return std::string();
+  if (!location || !location->exists)
+    return Found{};
   errno = 0;
   const Descriptor folder = open_path(disk, location->folder + "/", O_PATH | O_DIRECTORY);
   if (hidden_names.contain(folder, location->name))
-    return std::string();
+    return Found{};
   const auto kind = is_folder(folder, location->name.c_str());
   if (!kind && errno != 0 && errno != ENOENT)
     return failure(path, "find it");
-  return kind && (folders || !*kind) ? location->name : std::string();
+  return kind ? Found{location->name, *kind} : Found{};
 }
 
-Result<std::vector<Entry>> PrefixFiles::list(const std::string& folder, std::string_view pattern) {
+Result<Files::Listing> PrefixFiles::read_folder(const std::string& folder,
+                                                std::string_view pattern) {
   const auto opened = open_folder(folder);
   if (!opened)
     return opened.failure();
   const Descriptor& descriptor = opened->descriptor;
   if (is_kernel_file_system(descriptor))
     return Failure{folder, "list the folder", "it is the system's own"};
-  std::vector<Entry> entries;
-  std::vector<std::string> stale;
+  Listing listing;
   const bool complete = for_each_name(descriptor, [&](const char* name, unsigned char type) {
     if (OpenMap::is_temporary(name))
-      stale.emplace_back(name);
+      listing.temporaries.emplace_back(name);
     if (hidden_names.contain(descriptor, name))
       return;
     if (auto entry = make_entry(descriptor, name, type, pattern))
-      entries.push_back(*std::move(entry));
+      listing.entries.push_back(*std::move(entry));
   });
   if (!complete)
     return failure(folder, "list the folder");
-  for (const std::string& name : stale)
-    remove_stale_temporary(descriptor, name);
-  sort_entries(entries, lowercase);
-  return entries;
+  sort_entries(listing.entries, lowercase);
+  return listing;
+}
+
+void PrefixFiles::remove_stale_temporary(const std::string& folder, const std::string& name) {
+  const auto opened = open_folder(folder);
+  if (!opened)
+    return;
+  const Descriptor& descriptor = opened->descriptor;
+  const Descriptor file = open_at(descriptor, name, O_RDONLY | O_NOFOLLOW | O_NONBLOCK);
+  struct stat status;
+  if (file && describe(file, status) && S_ISREG(status.st_mode) && disk.lock(file.get()) == 0)
+    disk.remove(descriptor.get(), name.c_str());
 }
 
 Result<std::string> PrefixFiles::full_path(const std::string& folder) {
@@ -175,48 +152,23 @@ Result<std::string> PrefixFiles::full_path(const std::string& folder) {
   return paths.windows_path(opened->location.path(), folder[0]);
 }
 
-Result<ReadFile> PrefixFiles::read_file(const std::string& path) {
-  const Failure missing{path, "read it", "the file is missing", Failure::Kind::missing};
+Result<Files::OpenedFile> PrefixFiles::open_file(const std::string& path) {
   auto opened = open(path, O_RDONLY | O_NONBLOCK, "read it");
-  if (!opened) {
-    const auto name = lookup(path, Match::files);
-    return name && name->empty() ? missing : opened.failure();
-  }
-  auto& [descriptor, location] = *opened;
+  if (!opened)
+    return opened.failure();
+  const auto file = std::make_shared<const Descriptor>(std::move(opened->descriptor));
   struct stat status;
-  if (!describe(descriptor, status))
+  if (!describe(*file, status))
     return failure(path, "read it");
+  Location& location = opened->location;
   const bool dotted = location.name.starts_with('.');
   const auto folder =
       dotted ? open_path(disk, location.folder + "/", O_PATH | O_DIRECTORY) : Descriptor();
-  if (!S_ISREG(status.st_mode) || hidden_names.contain(folder, location.name) ||
-      path.ends_with("\\.") || path.ends_with('\\'))
-    return missing;
-  if (status.st_size > max_file_size)
-    return Failure{path, "read it", "it is larger than 1 GiB"};
-  const auto state = file_state(status);
-  std::string text(static_cast<std::size_t>(status.st_size), '\0');
-  const auto length = read_all(descriptor, text.data(), text.size());
-  if (!length)
-    return failure(path, "read it");
-  text.resize(*length);
-  return ReadFile{
-      std::move(descriptor), std::move(location.folder), std::move(location.name), status, state,
-      std::move(text)};
-}
-
-Result<std::string> PrefixFiles::read(const std::string& path) {
-  auto file = read_file(path);
-  if (!file)
-    return file.failure();
-  return std::move(file->text);
-}
-
-Result<std::unique_ptr<OpenMap>> PrefixFiles::open_map(const std::string& path) {
-  auto file = read_file(path);
-  if (!file)
-    return file.failure();
-  return {std::make_unique<PrefixMap>(path, *std::move(file), known_names)};
+  if (!S_ISREG(status.st_mode) || hidden_names.contain(folder, location.name))
+    return OpenedFile{};
+  return OpenedFile{
+      std::make_unique<PrefixMap>(path, file, std::move(location), status, known_names),
+      PrefixMap::content_of(file, status)};
 }
 
 std::size_t PrefixFiles::most_open_maps() {
@@ -248,10 +200,31 @@ void PrefixFiles::flush(std::span<Unflushed> files) {
   }
 }
 
-Result<Done> PrefixFiles::write(const std::string& path, std::string_view text) {
-  return write_text(path, text, false);
+Result<bool> PrefixFiles::write_text(const std::string& path, std::string_view text,
+                                     Writing writing) {
+  const auto location = paths.find(path);
+  if (!location)
+    return location.failure();
+  int flags = O_WRONLY | O_CREAT | O_NOFOLLOW | O_NONBLOCK;
+  if (writing != Writing::anew)
+    flags |= writing == Writing::at_end ? O_APPEND : O_EXCL;
+  Descriptor file = open_path(disk, location->path(), flags, 0666);
+  struct stat status;
+  if (!file || !describe(file, status))
+    return failure(path, "write it");
+  if (status.st_nlink > 1)
+    return false;
+  const bool truncated = writing != Writing::anew || disk.truncate(file.get()) == 0;
+  if (!truncated || !write_all(file, text) || !file.close())
+    return failure(path, "write it");
+  return true;
 }
 
-Result<Done> PrefixFiles::append(const std::string& path, std::string_view text) {
-  return write_text(path, text, true);
+Result<Done> PrefixFiles::remove_text(const std::string& path) {
+  const auto location = paths.find(path);
+  if (!location)
+    return location.failure();
+  if (disk.remove(AT_FDCWD, location->path().c_str()) != 0)
+    return failure(path, "write it");
+  return Done{};
 }

@@ -70,10 +70,12 @@ bool is_shortage(int error) {
 
 }  // namespace
 
-PrefixMap::PrefixMap(std::string path_in, ReadFile file_in, FolderNames::Known& known_names_in)
-    : OpenMap(std::move(path_in), std::move(file_in.name), std::move(file_in.text)),
-      file(std::move(file_in.descriptor)), folder_path(std::move(file_in.folder)),
-      status(file_in.status), state(file_in.state), known_names(known_names_in) {}
+PrefixMap::PrefixMap(std::string path_in, std::shared_ptr<const Descriptor> file_in,
+                     Location location, const struct stat& status_in,
+                     FolderNames::Known& known_names_in)
+    : OpenMap(std::move(path_in), std::move(location.name), ""), file(std::move(file_in)),
+      folder_path(std::move(location.folder)), status(status_in), state(file_state(status)),
+      known_names(known_names_in) {}
 
 PrefixMap::~PrefixMap() {
   if (names)
@@ -88,16 +90,16 @@ Failure PrefixMap::last_error() const {
 // Where the file system has no locks, `state_of` alone keeps two runs apart. Leases are only for a
 // file's owner and root.
 Result<OpenMap::FileState> PrefixMap::lock() {
-  folder = open_path(file.disk(), folder_path + "/", O_RDONLY | O_DIRECTORY);
+  folder = open_path(file->disk(), folder_path + "/", O_RDONLY | O_DIRECTORY);
   if (!folder)
     return Failure{path, "open its folder", system_reason()};
   names = &FolderNames::of(folder, known_names);
   if (names->append_only())
     return failure("nothing may be renamed in its folder");
-  locked = file.disk().lock(file.get()) == 0;
+  locked = file->disk().lock(file->get()) == 0;
   if (!locked && errno == EWOULDBLOCK)
     return failure(locked_by_another);
-  if (file.disk().lease(file.get()) != 0 && errno == EAGAIN)
+  if (file->disk().lease(file->get()) != 0 && errno == EAGAIN)
     return failure(open_in_another);
   return state;
 }
@@ -127,79 +129,61 @@ Result<OpenMap::FileState> PrefixMap::state_of(const std::string& entry) {
   return file_state(found);
 }
 
-Result<bool> PrefixMap::holds(const std::string& entry, std::string_view content) {
-  const Descriptor other =
-      entry == name ? Descriptor() : open_at(folder, entry, O_RDONLY | O_NOFOLLOW | O_NONBLOCK);
-  const Descriptor& opened = entry == name ? file : other;
-  struct stat found;
-  if (!opened || !describe(opened, found))
-    return last_error();
-  if (!S_ISREG(found.st_mode) || static_cast<std::size_t>(found.st_size) != content.size())
-    return false;
-  std::size_t from = 0;
-  const auto read = [&](char* into, std::size_t size) {
-    return read_all(opened, into, size, std::exchange(from, from + size));
+OpenMap::Content PrefixMap::content_of(std::shared_ptr<const Descriptor> file,
+                                       const struct stat& status) {
+  const auto read = [file = std::move(file), from = std::size_t{0}](char* into,
+                                                                    std::size_t size) mutable {
+    return read_all(*file, into, size, std::exchange(from, from + size));
   };
-  const auto same = begins_with(read, content);
-  if (!same)
+  return {static_cast<std::uint64_t>(status.st_size), read};
+}
+
+Result<std::optional<OpenMap::Content>> PrefixMap::open_to_read(const std::string& entry) {
+  const auto opened = entry == name ? file
+                                    : std::make_shared<const Descriptor>(open_at(
+                                          folder, entry, O_RDONLY | O_NOFOLLOW | O_NONBLOCK));
+  struct stat found;
+  if (!*opened || !describe(*opened, found))
     return last_error();
-  return *same;
+  return S_ISREG(found.st_mode) ? std::optional(content_of(opened, found)) : std::nullopt;
 }
 
 int PrefixMap::descriptor_of(const std::string& entry) {
   if (entry == name)
-    return file.get();
+    return file->get();
   if (const auto* const temporary = find_written(entry))
     return temporary->file.get();
   others.push_back(open_at(folder, entry, O_RDONLY | O_NOFOLLOW | O_NONBLOCK));
   return others.back().get();
 }
 
-// Allocates beforehand what is needed once the file is there: if memory ran out then, the file
-// would stay.
-Result<std::string> PrefixMap::make_file(Written& made, struct stat& made_status) {
-  for (int attempt = 0; attempt < attempts; ++attempt) {
-    std::string free = temporary_name();
-    made.name = free;
-    made.file = open_at(folder, free, O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW, 0600);
-    if (!made.file && errno != EEXIST)
-      break;
-    if (made.file && is_ours(made.file, made_status))
-      return free;
-    if (made.file)
-      remove(free);
+// The file stays open for its lock. After a flush a failing close loses nothing.
+Result<bool> PrefixMap::make_temporary(const std::string& entry, std::string_view content) {
+  Written made{entry, open_at(folder, entry, O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW, 0600)};
+  if (!made.file && errno == EEXIST)
+    return false;
+  if (!made.file)
+    return last_error();
+  struct stat made_status;
+  const bool ours = is_ours(made.file, made_status);
+  if (!ours || !write(made, made_status, content)) {
+    const Failure failure = last_error();
+    remove(entry);
+    return ours ? Result<bool>(failure) : false;
   }
-  return last_error();
+  written.push_back(std::move(made));
+  names->changed(folder);
+  return true;
 }
 
-// The file stays open for its lock. After a flush a failing close loses nothing.
-Result<std::string> PrefixMap::write_temporary(std::string_view content) {
-  Written& made = written.emplace_back();
-  struct stat made_status;
-  auto free = make_file(made, made_status);
-  if (!free) {
-    written.pop_back();
-    return free;
-  }
+bool PrefixMap::write(Written& made, const struct stat& made_status, std::string_view content) {
   made.mode = copy_owner(made.file, made_status, status);
-  const int copied = folder.disk().copy_acl(file.get(), made.file.get());
+  const int copied = folder.disk().copy_acl(file->get(), made.file.get());
   if (copied < 0)
     made.mode &= ~group_permissions;  // with a list the group bits are its mask
   if (copied > 0 && folder.disk().permit(made.file.get(), 0600) != 0)
-    return remove_after_failure();
-  if (!write_all(made.file, content))
-    return remove_after_failure();
-  names->changed(folder);
-  return free;
-}
-
-// Removes the file that was made last.
-Failure PrefixMap::remove_after_failure() {
-  const int error = errno;
-  remove(written.back().name);
-  written.pop_back();
-  errno = error;
-  return last_error();
+    return false;
+  return write_all(made.file, content);
 }
 
 void PrefixMap::remove(const std::string& entry) {
@@ -248,13 +232,4 @@ Result<bool> PrefixMap::link(const std::string& from, const std::string& to) {
   if (lacks_hard_links(errno))
     return false;
   return errno == EXDEV ? failure("another file is mounted over it") : last_error();
-}
-
-void remove_stale_temporary(const Descriptor& folder, const std::string& name) {
-  const Descriptor file = open_at(folder, name, O_RDONLY | O_NOFOLLOW | O_NONBLOCK);
-  struct stat status;
-  if (!file || !describe(file, status) || !S_ISREG(status.st_mode))
-    return;
-  if (folder.disk().lock(file.get()) == 0)
-    folder.disk().remove(folder.get(), name.c_str());
 }

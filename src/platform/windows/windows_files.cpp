@@ -6,6 +6,7 @@
 #include "platform/windows/find_file.h"
 #include "platform/windows/handle.h"
 #include "platform/windows/letter_case.h"
+#include "platform/windows/name_lock.h"
 #include "platform/windows/paths.h"
 #include "platform/windows/wide_text.h"
 #include "platform/windows/windows_map.h"
@@ -64,78 +65,51 @@ Result<Location> find_folder(const std::string& folder) {
   return location;
 }
 
-Handle open_text(const std::wstring& path, DWORD access, DWORD creation) {
-  RetryBudget retry_budget;
-  return open_with_retry(retry_budget, path, access, creation,
-                         FILE_ATTRIBUTE_NORMAL | FILE_FLAG_OPEN_REPARSE_POINT);
-}
-
-// Writes a text file anew, or appends to it; never through a symlink. A file with another hard link
-// is somebody's: it is never written into.
-Result<Done> write_text(const std::string& path, std::string_view text, bool at_end) {
-  const auto location = locate(path);
-  if (!location)
-    return location.failure();
-  const std::wstring wide = location->wide();
-  const DWORD access = at_end ? FILE_APPEND_DATA : GENERIC_WRITE;
-  Handle file = open_text(wide, access, OPEN_ALWAYS);
-  const auto information = file ? file_information(file) : std::nullopt;
-  if (!information)
-    return failure(path, "write it");
-  const auto found = find_file(wide);
-  if (found && is_link(*found))
-    return Failure{path, "write it", "it is a link"};
-  if (information->nNumberOfLinks > 1) {
-    if (at_end)
-      return Failure{path, "write it", "it has another hard link"};
-    static_cast<void>(file.close());
-    if (!DeleteFileW(wide.c_str()))
-      return failure(path, "write it");
-    file = open_text(wide, access, CREATE_NEW);
-  }
-  if (!file || (!at_end && !SetEndOfFile(file.get())) || !write_all(file, text) || !file.close())
-    return failure(path, "write it");
-  return Done{};
+std::wstring with_backslash(std::wstring folder) {
+  return folder.ends_with(L'\\') ? folder : folder + L"\\";
 }
 
 }  // namespace
 
-Result<std::string> WindowsFiles::lookup(const std::string& path, Match match) {
-  const bool folders = match == Match::files_and_folders;
-  const bool own = path.ends_with("\\.");  // the "." among a folder's entries
-  if (folders && (own || path.ends_with('\\')))
-    return full_path(path) ? std::string(".") : std::string();
-  if (path.ends_with('\\'))
-    return first_listed_file(path);
+Result<Files::Found> WindowsFiles::find_entry(const std::string& path) {
   const auto location = locate(path);
   if (!location)
     return location.failure();
-  const auto found = own || location->names.empty() ? std::nullopt : find_file(location->wide());
-  const auto entry = found ? make_entry(*found, location->wide()) : std::nullopt;
-  return entry && (folders || !entry->folder) ? entry->name : std::string();
+  const auto found = location->names.empty() ? std::nullopt : find_file(location->wide());
+  auto entry = found ? make_entry(*found, location->wide()) : std::nullopt;
+  return entry ? Found{std::move(entry->name), entry->folder} : Found{};
 }
 
-Result<std::vector<Entry>> WindowsFiles::list(const std::string& folder, std::string_view pattern) {
+Result<Files::Listing> WindowsFiles::read_folder(const std::string& folder,
+                                                 std::string_view pattern) {
   const auto location = locate(folder);
   if (!location)
     return location.failure();
-  const std::wstring path = location->wide();
-  const std::wstring start = path.ends_with(L'\\') ? path : path + L"\\";
-  std::vector<Entry> entries;
-  std::vector<std::wstring> stale;
+  const std::wstring path = with_backslash(location->wide());
+  Listing listing;
   const bool complete = for_each_entry(path, [&](const WIN32_FIND_DATAW& found) {
-    if (!is_folder(found.dwFileAttributes) && OpenMap::is_temporary(narrow(found.cFileName)))
-      stale.emplace_back(found.cFileName);
-    else if (auto entry = make_entry(found, start + found.cFileName);
+    if (std::string name = narrow(found.cFileName);
+        !is_folder(found.dwFileAttributes) && OpenMap::is_temporary(name))
+      listing.temporaries.push_back(std::move(name));
+    else if (auto entry = make_entry(found, path + found.cFileName);
              entry && (entry->folder || matches_pattern(entry->name, pattern)))
-      entries.push_back(*std::move(entry));
+      listing.entries.push_back(*std::move(entry));
   });
   if (!complete)
     return failure(folder, "list the folder");
-  for (const std::wstring& name : stale)
-    remove_stale_temporary(start, name);
-  sort_entries(entries, lowercase);
-  return entries;
+  sort_entries(listing.entries, lowercase);
+  return listing;
+}
+
+void WindowsFiles::remove_stale_temporary(const std::string& folder, const std::string& name) {
+  const auto location = locate(folder);
+  if (!location)
+    return;
+  const std::wstring path = with_backslash(location->wide());
+  const Handle lock = lock_name(path, widen(name));
+  const auto found = lock ? find_file(path + widen(name)) : std::nullopt;
+  if (found && !is_folder(found->dwFileAttributes) && !is_link(*found))
+    delete_file(path + widen(name));
 }
 
 Result<std::string> WindowsFiles::full_path(const std::string& folder) {
@@ -152,49 +126,27 @@ Result<std::string> WindowsFiles::full_path(const std::string& folder) {
   return spelled.text();
 }
 
-Result<WindowsFiles::ReadFile> WindowsFiles::read_file(const std::string& path) {
-  auto name = path.ends_with('\\') ? std::string() : lookup(path, Match::files);
-  if (!name)
-    return name.failure();
-  if (name->empty())
-    return Failure{path, "read it", "the file is missing", Failure::Kind::missing};
+Result<Files::OpenedFile> WindowsFiles::open_file(const std::string& path) {
+  auto found = find_entry(path);
+  if (!found)
+    return found.failure();
+  if (found->name.empty() || found->folder)
+    return OpenedFile{};
   auto location = locate(path);
   if (!location)
     return location.failure();
   RetryBudget retry_budget;
-  const Handle file =
-      open_with_retry(retry_budget, location->wide(), GENERIC_READ, OPEN_EXISTING, 0);
-  LARGE_INTEGER size;
-  if (!file)
+  const auto file = std::make_shared<const Handle>(
+      open_with_retry(retry_budget, location->wide(), GENERIC_READ, OPEN_EXISTING, 0));
+  if (*file && GetFileType(file->get()) != FILE_TYPE_DISK)
+    return OpenedFile{};
+  auto content = *file ? WindowsMap::content_of(file) : std::nullopt;
+  if (!content)
     return failure(path, "read it");
-  if (GetFileType(file.get()) != FILE_TYPE_DISK)
-    return Failure{path, "read it", "it is not an ordinary file"};
-  if (!GetFileSizeEx(file.get(), &size))
-    return failure(path, "read it");
-  if (size.QuadPart > max_file_size)
-    return Failure{path, "read it", "it is larger than 1 GiB"};
-  std::string text(static_cast<std::size_t>(size.QuadPart), '\0');
-  const auto length = read_all(file, text.data(), text.size());
-  if (!length)
-    return failure(path, "read it");
-  text.resize(*length);
   location->names.pop_back();
-  return ReadFile{location->wide(), *std::move(name), std::move(text)};
-}
-
-Result<std::string> WindowsFiles::read(const std::string& path) {
-  auto file = read_file(path);
-  if (!file)
-    return file.failure();
-  return std::move(file->text);
-}
-
-Result<std::unique_ptr<OpenMap>> WindowsFiles::open_map(const std::string& path) {
-  auto file = read_file(path);
-  if (!file)
-    return file.failure();
-  return {std::make_unique<WindowsMap>(path, std::move(file->folder), std::move(file->name),
-                                       std::move(file->text))};
+  return OpenedFile{
+      std::make_unique<WindowsMap>(path, location->wide(), std::move(found->name), ""),
+      *std::move(content)};
 }
 
 // A process may have millions of handles.
@@ -219,10 +171,36 @@ void WindowsFiles::flush(std::span<Unflushed> files) {
   }
 }
 
-Result<Done> WindowsFiles::write(const std::string& path, std::string_view text) {
-  return write_text(path, text, false);
+Result<bool> WindowsFiles::write_text(const std::string& path, std::string_view text,
+                                      Writing writing) {
+  const auto location = locate(path);
+  if (!location)
+    return location.failure();
+  const std::wstring wide = location->wide();
+  RetryBudget retry_budget;
+  Handle file = open_with_retry(retry_budget, wide,
+                                writing == Writing::at_end ? FILE_APPEND_DATA : GENERIC_WRITE,
+                                writing == Writing::new_file ? CREATE_NEW : OPEN_ALWAYS,
+                                FILE_ATTRIBUTE_NORMAL | FILE_FLAG_OPEN_REPARSE_POINT);
+  const auto information = file ? file_information(file) : std::nullopt;
+  if (!information)
+    return failure(path, "write it");
+  const auto found = find_file(wide);
+  if (found && is_link(*found))
+    return Failure{path, "write it", "it is a link"};
+  if (information->nNumberOfLinks > 1)
+    return false;
+  const bool truncated = writing == Writing::at_end || SetEndOfFile(file.get());
+  if (!truncated || !write_all(file, text) || !file.close())
+    return failure(path, "write it");
+  return true;
 }
 
-Result<Done> WindowsFiles::append(const std::string& path, std::string_view text) {
-  return write_text(path, text, true);
+Result<Done> WindowsFiles::remove_text(const std::string& path) {
+  const auto location = locate(path);
+  if (!location)
+    return location.failure();
+  if (!DeleteFileW(location->wide().c_str()))
+    return failure(path, "write it");
+  return Done{};
 }

@@ -5,22 +5,15 @@
 
 class WindowsFiles : public Files {
 public:
-  Result<std::string> lookup(const std::string& path, Match match) override;
-  Result<std::vector<Entry>> list(const std::string& folder, std::string_view pattern) override;
   Result<std::string> full_path(const std::string& folder) override;
-  Result<std::string> read(const std::string& path) override;
-  Result<std::unique_ptr<OpenMap>> open_map(const std::string& path) override;
   std::size_t most_open_maps() override;
   void flush(std::span<Unflushed> files) override;
-  Result<Done> write(const std::string& path, std::string_view text) override;
-  Result<Done> append(const std::string& path, std::string_view text) override;
 
-private:
-  struct ReadFile {
-    std::wstring folder;  // path of the folder that holds it, in its long form
-    std::string name;     // as the folder spells it
-    std::string text;
-  };
-
-  Result<ReadFile> read_file(const std::string& path);
+protected:
+  Result<Found> find_entry(const std::string& path) override;
+  Result<Listing> read_folder(const std::string& folder, std::string_view pattern) override;
+  void remove_stale_temporary(const std::string& folder, const std::string& name) override;
+  Result<OpenedFile> open_file(const std::string& path) override;
+  Result<bool> write_text(const std::string& path, std::string_view text, Writing writing) override;
+  Result<Done> remove_text(const std::string& path) override;
 };

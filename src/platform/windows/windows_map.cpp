@@ -8,8 +8,6 @@
 
 namespace {
 
-constexpr int attempts = 100;  // to find a free name
-
 // The attributes that new files copy from the map.
 constexpr DWORD permissions =
     FILE_ATTRIBUTE_READONLY | FILE_ATTRIBUTE_ARCHIVE | FILE_ATTRIBUTE_NOT_CONTENT_INDEXED;
@@ -46,14 +44,6 @@ private:
   DWORD attributes;
 };
 
-bool delete_file(const std::wstring& path) {
-  Writable writable(path);
-  const bool deleted = DeleteFileW(path.c_str());
-  if (deleted)
-    writable.forget();
-  return deleted;
-}
-
 std::uint64_t joined(DWORD high, DWORD low) { return std::uint64_t{high} << 32 | low; }
 
 // What another map of the batch may have used up, and will have given back.
@@ -68,6 +58,14 @@ bool is_shortage(DWORD error) {
 bool is_taken(DWORD error) { return error == ERROR_ALREADY_EXISTS || error == ERROR_FILE_EXISTS; }
 
 }  // namespace
+
+bool delete_file(const std::wstring& path) {
+  Writable writable(path);
+  const bool deleted = DeleteFileW(path.c_str());
+  if (deleted)
+    writable.forget();
+  return deleted;
+}
 
 WindowsMap::WindowsMap(std::string path_in, std::wstring folder_in, std::string name_in,
                        std::string text_in, RetryBudget retry_in)
@@ -146,23 +144,26 @@ Result<OpenMap::FileState> WindowsMap::state_of(const std::string& entry) {
       false};  // Windows may set the time only when the writer closes the file
 }
 
-Result<bool> WindowsMap::holds(const std::string& entry, std::string_view content) {
+std::optional<OpenMap::Content> WindowsMap::content_of(std::shared_ptr<const Handle> file) {
+  const auto about = file_information(*file);
+  if (!about)
+    return std::nullopt;
+  return Content{joined(about->nFileSizeHigh, about->nFileSizeLow),
+                 [file](char* into, std::size_t size) { return read_all(*file, into, size); }};
+}
+
+Result<std::optional<OpenMap::Content>> WindowsMap::open_to_read(const std::string& entry) {
   const auto kind = kind_of(entry);
   if (!kind)
     return kind.failure();
   if (*kind == Kind::other)
-    return false;
-  const Handle file = open_with_retry(retry_budget, path_of(entry), GENERIC_READ, OPEN_EXISTING, 0);
-  const auto about = file ? file_information(file) : std::nullopt;
-  if (!about)
+    return std::optional<Content>();
+  const auto file = std::make_shared<const Handle>(
+      open_with_retry(retry_budget, path_of(entry), GENERIC_READ, OPEN_EXISTING, 0));
+  auto content = *file ? content_of(file) : std::nullopt;
+  if (!content)
     return last_error();
-  if (joined(about->nFileSizeHigh, about->nFileSizeLow) != content.size())
-    return false;
-  const auto same = begins_with(
-      [&](char* into, std::size_t size) { return read_all(file, into, size); }, content);
-  if (!same)
-    return last_error();
-  return *same;
+  return content;
 }
 
 Result<Handle> WindowsMap::open_to_flush(const std::string& entry) {
@@ -173,33 +174,21 @@ Result<Handle> WindowsMap::open_to_flush(const std::string& entry) {
   return file;
 }
 
-Result<std::string> WindowsMap::make_file(Handle& file) {
-  for (int attempt = 0; attempt < attempts; ++attempt) {
-    std::string free = temporary_name();
-    const auto ours = lock_entry(free);
-    if (!ours)
-      return ours.failure();
-    file = *ours ? open_file(path_of(free), GENERIC_WRITE, CREATE_NEW, FILE_ATTRIBUTE_HIDDEN)
-                 : Handle();
-    if (file)
-      return free;
-    if (*ours && !is_taken(GetLastError()))
-      break;
-  }
-  return last_error();
-}
-
-Result<std::string> WindowsMap::write_temporary(std::string_view content) {
-  Handle file;
-  auto made = make_file(file);
-  if (!made)
-    return made;
+Result<bool> WindowsMap::make_temporary(const std::string& entry, std::string_view content) {
+  const auto ours = lock_entry(entry);
+  if (!ours || !*ours)
+    return ours;
+  Handle file = open_file(path_of(entry), GENERIC_WRITE, CREATE_NEW, FILE_ATTRIBUTE_HIDDEN);
+  if (!file && is_taken(GetLastError()))
+    return false;
+  if (!file)
+    return last_error();
   if (write_all(file, content) && file.close() &&
-      set_attributes(path_of(*made), (map_attributes & permissions) | FILE_ATTRIBUTE_HIDDEN))
-    return made;
+      set_attributes(path_of(entry), (map_attributes & permissions) | FILE_ATTRIBUTE_HIDDEN))
+    return true;
   Failure failure = last_error();
   static_cast<void>(file.close());
-  remove(*made);
+  remove(entry);
   return failure;
 }
 
@@ -257,12 +246,4 @@ Result<bool> WindowsMap::link(const std::string& from, const std::string& to) {
   if (is_taken(GetLastError()))
     return last_error();
   return false;
-}
-
-void remove_stale_temporary(const std::wstring& folder, const std::wstring& name) {
-  const std::wstring path = folder + name;
-  const Handle lock = lock_name(folder, name);
-  const auto found = lock ? find_file(path) : std::nullopt;
-  if (found && !(found->dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) && !is_link(*found))
-    delete_file(path);
 }

@@ -4,6 +4,10 @@
 #include "platform/open_map.h"
 #include "platform/windows/handle.h"
 
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
 #include <vector>
 
 // Windows renames no file that is open, so each step opens what it needs.
@@ -19,22 +23,26 @@ public:
   std::string folded() const override;
   Result<Kind> kind_of(const std::string& entry) override;
   Result<FileState> state_of(const std::string& entry) override;
-  Result<bool> holds(const std::string& entry, std::string_view content) override;
-  Result<std::string> write_temporary(std::string_view content) override;
   void remove(const std::string& entry) override;
   Result<Done> rename(const std::string& from, const std::string& to,
                       const std::string& kept) override;
   Result<bool> rename_no_replace(const std::string& from, const std::string& to) override;
   Result<bool> link(const std::string& from, const std::string& to) override;
 
-  Failure last_error() const;
+  Failure last_error() const override;
+
+  // The content of an open file; nullopt on failure.
+  static std::optional<Content> content_of(std::shared_ptr<const Handle> file);
 
   // Opens an entry to be flushed.
   Result<Handle> open_to_flush(const std::string& entry);
 
+protected:
+  Result<std::optional<Content>> open_to_read(const std::string& entry) override;
+  Result<bool> make_temporary(const std::string& entry, std::string_view content) override;
+
 private:
   std::wstring path_of(const std::string& entry) const;
-  Result<std::string> make_file(Handle& file);
 
   // Takes the lock of a name; false when another run holds it.
   Result<bool> lock_entry(const std::string& entry);
@@ -50,8 +58,5 @@ private:
   DWORD map_attributes = 0;   // of the locked map
 };
 
-// Removes the stale temporary `name`, which a killed run left in a folder, whose path ends in "\".
-// The rule: the name is one of `OpenMap::temporary_name`, it is an ordinary file and no link, and
-// its lock is free. A run holds the locks of its temporary files, and Windows releases them when
-// the run is killed.
-void remove_stale_temporary(const std::wstring& folder, const std::wstring& name);
+// Deletes a file, even one that is read-only; false on failure.
+bool delete_file(const std::wstring& path);
