@@ -29,7 +29,7 @@ bool is_shortage(const Result<Done>& outcome) {
 }
 
 // A map that is being converted.
-struct Map {
+struct MapInHand {
   std::size_t index;  // in `foundlist`
   std::unique_ptr<OpenMap> file;
   LineArray galaxylines;
@@ -67,18 +67,18 @@ private:
   std::string explain_no_version(const Failure& failure) const;
   bool try_to_convert(std::size_t index);
   bool convert_map(std::size_t index);
-  bool convert(Map map);
+  bool convert(MapInHand map);
   bool skip(std::size_t index, Failure failure) {
     pending.push_back({index, std::move(failure)});
     return true;
   }
   bool is_expansion() const { return form.edition == expansion_letter; }
   Result<std::string> fix(const LineArray& lines);
-  bool add_to_batch(Map map, std::string_view first, std::string_view result);
+  bool add_to_batch(MapInHand map, std::string_view first, std::string_view result);
   void commit_batch();
   void note_outcome(const Pending& map);
-  [[noreturn]] void stop(Map map, const Failure& fault, bool others = false);
-  void back_up_unconverted(Map map);
+  [[noreturn]] void stop(MapInHand map, const Failure& fault, bool others = false);
+  void back_up_unconverted(MapInHand map);
 
   Form1& form;
   TemplateFiles templates;
@@ -152,7 +152,7 @@ bool Run::convert_map(std::size_t index) {
   return convert({index, *std::move(opened), std::move(galaxylines)});
 }
 
-bool Run::convert(Map map) {
+bool Run::convert(MapInHand map) {
   auto result = first_pass(templates.oldtemplate(), templates.newtemplate(), map.galaxylines);
   if (!result)
     stop(std::move(map), result.failure(),
@@ -175,7 +175,7 @@ Result<std::string> Run::fix(const LineArray& lines) {
   return fix_pass(templates.oldtemplate(), templates.newtemplate(), lines);
 }
 
-bool Run::add_to_batch(Map map, std::string_view first, std::string_view result) {
+bool Run::add_to_batch(MapInHand map, std::string_view first, std::string_view result) {
   const std::string& path = map.file->path;
   Replacement replacement{std::move(map.galaxylines).release(), {}, result, ""};
   if (form.debugmode)
@@ -230,7 +230,7 @@ void Run::note_outcome(const Pending& map) {
 
 // Ends the program for a template that cannot write what the map asks of it. `others`: maps of
 // other versions can be converted all the same, which the message says.
-void Run::stop(Map map, const Failure& fault, bool others) {
+void Run::stop(MapInHand map, const Failure& fault, bool others) {
   try {
     commit_batch();
     for (const Pending& retry : std::exchange(retries, {}))
@@ -251,7 +251,7 @@ void Run::stop(Map map, const Failure& fault, bool others) {
 
 // The map keeps its content and gets its backup all the same: it is replaced by a copy of itself,
 // so that the two are not hard links to one file.
-void Run::back_up_unconverted(Map map) {
+void Run::back_up_unconverted(MapInHand map) {
   const std::string backup = companion(map.file->path, "old");
   const std::string was = std::move(map.galaxylines).release();
   auto done = batch.add(std::move(map.file), {was, {}, was, backup});

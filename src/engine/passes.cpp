@@ -57,7 +57,7 @@ std::optional<Failure> find_fault(const OldTemplate& oldtemplate, const NewTempl
 
 // A map on its way into the new format: what is written so far, and the line in hand. Lines that
 // are carried over are pending until a block follows, so that a run of them is copied in one piece.
-struct Pass {
+struct PassInProgress {
   const OldTemplate& oldtemplate;
   const NewTemplate& newtemplate;
   const LineArray& galaxylines;
@@ -121,7 +121,7 @@ Result<long long> rewritesection(const OldTemplate& oldtemplate, const NewTempla
 
 Result<std::string> first_pass(const OldTemplate& oldtemplate, const NewTemplate& newtemplate,
                                const LineArray& galaxylines, Blocks* blocks) {
-  Pass pass{oldtemplate, newtemplate, galaxylines, blocks, {}};
+  PassInProgress pass{oldtemplate, newtemplate, galaxylines, blocks, {}};
   pass.out.reserve(galaxylines.text().size());
   while (pass.k < galaxylines.size()) {
     const std::size_t t = pass.match(pass.k);
@@ -135,7 +135,7 @@ Result<std::string> first_pass(const OldTemplate& oldtemplate, const NewTemplate
 
 Result<std::string> fix_pass(const OldTemplate& oldtemplate, const NewTemplate& newtemplate,
                              const LineArray& galaxylines, Blocks* blocks) {
-  Pass pass{oldtemplate, newtemplate, galaxylines, blocks, {}};
+  PassInProgress pass{oldtemplate, newtemplate, galaxylines, blocks, {}};
   pass.out.reserve(galaxylines.text().size());
   while (pass.k + 2 < galaxylines.size()) {
     const std::size_t t = pass.match(pass.k);

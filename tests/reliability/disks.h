@@ -84,7 +84,9 @@ public:
     return fails() || Unknown::refuses(unknown.lease) ? -1 : Disk::lease(file);
   }
   int copy_acl(int from, int to) override { return fails() ? -1 : Disk::copy_acl(from, to); }
-  int permit(int file, mode_t mode) override { return fails() ? -1 : Disk::permit(file, mode); }
+  int change_mode(int file, mode_t mode) override {
+    return fails() ? -1 : Disk::change_mode(file, mode);
+  }
   int status(int folder, const char* name, int flags, struct stat& status) override {
     return fails() ? -1 : Disk::status(folder, name, flags, status);
   }

@@ -101,7 +101,7 @@ Result<std::string> read_regular_file(const std::string& path, std::size_t most)
   };
   const auto file = open_path(system_disk(), path, O_RDONLY | O_NONBLOCK);
   struct stat status{};
-  if (!file || !describe(file, status)) {
+  if (!file || !stat_of(file, status)) {
     const bool missing = errno == ENOENT || errno == ENOTDIR;
     return Failure{path, "read it", system_reason(),
                    missing ? Failure::Kind::missing : Failure::Kind::other};
@@ -118,7 +118,7 @@ Result<std::string> read_regular_file(const std::string& path, std::size_t most)
   return text;
 }
 
-bool describe(const Descriptor& file, struct stat& status) {
+bool stat_of(const Descriptor& file, struct stat& status) {
   return uninterrupted([&] { return file.disk().status(file.get(), "", AT_EMPTY_PATH, status); }) ==
          0;
 }

@@ -57,7 +57,7 @@ std::optional<std::size_t> read_all(const Descriptor& file, char* buffer, std::s
 Result<std::string> read_regular_file(const std::string& path, std::size_t most);
 
 // The status of an open file; false, with errno set, on failure.
-bool describe(const Descriptor& file, struct stat& status);
+bool stat_of(const Descriptor& file, struct stat& status);
 
 // The status of a name in an open folder, symlinks not followed; false, with errno set, on failure.
 bool stat_at(const Descriptor& folder, const std::string& name, struct stat& status);

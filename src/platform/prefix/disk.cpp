@@ -69,7 +69,7 @@ int Disk::copy_acl(int from, int to) {
   return ::fgetxattr(to, name, nullptr, 0) > 0 ? ::fremovexattr(to, name) : 0;
 }
 
-int Disk::permit(int file, mode_t mode) { return ::fchmod(file, mode); }
+int Disk::change_mode(int file, mode_t mode) { return ::fchmod(file, mode); }
 
 int Disk::status(int folder, const char* name, int flags, struct stat& status) {
   return ::fstatat(folder, name, &status, flags);

@@ -42,7 +42,7 @@ public:
   virtual int copy_acl(int from, int to);
 
   // Sets a file's permissions.
-  virtual int permit(int file, mode_t mode);
+  virtual int change_mode(int file, mode_t mode);
 
   // The status of a name in a folder, or with AT_EMPTY_PATH and an empty name of an open file.
   virtual int status(int folder, const char* name, int flags, struct stat& status);

@@ -39,7 +39,7 @@ bool has_name(const Descriptor& folder, const std::string& name) {
 
 OpenMap::FileState state_of(const Descriptor& folder) {
   struct stat status;
-  return describe(folder, status) ? file_state(status) : OpenMap::FileState{};
+  return stat_of(folder, status) ? file_state(status) : OpenMap::FileState{};
 }
 
 }  // namespace

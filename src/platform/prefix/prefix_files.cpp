@@ -141,7 +141,7 @@ void PrefixFiles::remove_stale_temporary(const std::string& folder, const std::s
   const Descriptor& descriptor = opened->descriptor;
   const Descriptor file = open_at(descriptor, name, O_RDONLY | O_NOFOLLOW | O_NONBLOCK);
   struct stat status;
-  if (file && describe(file, status) && S_ISREG(status.st_mode) && disk.lock(file.get()) == 0)
+  if (file && stat_of(file, status) && S_ISREG(status.st_mode) && disk.lock(file.get()) == 0)
     disk.remove(descriptor.get(), name.c_str());
 }
 
@@ -158,7 +158,7 @@ Result<Files::OpenedFile> PrefixFiles::open_file(const std::string& path) {
     return opened.failure();
   const auto file = std::make_shared<const Descriptor>(std::move(opened->descriptor));
   struct stat status;
-  if (!describe(*file, status))
+  if (!stat_of(*file, status))
     return failure(path, "read it");
   Location& location = opened->location;
   const bool dotted = location.name.starts_with('.');
@@ -210,7 +210,7 @@ Result<bool> PrefixFiles::write_text(const std::string& path, std::string_view t
     flags |= writing == Writing::at_end ? O_APPEND : O_EXCL;
   Descriptor file = open_path(disk, location->path(), flags, 0666);
   struct stat status;
-  if (!file || !describe(file, status))
+  if (!file || !stat_of(file, status))
     return failure(path, "write it");
   if (status.st_nlink > 1)
     return false;

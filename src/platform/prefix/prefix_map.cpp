@@ -37,7 +37,7 @@ mode_t copy_owner(const Descriptor& file, const struct stat& own, const struct s
 bool is_ours(const Descriptor& file, struct stat& status) {
   if (file.disk().lock(file.get()) != 0 && errno == EWOULDBLOCK)
     return false;
-  return describe(file, status) && status.st_nlink > 0;
+  return stat_of(file, status) && status.st_nlink > 0;
 }
 
 // False, with errno set, on failure: EEXIST when `to` exists.
@@ -143,7 +143,7 @@ Result<std::optional<OpenMap::Content>> PrefixMap::open_to_read(const std::strin
                                     : std::make_shared<const Descriptor>(open_at(
                                           folder, entry, O_RDONLY | O_NOFOLLOW | O_NONBLOCK));
   struct stat found;
-  if (!*opened || !describe(*opened, found))
+  if (!*opened || !stat_of(*opened, found))
     return last_error();
   return S_ISREG(found.st_mode) ? std::optional(content_of(opened, found)) : std::nullopt;
 }
@@ -181,7 +181,7 @@ bool PrefixMap::write(Written& made, const struct stat& made_status, std::string
   const int copied = folder.disk().copy_acl(file->get(), made.file.get());
   if (copied < 0)
     made.mode &= ~group_permissions;  // with a list the group bits are its mask
-  if (copied > 0 && folder.disk().permit(made.file.get(), 0600) != 0)
+  if (copied > 0 && folder.disk().change_mode(made.file.get(), 0600) != 0)
     return false;
   return write_all(made.file, content);
 }
@@ -194,7 +194,7 @@ void PrefixMap::remove(const std::string& entry) {
 // it, and so remove it when it is stale. A file system without permissions is no reason to stop.
 bool PrefixMap::set_permissions(const std::string& entry) {
   const auto* const temporary = find_written(entry);
-  return !temporary || folder.disk().permit(temporary->file.get(), temporary->mode) == 0 ||
+  return !temporary || folder.disk().change_mode(temporary->file.get(), temporary->mode) == 0 ||
          errno == EPERM || errno == EOPNOTSUPP;
 }
 

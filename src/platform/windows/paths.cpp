@@ -49,7 +49,7 @@ std::string take_root(std::string_view& rest) {
 
 }  // namespace
 
-std::wstring Location::wide() const {
+std::wstring AbsolutePath::wide() const {
   const std::string path = text();
   if (root.starts_with(verbatim))
     return widen(path);
@@ -58,18 +58,18 @@ std::wstring Location::wide() const {
   return widen(verbatim) + widen(path);
 }
 
-std::string Location::text() const {
+std::string AbsolutePath::text() const {
   std::string path = root;
   for (const std::string& name : names)
     path.append(path.ends_with('\\') ? "" : "\\").append(name);
   return path;
 }
 
-Result<Location> locate(const std::string& path) {
+Result<AbsolutePath> locate(const std::string& path) {
   if (path.empty())
     return Failure{path, "find it", "it has no name", Failure::Kind::missing};
   std::string_view rest = path;
-  Location location{take_root(rest), {}};
+  AbsolutePath location{take_root(rest), {}};
   if (location.root.empty()) {
     const std::string folder = current_folder();
     std::string_view below = folder;

@@ -7,7 +7,7 @@
 #include <vector>
 
 // An absolute path: a root and the names below it, spelled as given.
-struct Location {
+struct AbsolutePath {
   std::string root;  // "C:\", "\\server\share\" or "\\?\"
   std::vector<std::string> names;
 
@@ -20,4 +20,4 @@ struct Location {
 };
 
 // Makes a path absolute. Fails if Windows would not allow one of its names.
-Result<Location> locate(const std::string& path);
+Result<AbsolutePath> locate(const std::string& path);

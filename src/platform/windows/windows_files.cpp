@@ -51,7 +51,7 @@ std::optional<Entry> make_entry(const WIN32_FIND_DATAW& found, const std::wstrin
 }
 
 // Locates a folder and checks that it can be listed.
-Result<Location> find_folder(const std::string& folder) {
+Result<AbsolutePath> find_folder(const std::string& folder) {
   auto location = locate(folder);
   if (!location)
     return location;
@@ -116,7 +116,7 @@ Result<std::string> WindowsFiles::full_path(const std::string& folder) {
   auto location = find_folder(folder);
   if (!location)
     return location.failure();
-  Location spelled{location->root, {}};
+  AbsolutePath spelled{location->root, {}};
   for (const std::string& name : location->names) {
     spelled.names.push_back(name);
     // A folder that may be passed but not listed stays as it was written.

@@ -57,13 +57,13 @@ public:
     return lock_error ? -1 : Disk::lock(file);
   }
   int copy_acl(int from, int to) override { return acl_fails ? -1 : Disk::copy_acl(from, to); }
-  int permit(int file, mode_t mode) override {
+  int change_mode(int file, mode_t mode) override {
     struct stat status{};
     ::fstat(file, &status);
     EXPECT_TRUE(status.st_mode & S_IRUSR);
     ++permitted;
     errno = error;
-    return error ? -1 : Disk::permit(file, mode);
+    return error ? -1 : Disk::change_mode(file, mode);
   }
 
   std::string linked;           // instead of the map
