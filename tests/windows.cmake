@@ -45,7 +45,7 @@ add_machine_tests(windows
   platform/windows/windows_system_test.cpp)
 add_machine_tests(platform
   platform/files_test.cpp platform/parallel_test.cpp platform/printable_test.cpp
-  platform/replacing_test.cpp platform/services_test.cpp)
+  platform/replacing_test.cpp platform/registry_and_folders_test.cpp)
 add_machine_tests(engine engine/line_array_test.cpp engine/numbers_test.cpp)
 add_machine_tests(check
   check/random_pairs_test.cpp check/rules_test.cpp docs/templates_test.cpp)

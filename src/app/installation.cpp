@@ -4,10 +4,10 @@
 #include "app/edition.h"
 #include "app/target.h"
 #include "convert/original_maps.h"
-#include "platform/os_version.h"
+#include "platform/executable_release.h"
 #include "platform/path_rules.h"
 #include "platform/printable.h"
-#include "platform/services.h"
+#include "platform/registry_and_folders.h"
 
 namespace {
 

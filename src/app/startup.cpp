@@ -8,7 +8,7 @@
 #include "discover/search.h"
 #include "platform/os_version.h"
 #include "platform/printable.h"
-#include "platform/services.h"
+#include "platform/registry_and_folders.h"
 
 namespace {
 

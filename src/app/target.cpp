@@ -3,7 +3,7 @@
 
 #include "convert/line_reader.h"
 #include "platform/printable.h"
-#include "platform/services.h"
+#include "platform/registry_and_folders.h"
 
 namespace {
 

@@ -1,4 +1,4 @@
-// The version of the operating system, and the release of an executable.
+// The version of the operating system.
 #include "platform/os_version.h"
 
 #include <algorithm>
@@ -25,7 +25,8 @@ bool fits(std::uint32_t wanted, std::uint32_t value) { return wanted == any || w
 
 bool is_version(System& system, std::uint32_t major, std::uint32_t minor) {
   const auto version = system.os_version();
-  return version && version->platform == 2 && version->major == major && version->minor == minor;
+  return version && version->platform == OsVersion::nt_family && version->major == major &&
+         version->minor == minor;
 }
 
 }  // namespace
@@ -43,13 +44,3 @@ std::string getosshortname(System& system) {
 
 bool isvista(System& system) { return is_version(system, 6, 0); }
 bool iswin7(System& system) { return is_version(system, 6, 1); }
-
-std::string getexeversion(System& system, const std::string& path) {
-  const auto version = system.product_version(path);
-  if (!version)
-    return "";
-  const auto parts = [](std::uint32_t half) {
-    return std::to_string(half >> 16) + "." + std::to_string(half & 0xFFFF);
-  };
-  return parts(version->high) + "." + parts(version->low);
-}

@@ -1,4 +1,4 @@
-// The version of the operating system, and the release of an executable.
+// The version of the operating system.
 #pragma once
 
 #include "platform/system.h"
@@ -11,7 +11,3 @@
 std::string getosshortname(System& system);
 bool isvista(System& system);
 bool iswin7(System& system);
-
-// An executable's product version as four unsigned decimal numbers joined by "."; empty when the
-// file is missing or has no version resource.
-std::string getexeversion(System& system, const std::string& path);

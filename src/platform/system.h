@@ -10,6 +10,8 @@
 
 // The values of the platform's version query that the program uses (OSVERSIONINFOA).
 struct OsVersion {
+  static constexpr std::uint32_t nt_family = 2;  // VER_PLATFORM_WIN32_NT
+
   std::uint32_t platform;  // 0 Win32s, 1 the 9x family, 2 the NT family
   std::uint32_t major;
   std::uint32_t minor;
@@ -19,6 +21,13 @@ struct OsVersion {
 struct ProductVersion {
   std::uint32_t high;
   std::uint32_t low;
+};
+
+// The special folders that the program asks for, by their CSIDL values.
+struct Csidl {
+  static constexpr std::uint32_t local_app_data = 0x1C;
+  static constexpr std::uint32_t documents = 0x05;  // CSIDL_PERSONAL
+  static constexpr std::uint32_t create = 0x8000;   // CSIDL_FLAG_CREATE, with either
 };
 
 // The answer of SHGetFolderPath: its status code, and the folder when that is `ok`.
@@ -46,7 +55,7 @@ public:
   virtual bool reg_delete(const std::string& value_path) = 0;
 
   // Why the registry has no record of `subject` ("the game"), in one line that names the machine;
-  // empty where there is only one machine to look at.
+  // empty where there is only one machine.
   virtual std::string explain_unregistered(const std::string& subject) {
     static_cast<void>(subject);
     return "";
@@ -76,7 +85,7 @@ public:
   // The version query; nullopt when it fails.
   virtual std::optional<OsVersion> os_version() = 0;
 
-  // The folder of a CSIDL value, which may ask for its creation (CSIDL_FLAG_CREATE).
+  // The folder of a CSIDL value, which may ask for its creation.
   virtual FolderPath folder_path(std::uint32_t csidl) = 0;
 
   // The product version in an executable's version resource; nullopt when that is missing or

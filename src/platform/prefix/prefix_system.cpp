@@ -59,14 +59,11 @@ constexpr std::size_t longest_result = 32767;  // of an expansion, as in Windows
 
 constexpr char local_app_data[] = "Local AppData";
 
-constexpr std::uint32_t create_flag = 0x8000;  // CSIDL_FLAG_CREATE
-constexpr std::uint32_t nt_family = 2;         // VER_PLATFORM_WIN32_NT
-
 // The registry's name for the folder of a CSIDL value; null for any other value.
 const char* folder_name(std::uint32_t csidl) {
-  if (csidl == 0x1C)  // CSIDL_LOCAL_APPDATA
+  if (csidl == Csidl::local_app_data)
     return local_app_data;
-  return csidl == 0x05 ? "Personal" : nullptr;  // CSIDL_PERSONAL
+  return csidl == Csidl::documents ? "Personal" : nullptr;
 }
 
 // A text value as it stands in the registry; nullopt for one of another type.
@@ -99,7 +96,7 @@ std::optional<RegistryValue> find_variable(Registry& registry, const std::string
 
 // A version text such as "6.3".
 std::optional<OsVersion> parse_version(std::string_view text) {
-  OsVersion version{nt_family, 0, 0};
+  OsVersion version{OsVersion::nt_family, 0, 0};
   const char* const end = text.data() + text.size();
   const auto major = std::from_chars(text.data(), end, version.major);
   if (major.ec != std::errc() || major.ptr == end || *major.ptr != '.')
@@ -109,7 +106,7 @@ std::optional<OsVersion> parse_version(std::string_view text) {
 }
 
 OsVersion cap_version(const OsVersion& version) {
-  constexpr OsVersion newest{nt_family, 6, 2};
+  constexpr OsVersion newest{OsVersion::nt_family, 6, 2};
   const bool newer = std::tie(version.major, version.minor) > std::tie(newest.major, newest.minor);
   return newer ? newest : version;
 }
@@ -222,13 +219,13 @@ std::optional<OsVersion> PrefixSystem::os_version() {
 }
 
 FolderPath PrefixSystem::folder_path(std::uint32_t csidl) {
-  const char* const name = folder_name(csidl & ~create_flag);
+  const char* const name = folder_name(csidl & ~Csidl::create);
   if (!name)
     return {FolderPath::invalid_identifier, ""};
   const std::string path = registered_folder(name);
   if (path.empty())
     return {FolderPath::failed, ""};
-  if (csidl & create_flag)
+  if (csidl & Csidl::create)
     make_folder(path);
   const auto location = paths.find(path);
   std::error_code ignored;

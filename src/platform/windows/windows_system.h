@@ -1,7 +1,7 @@
 // The system of Windows itself.
 #pragma once
 
-#include "platform/services.h"
+#include "platform/registry_and_folders.h"
 #include "platform/system.h"
 
 #include <memory>

@@ -3,7 +3,7 @@
 #include "platform/os_version.h"
 #include "platform/prefix/prefix_files.h"
 #include "platform/prefix/prefix_system.h"
-#include "platform/services.h"
+#include "platform/registry_and_folders.h"
 #include "tests/support/prefix/machine_of.h"
 
 #include <gtest/gtest.h>

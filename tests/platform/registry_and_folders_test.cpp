@@ -1,13 +1,14 @@
-// The program's own operations on top of the machine.
-#include "platform/services.h"
+// The registry, special folders, versions and releases, on every machine.
+#include "platform/registry_and_folders.h"
 
+#include "platform/executable_release.h"
 #include "platform/os_version.h"
 #include "tests/support/fake_system.h"
 #include "tests/support/test_machine.h"
 
 #include <gtest/gtest.h>
 
-TEST(Services, RegistryAccessKnowsThreeModesInAnyCase) {
+TEST(Registry, AccessKnowsThreeModesInAnyCase) {
   FakeSystem system;
   system.registry["K\\Path"] = "here";
   EXPECT_EQ(regaccess(system, "READ", "K\\Path", "Path", "string"), "here");
@@ -19,7 +20,7 @@ TEST(Services, RegistryAccessKnowsThreeModesInAnyCase) {
   EXPECT_FALSE(system.registry.contains("K\\Path"));
 }
 
-TEST(Services, SpecialFoldersReportTwoOfTheirFailures) {
+TEST(SpecialFolders, ReportTwoOfTheirFailures) {
   FakeSystem system;
   std::string reported;
   const ShowMessage tell = [&](const std::string& text) { reported += text + "\n"; };
@@ -33,14 +34,14 @@ TEST(Services, SpecialFoldersReportTwoOfTheirFailures) {
   EXPECT_EQ(reported, "The folder does not exist\nAn invalid folder ID was specified\n");
 }
 
-TEST(Services, OwnFolderEndsInOneBackslash) {
+TEST(SpecialFolders, OwnFolderEndsInOneBackslash) {
   FakeSystem system;
   EXPECT_EQ(App_Path(system), "C:\\program\\");
   system.own = "C:\\";
   EXPECT_EQ(App_Path(system), "C:\\");
 }
 
-TEST(Services, AMachineHas64BitsByItsSecondProgramFolder) {
+TEST(OsVersion, AMachineHas64BitsByItsSecondProgramFolder) {
   TestMachine machine;
   Program program(machine);
   FakeSystem system;
@@ -66,7 +67,7 @@ TEST(OsVersion, TheFirstRowThatFitsNamesAVersion) {
   EXPECT_FALSE(isvista(system) || iswin7(system));
 }
 
-TEST(OsVersion, ReleasesAreFourUnsignedNumbers) {
+TEST(ExecutableRelease, ReleasesAreFourUnsignedNumbers) {
   FakeSystem system;
   EXPECT_EQ(getexeversion(system, "any"), "");
   system.product = ProductVersion{0x00010002, 0x8000FFFF};

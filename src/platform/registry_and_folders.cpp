@@ -1,15 +1,10 @@
 // Operations that the program builds on the machine: registry, special folders, folder tests.
-#include "platform/services.h"
+#include "platform/registry_and_folders.h"
 
 namespace {
 
-constexpr std::uint32_t create_flag = 0x8000;   // CSIDL_FLAG_CREATE
-constexpr std::uint32_t local_app_data = 0x1C;  // CSIDL_LOCAL_APPDATA
-constexpr std::uint32_t documents = 0x05;       // CSIDL_PERSONAL
-constexpr std::uint32_t nt_family = 2;          // VER_PLATFORM_WIN32_NT
-
 std::string special_folder(System& system, std::uint32_t folder, const ShowMessage& show_message) {
-  const FolderPath answer = system.folder_path(folder | create_flag);
+  const FolderPath answer = system.folder_path(folder | Csidl::create);
   if (answer.status == FolderPath::ok)
     return answer.path;
   if (answer.status == FolderPath::invalid_identifier)
@@ -37,11 +32,11 @@ std::string regaccess(System& system, const std::string& mode, const std::string
 }
 
 std::string getlocalappdata(System& system, const ShowMessage& show_message) {
-  return special_folder(system, local_app_data, show_message);
+  return special_folder(system, Csidl::local_app_data, show_message);
 }
 
 std::string getmydocs(System& system, const ShowMessage& show_message) {
-  return special_folder(system, documents, show_message);
+  return special_folder(system, Csidl::documents, show_message);
 }
 
 std::string App_Path(System& system) {
@@ -57,7 +52,7 @@ std::string system_drive(System& system) { return system.environment("windir").s
 
 bool is64bit(System& system, Files& files, const std::string& sysdrive) {
   const auto version = system.os_version();
-  return version && version->platform == nt_family &&
+  return version && version->platform == OsVersion::nt_family &&
          direxists(files, sysdrive + R"(\program files (x86)\.)");
 }
 
