@@ -148,14 +148,15 @@ prepare() { # prepare <command...>: makes a fresh sample, and runs the command i
 to_lf() { sed -i 's/\r$//' "$1"; }
 in_lf='its lines must end in CR LF'
 
-for file in targetvoraver.txt 'original vora galaxies.txt'; do
+list='original vora galaxies.txt'
+for file in targetvoraver.txt "$list"; do
   prepare to_lf "$file"
   run /s
   told "LF in $file" 1 "$file: cannot use it: $in_lf"
 done
-prepare sh -c "rm '$file' && ln -s '$file' '$file'"
+prepare sh -c "rm '$list' && ln -s '$list' '$list'"
 run /s
-told "a list that leads to itself" 1 "$file: cannot find it: Too many levels of symbolic links"
+told "a list that leads to itself" 1 "$list: cannot find it: Too many levels of symbolic links"
 prepare to_lf vnewstruct0.txt
 run /s
 told "LF in the baseline" 1 "No map was converted: vnewstruct0.txt: cannot use it: $in_lf"
@@ -178,7 +179,7 @@ told "no template" 1 'the map is of version "9" and cannot be converted'
 of_version_9() { # the found maps; those on the list of the game's own are skipped
   local map
   while IFS= read -r map; do
-    if ! grep -qixF "${map##*/}"$'\r' "$scratch/data/original vora galaxies.txt" &&
+    if ! grep -qixF "${map##*/}"$'\r' "$scratch/data/$list" &&
       sed -n 2p "$map" | grep -q $'[^0-9]9\r$'; then
       printf '%s\n' "$map"
     fi

@@ -2,7 +2,6 @@
 #include "app/target.h"
 
 #include "convert/line_reader.h"
-#include "platform/printable.h"
 #include "platform/registry_and_folders.h"
 
 namespace {
@@ -18,7 +17,7 @@ constexpr std::size_t debug_line = 6;
 void report_info_failure(Form1& form, const Result<Done>& written) {
   form.info_failed = !written;
   if (!written)
-    report_trouble(form, printable(written.failure().text()));
+    report_trouble(form, written.failure());
 }
 
 }  // namespace

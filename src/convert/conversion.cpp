@@ -106,7 +106,7 @@ std::string Run::explain_no_version(const Failure& failure) const {
     return "no edition of the game is selected.";
   const auto folder = form.files.full_path(".");
   if (!failure.missing() || !folder)
-    return failure.text();
+    return printable(failure.text());
   return failure.path + " is missing in " + printable(*folder) + ". " +
          advise_folder(form.system, failure.path);
 }

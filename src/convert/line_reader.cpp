@@ -1,8 +1,6 @@
 // Reads text files into line arrays.
 #include "convert/line_reader.h"
 
-#include "platform/printable.h"
-
 namespace {
 
 constexpr std::size_t missing_file_lines = 11;
@@ -32,9 +30,9 @@ LineArray readlines(Files& files, const std::string& path) {
 LineArray readlines_or_report(Form1& form, const std::string& path) {
   auto lines = read_text(form.files, path);
   if (!lines && !lines.failure().missing())
-    report_trouble(form, printable(lines.failure().text()));
+    report_trouble(form, lines.failure());
   if (lines && ends_lines_in_lf(lines->text()))
-    report_trouble(form, Failure{path, "use it", needs_cr_lf}.text());
+    report_trouble(form, Failure{path, "use it", needs_cr_lf});
   return lines_or_empty(std::move(lines));
 }
 

@@ -3,7 +3,6 @@
 
 #include "convert/line_reader.h"
 #include "platform/path_rules.h"
-#include "platform/printable.h"
 
 namespace {
 
@@ -23,7 +22,7 @@ void warn_of_missing_list(Form1& form) {
 void loadoriginalmaps(Form1& form) {
   const auto found = form.files.lookup(list_file, Match::files);
   if (!found)
-    report_trouble(form, printable(found.failure().text()));
+    report_trouble(form, found.failure());
   form.list_missing = found && found->empty();
   if (form.list_missing && form.unattended)
     form.screen.print_error(missing_list);

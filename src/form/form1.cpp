@@ -65,6 +65,10 @@ void report_trouble(Form1& form, const std::string& text) {
   form.screen.print_error(text);
 }
 
+void report_trouble(Form1& form, const Failure& failure) {
+  report_trouble(form, printable(failure.text()));
+}
+
 void report_troubles(Form1& form, const std::string& heading,
                      const std::vector<Failure>& failures) {
   if (failures.empty())

@@ -140,8 +140,10 @@ std::string in_box(const Form1& form, const std::string& text);
 // What to do where a data file is missing in the current folder, in one sentence.
 std::string advise_folder(System& system, const std::string& file);
 
-// Reports trouble: in a silent run on stderr, else in a message box.
+// Reports trouble: in a silent run on stderr, else in a message box. What `text` has from outside,
+// such as a file's name, has gone through `printable`; of a failure it need not.
 void report_trouble(Form1& form, const std::string& text);
+void report_trouble(Form1& form, const Failure& failure);
 
 // The same for several failures, one a line below a heading. Does nothing when there are none.
 void report_troubles(Form1& form, const std::string& heading, const std::vector<Failure>& failures);

@@ -10,9 +10,9 @@
 #include <string>
 #include <string_view>
 
-// A map that was read and can be replaced. On Linux it stays open, so that a file
-// which has taken its name since is detected. Windows renames no open file: there a file of the
-// same content cannot be told from it.
+// A map that was read and can be replaced. On Linux its file stays open, which shows when another
+// file has taken its name since. Windows does not rename an open file, so there another file of the
+// same content goes unnoticed.
 //
 // The functions are the steps of a replacement; each machine has its own. Names are those of
 // entries of the map's folder. No step follows a symlink. A failure has the map's path and the

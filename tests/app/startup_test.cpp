@@ -38,6 +38,7 @@ TEST(Startup, SelectsTheEditionThatIsInstalledAloneOrClickedOn) {
   const std::string zendrel = "C:\\Games\\vorazendrel\\";
   const std::string tarnfall = "C:\\Games\\voratarnfall\\";
   const struct {
+    const char* name;
     std::vector<std::string> installed;
     std::string then;
     const char* windows;
@@ -49,22 +50,22 @@ TEST(Startup, SelectsTheEditionThatIsInstalledAloneOrClickedOn) {
     const char* release;
   } cases[] = {
       // clang-format off
-      {{"vora"},                 "", "6.3", true,  false, "v", vora,     vora,    "U", true,  false, "1.2.3.4"},
-      {{"vora"},                 "", "6.3", false, false, "v", vora,     "P",     "U", true,  false, "1.2.3.4"},
-      {{"vora"},                 "", "6.1", true,  false, "v", vora,     "U",     "U", true,  false, "1.2.3.4"},
-      {{"vora"},                 "", "6.0", true,  false, "v", vora,     "U",     "U", true,  false, "1.2.3.4"},
-      {{"vora"},                 "", "6.1", false, false, "v", vora,     "P",     "U", true,  false, "1.2.3.4"},
-      {{"vora"},                 "", "5.1", true,  true,  "v", vora,     vora,    "U", true,  false, "1.2.3.4"},
-      {{"vora", "vorazendrel"},  "", "6.3", true,  false, "v", zendrel,  zendrel, "U", true,  false, "1.2.3.4"},
-      {{"voratarnfall"},         "", "6.3", true,  false, "t", tarnfall, "P",     "T", false, true,  "5.6.7.8"},
-      {{"voratarnfall"},         "", "6.1", true,  false, "t", tarnfall, "P",     "T", false, true,  "5.6.7.8"},
-      {{"voratarnfall"},         "", "6.3", true,  true,  "t", tarnfall, "",      "",  false, true,  "5.6.7.8"},
-      {{},                       "", "6.3", true,  true,  "v", "",       "",      "U", false, false, ""},
-      {{"vora", "voratarnfall"}, "",        "6.3", true,  true,  "",  "",       "",       "",  true,  true,  ""},
-      {{"vora", "voratarnfall"}, "click v", "6.3", true,  false, "v", vora,     vora,     "U", false, false, "1.2.3.4"},
-      {{"vora", "voratarnfall"}, "click v", "6.3", false, false, "v", vora,     "P",      "U", false, false, "1.2.3.4"},
-      {{"vora", "voratarnfall"}, "click t", "6.3", true,  false, "t", tarnfall, tarnfall, "T", false, false, "5.6.7.8"},
-      {{"vora", "voratarnfall"}, "click t", "6.1", true,  false, "t", tarnfall, "T",      "T", false, false, "5.6.7.8"},
+      {"base",                               {"vora"},                 "", "6.3", true,  false, "v", vora,     vora,    "U", true,  false, "1.2.3.4"},
+      {"base, no user folder",               {"vora"},                 "", "6.3", false, false, "v", vora,     "P",     "U", true,  false, "1.2.3.4"},
+      {"base on Windows 7",                  {"vora"},                 "", "6.1", true,  false, "v", vora,     "U",     "U", true,  false, "1.2.3.4"},
+      {"base on Vista",                      {"vora"},                 "", "6.0", true,  false, "v", vora,     "U",     "U", true,  false, "1.2.3.4"},
+      {"base on Windows 7, no user folder",  {"vora"},                 "", "6.1", false, false, "v", vora,     "P",     "U", true,  false, "1.2.3.4"},
+      {"base on XP, debug",                  {"vora"},                 "", "5.1", true,  true,  "v", vora,     vora,    "U", true,  false, "1.2.3.4"},
+      {"bundle",                             {"vora", "vorazendrel"},  "", "6.3", true,  false, "v", zendrel,  zendrel, "U", true,  false, "1.2.3.4"},
+      {"expansion",                          {"voratarnfall"},         "", "6.3", true,  false, "t", tarnfall, "P",     "T", false, true,  "5.6.7.8"},
+      {"expansion on Windows 7",             {"voratarnfall"},         "", "6.1", true,  false, "t", tarnfall, "P",     "T", false, true,  "5.6.7.8"},
+      {"expansion, debug",                   {"voratarnfall"},         "", "6.3", true,  true,  "t", tarnfall, "",      "",  false, true,  "5.6.7.8"},
+      {"nothing, debug",                     {},                       "", "6.3", true,  true,  "v", "",       "",      "U", false, false, ""},
+      {"both, debug",                        {"vora", "voratarnfall"}, "",        "6.3", true,  true,  "",  "",       "",       "",  true,  true,  ""},
+      {"both, base clicked",                 {"vora", "voratarnfall"}, "click v", "6.3", true,  false, "v", vora,     vora,     "U", false, false, "1.2.3.4"},
+      {"both, base clicked, no user folder", {"vora", "voratarnfall"}, "click v", "6.3", false, false, "v", vora,     "P",      "U", false, false, "1.2.3.4"},
+      {"both, expansion clicked",            {"vora", "voratarnfall"}, "click t", "6.3", true,  false, "t", tarnfall, tarnfall, "T", false, false, "5.6.7.8"},
+      {"both, expansion clicked, Windows 7", {"vora", "voratarnfall"}, "click t", "6.1", true,  false, "t", tarnfall, "T",      "T", false, false, "5.6.7.8"},
       // clang-format on
   };
   for (const auto& c : cases) {
@@ -88,7 +89,7 @@ TEST(Startup, SelectsTheEditionThatIsInstalledAloneOrClickedOn) {
     apply_layout(form);
     form.Command6.set_visible(false);
     form.Command7.set_visible(false);
-    SCOPED_TRACE(std::to_string(&c - cases));
+    SCOPED_TRACE(c.name);
     EXPECT_EQ(program.run([&] { startup(form); }), Program::returned);
     const std::string shown = form.Dir1.path();
     if (!c.then.empty())
@@ -199,25 +200,42 @@ TEST(Startup, ChecksTheReleaseOfTheInstalledGame) {
                        "local apps is\r\nC:\\users\\me\\AppData\\Local:\r\n"
                        "and the vora user directory is\r\nC:\\Games\\vora\\";
   const struct {
+    const char* name;
     std::vector<std::string> installed;
     VersionParts release;
     const char* target;
     bool list;
     std::string reported;  // how the message begins
   } cases[] = {
-      {{"vora"}, {1, 2, 3, 4}, "1.2.3.4\r\n", true, right},
-      {{"vora"}, {1, 2, 3, 5}, "1.2.3.4\r\n", true, whole},
-      {{"vora"}, {1, 2, 3, 4}, "1.2.3.04\r\n", true, wrong},
-      {{"vora"}, {1, 2, 3, 5}, "1.2.3.4\r\n", false, right},
-      {{"vora"}, {1, 2, 3, 5}, "1.2.3.4\r\n\r\n\r\n\r\n\r\n\r\ndebug \r\n", true, wrong},
-      {{"vora"}, {1, 2, 3, 5}, "", true, wrong},
-      {{"voratarnfall"}, {1, 2, 3, 4}, "x\r\n\r\n\r\n\r\n1.2.3.4\r\n", true, right},
-      {{"voratarnfall"}, {1, 2, 3, 4}, "1.2.3.4\r\n", true, wrong},
-      {{"vora", "voratarnfall"}, {9, 9, 9, 9}, "1.2.3.4\r\n", true, right},
-      {{}, {}, "1.2.3.4\r\n", true, wrong},
-      {{}, {}, "\r\n", true, right},
+      {"right", {"vora"}, {1, 2, 3, 4}, "1.2.3.4\r\n", true, right},
+      {"wrong", {"vora"}, {1, 2, 3, 5}, "1.2.3.4\r\n", true, whole},
+      {"compared as texts", {"vora"}, {1, 2, 3, 4}, "1.2.3.04\r\n", true, wrong},
+      {"no list of own maps", {"vora"}, {1, 2, 3, 5}, "1.2.3.4\r\n", false, right},
+      {"debug with a blank",
+       {"vora"},
+       {1, 2, 3, 5},
+       "1.2.3.4\r\n\r\n\r\n\r\n\r\n\r\ndebug \r\n",
+       true,
+       wrong},
+      {"no target line", {"vora"}, {1, 2, 3, 5}, "", true, wrong},
+      {"expansion: its own line",
+       {"voratarnfall"},
+       {1, 2, 3, 4},
+       "x\r\n\r\n\r\n\r\n1.2.3.4\r\n",
+       true,
+       right},
+      {"expansion: the base game's line",
+       {"voratarnfall"},
+       {1, 2, 3, 4},
+       "1.2.3.4\r\n",
+       true,
+       wrong},
+      {"both editions", {"vora", "voratarnfall"}, {9, 9, 9, 9}, "1.2.3.4\r\n", true, right},
+      {"nothing installed", {}, {}, "1.2.3.4\r\n", true, wrong},
+      {"nothing installed, empty target", {}, {}, "\r\n", true, right},
   };
   for (const auto& c : cases) {
+    SCOPED_TRACE(c.name);
     TestMachine machine;
     machine.write_data();
     for (const std::string& edition : c.installed)
@@ -234,7 +252,7 @@ TEST(Startup, ChecksTheReleaseOfTheInstalledGame) {
     if (explained) {
       EXPECT_TRUE(program.screen.messages[0].starts_with("No game was found: the game is not"));
     }
-    EXPECT_EQ(program.screen.messages.back().substr(0, c.reported.size()), c.reported) << c.target;
+    EXPECT_EQ(program.screen.messages.back().substr(0, c.reported.size()), c.reported);
   }
 }
 

@@ -204,7 +204,7 @@ const PrefixMap::Written* PrefixMap::find_written(const std::string& entry) cons
   return found == written.end() ? nullptr : &*found;
 }
 
-// The kept hard link needs no care: on Linux a rename leaves it alone.
+// The kept hard link needs no care: on Linux a rename does not touch it.
 Result<Done> PrefixMap::rename(const std::string& from, const std::string& to, const std::string&) {
   names->added(to);
   if (!set_permissions(from) || uninterrupted([&] {
