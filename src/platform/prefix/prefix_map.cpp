@@ -12,8 +12,6 @@
 
 namespace {
 
-constexpr int attempts = 100;  // to find a free name
-
 // The error of a file system, or of a kind of file, that has no hard links.
 bool lacks_hard_links(int error) {
   return error == EPERM || error == EOPNOTSUPP || error == ENOSYS || error == EMLINK;

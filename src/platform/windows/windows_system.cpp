@@ -20,23 +20,21 @@ constexpr char no_script_host[] =
     "The Windows script host, through which the registry is read, is not available.\r\n"
     "The program goes on as if no edition of the game were registered.";
 
-// A file's version information by its wide name; empty when there is none.
-std::string wide_information(const std::wstring& name) {
+// A file's version information by the calls for one kind of name; empty when there is none.
+template <class AskSize, class Fill, class Character>
+std::string version_information(AskSize ask_size, Fill fill, const Character* name) {
   DWORD unused = 0;
-  const DWORD size = GetFileVersionInfoSizeW(name.c_str(), &unused);
+  const DWORD size = ask_size(name, &unused);
   std::string block(size, '\0');
-  return size && GetFileVersionInfoW(name.c_str(), 0, size, block.data()) ? block : "";
+  return size && fill(name, 0, size, block.data()) ? block : "";
 }
 
-// The same by the file's name in the code page, where it has one.
+// By the file's name in the code page, where it has one.
 std::string version_information(const std::string& path) {
   const auto name = code_page_path(path);
-  if (!name)
-    return wide_information(widen(path));
-  DWORD unused = 0;
-  const DWORD size = GetFileVersionInfoSizeA(name->c_str(), &unused);
-  std::string block(size, '\0');
-  return size && GetFileVersionInfoA(name->c_str(), 0, size, block.data()) ? block : "";
+  return name ? version_information(GetFileVersionInfoSizeA, GetFileVersionInfoA, name->c_str())
+              : version_information(GetFileVersionInfoSizeW, GetFileVersionInfoW,
+                                    widen(path).c_str());
 }
 
 }  // namespace
