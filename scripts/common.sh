@@ -24,7 +24,7 @@ offered() {
 find_missing() {
   local package
   missing=()
-  for package in "$@"; do
+  for package in $(printf '%s\n' "$@" | sort -u); do
     if ! installed "$package" && offered "$package"; then missing+=("$package"); fi
   done
 }

@@ -87,22 +87,23 @@ Result<Done> MapReplacement::write_temporary(const NewFile& file, const std::str
   return note_unflushed(prepared.back().temporary.entry(), file.name);
 }
 
-Result<Done> MapReplacement::check_map() { return check_unchanged(state.settled); }
+Result<Done> MapReplacement::check_map() {
+  if (!state.settled)
+    if (auto compared = compare_map(); !compared)
+      return compared;
+  return check_state();
+}
 
 // The map must be as it was read. A state that is not settled cannot show that: a map that was
 // written just before may be written again within the same time stamp, or get its time stamp late.
-Result<Done> MapReplacement::check_unchanged(bool by_state) {
-  if (!by_state) {
-    const auto now = map.state_of(map.name);
-    if (!now)
-      return now.failure();
-    if (!now->same_file(state))
-      return changed();
-    state = *now;
-    if (auto checked = check_content(); !checked)
-      return checked;
-  }
-  return check_state(map.name);
+Result<Done> MapReplacement::compare_map() {
+  const auto now = map.state_of(map.name);
+  if (!now)
+    return now.failure();
+  if (!now->same_file(state))
+    return changed();
+  state = *now;
+  return check_content();
 }
 
 // What somebody else has saved since the reading must not be lost.
@@ -113,9 +114,9 @@ Result<Done> MapReplacement::check_content() {
   return *same ? Result<Done>(Done{}) : changed();
 }
 
-// A name must be that of the file that was read, and nobody may have written to that file.
-Result<Done> MapReplacement::check_state(const std::string& name) {
-  const auto now = map.state_of(name);
+// The map's name must be that of the file that was read, and nobody may have written to that file.
+Result<Done> MapReplacement::check_state() {
+  const auto now = map.state_of(map.name);
   if (!now)
     return now.failure();
   return *now == state ? Result<Done>(Done{}) : changed();
@@ -138,17 +139,20 @@ Result<Done> MapReplacement::place(Prepared& file, const std::string& kept) {
 Result<Done> MapReplacement::move_older_backup() {
   if (older_backup.empty())
     return Done{};
-  for (const std::string_view content : {std::string_view(was), std::string_view()}) {
-    const auto same = holds(older_backup, content);
-    if (!same)
-      return same.failure();
-    replaces_older |= *same;
-  }
-  if (!replaces_older)
+  const auto kind = kind_of(older_backup);
+  if (!kind)
+    return kind.failure();
+  if (*kind != OpenMap::Kind::file)
     return move_aside(older_backup);
-  const auto now = map.state_of(older_backup);
+  const auto now = map.state_of(older_backup);  // before the comparison, which takes a while
   if (!now)
     return now.failure();
+  const auto same = now->size == 0 ? Result<bool>(true) : holds(older_backup, was);
+  if (!same)
+    return same.failure();
+  if (!*same)
+    return move_aside(older_backup);
+  replaces_older = true;
   older_state = *now;
   backup = older_backup;
   return Done{};
@@ -215,6 +219,8 @@ Result<Done> MapReplacement::place_backup() {
   if (backup.empty())
     return Done{};
   if (made) {
+    if (!is_map(map.name))
+      return changed();
     if (replaces_older)
       if (auto checked = check_older_backup(); !checked)
         return checked;
@@ -245,12 +251,15 @@ Result<Done> MapReplacement::check_made(const std::string& name) {
   const auto now = map.state_of(name);
   if (!now)
     return now.failure();
-  backup_is_hard_link = now->same_file(state);
-  backup_state = *now;
-  const auto equal = backup_is_hard_link ? Result<bool>(*now == state) : holds(name, was);
+  const bool is_hard_link = now->same_file(state);
+  const auto equal = is_hard_link ? Result<bool>(*now == state) : holds(name, was);
   if (!equal)
     return equal.failure();
-  return *equal ? Result<Done>(Done{}) : changed();
+  if (!*equal)
+    return changed();
+  backup_is_hard_link = is_hard_link;
+  backup_state = *now;
+  return Done{};
 }
 
 // Between its flush and the replacement somebody may have removed or changed the backup.
@@ -262,15 +271,18 @@ Result<Done> MapReplacement::check_backup() {
                              : failure("its backup " + backup + " has changed");
 }
 
-// The last check comes after everything slow, so that it sees what is saved while the map is
+// The last checks come after everything slow, so that they see what is saved while the map is
 // compared or its backup is copied or flushed. Where the map's own file does not become the backup,
 // content is compared, so that not even a writer who sets the time back loses anything.
 Result<Done> MapReplacement::replace() {
   if (backup.empty())
     return Done{};
+  if (!state.settled || !backup_is_hard_link)
+    if (auto compared = compare_map(); !compared)
+      return compared;
   if (auto checked = check_backup(); !checked)
     return checked;
-  if (auto checked = check_unchanged(state.settled && backup_is_hard_link); !checked)
+  if (auto checked = check_state(); !checked)
     return checked;
   return place(prepared.back(), backup);
 }
@@ -282,11 +294,15 @@ Result<Done> MapReplacement::replace() {
 std::string MapReplacement::take_back_backup() {
   if (!placed || replaces_older)
     return "";
+  const std::string stays = "; its backup " + backup + " stays, since ";
   if (!map.locked)
-    return "; its backup " + backup + " stays, since the map cannot be locked";
+    return stays + "the map cannot be locked";
+  if (!is_map(map.name))
+    return stays + "another file has the map's name";
   const auto now = map.state_of(backup);
-  if (now && is_own_backup(*now) && is_map(map.name))
-    map.remove(backup);
+  if (!now || !is_own_backup(*now))
+    return stays + "it may be another program's";
+  map.remove(backup);
   return "";
 }
 

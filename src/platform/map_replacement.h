@@ -102,9 +102,9 @@ private:
 
   Result<std::string> find_companion(const std::string& name);
   Result<Done> write_temporary(const NewFile& file, const std::string& name);
-  Result<Done> check_unchanged(bool by_state);
+  Result<Done> compare_map();
   Result<Done> check_content();
-  Result<Done> check_state(const std::string& name);
+  Result<Done> check_state();
   Result<bool> holds(const std::string& name, std::string_view content);
   Result<Done> move_aside(const std::string& name);
   bool is_map(const std::string& name);

@@ -171,14 +171,14 @@ std::vector<fs::path> expand(const fs::path& base, std::string_view pattern) {
 std::vector<fs::path> named_in(const fs::path& file, Texts (*named)(std::string_view text),
                                const std::string& home) {
   const auto text = read_regular_file(file.string(), max_list_size);
-  auto names = text ? named(*text) : Texts();
-  std::set<std::string> known;
-  std::erase_if(names, [&](const std::string& name) { return !known.insert(name).second; });
-  names.resize(std::min(names.size(), max_named));
+  const auto names = text ? named(*text) : Texts();
+  std::set<fs::path> known;
   std::vector<fs::path> paths;
   for (const auto& name : names) {
     const std::string path = name.starts_with("~/") ? home + name.substr(1) : name;
-    if (path.starts_with('/') && path.find('\0') == std::string::npos)
+    const auto spelled = (fs::path(path).lexically_normal() / "").parent_path();  // in one way
+    if (path.starts_with('/') && path.find('\0') == std::string::npos && paths.size() < max_named &&
+        known.insert(spelled).second)
       paths.emplace_back(path);
   }
   return paths;

@@ -1,9 +1,6 @@
 // Tells whether a folder is a Wine prefix, and what is wrong with one that is not.
 #include "platform/prefix/prefix_check.h"
 
-#include "platform/files.h"
-#include "platform/prefix/descriptor.h"
-
 namespace fs = std::filesystem;
 
 namespace {
@@ -22,13 +19,12 @@ std::string suggest(const fs::path& folder) {
   return "";
 }
 
-// Why the registry cannot be read; empty if it can.
-std::string registry_problem(const fs::path& folder) {
-  const auto registry = read_regular_file((folder / "system.reg").string(), Files::max_file_size);
-  if (registry)
+// Why nothing was read of the registry; empty if something was.
+std::string registry_problem(const fs::path& folder, const std::optional<Failure>& unread) {
+  if (unread)
+    return "its system.reg cannot be read: " + unread->reason;
+  if (is_there(folder / "system.reg"))
     return "";
-  if (!registry.failure().missing())
-    return "its system.reg cannot be read: " + registry.failure().reason;
   std::error_code ignored;
   return fs::is_directory(folder, ignored) ? "it has no system.reg" : "there is no such folder";
 }
@@ -50,8 +46,9 @@ std::optional<std::string> prefix_around(fs::path folder) {
   return std::nullopt;
 }
 
-std::string explain_unregistered(const fs::path& folder, const std::string& subject) {
-  const std::string problem = registry_problem(folder);
+std::string explain_unregistered(const fs::path& folder, const std::optional<Failure>& unread,
+                                 const std::string& subject) {
+  const std::string problem = registry_problem(folder, unread);
   if (problem.empty())
     return subject + " is not registered in the Wine prefix " + folder.string() + suggest(folder);
   return "the Wine prefix " + folder.string() + " cannot be used: " + problem + suggest(folder);

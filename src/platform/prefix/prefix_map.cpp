@@ -12,9 +12,11 @@
 
 namespace {
 
-// The error of a file system, or of a kind of file, that has no hard links.
+// The error of a file system, or of a kind of file, that has no hard links, or of a map that
+// another file is mounted over or that has another project's quota.
 bool lacks_hard_links(int error) {
-  return error == EPERM || error == EOPNOTSUPP || error == ENOSYS || error == EMLINK;
+  return error == EPERM || error == EOPNOTSUPP || error == ENOSYS || error == EMLINK ||
+         error == EXDEV;
 }
 
 constexpr mode_t permissions = 0777;  // without set-user-ID, set-group-ID and sticky bits
@@ -49,15 +51,10 @@ bool rename_at_no_replace(const Descriptor& folder, const std::string& from,
   if (errno != EINVAL && errno != ENOSYS)
     return false;
   // The file system does not know the flag. An empty file takes the name first, which replaces
-  // nothing, and is renamed over.
-  if (!open_at(folder, to, O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW, 0600))
-    return false;
-  if (uninterrupted([&] { return disk.rename(at, from.c_str(), to.c_str(), 0); }) == 0)
-    return true;
-  const int error = errno;
-  disk.remove(at, to.c_str());
-  errno = error;
-  return false;
+  // nothing, and is renamed over. It stays after a failure: another run may have put its own in its
+  // place.
+  return open_at(folder, to, O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW, 0600) &&
+         uninterrupted([&] { return disk.rename(at, from.c_str(), to.c_str(), 0); }) == 0;
 }
 
 // What another map of the batch may have used up, and will have given back.
@@ -209,7 +206,7 @@ Result<Done> PrefixMap::rename(const std::string& from, const std::string& to, c
                                   return folder.disk().rename(folder.get(), from.c_str(),
                                                               to.c_str(), 0);
                                 }) != 0)
-    return last_error();
+    return errno == EBUSY ? failure("another file is mounted over it") : last_error();
   return Done{};
 }
 
@@ -229,5 +226,5 @@ Result<bool> PrefixMap::link(const std::string& from, const std::string& to) {
     return true;
   if (lacks_hard_links(errno))
     return false;
-  return errno == EXDEV ? failure("another file is mounted over it") : last_error();
+  return last_error();
 }

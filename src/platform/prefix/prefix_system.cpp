@@ -142,7 +142,7 @@ bool PrefixSystem::reg_write(const std::string& value_path, const std::string& d
 bool PrefixSystem::reg_delete(const std::string& value_path) { return registry.remove(value_path); }
 
 std::string PrefixSystem::explain_unregistered(const std::string& subject) {
-  return ::explain_unregistered(prefix_folder, subject);
+  return ::explain_unregistered(prefix_folder, registry.machine_failure(), subject);
 }
 
 std::string PrefixSystem::explain_unread_user() {

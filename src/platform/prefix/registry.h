@@ -28,7 +28,9 @@ public:
   // Whether the prefix is a 32-bit Windows, which Wine notes in a line of system.reg.
   bool is_32_bit();
 
-  // Why the user's file, as far as it was read, counts as empty although it is there.
+  // Why the machine's or the user's file, as far as it was read, counts as empty although it is
+  // there.
+  const std::optional<Failure>& machine_failure() const { return local_machine.failure; }
   const std::optional<Failure>& user_failure() const { return current_user.failure; }
 
   // Sets a value, creating its key if needed. `type` is REG_SZ, REG_EXPAND_SZ, REG_DWORD or

@@ -230,6 +230,30 @@ TEST_F(ReplaceOnPosix, AFailureRemovesTheBackupThatWasMade) {
   }
 }
 
+// What another program has saved is not to be replaced by the command that gets maps back: so a
+// backup that stays is named.
+TEST_F(ReplaceOnPosix, AFailureNamesTheBackupThatStays) {
+  const auto save_as = [&](const std::string& name) {
+    write_file(machine.drive_c / "theirs", "theirs");
+    fs::rename(machine.drive_c / "theirs", maps / name);
+  };
+  for (const auto& [name, reason] :
+       {std::pair("a.galaxy", "it has changed since it was read; its backup a.galold stays, since "
+                              "another file has the map's name"),
+        std::pair("a.galold", "its backup a.galold has changed; its backup a.galold stays, since "
+                              "it may be another program's")}) {
+    fs::remove_all(maps);
+    write_file(maps / "a.galaxy", "old");
+    disk.at_flush = [&] {
+      if (fs::exists(maps / "a.galold"))
+        save_as(name);
+    };
+    EXPECT_EQ(replace().failure().reason, reason);
+    EXPECT_EQ(read_file(maps / name), "theirs");
+    EXPECT_TRUE(fs::exists(maps / "a.galold"));
+  }
+}
+
 // Whether an older backup ever reached the disk, nobody knows.
 TEST_F(ReplaceOnPosix, AnEqualOlderBackupIsReplacedByAFlushedFile) {
   for (const bool copied : {false, true}) {
