@@ -3,25 +3,49 @@
 
 #include "check/finding.h"
 #include "check/sections.h"
+#include "engine/numbers.h"
 
 #include <algorithm>
 
-// Kinds are in the order of their lengths, so that the index finds the longest.
-Baseline::Baseline(LineArray lines_in) : lines(std::move(lines_in)) {
+namespace {
+
+// The texts of a sorted list that begin with `start`.
+auto beginning_with(const std::vector<std::string_view>& sorted, std::string_view start) {
+  return std::ranges::equal_range(
+      sorted, start, {}, [&](std::string_view text) { return text.substr(0, start.size()); });
+}
+
+}  // namespace
+
+// A text is sorted behind those that it begins with, so the index finds the longest.
+Baseline::Baseline(std::string filename_in, Result<std::string> text) {
+  filename = std::move(filename_in);
+  if (text)
+    lines = LineArray::split(*std::move(text));
+  else
+    failure = text.failure();
+  if (const auto last = version_of(lines[1]); has_number(last))
+    version = numeric_value(last);
   std::vector<std::string_view> shown;
   for (std::size_t i = 0; i < lines.size(); ++i)
     if (!is_remark(lines[i]) && !unindented(lines[i]).empty())
       shown.push_back(lines[i]);
-  const std::set<std::string_view> distinct(shown.begin(), shown.end());
-  texts.insert(texts.end(), distinct.begin(), distinct.end());
-  std::ranges::sort(texts, {}, [](const std::string& text) {
-    return std::pair(text.size(), std::string_view(text));
-  });
-  index = PrefixIndex({texts.begin(), texts.end()});
+  std::set<std::string_view> distinct(shown.begin(), shown.end());
+  distinct.insert("");
+  texts.assign(distinct.begin(), distinct.end());
+  index = PrefixIndex(texts);
   for (const std::string_view line : shown) {
-    words.emplace(first_word(line));
+    unindenteds.push_back(unindented(line));
+    words.insert(first_word(line));
+    spellings[lowered(first_word(line))] = first_word(line);
     order.push_back(index.find(line));
   }
+  std::ranges::sort(unindenteds);
+  add_order();
+}
+
+void Baseline::add_order() {
+  std::set<std::size_t> openers;  // a deeper line follows
   for (std::size_t i = 1; i < order.size(); ++i) {
     const std::size_t a = order[i - 1], b = order[i];
     following.emplace(a, b);
@@ -29,6 +53,16 @@ Baseline::Baseline(LineArray lines_in) : lines(std::move(lines_in)) {
       openers.insert(a);
     if (depth(b) < depth(a))
       closers.insert(b);
+  }
+  for (const auto& [a, b] : following) {
+    behind_depth.emplace(depth(a), b);
+    before_depth.emplace(a, depth(b), closers.contains(b));
+  }
+  places.resize(texts.size());
+  for (std::size_t i = 0; i < order.size(); ++i) {
+    const bool bend = openers.contains(order[i]) || closers.contains(order[i]);
+    places[order[i]].push_back(i);
+    bends.push_back(bends.back() + (bend ? 1 : 0));
   }
 }
 
@@ -40,47 +74,45 @@ std::size_t Baseline::kind(std::string_view line) const {
   return goes_on && in_word(line[size]) ? 0 : found;
 }
 
-std::set<std::size_t> Baseline::kinds(const OutputLine& output) const {
-  std::set<std::size_t> found;
+std::vector<std::size_t> Baseline::kinds(const OutputLine& output) const {
+  std::vector<std::size_t> found;
   if (output.marker != Marker::none && !unindented(output.text).empty())
-    for (std::size_t k = 1; k < texts.size(); ++k)
-      if (texts[k].starts_with(output.text))
-        found.insert(k);
+    for (const std::string_view& text : beginning_with(texts, output.text))
+      found.push_back(static_cast<std::size_t>(&text - texts.data()));
   if (const std::size_t k = kind(output.text); k > 0)
-    found.insert(k);
+    found.push_back(k);
   return found;
 }
 
 std::string Baseline::missing(std::size_t a, std::size_t b) const {
-  for (std::size_t i = 0; i < order.size() && !closers.contains(a); ++i) {
-    if (order[i] != a)
-      continue;
-    std::size_t j = i + 1;
-    while (j < order.size() && order[j] != b && is_plain(order[j]))
-      ++j;
-    if (j > i + 1 && j < order.size() && order[j] == b)
-      return ", which has " + quoted(texts[order[i + 1]]) + " between";
+  for (const std::size_t i : places[a]) {
+    const auto j = std::ranges::upper_bound(places[b], i + 1);
+    if (!closers.contains(a) && j != places[b].end() && bends[*j] == bends[i + 1])
+      return ", which has " + quote(texts[order[i + 1]]) + " between";
   }
   return "";
 }
 
 bool Baseline::may_follow(std::size_t a, std::size_t b) const {
-  if (depth(b) < depth(a) && closers.contains(b))
-    return true;
-  return std::ranges::any_of(following, [&](const auto& known) {
-    const auto [x, y] = known;
-    return (y == b && depth(x) == depth(a)) ||
-           (x == a && depth(y) == depth(b) && closers.contains(y) == closers.contains(b));
-  });
+  const bool closes = closers.contains(b);
+  return (depth(b) < depth(a) && closes) || behind_depth.contains({depth(a), b}) ||
+         before_depth.contains({a, depth(b), closes});
+}
+
+std::string_view Baseline::misspelt(std::string_view word) const {
+  const auto found = spellings.find(lowered(word));
+  return found == spellings.end() || has_word(word) ? "" : found->second;
+}
+
+bool Baseline::has_start(std::string_view start) const {
+  return !beginning_with(texts, start).empty();
 }
 
 std::set<std::string_view> Baseline::words_like(std::string_view recognition) const {
   std::set<std::string_view> found;
-  for (const std::string_view text : texts) {
-    const auto line = is_blank(recognition.front()) ? text : unindented(text);
-    if (!line.starts_with(recognition))
-      continue;
-    const auto rest = line.substr(recognition.size());
+  for (const std::string_view text :
+       beginning_with(is_blank(recognition.front()) ? texts : unindenteds, recognition)) {
+    const auto rest = text.substr(recognition.size());
     if (rest.empty() || !is_letter(rest.front()))
       return {};
     found.insert(first_word(text));
@@ -90,8 +122,4 @@ std::set<std::string_view> Baseline::words_like(std::string_view recognition) co
 
 std::size_t Baseline::depth(std::size_t kind) const {
   return texts[kind].size() - unindented(texts[kind]).size();
-}
-
-bool Baseline::is_plain(std::size_t kind) const {
-  return !openers.contains(kind) && !closers.contains(kind);
 }

@@ -1,7 +1,6 @@
 // Checks templates, and the conversion of maps by them.
 #include "check/checker.h"
 
-#include "check/sections.h"
 #include "engine/numbers.h"
 
 #include <algorithm>
@@ -9,8 +8,8 @@
 
 Checker::Checker(std::vector<Edition> editions_in) : editions(std::move(editions_in)) {
   for (const Edition& edition : editions) {
-    for (const auto& [path, lines] : edition.files())
-      findings.read_remarks(path, *lines);
+    for (const Template* file : edition.files())
+      findings.read_remarks(file->filename, file->lines);
     for (const Rule& rule : all_rules()) {
       const Report report(findings, rule.name);
       if (rule.of_edition)
@@ -22,33 +21,30 @@ Checker::Checker(std::vector<Edition> editions_in) : editions(std::move(editions
   }
 }
 
-// A first line that only old templates have is the baseline's mistake.
+// A first line that only old templates have, or that two baselines have, is a baseline's mistake.
 const Edition* Checker::edition_of(const Map& map) {
   const auto title = map.lines[0];
+  const auto has_title = [&](const auto& pair) { return pair.second.old.lines[0] == title; };
   std::vector<const Edition*> same, similar;
-  for (const Edition& edition : editions) {
-    if (edition.version && edition.baseline && edition.baseline->lines[0] == title)
+  for (const Edition& edition : editions)
+    if (edition.baseline.version && edition.baseline.lines[0] == title)
       same.push_back(&edition);
-    else if (edition.version && std::ranges::any_of(edition.pairs, [&](const auto& pair) {
-               return pair.second.old.lines[0] == title;
-             }))
+    else if (edition.baseline.version && std::ranges::any_of(edition.pairs, has_title))
       similar.push_back(&edition);
-  }
-  if (same.size() == 1)
-    return same[0];
   const Report report(findings, "unknown-edition");
   const Place seen{map.path, 0};
-  if (same.empty() && similar.size() == 1) {
-    report({similar[0]->baseline_file, 0},
-           "its maps begin with " + quoted(title) + ", as old templates do", seen);
-    return similar[0];
-  }
-  report(seen,
-         quoted(title) + " is the first line of " +
-             (same.empty() ? "no baseline: it is not checked"
-                           : "more than one baseline: name the edition with --edition"),
-         seen, std::string(title) + " ");
-  return nullptr;
+  if (same.size() > 1)
+    report({same[1]->baseline.filename, 0},
+           "it begins like " + name_of(same[0]->baseline.filename) +
+               ": name the edition of their maps with --edition",
+           seen);
+  else if (same.empty() && similar.size() == 1)
+    report({similar[0]->baseline.filename, 0},
+           "its maps begin with " + quote(title) + ", as old templates do", seen);
+  else if (same.empty())
+    report(seen, quote(title) + " is the first line of no baseline: it is not checked", seen,
+           std::string(title) + " ");
+  return same.size() == 1 ? same[0] : same.empty() && similar.size() == 1 ? similar[0] : nullptr;
 }
 
 // Reports a map that does not become one of the current version; whether it was converted.
@@ -57,11 +53,11 @@ bool Checker::check_current(const MapRun& run) {
   const Place seen{run.map.path, 1};
   if (!run.result) {
     const auto& [path, action, reason, missing] = run.result.failure();
-    report(seen, "it cannot be converted: " + quoted(name_of(path)) + ": " + reason, seen, reason);
+    report(seen, "it cannot be converted: " + quote(name_of(path)) + ": " + reason, seen, reason);
   } else if (!is_current(run.edition, run.lines)) {
     report(seen,
-           "its version is " + quoted(version_of(run.lines[1])) + " afterwards, not " +
-               number_text(run.edition.version.value_or(0)),
+           "its version is " + quote(version_of(run.lines[1])) + " afterwards, not " +
+               number_text(run.edition.baseline.version.value_or(0)),
            seen, "version " + std::string(version_of(run.map.lines[1])));
   }
   return bool(run.result);
@@ -69,8 +65,8 @@ bool Checker::check_current(const MapRun& run) {
 
 std::optional<MapRun> Checker::add(const Map& map) {
   const Place start{map.path, 0};
-  if (is_one_line(map.lines.text()))
-    Report(findings, "line-ends")(start, one_line_reason(map.lines.text()), start, "map");
+  if (const auto fault = one_line_fault(map.lines.text()); !fault.empty())
+    Report(findings, "line-ends")(start, fault, start, "map");
   if (map.lines[0].starts_with(byte_order_mark))
     Report(findings, "odd-bytes")(start, "it begins with a byte order mark", start, "map");
   const Edition* edition = edition_of(map);
@@ -83,11 +79,40 @@ std::optional<MapRun> Checker::add(const Map& map) {
   MapRun run = convert(*edition, map);
   ++(check_current(run) ? converted : failed);
   if (run.result)
-    unmatched.add(run);
+    note_matches(run);
   for (const Rule& rule : all_rules())
     if (rule.of_map && run.result)
       rule.of_map(run, {findings, rule.name});
   return run;
+}
+
+void Checker::note_matches(const MapRun& run) {
+  for (const Pass& pass : run.passes) {
+    const OldTemplate& old = pass.pair.old;
+    const auto [at, added] = unmatched.try_emplace(&pass.pair);
+    auto& lines = at->second;
+    for (std::size_t i = 0; added && i < old.lines.size(); ++i)
+      if (recognises(old, i))
+        lines[i];
+    for (const Block& block : pass.blocks)
+      for (std::size_t d = 0; d < (pass.is_fix ? 3 : 1) && !lines.empty(); ++d)
+        lines.erase(matchline(old, pass.input[block.line + d]));
+    const OldTemplate loose = loose_template(old);
+    for (std::size_t k = 0; k < pass.input.size() && !lines.empty(); ++k)
+      if (const auto found = lines.find(near_line(loose, pass.input[k]));
+          found != lines.end() && found->second.empty() && matchline(old, pass.input[k]) == 0)
+        found->second = ": " + line_number(pass.origins[k].line) + " of " + name_of(run.map.path) +
+                        " has other " + difference(pass.input[k], old.lines[found->first]) + ": " +
+                        quote(pass.input[k]);
+  }
+}
+
+void Checker::report_unmatched() {
+  const Report report(findings, "unmatched");
+  for (const auto& [pair, lines] : unmatched)
+    for (const auto& [line, near] : lines)
+      report({pair->old.filename, line},
+             quote(pair->old.lines[line]) + " recognises no line of the given maps" + near);
 }
 
 std::string Checker::subject() const {
@@ -107,7 +132,11 @@ std::string Checker::subject() const {
 }
 
 std::string Checker::report(bool colours) {
-  unmatched.report({findings, "unmatched"});
-  findings.check_remarks([&](const std::string& file) { return unmatched.knows(file); });
+  report_unmatched();
+  findings.heed_remarks([&](const std::string& file) {
+    return std::ranges::any_of(unmatched, [&](const auto& pair) {
+      return pair.first->old.filename == file || pair.first->current.filename == file;
+    });
+  });
   return findings.report(colours) + subject() + "; " + findings.summary() + "\n";
 }

@@ -1,8 +1,10 @@
 // Checks templates, and the conversion of maps by them.
 #pragma once
 
-#include "check/unmatched.h"
+#include "check/finding.h"
+#include "check/map_run.h"
 
+#include <map>
 #include <optional>
 #include <string>
 #include <vector>
@@ -26,10 +28,15 @@ public:
 private:
   const Edition* edition_of(const Map& map);
   bool check_current(const MapRun& run);
+  void note_matches(const MapRun& run);
+  void report_unmatched();
   std::string subject() const;
 
   std::vector<Edition> editions;
-  UnmatchedLines unmatched;
   Findings findings;
   std::size_t converted = 0, failed = 0, current = 0, unknown = 0;  // maps
+
+  // Of the pairs that converted maps: the recognition lines that no map has had yet, each with how
+  // a line of a map nearly matches.
+  std::map<const Pair*, std::map<std::size_t, std::string>> unmatched;
 };

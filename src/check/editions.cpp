@@ -22,15 +22,27 @@ std::optional<std::smatch> parse(const std::string& name) {
   return known ? std::optional(parts) : std::nullopt;
 }
 
-std::string join(const std::string& folder, const std::string& name) {
-  return folder + (folder.empty() || is_separator(folder.back()) ? "" : "/") + name;
-}
-
-void set_baseline(Edition& edition, const std::string& path, const std::string& text) {
-  edition.baseline_file = path;
-  edition.baseline.emplace(LineArray::split(text));
-  if (const auto version = version_of(edition.baseline->lines[1]); has_number(version))
-    edition.version = numeric_value(version);
+Edition find_edition(char letter, const std::string& folder, const Texts& texts) {
+  const auto read = [&](const auto& make, bool old, bool fix, const std::string& version) {
+    std::string name = template_name(letter, old, fix, version);
+    Result<std::string> text =
+        Failure{name, "read it", "the file is missing", Failure::Kind::missing};
+    if (const auto found = texts.find(name); found != texts.end())
+      std::tie(name, text) = *found;
+    const bool joined = folder.empty() || is_separator(folder.back());
+    return make(folder + (joined ? "" : "/") + name, std::move(text));
+  };
+  const auto baseline = [](auto... of) { return Baseline(std::move(of)...); };
+  Edition edition{letter, read(baseline, false, false, "0"), {}, {}};
+  for (const auto& [name, text] : texts)
+    if (const auto parts = parse(name); parts && ascii_lower(name[0]) == letter) {
+      const bool fix = (*parts)[3].matched;
+      const std::string version = (*parts)[4];
+      if (fix || version != "0")
+        (fix ? edition.fixes : edition.pairs)[version] = {read(index_old, true, fix, version),
+                                                          read(index_new, false, fix, version)};
+    }
+  return edition;
 }
 
 }  // namespace
@@ -44,12 +56,12 @@ bool CaseInsensitive::operator()(const std::string& a, const std::string& b) con
 }
 
 bool Pair::is_readable() const {
-  return !old.failure && !current.failure && !is_one_line(old.lines.text()) &&
-         !is_one_line(current.lines.text());
+  return !old.failure && !current.failure && one_line_fault(old.lines.text()).empty() &&
+         one_line_fault(current.lines.text()).empty();
 }
 
 const Pair* Edition::fix() const {
-  const auto found = fixes.find(version ? number_text(*version) : "");
+  const auto found = fixes.find(baseline.version ? number_text(*baseline.version) : "");
   return found == fixes.end() ? nullptr : &found->second;
 }
 
@@ -61,14 +73,11 @@ std::vector<const Pair*> Edition::all_pairs() const {
   return all;
 }
 
-std::vector<std::pair<std::string, const LineArray*>> Edition::files() const {
-  std::vector<std::pair<std::string, const LineArray*>> all;
-  if (baseline)
-    all.emplace_back(baseline_file, &baseline->lines);
+std::vector<const Template*> Edition::files() const {
+  std::vector<const Template*> all{&baseline};
   for (const Pair* pair : all_pairs())
-    for (const Template* file : pair->files())
-      if (!file->failure)
-        all.emplace_back(file->filename, &file->lines);
+    all.insert(all.end(), {&pair->old, &pair->current});
+  std::erase_if(all, [](const Template* file) { return file->failure.has_value(); });
   return all;
 }
 
@@ -81,31 +90,8 @@ std::string template_name(char letter, bool old, bool fix, const std::string& ve
 
 std::vector<Edition> find_editions(const std::string& folder, const Texts& texts) {
   std::vector<Edition> editions;
-  const auto read = [&](const auto& index, const std::string& name) {
-    const auto found = texts.find(name);
-    const std::string path = join(folder, found == texts.end() ? name : found->first);
-    return found == texts.end() ? index(path, Failure{path, "read it", "the file is missing",
-                                                      Failure::Kind::missing})
-                                : index(path, found->second);
-  };
-  for (const char letter : {'v', Edition::expansion}) {
-    const std::string zero = join(folder, template_name(letter, false, false, "0"));
-    Edition edition{letter, zero, {}, {}, {}, {}};
-    for (const auto& [name, text] : texts) {
-      const auto parts = parse(name);
-      if (!parts || ascii_lower(name[0]) != letter)
-        continue;
-      const bool fix = (*parts)[3].matched;
-      const std::string version = (*parts)[4];
-      if (!fix && version == "0")
-        set_baseline(edition, join(folder, name), text);
-      else
-        (fix ? edition.fixes : edition.pairs)[version] = {
-            read(index_old, template_name(letter, true, fix, version)),
-            read(index_new, template_name(letter, false, fix, version))};
-    }
-    if (edition.baseline || !edition.all_pairs().empty())
+  for (const char letter : {'v', Edition::expansion})
+    if (Edition edition = find_edition(letter, folder, texts); !edition.files().empty())
       editions.push_back(std::move(edition));
-  }
   return editions;
 }

@@ -5,7 +5,6 @@
 
 #include <array>
 #include <map>
-#include <optional>
 
 // Orders versions by their numbers, and those of the same number as text.
 struct ByNumber {
@@ -35,10 +34,8 @@ using Pairs = std::map<std::string, Pair, ByNumber>;  // by the version, as the 
 struct Edition {
   static constexpr char expansion = 't';
 
-  char letter;                // that its file names begin with
-  std::string baseline_file;  // its path
-  std::optional<Baseline> baseline;
-  std::optional<double> version;  // the current one
+  char letter;  // that its file names begin with
+  Baseline baseline;
   Pairs pairs;
   Pairs fixes;  // the expansion's
 
@@ -48,11 +45,11 @@ struct Edition {
   // Those of both kinds.
   std::vector<const Pair*> all_pairs() const;
 
-  // The files that are there, with their lines.
-  std::vector<std::pair<std::string, const LineArray*>> files() const;
+  // The files that are there.
+  std::vector<const Template*> files() const;
 
   // What the baseline shows of maps; null when it shows nothing.
-  const Baseline* shown() const { return baseline && baseline->shows_map() ? &*baseline : nullptr; }
+  const Baseline* shown() const { return baseline.shows_map() ? &baseline : nullptr; }
 
   // Whether maps have what a pair writes. The fix pass changes what is written before it.
   bool is_last(const Pair& pair) const { return letter != expansion || &pair == fix(); }

@@ -1,7 +1,6 @@
 // The rules about the files of an edition.
 #include "check/finding.h"
 #include "check/map_run.h"
-#include "check/sections.h"
 #include "engine/numbers.h"
 
 #include <algorithm>
@@ -24,11 +23,10 @@ bool becomes_current(const Edition& edition, std::string_view title, const std::
 // Calls `visit` with each pair that old maps need, and with the version line of its maps: the
 // baseline's with the old version.
 template <class Visit> void for_each_version(const Edition& edition, const Visit& visit) {
-  if (!edition.baseline || !edition.version)
-    return;
   for (const auto& [version, pair] : edition.pairs)
-    if (pair.is_readable() && numeric_value(version) < *edition.version) {
-      std::string line(edition.baseline->lines[1]);
+    if (pair.is_readable() && edition.baseline.version &&
+        numeric_value(version) < *edition.baseline.version) {
+      std::string line(edition.baseline.lines[1]);
       visit(pair, line.replace(line.size() - version_of(line).size(), line.npos, version));
     }
 }
@@ -36,65 +34,70 @@ template <class Visit> void for_each_version(const Edition& edition, const Visit
 }  // namespace
 
 void line_ends(const Edition& edition, const Report& report) {
-  for (const auto& [path, lines] : edition.files())
-    if (is_one_line(lines->text()))
-      report({path, 0}, one_line_reason(lines->text()));
+  for (const Template* file : edition.files())
+    if (const auto fault = one_line_fault(file->lines.text()); !fault.empty())
+      report({file->filename, 0}, fault);
 }
 
 // Editors end a line at every LF, so the places behind the first would be others there.
 void odd_bytes(const Edition& edition, const Report& report) {
-  for (const auto& [path, lines] : edition.files()) {
-    if ((*lines)[0].starts_with(byte_order_mark))
-      report({path, 0, 1}, "a byte order mark is part of the first line: save the file without it");
-    std::size_t i = 0;
-    while (i < lines->size() && (*lines)[i].find_first_of("\r\n") == std::string_view::npos)
+  for (const Template* file : edition.files()) {
+    const LineArray& lines = file->lines;
+    if (lines[0].starts_with(byte_order_mark))
+      report({file->filename, 0, 1},
+             "a byte order mark is part of the first line: save the file without it");
+    std::size_t i = 0, at = 0;
+    while (i < lines.size() && (at = lines[i].find_first_of("\r\n")) == std::string_view::npos)
       ++i;
-    if (i < lines->size() && !is_one_line(lines->text()))
-      report({path, i, (*lines)[i].find_first_of("\r\n") + 1},
-             "a lone LF or CR ends no line: it is part of one");
+    if (i < lines.size() && one_line_fault(lines.text()).empty())
+      report({file->filename, i, at + 1}, "a lone LF or CR ends no line: it is part of one");
   }
 }
 
 void missing_pair(const Edition& edition, const Report& report) {
+  const Baseline& baseline = edition.baseline;
   for (const Pair* pair : edition.all_pairs())
     for (const Template* file : pair->files())
       if (file->failure)
         report({pair->present().filename, 0}, "there is no " + name_of(file->filename));
-  if (!edition.baseline)
-    report({edition.baseline_file, 0}, "the file is missing, which says what version is current");
-  if (edition.letter == Edition::expansion && edition.version && !edition.fix())
-    report({edition.baseline_file, 1},
-           "there are no templates of the fix pass for version " + number_text(*edition.version));
+  if (baseline.failure)
+    report({baseline.filename, 0}, "the file is missing, which says what version is current");
+  if (edition.letter == Edition::expansion && baseline.version && !edition.fix())
+    report({baseline.filename, 1},
+           "there are no templates of the fix pass for version " + number_text(*baseline.version));
 }
 
 void bad_version(const Edition& edition, const Report& report) {
-  const auto line = edition.baseline ? edition.baseline->lines[1] : std::string_view();
+  const Baseline& baseline = edition.baseline;
+  const auto line = baseline.lines[1];
   const std::size_t start = line.size() - version_of(line).size();
-  if (edition.baseline && !edition.version)
-    report({edition.baseline_file, 1}, "the line does not end in a version");
+  if (!baseline.failure && !baseline.version)
+    report({baseline.filename, 1}, "the line does not end in a version");
   else if (start > 0 && is_digit(line[start - 1]))
-    report({edition.baseline_file, 1, start + 1},
-           "the version is the last two characters alone: " + quoted(line.substr(start)));
+    report({baseline.filename, 1, start + 1},
+           "the version is the last two characters alone: " + quote(line.substr(start)));
 }
 
 void version_gap(const Edition& edition, const Report& report) {
-  const double current = edition.version.value_or(0);
+  if (!edition.baseline.version)
+    return;
+  const double current = *edition.baseline.version;
   double version = current;
-  for (const auto& [text, pair] : edition.pairs)
-    version = has_number(text) ? std::min(version, std::floor(numeric_value(text))) : version;
-  for (; version < current; ++version)
-    if (!edition.pairs.contains(number_text(version)))
-      report({edition.baseline_file, 1},
-             "maps of version " + number_text(version) + " have no templates");
   const auto needless = [&](const Pair& pair) {
     report({pair.present().filename, 0},
            "no map needs it: the baseline says that " + number_text(current) + " is current");
   };
-  for (const auto& [text, pair] : edition.pairs)
-    if (edition.version && numeric_value(text) >= current)
+  for (const auto& [text, pair] : edition.pairs) {
+    version = has_number(text) ? std::min(version, std::floor(numeric_value(text))) : version;
+    if (numeric_value(text) >= current)
       needless(pair);
+  }
+  for (; version < current; ++version)
+    if (!edition.pairs.contains(number_text(version)))
+      report({edition.baseline.filename, 1},
+             "maps of version " + number_text(version) + " have no templates");
   for (const auto& [text, pair] : edition.fixes)
-    if (edition.version && &pair != edition.fix())
+    if (&pair != edition.fix())
       needless(pair);
 }
 
@@ -102,7 +105,7 @@ void no_version(const Edition& edition, const Report& report) {
   for_each_version(edition, [&](const Pair& pair, const std::string& line) {
     if (matchline(pair.old, line) > 0 && !becomes_current(edition, pair.old.lines[0], line))
       report({pair.current.filename, 0}, "its maps do not become those of version " +
-                                             number_text(*edition.version) +
+                                             number_text(*edition.baseline.version) +
                                              ", so that each run converts them again");
   });
 }
@@ -110,7 +113,7 @@ void no_version(const Edition& edition, const Report& report) {
 void version_line(const Edition& edition, const Report& report) {
   for_each_version(edition, [&](const Pair& pair, const std::string& line) {
     if (matchline(pair.old, line) == 0)
-      report({pair.old.filename, 0}, "no line recognises " + quoted(line));
+      report({pair.old.filename, 0}, "no line recognises " + quote(line));
   });
 }
 
@@ -126,7 +129,7 @@ void forgotten_word(const Edition& edition, const Report& report) {
         own.insert(first_word(file->lines[i]));
     for (const auto& [word, written] : gone)
       if (std::ranges::none_of(written, [&](const auto known) { return own.contains(known); }))
-        report({old.filename, 0}, "a newer pair changes lines of " + quoted(word) +
+        report({old.filename, 0}, "a newer pair changes lines of " + quote(word) +
                                       ", of which this pair knows nothing");
     for (std::size_t i = 1; i < old.lines.size(); ++i)
       if (const auto word = first_word(old.lines[i]);
@@ -138,16 +141,17 @@ void forgotten_word(const Edition& edition, const Report& report) {
 }
 
 void other_width(const Edition& edition, const Report& report) {
-  std::map<std::string_view, const NewTemplate*> wide;
+  std::map<std::string_view, std::string> wide;  // texts with two characters, and the files
   for (const auto& [version, pair] : edition.pairs)
     for (const OutputLine& output : pair.current.output)
       if (output.marker == Marker::last_two)
-        wide[output.text] = &pair.current;
-  for (const auto& [version, pair] : edition.pairs)
-    for (std::size_t i = 0; i < pair.current.output.size(); ++i)
-      if (const auto& [text, marker] = pair.current.output[i];
-          marker == Marker::last_character && wide.contains(text) && wide[text] != &pair.current)
-        report({pair.current.filename, i, text.size() + 1},
-               quoted(pair.current.lines[i]) + " takes one character, but two in " +
-                   name_of(wide[text]->filename));
+        wide[output.text] = pair.current.filename;
+  for (const auto& [version, pair] : edition.pairs) {
+    const NewTemplate& current = pair.current;
+    for (std::size_t i = 0; i < current.output.size(); ++i)
+      if (const auto& [text, marker] = current.output[i];
+          marker == Marker::last_character && wide.contains(text) && wide[text] != current.filename)
+        report({current.filename, i, text.size() + 1},
+               quote(current.lines[i]) + " takes one character, but two in " + name_of(wide[text]));
+  }
 }

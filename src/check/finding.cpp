@@ -18,13 +18,13 @@ std::string coloured(const std::string& text, const char* colour, bool colours) 
 
 // In which maps a finding shows.
 std::string shown_in(const Finding& finding) {
-  const bool here = finding.seen.file == finding.place.file;
-  if (finding.maps == 0 || (here && finding.maps == 1))
+  const auto& [file, line, column] = finding.seen;
+  const std::size_t maps = finding.maps.size();
+  const bool here = file == finding.place.file;
+  if (maps == 0 || (here && maps == 1))
     return "";
-  const std::string first =
-      here ? "here" : finding.seen.file + ":" + std::to_string(finding.seen.line + 1);
-  const std::string maps = "in " + std::to_string(finding.maps) + " maps, first ";
-  return " (" + (finding.maps > 1 ? maps : "") + first + ")";
+  return (maps > 1 ? " (in " + std::to_string(maps) + " maps, first " : " (") +
+         (here ? "here" : file + ":" + std::to_string(line + 1)) + ")";
 }
 
 std::string line_of(const Finding& finding, bool colours) {
@@ -39,81 +39,87 @@ std::string line_of(const Finding& finding, bool colours) {
 
 }  // namespace
 
-// A remark is above what it silences, with nothing but other remarks between.
-bool Findings::Remark::is_for(std::size_t i) const {
-  std::size_t below = line + 1, header = std::min(i, lines->size());
-  while (is_remark((*lines)[below]))
-    ++below;
-  while (header > 0 && !is_header((*lines)[header]))
-    --header;
-  while (header < lines->size() && !is_header((*lines)[header]))
-    ++header;
-  return below == i || below == header || header == lines->size();
-}
-
+// A remark is above what it silences, with nothing but other remarks between. The first section
+// begins with the file.
 void Findings::read_remarks(const std::string& file, const LineArray& lines) {
-  for (std::size_t i = 0; i < lines.size(); ++i)
-    if (is_remark(lines[i]) && lines[i].starts_with(remark_start))
-      remarks.insert(
-          {file, {&lines, i, std::string(stripped(lines[i].substr(remark_start.size())))}});
-}
-
-bool Findings::silence(const Finding& finding) {
-  const auto [begin, end] = remarks.equal_range(finding.place.file);
-  for (auto at = begin; at != end; ++at)
-    if (Remark& remark = at->second;
-        remark.rule == finding.rule->name && remark.is_for(finding.place.line))
-      return remark.used = true;
-  return false;
-}
-
-void Findings::add(Finding finding, const std::string& key) {
-  const auto at = known.find(key);
-  if (key.empty() || at == known.end()) {
-    finding.silenced = silence(finding);
-    finding.maps = finding.seen.file.empty() ? 0 : 1;
-    finding.last_map = finding.seen.file;
-    ++(finding.silenced ? silenced : counts[finding.rule->severity == Severity::error ? 0 : 1]);
-    if (!key.empty())
-      known[key] = kept.size();
-    kept.push_back(std::move(finding));
-  } else if (Finding& first = kept[at->second]; first.last_map != finding.seen.file) {
-    first.last_map = finding.seen.file;
-    ++first.maps;
+  const auto next_header = [&](std::size_t i) {
+    while (i < lines.size() && !is_header(lines[i]))
+      ++i;
+    return i;
+  };
+  const std::size_t first = next_header(0);
+  for (std::size_t i = 0; i < lines.size(); ++i) {
+    if (!is_remark(lines[i]) || !lines[i].starts_with(remark_start))
+      continue;
+    std::size_t below = i + 1;
+    while (is_remark(lines[below]))
+      ++below;
+    std::size_t begin = below, end = below + 1;
+    if (first == lines.size())
+      std::tie(begin, end) = std::pair(0, lines.size());
+    else if (is_header(lines[below]))
+      std::tie(begin, end) = std::pair(below == first ? 0 : below, next_header(below + 1));
+    const Place place{file, i};
+    const std::string rule(stripped(lines[i].substr(remark_start.size())));
+    remarks.push_back({place, rule, begin, end});
   }
 }
 
-void Findings::check_remarks(const std::function<bool(const std::string&)>& checked) {
+void Findings::add(const std::string& key, Finding finding) {
+  const std::string map = finding.seen.file;
+  const auto at = kept.try_emplace(key, std::move(finding)).first;
+  if (!map.empty())
+    at->second.maps.insert(map);
+}
+
+void Findings::heed_remarks(const std::function<bool(const std::string&)>& checked) {
+  silenced += std::erase_if(kept, [&](const auto& entry) {
+    const auto& [rule, place, text, seen, maps] = entry.second;
+    for (Remark& remark : remarks)
+      if (remark.place.file == place.file && remark.rule == rule->name &&
+          remark.begin <= place.line && place.line < remark.end)
+        return remark.used = true;
+    return false;
+  });
   const Report report(*this, "needless-remark");
-  for (const auto& [file, remark] : remarks) {
+  for (const Remark& remark : remarks) {
     const Rule* rule = find_rule(remark.rule);
     if (!rule)
-      report({file, remark.line}, "there is no rule " + quoted(remark.rule));
-    else if (!remark.used && (!rule->needs_maps() || checked(file)))
-      report({file, remark.line}, "it silences nothing");
+      report(remark.place, "there is no rule " + quote(remark.rule));
+    else if (!remark.used && (!rule->needs_maps() || checked(remark.place.file)))
+      report(remark.place, "it silences nothing");
   }
 }
 
-std::string Findings::report(bool colours) {
-  std::ranges::sort(kept, {}, [](const Finding& f) {
-    return std::tie(f.place.file, f.place.line, f.rule, f.place.column, f.text);
+std::size_t Findings::count(Severity severity) const {
+  return static_cast<std::size_t>(std::ranges::count_if(
+      kept, [&](const auto& entry) { return entry.second.rule->severity == severity; }));
+}
+
+std::string Findings::report(bool colours) const {
+  std::vector<const Finding*> sorted;
+  for (const auto& [key, finding] : kept)
+    sorted.push_back(&finding);
+  std::ranges::sort(sorted, {}, [](const Finding* f) {
+    return std::tie(f->place.file, f->place.line, f->rule, f->place.column, f->text);
   });
   std::string text;
-  for (const Finding& finding : kept)
-    text += finding.silenced ? "" : line_of(finding, colours);
+  for (const Finding* finding : sorted)
+    text += line_of(*finding, colours);
   return text;
 }
 
 std::string Findings::summary() const {
-  return counted(counts[0], "error") + ", " + counted(counts[1], "warning") +
+  return counted(count(Severity::error), "error") + ", " +
+         counted(count(Severity::warning), "warning") +
          (silenced > 0 ? ", " + std::to_string(silenced) + " silenced" : "");
 }
 
-void Report::operator()(const Place& place, std::string text, const Place& seen,
+void Report::operator()(const Place& place, const std::string& text, const Place& seen,
                         const std::string& key) const {
-  const std::string at = key.empty() ? place.file + "\n" + std::to_string(place.line) : key;
-  findings.add({rule, place, std::move(text), seen, 0, {}},
-               seen.file.empty() ? "" : rule->name + ("\n" + at));
+  const std::string at = place.file + "\n" + std::to_string(place.line);
+  const std::string what = seen.file.empty() ? at + "\n" + text : key.empty() ? at : key;
+  findings.add(rule->name + ("\n" + what), {rule, place, text, seen, {}});
 }
 
 std::string counted(std::size_t count, const std::string& noun) {
@@ -122,11 +128,9 @@ std::string counted(std::size_t count, const std::string& noun) {
 
 std::string line_number(std::size_t index) { return "line " + std::to_string(index + 1); }
 
-std::string quoted(std::string_view line) {
-  std::string text;
-  for (const char c : line.substr(0, longest_quote))
-    text += c == '\t' ? "\\t" : std::string(1, c);
-  return '"' + text + (line.size() > longest_quote ? "...\"" : "\"");
+std::string quote(std::string_view line) {
+  return '"' + printable(line.substr(0, longest_quote)) +
+         (line.size() > longest_quote ? "...\"" : "\"");
 }
 
 std::string name_of(const std::string& path) { return path.substr(path.find_last_of("/\\") + 1); }

@@ -7,6 +7,7 @@
 #include <cstddef>
 #include <functional>
 #include <map>
+#include <set>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -22,47 +23,41 @@ struct Finding {
   const Rule* rule;
   Place place;
   std::string text;
-  Place seen;            // in the first map that shows it
-  std::size_t maps = 0;  // that show it
-  std::string last_map;  // of these
-  bool silenced = false;
+  Place seen;                  // in the first map that shows it
+  std::set<std::string> maps;  // that show it
 };
 
 class Findings {
 public:
   // Reads the remarks of a file, "= check: RULE", by which its writer silences findings: those at
   // the line below, those in the whole section below where that is a header, and all in a file
-  // without headers. `lines` must outlive the findings.
+  // without headers.
   void read_remarks(const std::string& file, const LineArray& lines);
 
-  // Findings of the same key, unless it is empty, are one.
-  void add(Finding finding, const std::string& key);
+  // Findings of the same key are one.
+  void add(const std::string& key, Finding finding);
 
-  // Finds the remarks that silence nothing. `checked` says whether the maps of a file were checked.
-  void check_remarks(const std::function<bool(const std::string& file)>& checked);
+  // Leaves out what is silenced, and finds the remarks that silence nothing. `checked` says whether
+  // the maps of a file were checked.
+  void heed_remarks(const std::function<bool(const std::string& file)>& checked);
 
-  std::size_t count(Severity severity) const { return counts[severity == Severity::error ? 0 : 1]; }
+  std::size_t count(Severity severity) const;
 
   // One printable line for each finding, sorted by file and line; and "1 error, 2 warnings".
-  std::string report(bool colours);
+  std::string report(bool colours) const;
   std::string summary() const;
 
 private:
   struct Remark {
-    const LineArray* lines;
-    std::size_t line;
+    Place place;
     std::string rule;
+    std::size_t begin, end;  // the lines in which it silences
     bool used = false;
-
-    bool is_for(std::size_t i) const;
   };
 
-  bool silence(const Finding& finding);
-
-  std::vector<Finding> kept;
-  std::map<std::string, std::size_t> known;    // the places in `kept` by their keys
-  std::multimap<std::string, Remark> remarks;  // by their files
-  std::size_t counts[2] = {0, 0}, silenced = 0;
+  std::map<std::string, Finding> kept;  // by their keys
+  std::vector<Remark> remarks;
+  std::size_t silenced = 0;
 };
 
 // Takes the findings of one rule: what is wrong at a place and, if a map shows it, where in the
@@ -71,7 +66,7 @@ class Report {
 public:
   Report(Findings& findings_in, const char* name) : findings(findings_in), rule(find_rule(name)) {}
 
-  void operator()(const Place& place, std::string text, const Place& seen = {"", 0},
+  void operator()(const Place& place, const std::string& text, const Place& seen = {"", 0},
                   const std::string& key = "") const;
 
 private:
@@ -85,8 +80,8 @@ std::string counted(std::size_t count, const std::string& noun);
 // "line 5" for the index 4.
 std::string line_number(std::size_t index);
 
-// A line of a file in quotation marks; a tab is shown as "\t", and a long line is shortened.
-std::string quoted(std::string_view line);
+// A line of a file in quotation marks and printable; a long line is shortened.
+std::string quote(std::string_view line);
 
 // The part of a path after its last separator.
 std::string name_of(const std::string& path);

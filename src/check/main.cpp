@@ -42,60 +42,50 @@ constexpr const char* help =
 constexpr std::uintmax_t largest_template = 16 << 20;  // bytes
 constexpr std::uintmax_t largest_map = LineArray::max_text_size;
 
-// The options, and whether they need a value.
-const std::map<std::string, bool> known_options{
-    {"--diff", false},   {"--edition", true}, {"--explain", true}, {"--help", false},
-    {"--strict", false}, {"--trace", true},   {"--version", false}};
-
 struct Options {
-  std::map<std::string, std::string> given;  // with their values, or "yes"
-  std::vector<std::string> names;            // the folder, then the maps
-
-  bool has(const std::string& option) const { return given.contains(option); }
-  std::string value(const std::string& option) const { return has(option) ? given.at(option) : ""; }
+  bool diff = false, strict = false, help = false, version = false;
+  std::string edition, explain, trace;
+  std::vector<std::string> names;  // the folder, then the maps
 };
-
-// What is wrong with the options; empty if nothing is.
-std::string fault_of(const Options& options) {
-  const std::string edition = options.value("--edition"), rule = options.value("--explain");
-  if (!edition.empty() && edition != "v" && edition != "t")
-    return "there is no edition \"" + edition + "\"";
-  if (!rule.empty() && !find_rule(rule))
-    return "there is no rule \"" + rule + "\"";
-  return options.has("--diff") && options.names.size() < 2 ? "--diff needs a folder and a map" : "";
-}
 
 // Sets the options; what is wrong with the arguments, empty if nothing is.
 std::string parse(const std::vector<std::string>& arguments, Options& options) {
-  bool only_names = false;
+  const std::map<std::string, bool*> switches{{"--diff", &options.diff},
+                                              {"--strict", &options.strict},
+                                              {"-h", &options.help},
+                                              {"--help", &options.help},
+                                              {"--version", &options.version}};
+  const std::map<std::string, std::string*> values{{"--edition", &options.edition},
+                                                   {"--explain", &options.explain},
+                                                   {"--trace", &options.trace}};
   for (auto at = arguments.begin(); at != arguments.end(); ++at) {
-    const std::string& argument = *at;
-    if (argument.empty())
+    const auto equals = std::min(at->find('='), at->size());
+    const auto value = values.find(at->substr(0, equals));
+    if (at->empty())
       return "an argument is empty";
-    if (only_names || argument[0] != '-') {
-      options.names.push_back(argument);
-      continue;
+    if (at->front() != '-') {
+      options.names.push_back(*at);
+    } else if (*at == "--") {
+      options.names.insert(options.names.end(), std::next(at), arguments.end());
+      break;
+    } else if (const auto known = switches.find(*at); known != switches.end()) {
+      *known->second = true;
+    } else if (value == values.end()) {
+      return "there is no option \"" + *at + "\"";
+    } else {
+      if (equals < at->size())
+        *value->second = at->substr(equals + 1);
+      else if (std::next(at) != arguments.end())
+        *value->second = *++at;
+      if (value->second->empty())
+        return value->first + " needs a value";
     }
-    only_names = argument == "--";
-    if (only_names)
-      continue;
-    const auto equals = std::min(argument.find('='), argument.size());
-    const std::string name = argument == "-h" ? "--help" : argument.substr(0, equals);
-    const auto option = known_options.find(name);
-    if (option == known_options.end() || (!option->second && equals < argument.size()))
-      return "there is no option \"" + argument + "\"";
-    std::string value = option->second ? "" : "yes";
-    if (equals < argument.size())
-      value = argument.substr(equals + 1);
-    else if (option->second && std::next(at) != arguments.end())
-      value = *++at;
-    if (value.empty())
-      return name + " needs a value";
-    options.given[name] = value;
-    if (options.has("--help") || options.has("--version"))
-      return "";
   }
-  return fault_of(options);
+  if (!options.edition.empty() && options.edition != "v" && options.edition != "t")
+    return "there is no edition \"" + options.edition + "\"";
+  if (!options.explain.empty() && !find_rule(options.explain))
+    return "there is no rule \"" + options.explain + "\"";
+  return options.diff && options.names.size() < 2 ? "--diff needs a folder and a map" : "";
 }
 
 fs::path path_of(const std::string& name) { return {std::u8string(name.begin(), name.end())}; }
@@ -174,41 +164,29 @@ Result<std::vector<std::string>> find_maps(const std::string& argument) {
   return list<fs::directory_iterator>(folder.empty() ? "." : folder, fits, "such maps");
 }
 
-// A text for a terminal, whose lines and tabs stay. No line of a map may disturb it.
-std::string for_terminal(std::string_view text) {
-  std::string shown;
-  while (!text.empty()) {
-    const auto end = std::min(text.find_first_of("\t\n"), text.size());
-    const bool cr = text.substr(0, end).ends_with('\r') && text.substr(end).starts_with('\n');
-    shown.append(printable(text.substr(0, end - (cr ? 1 : 0)))).append(text.substr(end, 1));
-    text.remove_prefix(std::min(end + 1, text.size()));
-  }
-  return shown;
-}
-
 // Checks the maps that the options name; what is to be shown of them behind the findings.
 Result<std::string> check_maps(const Options& options, Checker& checker) {
-  const std::string traced = options.value("--trace");
-  std::vector<std::string> arguments(options.names.begin() + (options.names.empty() ? 0 : 1),
-                                     options.names.end());
-  if (!traced.empty())
-    arguments.push_back(traced);
+  std::vector<std::string> arguments = options.names;
+  if (!arguments.empty())
+    arguments.erase(arguments.begin());
+  if (!options.trace.empty())
+    arguments.push_back(options.trace);
   std::string shown;
   for (const std::string& argument : arguments) {
     const auto maps = find_maps(argument);
-    for (std::size_t i = 0; maps && i < maps->size(); ++i) {
-      auto text = read((*maps)[i], largest_map);
-      if (!text)
-        return text.failure();
-      const Map map{(*maps)[i], LineArray::split(*std::move(text))};
-      const auto run = checker.add(map);
-      if (options.has("--diff") && run && run->result)
-        shown += unified_diff(*run);
-      if (argument == traced)
-        shown += run ? trace(*run) : argument + ": it is not converted\n";
-    }
     if (!maps)
       return maps.failure();
+    for (const std::string& path : *maps) {
+      auto text = read(path, largest_map);
+      if (!text)
+        return text.failure();
+      const Map map{path, LineArray::split(*std::move(text))};
+      const auto run = checker.add(map);
+      if (options.diff && run && run->result)
+        shown += unified_diff(*run);
+      if (argument == options.trace)
+        shown += run ? trace(*run) : argument + ": it is not converted\n";
+    }
   }
   return shown;
 }
@@ -216,7 +194,7 @@ Result<std::string> check_maps(const Options& options, Checker& checker) {
 // Checks what the options name. The exit status, or what could not be read or written.
 Result<int> check(const Options& options) {
   const std::string folder = options.names.empty() ? "" : options.names[0];
-  const auto texts = read_templates(folder.empty() ? "." : folder, options.value("--edition"));
+  const auto texts = read_templates(folder.empty() ? "." : folder, options.edition);
   if (!texts)
     return texts.failure();
   Checker checker(find_editions(folder, *texts));
@@ -226,10 +204,11 @@ Result<int> check(const Options& options) {
   const char *no_colour = std::getenv("NO_COLOR"), *terminal = std::getenv("TERM");
   const bool escape = output_has_colours(), dumb = terminal && std::string_view(terminal) == "dumb";
   const bool colours = escape && !dumb && (!no_colour || !*no_colour);
-  if (!print(checker.report(colours) + (escape ? for_terminal(*shown) : *shown)))
+  if (!print(checker.report(colours) + (escape ? printable_lines(*shown) : *shown)))
     return Failure{"standard output", "write the findings", "it is closed or full"};
-  const bool strict_fault = options.has("--strict") && checker.count(Severity::warning) > 0;
-  return checker.count(Severity::error) > 0 || strict_fault ? 1 : 0;
+  const bool fault = checker.count(Severity::error) > 0 ||
+                     (options.strict && checker.count(Severity::warning) > 0);
+  return fault ? 1 : 0;
 }
 
 int run(const std::vector<std::string>& arguments) {
@@ -238,11 +217,11 @@ int run(const std::vector<std::string>& arguments) {
     print_error("vora-template-check: " + printable(fault) + "\n" + usage);
     return 2;
   }
-  if (options.has("--help"))
+  if (options.help)
     return print(usage + help) ? 0 : 2;
-  if (options.has("--version"))
+  if (options.version)
     return print("vora-template-check " VERSION "\n") ? 0 : 2;
-  if (const Rule* rule = find_rule(options.value("--explain")))
+  if (const Rule* rule = find_rule(options.explain))
     return print(explain(*rule)) && print("\n") ? 0 : 2;
   const auto status = check(options);
   if (!status)

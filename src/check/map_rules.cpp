@@ -1,40 +1,13 @@
 // The rules about the conversion of maps.
 #include "check/finding.h"
 #include "check/map_run.h"
-#include "check/sections.h"
 
 #include <algorithm>
 
 namespace {
 
-// A value that an output line copies.
-struct Copy {
-  const Pass& pass;
-  const Block& block;
-  const Written& written;
-  const OutputLine& output;
-  std::string_view text;   // the line of the new template
-  std::string_view input;  // the line that the value is taken from
-};
-
-std::vector<Copy> copies_of(const MapRun& run) {
-  std::vector<Copy> copies;
-  for (const Pass& pass : run.passes)
-    for (const Written& w : pass.written)
-      if (const OutputLine& output = pass.pair.current.output[w.output];
-          output.marker == Marker::rest || is_aligned(output.marker))
-        copies.push_back({pass, pass.blocks[w.block], w, output, pass.pair.current.lines[w.output],
-                          pass.input[w.line]});
-  return copies;
-}
-
 Place place_of(const MapRun& run, const Pass& pass, std::size_t line) {
   return {run.map.path, pass.origins[std::min(line, pass.origins.size() - 1)].line};
-}
-
-void report_copy(const MapRun& run, const Copy& copy, const Report& report, std::string text) {
-  report({copy.pass.pair.current.filename, copy.written.output}, std::move(text),
-         place_of(run, copy.pass, copy.written.line));
 }
 
 // Calls `visit` with each block and its pass.
@@ -44,27 +17,54 @@ template <class Visit> void for_each_block(const MapRun& run, const Visit& visit
       visit(pass, block);
 }
 
+// A value that an output line copies.
+struct Copy {
+  const Pass& pass;
+  const Block& block;
+  std::size_t line, source;  // of the new template, and of the map
+  const OutputLine& output;
+  std::string_view text, input;  // these lines
+
+  // Where the copy begins in the map's line.
+  std::size_t begin() const {
+    if (output.marker == Marker::rest)
+      return std::min(input.size(), output.text.size() - 1);
+    return input.size() -
+           std::min<std::size_t>(output.marker == Marker::last_two ? 2 : 1, input.size());
+  }
+};
+
+// Calls `visit` with each value that is copied; it returns what is wrong, empty if nothing is.
+template <class Visit>
+void report_copies(const MapRun& run, const Report& report, const Visit& visit) {
+  for_each_block(run, [&](const Pass& pass, const Block& block) {
+    const NewTemplate& current = pass.pair.current;
+    for (auto [i, end] = pass.output_of(block); i < end; ++i) {
+      const OutputLine& output = current.output[i];
+      if (output.marker != Marker::rest && !is_aligned(output.marker))
+        continue;
+      const std::size_t k = pass.source_of(block, i);
+      const std::string fault =
+          visit(Copy{pass, block, i, k, output, current.lines[i], pass.input[k]});
+      if (!fault.empty())
+        report({current.filename, i}, quote(current.lines[i]) + fault, place_of(run, pass, k));
+    }
+  });
+}
+
 void report_block(const MapRun& run, const Pass& pass, const Block& block, std::size_t line,
                   const Report& report, const std::string& text) {
   const std::size_t header = pass.header_of(block);
   report({pass.pair.old.filename, header},
-         quoted(pass.input[line]) + text + " of section " +
+         quote(pass.input[line]) + text + " of section " +
              section_name(pass.pair.old.lines[header]),
          place_of(run, pass, line));
-}
-
-// Where the marker of an output line begins to copy.
-std::size_t copied_from(const Copy& copy) {
-  const std::size_t size = copy.input.size();
-  if (copy.output.marker == Marker::rest)
-    return std::min(size, copy.output.text.size() - 1);
-  return size - std::min<std::size_t>(copy.output.marker == Marker::last_two ? 2 : 1, size);
 }
 
 // Whether the copy loses a part of the value in its line, or doubles the blank before it.
 bool misses_value(const Copy& copy) {
   const auto line = copy.input;
-  const std::size_t at = copied_from(copy);
+  const std::size_t at = copy.begin();
   const bool rest = copy.output.marker == Marker::rest;
   if (at == line.size())
     return rest && stripped(line).find(' ') != line.npos;
@@ -80,43 +80,38 @@ std::string_view value_in(std::string_view line) {
   return stripped(unindented(line).substr(first_word(line).size()));
 }
 
-bool block_has_word(const Pass& pass, const Block& block, std::string_view word) {
-  for (std::size_t k = block.line; k < block.line + block.count; ++k)
-    if (first_word(pass.input[k]) == word)
-      return true;
-  return false;
-}
-
-bool output_has_word(const Pass& pass, const Block& block, std::string_view word) {
-  for (auto [i, end] = output_of(pass.pair.current, pass.section_of(block)); i < end; ++i)
-    if (first_word(pass.pair.current.lines[i]) == word)
+// Whether one of the lines begins with a word.
+bool has_word(const LineArray& lines, LineRange range, std::string_view word) {
+  for (std::size_t i = range.begin; i < range.end; ++i)
+    if (first_word(lines[i]) == word)
       return true;
   return false;
 }
 
 bool writes_nothing(const Pass& pass, const Block& block) {
-  const auto [begin, end] = output_of(pass.pair.current, pass.section_of(block));
-  const OutputLine* first = pass.pair.current.output.data();
-  return std::all_of(first + begin, first + end,
-                     [](const OutputLine& output) { return output.marker == Marker::dropped; });
+  auto [i, end] = pass.output_of(block);
+  while (i < end && pass.pair.current.output[i].marker == Marker::dropped)
+    ++i;
+  return i == end;
 }
 
 // What is lost of line `k` in a block; empty if it is written or meant. A line that is dropped in
 // its place is meant, and so is one that is recognised with its value. Other lines inside a block
 // are lost if current maps, or other sections, have lines of their word.
 std::string loss_of(const MapRun& run, const Pass& pass, const Block& block, std::size_t k) {
-  const auto [begin, end] = output_of(pass.pair.current, pass.section_of(block));
+  const auto [begin, end] = pass.output_of(block);
   const auto line = pass.input[k], word = first_word(line);
   const std::size_t i = std::min(begin + (k - block.line), end - 1);
   const OutputLine& output = pass.pair.current.output[i];
-  const bool aligned = i - begin == k - block.line, written = output_has_word(pass, block, word);
+  const bool aligned = i - begin == k - block.line,
+             written = has_word(pass.pair.current.lines, {begin, end}, word);
   if (word.empty() || (aligned && output.marker == Marker::dropped) ||
       (k == block.line && pass.pair.old.lines[block.recognised_by].size() >= line.size()))
     return "";
   const auto value = value_in(line), constant = value_in(output.text);
   if (aligned && output.marker == Marker::none && !value.empty() && !constant.empty() &&
       value != constant && (first_word(output.text) == word || !written))
-    return " loses its value, as " + quoted(output.text) + " is written, in a block";
+    return " loses its value, as " + quote(output.text) + " is written, in a block";
   if (aligned && output.marker != Marker::none)
     return "";
   const std::size_t t = pass.is_fix ? 0 : matchline(pass.pair.old, line);
@@ -127,12 +122,11 @@ std::string loss_of(const MapRun& run, const Pass& pass, const Block& block, std
 }
 
 // Reports a line of the result where the template writes it, or where the map has it.
-void report_result(const MapRun& run, std::size_t j, const std::string& key, std::string text,
-                   const Report& report) {
+void report_result(const MapRun& run, std::size_t j, const std::string& key,
+                   const std::string& text, const Report& report) {
   const auto& [line, writer, output] = run.origins[j];
   const Place seen{run.map.path, line};
-  report(writer ? Place{writer->current.filename, output} : seen, std::move(text), seen,
-         writer ? "" : key);
+  report(writer ? Place{writer->current.filename, output} : seen, text, seen, writer ? "" : key);
 }
 
 }  // namespace
@@ -146,7 +140,7 @@ void unknown_line(const MapRun& run, const Report& report) {
         (!writer || !run.edition.is_last(*writer) ||
          writer->current.output[output].marker == Marker::rest))
       report_result(run, j, std::string(line.substr(0, line.find_first_of(" 0123456789"))),
-                    quoted(line) + " begins like no line of the baseline", report);
+                    quote(line) + " begins like no line of the baseline", report);
   }
 }
 
@@ -168,50 +162,48 @@ void line_order(const MapRun& run, const Report& report) {
     const auto missing = shown->missing(a, b);
     if (!missing.empty() || (!followed && !shown->may_follow(a, b)))
       report_result(run, before.writer ? j - 1 : j, std::to_string(a) + " " + std::to_string(b),
-                    quoted(run.lines[j]) + " does not follow " + quoted(run.lines[j - 1]) +
+                    quote(run.lines[j]) + " does not follow " + quote(run.lines[j - 1]) +
                         " in the baseline" + missing,
                     report);
   }
 }
 
 void cut_value(const MapRun& run, const Report& report) {
-  for (const Copy& copy : copies_of(run))
-    if (misses_value(copy))
-      report_copy(run, copy, report,
-                  quoted(copy.text) + " copies " + quoted(copy.input.substr(copied_from(copy))) +
-                      " of " + quoted(copy.input));
+  report_copies(run, report, [](const Copy& copy) {
+    return misses_value(copy)
+               ? " copies " + quote(copy.input.substr(copy.begin())) + " of " + quote(copy.input)
+               : "";
+  });
 }
 
 // The line of the value begins with another word, and that one or the output's is at home elsewhere
 // in the block: the line has not only been renamed.
 void other_value(const MapRun& run, const Report& report) {
-  for (const Copy& copy : copies_of(run)) {
-    const auto word = first_word(copy.text), taken = first_word(copy.input);
-    const auto& [pass, block, written, output, text, input] = copy;
-    if (word != taken && !word.empty() && !taken.empty() &&
-        written.line < block.line + block.count &&
-        (block_has_word(pass, block, word) || output_has_word(pass, block, taken)))
-      report_copy(run, copy, report, quoted(text) + " takes its value from " + quoted(input));
-  }
+  report_copies(run, report, [](const Copy& copy) {
+    const auto& [pass, block, line, source, output, text, input] = copy;
+    const auto word = first_word(text), taken = first_word(input);
+    const LineRange lines{block.line, block.line + block.count};
+    const bool other = word != taken && !word.empty() && !taken.empty() && source < lines.end &&
+                       (has_word(pass.input, lines, word) ||
+                        has_word(pass.pair.current.lines, pass.output_of(block), taken));
+    return other ? " takes its value from " + quote(input) : "";
+  });
 }
 
 // The version line is to lose its value, and a section that writes nothing is to lose all.
 void lost_line(const MapRun& run, const Report& report) {
   for_each_block(run, [&](const Pass& pass, const Block& block) {
-    if (writes_nothing(pass, block))
-      return;
     for (std::size_t k = block.line; k < block.line + block.count; ++k)
-      if (const std::string loss = loss_of(run, pass, block, k);
-          !loss.empty() && pass.origins[k].line != 1)
-        report_block(run, pass, block, k, report, loss);
+      if (pass.origins[k].line != 1 && !writes_nothing(pass, block))
+        if (const auto loss = loss_of(run, pass, block, k); !loss.empty())
+          report_block(run, pass, block, k, report, loss);
   });
 }
 
 // The output ends in a fixed line, and the map has that line right behind the block.
 void stays_behind(const MapRun& run, const Report& report) {
   for_each_block(run, [&](const Pass& pass, const Block& block) {
-    const std::size_t after = block.line + block.count,
-                      end = output_of(pass.pair.current, pass.section_of(block)).end;
+    const std::size_t after = block.line + block.count, end = pass.output_of(block).end;
     const auto last = unindented(pass.pair.current.lines[end - 1]);
     if (block.count > 0 && pass.pair.current.output[end - 1].marker == Marker::none &&
         !last.empty() && unindented(pass.input[after]) == last &&

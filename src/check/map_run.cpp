@@ -1,7 +1,6 @@
 // Converts a map in memory and keeps what happened.
 #include "check/map_run.h"
 
-#include "check/sections.h"
 #include "engine/numbers.h"
 
 #include <algorithm>
@@ -13,27 +12,25 @@ Failure no_templates(const Edition& edition, const std::string& version, bool fi
           Failure::Kind::missing};
 }
 
-// Where the lines of a pass's result come from. Those that its blocks wrote are kept, too.
-std::vector<Origin> origins_after(Pass& pass) {
+// Where the lines of a pass's result come from.
+std::vector<Origin> origins_after(const Pass& pass) {
   std::vector<Origin> origins;
   std::size_t k = 0;
-  for (std::size_t b = 0; b < pass.blocks.size(); ++b) {
-    const Block& block = pass.blocks[b];
-    while (k < block.line)
-      origins.push_back(pass.origins[k++]);
-    const auto [begin, end] = output_of(pass.pair.current, pass.section_of(block));
+  const auto copy_until = [&](std::size_t end) {
+    for (; k < end; ++k)
+      origins.push_back(pass.origins[k]);
+  };
+  for (const Block& block : pass.blocks) {
+    copy_until(block.line);
+    k += block.count;
     const std::size_t last = block.line + std::max<std::size_t>(block.count, 1) - 1;
-    for (std::size_t i = begin; i < end; ++i) {
-      const Marker marker = pass.pair.current.output[i].marker;
-      const std::size_t aligned = block.line + (i - begin);
-      pass.written.push_back({b, i, marker == Marker::rest ? block.line : aligned});
-      if (marker != Marker::dropped)
-        origins.push_back({pass.origins[std::min(aligned, last)].line, &pass.pair, i});
-    }
-    k = block.line + block.count;
+    const auto [begin, end] = pass.output_of(block);
+    for (std::size_t i = begin; i < end; ++i)
+      if (pass.pair.current.output[i].marker != Marker::dropped)
+        origins.push_back(
+            {pass.origins[std::min(block.line + i - begin, last)].line, &pass.pair, i});
   }
-  origins.insert(origins.end(), pass.origins.begin() + static_cast<std::ptrdiff_t>(k),
-                 pass.origins.end());
+  copy_until(pass.origins.size());
   return origins;
 }
 
@@ -41,7 +38,7 @@ std::vector<Origin> origins_after(Pass& pass) {
 // the input may have other lines than were written.
 void add_pass(MapRun& run, const Pair& pair, bool is_fix, const LineArray& input) {
   run.origins.resize(input.size(), {0});
-  run.passes.push_back({pair, is_fix, input, std::move(run.origins), {}, {}});
+  run.passes.push_back({pair, is_fix, input, std::move(run.origins), {}});
   Pass& pass = run.passes.back();
   run.result = (is_fix ? fix_pass : first_pass)(pair.old, pair.current, input, &pass.blocks);
   run.origins = run.result ? origins_after(pass) : std::vector<Origin>();
@@ -50,13 +47,13 @@ void add_pass(MapRun& run, const Pair& pair, bool is_fix, const LineArray& input
 }  // namespace
 
 bool is_old(const Edition& edition, const LineArray& lines) {
-  return edition.version && lines.size() > 1 &&
-         numeric_value(version_of(lines[1])) < *edition.version;
+  return edition.baseline.version && lines.size() > 1 &&
+         numeric_value(version_of(lines[1])) < *edition.baseline.version;
 }
 
 bool is_current(const Edition& edition, const LineArray& lines) {
   const auto version = version_of(lines[1]);
-  return has_number(version) && numeric_value(version) == edition.version;
+  return has_number(version) && numeric_value(version) == edition.baseline.version;
 }
 
 MapRun convert(const Edition& edition, const Map& map) {
@@ -71,7 +68,7 @@ MapRun convert(const Edition& edition, const Map& map) {
   add_pass(run, pair->second, false, map.lines);
   if (run.result && edition.letter == Edition::expansion) {
     run.between = std::make_unique<LineArray>(LineArray::split(*std::move(run.result)));
-    run.result = no_templates(edition, number_text(edition.version.value_or(0)), true);
+    run.result = no_templates(edition, number_text(edition.baseline.version.value_or(0)), true);
     if (edition.fix())
       add_pass(run, *edition.fix(), true, *run.between);
   }

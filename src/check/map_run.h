@@ -1,7 +1,7 @@
 // Converts a map in memory and keeps what happened.
 #pragma once
 
-#include "check/editions.h"
+#include "check/sections.h"
 #include "engine/passes.h"
 
 #include <memory>
@@ -20,13 +20,6 @@ struct Origin {
   std::size_t output = 0;        // the line of the writer's new template
 };
 
-// An output line of a block, also a dropped one.
-struct Written {
-  std::size_t block;   // its number in the pass
-  std::size_t output;  // the line of the new template
-  std::size_t line;    // of the input: the block's first for " &", else the aligned one
-};
-
 // One pass over a map.
 struct Pass {
   const Pair& pair;
@@ -34,12 +27,22 @@ struct Pass {
   const LineArray& input;
   std::vector<Origin> origins;  // of the input's lines
   Blocks blocks;
-  std::vector<Written> written;
 
   std::size_t section_of(const Block& block) const {
     return sectionof(pair.old, block.recognised_by);
   }
   std::size_t header_of(const Block& block) const { return pair.old.oldheads[section_of(block)]; }
+
+  // The lines of the new template that were written for a block.
+  LineRange output_of(const Block& block) const {
+    return ::output_of(pair.current, section_of(block));
+  }
+
+  // Where line `i` of these takes its value from: the block's first line, or the aligned one.
+  std::size_t source_of(const Block& block, std::size_t i) const {
+    const bool rest = pair.current.output[i].marker == Marker::rest;
+    return block.line + (rest ? 0 : i - output_of(block).begin);
+  }
 };
 
 // The conversion of a map that is older than the current format.

@@ -9,9 +9,8 @@ namespace {
 
 // An output line.
 struct Out {
-  std::size_t section;
-  long long distance;  // from the section's first
-  Place place;
+  std::size_t section, distance;  // from the section's first
+  std::size_t line;
   const OutputLine& output;
   std::string_view text;  // with its marker
 
@@ -23,11 +22,7 @@ std::vector<Out> outputs_of(const NewTemplate& current) {
   for (std::size_t s = 0; s < current.newheads.size(); ++s) {
     const auto [begin, end] = output_of(current, s);
     for (std::size_t i = begin; i < end; ++i)
-      outputs.push_back({s,
-                         static_cast<long long>(i - begin),
-                         {current.filename, i, current.output[i].text.size() + 1},
-                         current.output[i],
-                         current.lines[i]});
+      outputs.push_back({s, i - begin, i, current.output[i], current.lines[i]});
   }
   return outputs;
 }
@@ -59,9 +54,9 @@ std::string marker_fault(const Edition& edition, const Out& out) {
   const auto text = stripped(out.output.text), word = first_word(text);
   if (out.is_dropped() && edition.shown() && edition.shown()->has_word(word) &&
       word.size() + 1 == text.size())
-    return quoted(out.text) + " writes nothing: the markers are \" #\", \"##\" and \" &\"";
+    return quote(out.text) + " writes nothing: the markers are \" #\", \"##\" and \" &\"";
   if (!out.is_dropped() && (text.ends_with('#') || text.ends_with(" &")))
-    return "only \" #\", \"##\" and \" &\" at the very end are markers: " + quoted(text) +
+    return "only \" #\", \"##\" and \" &\" at the very end are markers: " + quote(text) +
            " is written";
   const bool close = !text.empty() && is_letter(out.output.text.back());
   return out.output.marker == Marker::last_two && close
@@ -72,15 +67,12 @@ std::string marker_fault(const Edition& edition, const Out& out) {
 // What is odd about a recognition line, compared with the lines of the baseline; empty if nothing.
 std::string oddity_of(const Baseline& baseline, std::string_view line) {
   const auto begun = baseline.words_like(line);
-  if (baseline.words_like(" ").empty() && line.starts_with(' '))
+  if (line.starts_with(' ') && !baseline.has_start(" "))
     return "begins with a blank, but no line of the baseline does";
   if (begun.size() > 1)
-    return "begins lines of " + quoted(*begun.begin()) + " and of " + quoted(*begun.rbegin());
-  const auto word = first_word(line);
-  for (const std::string& known : baseline.words)
-    if (lowered(known) == lowered(word) && !baseline.has_word(word))
-      return "has other capital letters than " + quoted(known) + " in the baseline";
-  return "";
+    return "begins lines of " + quote(*begun.begin()) + " and of " + quote(*begun.rbegin());
+  const auto known = baseline.misspelt(first_word(line));
+  return known.empty() ? "" : "has other capital letters than " + quote(known) + " in the baseline";
 }
 
 }  // namespace
@@ -138,7 +130,7 @@ void count_past_end(const Edition&, const Pair& pair, const Report& report) {
 void count_too_small(const Edition&, const Pair& pair, const Report& report) {
   const NewTemplate& current = pair.current;
   for (std::size_t s = 0; s < current.newheads.size(); ++s) {
-    auto [i, end] = Lines{output_of(current, s).end, body_of(current, s).end};
+    auto [i, end] = LineRange{output_of(current, s).end, body_of(current, s).end};
     while (i < end && (stripped(current.lines[i]).empty() || is_remark(current.lines[i])))
       ++i;
     if (i < end && current.counts[s] > 0)
@@ -160,7 +152,7 @@ void shadowed(const Edition& edition, const Pair& pair, const Report& report) {
   for (std::size_t i = 1; i < old.lines.size() && &pair != edition.fix(); ++i)
     if (const std::size_t t = matchline(old, old.lines[i]);
         recognises(old, i) && !old.lines[t].empty() && sectionof(old, t) != sectionof(old, i))
-      report({old.filename, i}, "it never wins: " + line_number(t) + ", " + quoted(old.lines[t]) +
+      report({old.filename, i}, "it never wins: " + line_number(t) + ", " + quote(old.lines[t]) +
                                     ", recognises the same lines, and the last match wins");
 }
 
@@ -173,7 +165,7 @@ void odd_recognition(const Edition& edition, const Pair& pair, const Report& rep
     ++counts[sectionof(old, i)];
     if (const auto oddity = edition.shown() ? oddity_of(*edition.shown(), old.lines[i]) : "";
         !oddity.empty())
-      report({old.filename, i}, quoted(old.lines[i]) + " " + oddity);
+      report({old.filename, i}, quote(old.lines[i]) + " " + oddity);
   }
   for (std::size_t s = 0; s < counts.size() && &pair == edition.fix(); ++s)
     if (counts[s] == 1 || counts[s] == 2)
@@ -183,21 +175,22 @@ void odd_recognition(const Edition& edition, const Pair& pair, const Report& rep
 }
 
 void dead_marker(const Edition& edition, const Pair& pair, const Report& report) {
-  std::size_t rest = pair.old.oldheads.size();  // the section of the last " &"
+  std::optional<std::size_t> rest;  // the section of the last " &"
   for (const Out& out : outputs_of(pair.current)) {
     std::string fault = marker_fault(edition, out);
     if (out.output.marker == Marker::rest && std::exchange(rest, out.section) == out.section)
       fault = "every \" &\" copies from the block's first line, and there is another before";
     if (!fault.empty())
-      report({out.place.file, out.place.line, out.text.find_last_not_of("#& \t") + 2}, fault);
+      report({pair.current.filename, out.line, out.text.find_last_not_of("#& \t") + 2}, fault);
   }
 }
 
 void value_behind(const Edition&, const Pair& pair, const Report& report) {
-  for (const Out& out : outputs_of(pair.current))
-    if (is_aligned(out.output.marker) && out.distance > 0 && out.section < pair.old.counts.size() &&
-        out.distance >= pair.old.counts[out.section])
-      report(out.place, quoted(out.text) + " takes its value from behind the block");
+  for (const auto& [section, distance, line, output, text] : outputs_of(pair.current))
+    if (is_aligned(output.marker) && distance > 0 && section < pair.old.counts.size() &&
+        static_cast<long long>(distance) >= pair.old.counts[section])
+      report({pair.current.filename, line, output.text.size() + 1},
+             quote(text) + " takes its value from behind the block");
 }
 
 // Of what the expansion's first pass writes, the words alone can be known.
@@ -211,30 +204,29 @@ void unknown_output(const Edition& edition, const Pair& pair, const Report& repo
     if (shown && !out.is_dropped() &&
         (edition.is_last(pair) ? shown->kinds(out.output).empty()
                                : !words.contains(word) && !shown->has_word(word)))
-      report({out.place.file, out.place.line},
-             quoted(out.text) + " begins like no line of the baseline");
+      report({pair.current.filename, out.line},
+             quote(out.text) + " begins like no line of the baseline");
   }
 }
 
 // Lines of which the baseline knows nothing, and dropped ones, are left out.
 void output_order(const Edition& edition, const Pair& pair, const Report& report) {
   const Baseline* shown = edition.is_last(pair) ? edition.shown() : nullptr;
-  std::set<std::size_t> before;
+  std::vector<std::size_t> before;
   std::string_view last;
   for (const Out& out : outputs_of(pair.current)) {
-    auto kinds = shown ? shown->kinds(out.output) : std::set<std::size_t>();
     if (out.distance == 0)
       before.clear();
+    auto kinds = shown ? shown->kinds(out.output) : std::vector<std::size_t>();
     if (out.is_dropped() || kinds.empty())
       continue;
-    const bool known =
-        before.empty() || std::ranges::any_of(before, [&](std::size_t a) {
-          return std::ranges::any_of(kinds, [&](std::size_t b) { return shown->follows(a, b); });
-        });
-    const auto missing = known ? "" : shown->missing(*before.begin(), *kinds.begin());
-    if (!known)
-      report({out.place.file, out.place.line},
-             quoted(out.text) + " does not follow " + quoted(last) + " in the baseline" + missing);
+    const auto follows = [&](std::size_t b) {
+      return std::ranges::any_of(before, [&](std::size_t a) { return shown->follows(a, b); });
+    };
+    if (!before.empty() && std::ranges::none_of(kinds, follows))
+      report({pair.current.filename, out.line}, quote(out.text) + " does not follow " +
+                                                    quote(last) + " in the baseline" +
+                                                    shown->missing(before[0], kinds[0]));
     before = std::move(kinds);
     last = out.text;
   }

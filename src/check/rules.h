@@ -18,25 +18,15 @@ using MapRule = void(const MapRun&, const Report&);
 // An error damages maps or ends the program; a warning may be meant as it is.
 enum class Severity { error, warning };
 
-// What finds a rule's mistakes; without any the checker itself does, in maps.
-struct Finder {
-  constexpr Finder() = default;
-  constexpr Finder(EditionRule* rule) : of_edition(rule) {}
-  constexpr Finder(PairRule* rule, MapRule* also = nullptr) : of_pair(rule), of_map(also) {}
-  constexpr Finder(MapRule* rule) : of_map(rule) {}
-
-  EditionRule* of_edition = nullptr;
-  PairRule* of_pair = nullptr;
-  MapRule* of_map = nullptr;
-};
-
-struct Rule : Finder {
-  constexpr Rule(const char* name_in, Severity severity_in, const char* text_in, Finder finder = {})
-      : Finder(finder), name(name_in), severity(severity_in), text(text_in) {}
-
+struct Rule {
   const char* name;  // docs/templates.md has a section of that name
   Severity severity;
   const char* text;  // what it finds, in one line
+
+  // What finds it; where there is nothing, the checker itself does, in maps.
+  EditionRule* of_edition = nullptr;
+  PairRule* of_pair = nullptr;
+  MapRule* of_map = nullptr;
 
   bool needs_maps() const { return of_map || (!of_edition && !of_pair); }
 };

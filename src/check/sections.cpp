@@ -6,19 +6,6 @@
 
 #include <algorithm>
 
-namespace {
-
-// Without indentation, and with every run of blanks and tabs as one blank.
-std::string loosened(std::string_view line) {
-  std::string text;
-  for (const char c : unindented(line))
-    if (!is_blank(c) || !text.ends_with(' '))
-      text += is_blank(c) ? ' ' : c;
-  return text;
-}
-
-}  // namespace
-
 std::string lowered(std::string_view line) {
   std::string text(line);
   std::ranges::transform(text, text.begin(), ascii_lower);
@@ -32,11 +19,9 @@ bool is_letter(char c) {
   return !is_ascii(c) || (lower >= 'a' && lower <= 'z');
 }
 
-bool is_one_line(std::string_view text) {
-  return !text.empty() && text.find(LineArray::line_end) == text.npos;
-}
-
-std::string one_line_reason(std::string_view text) {
+std::string one_line_fault(std::string_view text) {
+  if (text.empty() || text.find(LineArray::line_end) != text.npos)
+    return "";
   const bool utf16 = text.starts_with("\xFF\xFE") || text.find('\0') != text.npos;
   return utf16 ? "it is UTF-16, but a character has to be one byte: save it as 8-bit text"
                : "it has no CR LF, so the whole file counts as one line";
@@ -59,7 +44,7 @@ std::string_view first_word(std::string_view line) {
 
 std::string section_name(std::string_view header) {
   const auto name = header.substr(0, header.find('$'));
-  return quoted(stripped(name.substr(name.starts_with('=') ? 1 : 0)));
+  return quote(stripped(name.substr(name.starts_with('=') ? 1 : 0)));
 }
 
 bool recognises(const OldTemplate& old, std::size_t i) {
@@ -67,17 +52,26 @@ bool recognises(const OldTemplate& old, std::size_t i) {
   return i > 0 && !line.empty() && !is_header(line) && !is_remark(line);
 }
 
-LooseIndex::LooseIndex(const OldTemplate& old) {
-  for (std::size_t i = 0; i < old.lines.size(); ++i)
-    if (recognises(old, i) && !unindented(old.lines[i]).empty()) {
-      texts.push_back(lowered(loosened(old.lines[i])));
-      lines.push_back(i);
-    }
-  index = PrefixIndex({texts.begin(), texts.end()});
+std::string loosened(std::string_view line) {
+  std::string text;
+  for (const char c : unindented(line))
+    if (!is_blank(c) || !text.ends_with(' '))
+      text += is_blank(c) ? ' ' : c;
+  return text;
 }
 
-std::size_t LooseIndex::find(std::string_view line) const {
-  return lines[index.find(lowered(loosened(line)))];
+// No loosened line begins with a tab.
+OldTemplate loose_template(const OldTemplate& old) {
+  std::string text;
+  for (std::size_t i = 0; i < old.lines.size(); ++i) {
+    const bool used = recognises(old, i) && !unindented(old.lines[i]).empty();
+    text.append(used ? lowered(loosened(old.lines[i])) : "\t").append(LineArray::line_end);
+  }
+  return index_old("", std::move(text));
+}
+
+std::size_t near_line(const OldTemplate& loose, std::string_view line) {
+  return matchline(loose, lowered(loosened(line)));
 }
 
 std::string difference(std::string_view line, std::string_view recognition) {
@@ -87,7 +81,7 @@ std::string difference(std::string_view line, std::string_view recognition) {
   return same ? "capital letters" : "capital letters, and tabs or blanks";
 }
 
-Lines body_of(const NewTemplate& current, std::size_t s) {
+LineRange body_of(const NewTemplate& current, std::size_t s) {
   if (s >= current.newheads.size())
     return {0, 0};
   const bool last = s + 1 == current.newheads.size();
@@ -95,7 +89,7 @@ Lines body_of(const NewTemplate& current, std::size_t s) {
   return {std::min(current.newheads[s] + 1, end), end};
 }
 
-Lines output_of(const NewTemplate& current, std::size_t s) {
+LineRange output_of(const NewTemplate& current, std::size_t s) {
   const auto [begin, end] = body_of(current, s);
   if (begin == end)
     return {begin, end};

@@ -3,7 +3,6 @@
 
 #include "check/editions.h"
 
-#include <set>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -20,9 +19,8 @@ std::string lowered(std::string_view line);  // ASCII alone
 
 constexpr std::string_view byte_order_mark = "\xEF\xBB\xBF";
 
-// Whether a text counts as one line because it has no CR LF, and why it has none.
-bool is_one_line(std::string_view text);
-std::string one_line_reason(std::string_view text);
+// Why a text counts as one line; empty if it does not.
+std::string one_line_fault(std::string_view text);
 
 // Whether a line is its writer's own remark: it begins with "=" and is no header.
 bool is_remark(std::string_view line);
@@ -41,30 +39,23 @@ std::string section_name(std::string_view header);
 // empty.
 bool recognises(const OldTemplate& old, std::size_t i);
 
-// Finds recognition lines whatever the case of letters, the tabs and the blanks: every run of them
-// counts as one blank, and at the start of a line as nothing.
-class LooseIndex {
-public:
-  explicit LooseIndex(const OldTemplate& old);
+// A line without indentation, in which every run of tabs and blanks is one blank.
+std::string loosened(std::string_view line);
 
-  // The last recognition line that `line` begins with; 0 when there is none.
-  std::size_t find(std::string_view line) const;
-
-private:
-  std::vector<std::string> texts{""};
-  std::vector<std::size_t> lines{0};  // of the template, for each text
-  PrefixIndex index;
-};
+// A template for `near_line`, which finds the last recognition line that `line` begins with,
+// whatever the case of letters, the tabs and the blanks; 0 when there is none.
+OldTemplate loose_template(const OldTemplate& old);
+std::size_t near_line(const OldTemplate& loose, std::string_view line);
 
 // In what `line` differs from a recognition line that was found for it.
 std::string difference(std::string_view line, std::string_view recognition);
 
 // The lines `begin` up to but not including `end`.
-struct Lines {
+struct LineRange {
   std::size_t begin, end;
 };
 
 // The lines behind the header of section `s`, up to the next header or the file's end, and those of
 // them that its count makes its output; none if there is no such section.
-Lines body_of(const NewTemplate& current, std::size_t s);
-Lines output_of(const NewTemplate& current, std::size_t s);
+LineRange body_of(const NewTemplate& current, std::size_t s);
+LineRange output_of(const NewTemplate& current, std::size_t s);

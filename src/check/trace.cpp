@@ -2,8 +2,6 @@
 #include "check/trace.h"
 
 #include "check/finding.h"
-#include "check/sections.h"
-#include "platform/printable.h"
 
 namespace {
 
@@ -12,52 +10,49 @@ std::string place(const Template& file, std::size_t i) {
 }
 
 // Why a line was copied that nearly began a block; empty if it did not nearly.
-std::string near_match(const Pass& pass, const LooseIndex& loose, std::size_t k) {
+std::string near_match(const Pass& pass, const OldTemplate& loose, std::size_t k) {
   const OldTemplate& old = pass.pair.old;
   const auto line = pass.input[k];
   if (const std::size_t t = matchline(old, line); t > 0)
     return place(old, t) + " recognises it, but one of the next two lines is not recognised";
-  if (const std::size_t t = loose.find(line); t > 0)
+  if (const std::size_t t = near_line(loose, line); t > 0)
     return place(old, t) + " has other " + difference(line, old.lines[t]);
   const bool title = k > 0 && !old.lines[0].empty() && line.starts_with(old.lines[0]);
   return title ? place(old, 0) + " is the title, which recognises nothing" : "";
 }
 
 // The lines `k` up to but not including `end`, which were copied.
-std::string copied(const Pass& pass, const LooseIndex& loose, std::size_t k, std::size_t end) {
+std::string copied(const Pass& pass, const OldTemplate& loose, std::size_t k, std::size_t end) {
   std::string text;
-  while (k < end) {
-    const std::size_t first = k;
-    std::string near;
-    while (k < end && (near = near_match(pass, loose, k)).empty())
-      ++k;
+  for (std::size_t first = k; k <= end; ++k) {
+    const std::string near = k < end ? near_match(pass, loose, k) : "";
+    if (k < end && near.empty())
+      continue;
     if (first < k)
       text += std::to_string(first + 1) + (first + 1 < k ? " to " + std::to_string(k) : "") +
               ": copied\n";
     if (k < end)
-      text += std::to_string(k + 1) + ": " + quoted(pass.input[k]) + " copied: " + near + "\n";
-    ++k;
+      text += std::to_string(k + 1) + ": " + quote(pass.input[k]) + " copied: " + near + "\n";
+    first = k + 1;
   }
   return text;
 }
 
 std::string block_text(const Pass& pass, const Block& block) {
   const auto& [old, current] = pass.pair;
-  const std::size_t s = pass.section_of(block);
-  std::string out, text = std::to_string(block.line + 1) + ": " + quoted(pass.input[block.line]) +
+  std::string out, text = std::to_string(block.line + 1) + ": " + quote(pass.input[block.line]) +
                           " begins section " + section_name(old.lines[pass.header_of(block)]) +
                           " of " + counted(block.count, "line") + ": " +
                           place(old, block.recognised_by) + "\n";
-  static_cast<void>(bool(rewritesection(old, current, s, pass.input, block.line, out)));
+  static_cast<void>(
+      bool(rewritesection(old, current, pass.section_of(block), pass.input, block.line, out)));
   const LineArray lines = LineArray::split(std::move(out));
   std::size_t written = 0;
-  const auto [begin, end] = output_of(current, s);
-  for (std::size_t i = begin; i < end; ++i) {
+  for (auto [i, end] = pass.output_of(block); i < end; ++i) {
     const Marker marker = current.output[i].marker;
-    const std::size_t k = block.line + (marker == Marker::rest ? 0 : i - begin);
-    const bool value = marker != Marker::none && marker != Marker::dropped;
-    text += "    " + (marker == Marker::dropped ? "nothing" : quoted(lines[written++])) + ": " +
-            place(current, i) + (value ? ", value of " + line_number(k) : "") + "\n";
+    const bool dropped = marker == Marker::dropped, value = !dropped && marker != Marker::none;
+    text += "    " + (dropped ? "nothing" : quote(lines[written++])) + ": " + place(current, i) +
+            (value ? ", value of " + line_number(pass.source_of(block, i)) : "") + "\n";
   }
   return text;
 }
@@ -69,7 +64,7 @@ std::string trace(const MapRun& run) {
   for (const Pass& pass : run.passes) {
     text += (pass.is_fix ? "The result" : run.map.path) + ", by " +
             name_of(pass.pair.old.filename) + " and " + name_of(pass.pair.current.filename) + ":\n";
-    const LooseIndex loose(pass.pair.old);
+    const OldTemplate loose = loose_template(pass.pair.old);
     std::size_t k = 0;
     for (const Block& block : pass.blocks) {
       text += copied(pass, loose, k, block.line) + block_text(pass, block);

@@ -25,19 +25,29 @@ std::size_t disturbing_length(std::string_view text) {
   return 0;
 }
 
-}  // namespace
-
-std::string printable(std::string_view text) {
+std::string escaped(std::string_view piece) {
+  if (piece == "\t")
+    return "\\t";
   constexpr char digits[] = "0123456789ABCDEF";
   std::string shown;
+  for (const char c : piece)
+    shown += {'\\', 'x', digits[static_cast<unsigned char>(c) >> 4],
+              digits[static_cast<unsigned char>(c) & 0xF]};
+  return shown;
+}
+
+std::string made_printable(std::string_view text, bool keeps_lines) {
+  std::string shown;
   while (!text.empty()) {
-    const std::size_t length = disturbing_length(text);
-    for (const char c : text.substr(0, length))
-      shown += {'\\', 'x', digits[static_cast<unsigned char>(c) >> 4],
-                digits[static_cast<unsigned char>(c) & 0xF]};
-    if (length == 0)
-      shown += text.front();
+    const bool kept = text.starts_with('\t') || text.starts_with('\n') || text.starts_with("\r\n");
+    const std::size_t length = keeps_lines && kept ? 0 : disturbing_length(text);
+    shown += length > 0 ? escaped(text.substr(0, length)) : std::string(1, text.front());
     text.remove_prefix(std::max<std::size_t>(length, 1));
   }
   return shown;
 }
+
+}  // namespace
+
+std::string printable(std::string_view text) { return made_printable(text, false); }
+std::string printable_lines(std::string_view text) { return made_printable(text, true); }

@@ -49,10 +49,11 @@ std::string found_by_checker(const Example& example) {
   Texts texts{{"vnewstruct0.txt", "Galaxy\r\nversion 12\r\n"}};
   if (example.contains("baseline"))
     texts["vnewstruct0.txt"] = example.at("baseline");
-  for (const char* kind : {"old", "new"})
-    for (const char* line_ends : {"", " lf"})
-      if (example.contains(std::string(kind) + line_ends))
-        texts["v" + std::string(kind) + "struct11.txt"] = example.at(std::string(kind) + line_ends);
+  for (const std::string kind : {"old", "new"})
+    for (const std::string form : {"", " lf", " bom", " 10"})
+      if (example.contains(kind + form))
+        texts["v" + kind + "struct" + (form == " 10" ? "10" : "11") + ".txt"] =
+            (form == " bom" ? "\xEF\xBB\xBF" : "") + example.at(kind + form);
   return found_in_texts(texts, example.contains("map") ? std::vector{example.at("map")}
                                                        : std::vector<std::string>());
 }
@@ -89,8 +90,10 @@ TEST(TemplatesDocument, TheCheckerFindsWhatItSays) {
       continue;
     if (before["heading"] != example["heading"])
       before.clear();
-    if (example.contains("old"))
+    if (example.contains("old")) {
       before.erase("old lf");
+      before.erase("old bom");
+    }
     example.merge(before);
     const bool recipe = !example.contains("finding");
     const std::string finding = recipe ? "no findings\n" : without_cr(example["finding"]);
