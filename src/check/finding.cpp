@@ -65,11 +65,10 @@ void Findings::read_remarks(const std::string& file, const LineArray& lines) {
   }
 }
 
-void Findings::add(const std::string& key, Finding finding) {
-  const std::string map = finding.seen.file;
-  const auto at = kept.try_emplace(key, std::move(finding)).first;
-  if (!map.empty())
-    at->second.maps.insert(map);
+void Findings::add(const std::string& key, const Finding& finding) {
+  const auto at = kept.try_emplace(key, finding).first;
+  if (!finding.seen.file.empty())
+    at->second.maps.insert(finding.seen.file);
 }
 
 void Findings::heed_remarks(const std::function<bool(const std::string&)>& checked) {
@@ -98,6 +97,7 @@ std::size_t Findings::count(Severity severity) const {
 
 std::string Findings::report(bool colours) const {
   std::vector<const Finding*> sorted;
+  sorted.reserve(kept.size());
   for (const auto& [key, finding] : kept)
     sorted.push_back(&finding);
   std::ranges::sort(sorted, {}, [](const Finding* f) {

@@ -35,7 +35,7 @@ public:
   void read_remarks(const std::string& file, const LineArray& lines);
 
   // Findings of the same key are one.
-  void add(const std::string& key, Finding finding);
+  void add(const std::string& key, const Finding& finding);
 
   // Leaves out what is silenced, and finds the remarks that silence nothing. `checked` says whether
   // the maps of a file were checked.

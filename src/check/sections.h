@@ -5,7 +5,6 @@
 
 #include <string>
 #include <string_view>
-#include <vector>
 
 constexpr bool is_aligned(Marker marker) {
   return marker == Marker::last_character || marker == Marker::last_two;
