@@ -17,6 +17,7 @@ scratch=$c/both
 rm -rf "$scratch"
 mkdir -p "$scratch/program" "$scratch/data"
 cp "$linux/vora-map-updater" "$windows/vora-map-updater.exe" "$scratch/program"
+echo 'no library' > "$scratch/program/version.dll"  # where a mod for the game may have put its own
 
 key='HKLM\SOFTWARE\Wow6432Node\Orbwright\Paxhollow'
 register() { # register <edition> <folder>
@@ -43,6 +44,7 @@ put_maps() { # put_maps <base|expansion> <executable> <line of the target file>
   "$linux/make_executable" "$programs/$2" "$(sed -n "$3p" data/targetvoraver.txt | tr -d '\r')"
   rm -rf "$scratch/data"
   cp -r data "$scratch/data"
+  printf '\xC9toile du Nord.galaxy\r\n' >> "$scratch/data/original vora galaxies.txt"  # code page 1252
 }
 
 # Lists what a program left: files with their checksums, folders and symlinks by name.
@@ -73,10 +75,10 @@ on_windows() {
 
 plainly() { on_windows "$scratch/program/vora-map-updater.exe" /silent; }
 
-# With a redirection, as in the README: it stands first, as cmd passes on the blank before it.
+# With a redirection, as in the documents: it stands first, as cmd passes on the blank before it.
 from_prompt() {
   local status=0
-  on_windows cmd /c 'C:\both\program\vora-map-updater.exe 2> ..\reported.txt /silent' || status=$?
+  on_windows cmd /c '2> ..\reported.txt C:\both\program\vora-map-updater.exe /silent' || status=$?
   cat ../reported.txt
   return $status
 }
@@ -95,6 +97,7 @@ compare() { # compare <what> <how Windows starts it> <debug?> <sample> <executab
   check "$what: the skipped map" yes "$([[ $said == *bad.galaxy* ]] && echo yes || echo no)"
   local written=galold
   [ "$1" = no ] || written=galtst
+  check "$what: an own map" no "$(grep -q "toile du Nord.$written" <<< "$left" && echo yes || echo no)"
   check "$what: maps converted" yes "$(grep -q "\.$written\$" <<< "$left" && echo yes || echo no)"
   [ "$linux_left" = "$left" ] && return
   printf 'FAILED %s: what it leaves behind\n' "$what"

@@ -15,12 +15,21 @@
 
 namespace {
 
+// So that many maps that another program holds do not freeze the window: about those of a batch.
+constexpr unsigned maps_of_a_budget = 64;
+
 // Every map that these files have opened is of this machine.
 WindowsMap& map_of(const Unflushed& file) { return static_cast<WindowsMap&>(file.map); }
+
+// U+FFFD stands for what is no character in a name: a file of such a name is not found by it.
+constexpr char no_text[] = "its name is no text: it has an unpaired surrogate";
+bool is_no_text(const std::string& path) { return path.find("\xEF\xBF\xBD") != path.npos; }
 
 Failure failure(const std::string& path, const char* action) {
   const DWORD error = GetLastError();
   const bool missing = error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND;
+  if (missing && is_no_text(path))
+    return {path, action, no_text};
   return {path, action, system_reason(), missing ? Failure::Kind::missing : Failure::Kind::other};
 }
 
@@ -152,16 +161,18 @@ Result<std::string> WindowsFiles::full_path(const std::string& folder) {
   return spelled.text();
 }
 
-Result<WindowsFiles::ReadFile> WindowsFiles::read_file(const std::string& path) {
+Result<WindowsFiles::ReadFile> WindowsFiles::read_file(const std::string& path,
+                                                       RetryBudget& retry_budget) {
   auto name = path.ends_with('\\') ? std::string() : lookup(path, Match::files);
   if (!name)
     return name.failure();
+  if (name->empty() && is_no_text(path))
+    return Failure{path, "read it", no_text};
   if (name->empty())
     return Failure{path, "read it", "the file is missing", Failure::Kind::missing};
   auto location = locate(path);
   if (!location)
     return location.failure();
-  RetryBudget retry_budget;
   const Handle file =
       open_with_retry(retry_budget, location->wide(), GENERIC_READ, OPEN_EXISTING, 0);
   LARGE_INTEGER size;
@@ -183,18 +194,21 @@ Result<WindowsFiles::ReadFile> WindowsFiles::read_file(const std::string& path) 
 }
 
 Result<std::string> WindowsFiles::read(const std::string& path) {
-  auto file = read_file(path);
+  RetryBudget retry_budget;
+  auto file = read_file(path, retry_budget);
   if (!file)
     return file.failure();
   return std::move(file->text);
 }
 
 Result<std::unique_ptr<OpenMap>> WindowsFiles::open_map(const std::string& path) {
-  auto file = read_file(path);
+  if (opened_maps++ % maps_of_a_budget == 0)
+    map_budget = std::make_shared<RetryBudget>();
+  auto file = read_file(path, *map_budget);
   if (!file)
     return file.failure();
   return {std::make_unique<WindowsMap>(path, std::move(file->folder), std::move(file->name),
-                                       std::move(file->text))};
+                                       std::move(file->text), map_budget)};
 }
 
 // A process may have millions of handles.

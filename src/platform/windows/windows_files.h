@@ -2,6 +2,9 @@
 #pragma once
 
 #include "platform/files.h"
+#include "platform/windows/retry_budget.h"
+
+#include <memory>
 
 class WindowsFiles : public Files {
 public:
@@ -22,5 +25,8 @@ private:
     std::string text;
   };
 
-  Result<ReadFile> read_file(const std::string& path);
+  Result<ReadFile> read_file(const std::string& path, RetryBudget& retry_budget);
+
+  std::shared_ptr<RetryBudget> map_budget;  // of the map that was opened last
+  unsigned opened_maps = 0;
 };

@@ -70,7 +70,7 @@ bool is_taken(DWORD error) { return error == ERROR_ALREADY_EXISTS || error == ER
 }  // namespace
 
 WindowsMap::WindowsMap(std::string path_in, std::wstring folder_in, std::string name_in,
-                       std::string text_in, RetryBudget retry_in)
+                       std::string text_in, std::shared_ptr<RetryBudget> retry_in)
     : OpenMap(std::move(path_in), std::move(name_in), std::move(text_in)),
       folder(folder_in.ends_with(L'\\') ? std::move(folder_in) : folder_in + L"\\"),
       retry_budget(std::move(retry_in)) {}
@@ -104,7 +104,7 @@ Result<OpenMap::FileState> WindowsMap::lock() {
   if (*kind == Kind::folder || *kind == Kind::other)
     return failure(not_ordinary);
   // A program that has it open may forbid to rename it, and would forbid to undo what was begun.
-  if (!open_with_retry(retry_budget, path_of(name), DELETE, OPEN_EXISTING,
+  if (!open_with_retry(*retry_budget, path_of(name), DELETE, OPEN_EXISTING,
                        FILE_FLAG_OPEN_REPARSE_POINT))
     return last_error();
   const auto taken = lock_entry(name);
@@ -152,7 +152,8 @@ Result<bool> WindowsMap::holds(const std::string& entry, std::string_view conten
     return kind.failure();
   if (*kind == Kind::other)
     return false;
-  const Handle file = open_with_retry(retry_budget, path_of(entry), GENERIC_READ, OPEN_EXISTING, 0);
+  const Handle file =
+      open_with_retry(*retry_budget, path_of(entry), GENERIC_READ, OPEN_EXISTING, 0);
   const auto about = file ? file_information(file) : std::nullopt;
   if (!about)
     return last_error();
@@ -167,7 +168,7 @@ Result<bool> WindowsMap::holds(const std::string& entry, std::string_view conten
 
 Result<Handle> WindowsMap::open_to_flush(const std::string& entry) {
   const Writable writable(path_of(entry));
-  Handle file = open_with_retry(retry_budget, path_of(entry), GENERIC_WRITE, OPEN_EXISTING, 0);
+  Handle file = open_with_retry(*retry_budget, path_of(entry), GENERIC_WRITE, OPEN_EXISTING, 0);
   if (!file)
     return last_error();
   return file;
@@ -205,13 +206,13 @@ Result<std::string> WindowsMap::write_temporary(std::string_view content) {
 
 // The entry may be a hard link to the map, which shares its read-only attribute.
 void WindowsMap::remove(const std::string& entry) {
-  retry_budget.retry(sharing_or_access_errors, [&] { return delete_file(path_of(entry)); });
+  retry_budget->retry(sharing_or_access_errors, [&] { return delete_file(path_of(entry)); });
   if (is_read_only(map_attributes))
     set_attributes(path_of(name), map_attributes);
 }
 
 bool WindowsMap::move_file(const std::string& from, const std::string& to, DWORD flags) {
-  return retry_budget.retry(sharing_or_access_errors, [&] {
+  return retry_budget->retry(sharing_or_access_errors, [&] {
     return MoveFileExW(path_of(from).c_str(), path_of(to).c_str(),
                        flags | MOVEFILE_WRITE_THROUGH) != 0;
   });
