@@ -17,7 +17,6 @@ scratch=$c/both
 rm -rf "$scratch"
 mkdir -p "$scratch/program" "$scratch/data"
 cp "$linux/vora-map-updater" "$windows/vora-map-updater.exe" "$scratch/program"
-echo 'no library' > "$scratch/program/version.dll"  # where a mod for the game may have put its own
 
 key='HKLM\SOFTWARE\Wow6432Node\Orbwright\Paxhollow'
 register() { # register <edition> <folder>
@@ -75,10 +74,11 @@ on_windows() {
 
 plainly() { on_windows "$scratch/program/vora-map-updater.exe" /silent; }
 
-# With a redirection, as in the documents: it stands first, as cmd passes on the blank before it.
+# With a redirection between program and argument, since cmd passes on the blank before it: Wine's
+# does not know one before the program, which the documents name.
 from_prompt() {
   local status=0
-  on_windows cmd /c '2> ..\reported.txt C:\both\program\vora-map-updater.exe /silent' || status=$?
+  on_windows cmd /c 'C:\both\program\vora-map-updater.exe 2> ..\reported.txt /silent' || status=$?
   cat ../reported.txt
   return $status
 }

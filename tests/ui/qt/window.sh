@@ -156,8 +156,8 @@ for scale in 1 2; do
   eval "$(xdotool getwindowgeometry --shell "$(xdotool search --onlyvisible --name '^Vora Map Updater$')")"
   [ "$X" -ge 0 ] && [ "$Y" -ge 0 ] && [ $((X + WIDTH)) -le 1280 ] && [ $((Y + HEIGHT)) -le 720 ] ||
     fail "the list of failures is $WIDTH by $HEIGHT at $X, $Y at scale $scale"
-  kill "$program"
-  wait "$program" || true
+  kill -KILL "$program"
+  wait "$program" 2> /dev/null || true
   program=
 done
 
