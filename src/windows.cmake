@@ -16,9 +16,9 @@ layer(win32 BELOW ui windows SOURCES
   ui/win32/main_window.cpp ui/win32/message_box.cpp ui/win32/monitor.cpp ui/win32/write_stderr.cpp)
 target_link_libraries(win32 PUBLIC comctl32 gdi32)
 
-# Gives a program its icon, manifest and version.
+# Gives a program its manifest, its version and, by a line of a resource script, its icon.
 enable_language(RC)
-function(add_resources target DESCRIPTION)
+function(add_resources target DESCRIPTION ICON)
   set(NAME ${target})
   configure_file(ui/win32/program.manifest ${target}.manifest @ONLY)
   configure_file(ui/win32/program.rc ${target}.rc @ONLY)
@@ -29,7 +29,8 @@ function(add_resources target DESCRIPTION)
 endfunction()
 
 add_executable(vora-map-updater WIN32 main_windows.cpp)
-add_resources(vora-map-updater "Vora Map Updater")
+add_resources(vora-map-updater "Vora Map Updater"
+  "1 ICON \"${PROJECT_SOURCE_DIR}/share/vora-map-updater.ico\"")
 target_link_libraries(vora-map-updater PRIVATE win32)
 set_target_properties(vora-map-updater PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR})
 if(MSVC)  # a program with a window whose entry is main all the same
