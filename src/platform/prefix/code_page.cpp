@@ -3,6 +3,7 @@
 
 #include <array>
 #include <cerrno>
+#include <cstdint>
 
 #include <iconv.h>
 
@@ -23,7 +24,7 @@ public:
   }
 
   // Whether the C library knows the encoding.
-  bool is_open() const { return conversion != reinterpret_cast<iconv_t>(-1); }
+  bool is_open() const { return reinterpret_cast<std::intptr_t>(conversion) != -1; }
 
   std::string decode(std::string bytes) const {
     constexpr std::size_t failed = static_cast<std::size_t>(-1);
