@@ -1,12 +1,15 @@
-# The archive for players on Windows: the program, the checker of templates with their document, the
-# data files, a readme and the licence, in one folder.
+# The archive for players on Windows: the program, the checker of templates, the documents, the data
+# files, a readme and the licence, in one folder.
 install(TARGETS vora-map-updater vora-template-check RUNTIME DESTINATION .)
 install(DIRECTORY data/ DESTINATION .)
 configure_file(share/readme-windows.txt readme.txt @ONLY NEWLINE_STYLE CRLF)
 configure_file(LICENSE license.txt @ONLY NEWLINE_STYLE CRLF)
-configure_file(docs/templates.md templates.md @ONLY NEWLINE_STYLE CRLF)
-install(FILES ${CMAKE_CURRENT_BINARY_DIR}/readme.txt ${CMAKE_CURRENT_BINARY_DIR}/license.txt
-  ${CMAKE_CURRENT_BINARY_DIR}/templates.md DESTINATION .)
+foreach(document players reliability templates)
+  configure_file(docs/${document}.md ${document}.md @ONLY NEWLINE_STYLE CRLF)
+endforeach()
+foreach(file readme.txt license.txt players.md reliability.md templates.md)
+  install(FILES ${CMAKE_CURRENT_BINARY_DIR}/${file} DESTINATION .)
+endforeach()
 
 # Not cpack's own ZIP, which takes the files in the order of the disk.
 set(CPACK_GENERATOR External)

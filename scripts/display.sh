@@ -4,7 +4,7 @@
 start_display() {
   local number
   exec {number_pipe}<> <(:)
-  Xvfb -displayfd "$number_pipe" -screen 0 1024x768x24 -nolisten tcp -noreset 2>/dev/null &
+  Xvfb -displayfd "$number_pipe" -screen 0 1280x720x24 -nolisten tcp -noreset 2>/dev/null &
   display_process=$!
   read -r -t 60 -u "$number_pipe" number
   export DISPLAY=:$number

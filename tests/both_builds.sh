@@ -43,6 +43,7 @@ put_maps() { # put_maps <base|expansion> <executable> <line of the target file>
   "$linux/make_executable" "$programs/$2" "$(sed -n "$3p" data/targetvoraver.txt | tr -d '\r')"
   rm -rf "$scratch/data"
   cp -r data "$scratch/data"
+  printf '\xC9toile du Nord.galaxy\r\n' >> "$scratch/data/original vora galaxies.txt"  # code page 1252
 }
 
 # Lists what a program left: files with their checksums, folders and symlinks by name.
@@ -73,7 +74,8 @@ on_windows() {
 
 plainly() { on_windows "$scratch/program/vora-map-updater.exe" /silent; }
 
-# With a redirection, as in the README: it stands first, as cmd passes on the blank before it.
+# With a redirection between program and argument, since cmd passes on the blank before it: Wine's
+# does not know one before the program, which the documents name.
 from_prompt() {
   local status=0
   on_windows cmd /c 'C:\both\program\vora-map-updater.exe 2> ..\reported.txt /silent' || status=$?
@@ -95,6 +97,7 @@ compare() { # compare <what> <how Windows starts it> <debug?> <sample> <executab
   check "$what: the skipped map" yes "$([[ $said == *bad.galaxy* ]] && echo yes || echo no)"
   local written=galold
   [ "$1" = no ] || written=galtst
+  check "$what: an own map" no "$(grep -q "toile du Nord.$written" <<< "$left" && echo yes || echo no)"
   check "$what: maps converted" yes "$(grep -q "\.$written\$" <<< "$left" && echo yes || echo no)"
   [ "$linux_left" = "$left" ] && return
   printf 'FAILED %s: what it leaves behind\n' "$what"

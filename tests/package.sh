@@ -64,7 +64,7 @@ lintian --fail-on error,warning "$package" || fail 'lintian finds mistakes'
 cmp "$package" "$scratch/again/${package##*/}" || fail 'two builds give different packages'
 
 dpkg-deb -x "$package" "$scratch/unpacked"
-for file in doc/vora-map-updater/templates.md icons/hicolor/scalable/apps/vora-map-updater.svg; do
+for file in doc/vora-map-updater/{players,reliability,templates}.md icons/hicolor/scalable/apps/vora-map-updater.svg; do
   [ -f "$scratch/unpacked/usr/share/$file" ] || fail "the package lacks $file"
 done
 # protected <file> [options]: Debian 12 does not build its own start-up code for control flow

@@ -154,6 +154,19 @@ for file in targetvoraver.txt "$list"; do
   run /s
   told "LF in $file" 1 "$file: cannot use it: $in_lf"
 done
+# The list of the game's own maps in a code page: 1252, or the one that the registry names.
+star_folder='AppData/Local/Kettlewick Games/Vorakai/maps'
+for page in 1252 1251; do
+  [ $page = 1252 ] && star=$'\xC9toile du Nord' || star=$'\xC7\xE2\xE5\xE7\xE4\xE0'
+  prepare sh -c 'printf "%s.galaxy\r\n" "$0" >> "original vora galaxies.txt"' "$star"
+  printf '\n[System\\\\CurrentControlSet\\\\Control\\\\Nls\\\\CodePage] 1\n"ACP"="%s"\n' $page \
+    >> "$scratch/machine/system.reg"
+  maps=$scratch/machine/drive_c/users/player/$star_folder
+  cp "$maps/Étoile du Nord.galaxy" "$maps/Звезда.galaxy"
+  run /s
+  check "a list in code page $page" "0 $([ $page = 1252 ] && echo Звезда || echo Étoile du Nord).galold" \
+    "$status $(cd "$maps" && ls | grep -E '^(Звезда|Étoile du Nord)\.galold')"
+done
 prepare sh -c "rm '$list' && ln -s '$list' '$list'"
 run /s
 told "a list that leads to itself" 1 "$list: cannot find it: Too many levels of symbolic links"

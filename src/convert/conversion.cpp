@@ -262,8 +262,10 @@ void Run::back_up_unconverted(MapInHand map) {
 }
 
 void Run::report_skipped() {
-  report_troubles(form, "These templates cannot be used:", templates.unusable());
-  report_troubles(form, "These maps could not be converted and were skipped:", skipped);
+  report_troubles(form,
+                  "1 template cannot be used:", "templates cannot be used:", templates.unusable());
+  report_troubles(form, "1 map could not be converted and was skipped:",
+                  "maps could not be converted and were skipped:", skipped);
 }
 
 }  // namespace
@@ -275,9 +277,13 @@ void fixgalaxies(Form1& form) {
   next_stage(form);
   if (!run.read_baseline())
     return;
-  for (std::size_t i = 0; i + 1 < form.foundlist.size() && !form.system.interrupted(); ++i)
+  form.converting = true;
+  for (std::size_t i = 0; i + 1 < form.foundlist.size() && !form.system.interrupted(); ++i) {
+    form.screen.show_alive();
     run.convert_or_skip(i);
+  }
   run.commit();
+  form.converting = false;
   run.report_skipped();
   if (form.system.interrupted())
     end_interrupted(form, run.converted);

@@ -12,6 +12,15 @@ constexpr char missing_list[] =
     "original vora galaxies.txt is missing: the game's release is not checked, and the game's own "
     "maps are converted like any other.";
 
+// The lines of the list in UTF-8.
+LineArray read_list(Form1& form) {
+  const LineArray lines = readlines_or_report(form, list_file);
+  std::string text;
+  for (std::size_t i = 0; i < lines.size(); ++i)
+    text += form.system.decode(lines[i]) + std::string(LineArray::line_end);
+  return lines.text().empty() ? LineArray::empty(lines.size()) : LineArray::split(std::move(text));
+}
+
 }  // namespace
 
 void warn_of_missing_list(Form1& form) {
@@ -28,7 +37,7 @@ void loadoriginalmaps(Form1& form) {
     form.screen.print_error(missing_list);
   if (!found || found->empty())
     form.missingdata = true;
-  form.originalmaps = form.missingdata ? LineArray::empty(1) : readlines_or_report(form, list_file);
+  form.originalmaps = form.missingdata ? LineArray::empty(1) : read_list(form);
 }
 
 bool samefilename(System& system, std::string_view path, std::string_view name) {

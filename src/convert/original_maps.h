@@ -5,9 +5,9 @@
 
 #include <string_view>
 
-// Reads the list into `originalmaps`. When its file is missing, or `missingdata` is set already,
-// the list is a single empty entry and `missingdata` is set. In a silent run a missing file is
-// mentioned on stderr.
+// Reads the list into `originalmaps`; a line that is no UTF-8 is in the system's code page. When
+// its file is missing, or `missingdata` is set already, the list is a single empty entry and
+// `missingdata` is set. In a silent run a missing file is mentioned on stderr.
 void loadoriginalmaps(Form1& form);
 
 // Says in a message box that the list's file is missing, where there are maps to convert; in a

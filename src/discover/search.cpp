@@ -103,5 +103,6 @@ void findgalaxies(Form1& form) {
   for (std::size_t j = 0; j + 1 < form.foundlist.size(); ++j)
     form.Text1.append(std::string(filename(form.foundlist[j])) + "\r\n");
   form.Label6.set_text(std::to_string(static_cast<long long>(form.foundlist.size()) - 2));
-  report_troubles(form, "These folders could not be searched:", form.unsearched);
+  report_troubles(
+      form, "1 folder could not be searched:", "folders could not be searched:", form.unsearched);
 }

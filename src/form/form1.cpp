@@ -69,11 +69,11 @@ void report_trouble(Form1& form, const Failure& failure) {
   report_trouble(form, printable(failure.text()));
 }
 
-void report_troubles(Form1& form, const std::string& heading,
+void report_troubles(Form1& form, const std::string& one, const std::string& many,
                      const std::vector<Failure>& failures) {
   if (failures.empty())
     return;
-  std::string text = heading;
+  std::string text = failures.size() == 1 ? one : std::to_string(failures.size()) + " " + many;
   for (const Failure& failure : failures)
     text += "\r\n" + printable(failure.text());
   report_trouble(form, text);

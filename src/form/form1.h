@@ -104,6 +104,7 @@ public:
   LineArray originalmaps;                  // names of the game's own maps
   bool list_missing = false;               // their file is missing
   bool searching = false;                  // only the exit button does anything meanwhile
+  bool converting = false;                 // nothing does anything meanwhile
 
   bool trouble = false;  // something went wrong: the exit status is 1
 };
@@ -145,8 +146,10 @@ std::string advise_folder(System& system, const std::string& file);
 void report_trouble(Form1& form, const std::string& text);
 void report_trouble(Form1& form, const Failure& failure);
 
-// The same for several failures, one a line below a heading. Does nothing when there are none.
-void report_troubles(Form1& form, const std::string& heading, const std::vector<Failure>& failures);
+// The same for several failures, one a line below a heading: their number and `many`, or `one` for
+// a single one. Does nothing when there are none.
+void report_troubles(Form1& form, const std::string& one, const std::string& many,
+                     const std::vector<Failure>& failures);
 
 // Adds one to the stage counter, `Label8`.
 void next_stage(Form1& form);

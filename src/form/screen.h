@@ -46,6 +46,10 @@ public:
   // Handles the window's pending messages: repainting, the close and exit buttons.
   virtual void process_messages() = 0;
 
+  // Shows the window system during a long operation that the program has not hung; user input
+  // waits. Where the system asks for no sign of life it does nothing.
+  virtual void show_alive() {}
+
   // Ends the program at once, from inside any handler.
   [[noreturn]] virtual void end(int status) = 0;
 };

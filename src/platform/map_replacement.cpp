@@ -80,7 +80,8 @@ Result<Done> MapReplacement::write_temporaries(const std::vector<NewFile>& new_f
 
 // `name` is what the temporary file will be renamed to.
 Result<Done> MapReplacement::write_temporary(const NewFile& file, const std::string& name) {
-  auto written = with_action("write " + file.name, [&] { return map.write_temporary(file.text); });
+  auto written =
+      with_action(write_action(file.name), [&] { return map.write_temporary(file.text); });
   if (!written)
     return written.failure();
   prepared.push_back({Temporary(map, *std::move(written)), name});
@@ -130,7 +131,8 @@ Result<Done> MapReplacement::place_companions() {
 }
 
 Result<Done> MapReplacement::place(Prepared& file, const std::string& kept) {
-  return with_action("write " + file.name, [&] { return file.temporary.rename(file.name, kept); });
+  return with_action(write_action(file.name),
+                     [&] { return file.temporary.rename(file.name, kept); });
 }
 
 // A backup of other content makes room for the new one. Its new name is flushed before another
@@ -264,7 +266,7 @@ Result<Done> MapReplacement::check_made(const std::string& name) {
 
 // Between its flush and the replacement somebody may have removed or changed the backup.
 Result<Done> MapReplacement::check_backup() {
-  const auto now = with_action("stat its backup " + backup, [&] { return map.state_of(backup); });
+  const auto now = with_action("check its backup " + backup, [&] { return map.state_of(backup); });
   if (!now)
     return now.failure();
   return is_own_backup(*now) ? Result<Done>(Done{})
@@ -312,5 +314,5 @@ bool MapReplacement::is_map(const std::string& name) {
 }
 
 Result<OpenMap::Kind> MapReplacement::kind_of(const std::string& name) {
-  return with_action("stat " + name, [&] { return map.kind_of(name); });
+  return with_action("check " + name, [&] { return map.kind_of(name); });
 }

@@ -120,6 +120,9 @@ private:
   Result<Done> note_unflushed(const std::string& name, const std::string& what);
   std::string take_back_backup();
   std::string backup_action() const { return "make its backup " + backup; }
+  std::string write_action(const std::string& name) const {
+    return "write " + (name == map.name ? "it" : name);
+  }
   Failure failure(std::string reason) const { return {map.path, "convert it", std::move(reason)}; }
   Failure changed() const { return failure("it has changed since it was read"); }
 

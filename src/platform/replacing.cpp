@@ -91,12 +91,15 @@ void ReplacementBatch::flush(const Maps& flushed) {
 void ReplacementBatch::fail_unflushed(const Maps& flushed, MapReplacement& owner,
                                       const Unflushed& file) {
   const Failure& failure = file.flushed.failure();
+  const bool is_map = file.what == owner.open_map().name;
   if (failure.kind != Failure::Kind::unconfirmed)
-    return owner.fail({failure.path, "write " + file.what, failure.reason, failure.kind});
-  owner.fail({failure.path, "write " + file.what, "the disk did not confirm it: " + failure.reason,
-              failure.kind});
-  const std::string reason = "the disk did not confirm that " + file.what + " of " + failure.path +
-                             " is written: " + failure.reason;
+    return owner.fail(
+        {failure.path, "write " + (is_map ? "it" : file.what), failure.reason, failure.kind});
+  const auto unconfirmed = [&](const std::string& what) {
+    return "the disk did not confirm that " + what + " is written: " + failure.reason;
+  };
+  owner.fail({failure.path, "convert it", unconfirmed(is_map ? "it" : file.what), failure.kind});
+  const std::string reason = unconfirmed(is_map ? failure.path : file.what + " of " + failure.path);
   for (const auto& other : flushed)
     if (other->device() == owner.device())
       other->fail({other->open_map().path, "convert it", reason, failure.kind});

@@ -107,6 +107,10 @@ public:
   virtual void defer_interrupts(bool on) { static_cast<void>(on); }
   virtual bool interrupted() { return false; }
 
+  // Bytes of a text file as UTF-8: as they are where they are UTF-8, else as characters of the
+  // machine's code page.
+  virtual std::string decode(std::string_view bytes) = 0;
+
   // `text` with its letters lowered by the platform's ordinary case mapping.
   virtual std::string lowercase(std::string_view text) = 0;
 };

@@ -109,7 +109,7 @@ template <class Work> void within_memory(Form1& form, const Work& work) {
 }  // namespace
 
 void press(Form1& form, const Control& button) {
-  if (!button.enabled() || (form.searching && &button != &form.Command3))
+  if (!button.enabled() || form.converting || (form.searching && &button != &form.Command3))
     return;
   const auto handler = std::find_if(std::begin(handlers), std::end(handlers),
                                     [&](const Handler& h) { return &(form.*h.button) == &button; });
@@ -127,12 +127,12 @@ void close_window(Form1& form) {
 }
 
 void open_folder(Form1& form, const std::string& path) {
-  if (!form.searching)
+  if (!form.searching && !form.converting)
     within_memory(form, [&] { show_folder(form, path); });
 }
 
 void select_drive(Form1& form, const std::string& drive) {
-  if (!form.searching)
+  if (!form.searching && !form.converting)
     within_memory(form, [&] { form.Drive1.select(drive); });
 }
 

@@ -163,6 +163,15 @@ double design_dpi(int client_width, int screen_dpi) {
   return double(width) * twips_per_inch / window_width;
 }
 
+Extent message_field(Extent text, Extent work_area, int line) {
+  constexpr Extent margin{3, 2}, around{4, 8}, most{message_width + margin.width, 24};
+  const auto fit = [line](int wanted, int added, int room, int taken, int largest) {
+    return std::min({wanted + added * line, room - taken * line, largest * line});
+  };
+  return {fit(text.width, margin.width, work_area.width, around.width, most.width),
+          fit(text.height, margin.height, work_area.height, around.height, most.height)};
+}
+
 // Rounds the corners, not the sizes, so that edges stay aligned at any resolution.
 Place place_of(const ControlLayout& row, int client_width, int client_height, int screen_dpi) {
   const double dpi = design_dpi(client_width, screen_dpi);

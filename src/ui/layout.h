@@ -60,6 +60,18 @@ int pixels(int twips, double dpi);
 // screen, or fewer where the client area is narrower than the design.
 double design_dpi(int client_width, int screen_dpi);
 
+struct Extent {
+  int width, height;
+};
+
+// The text of a message box is wrapped at this width, in line heights.
+inline constexpr int message_width = 37;
+
+// The size of the field that shows the text of a message box: as large as the text, and room for a
+// scroll bar, but so small that the box fits the work area. What is longer scrolls. `line` is the
+// height of a line.
+Extent message_field(Extent text, Extent work_area, int line);
+
 struct Place {
   int left, top, width, height;
 };

@@ -140,7 +140,7 @@ TEST_F(Conversion, TellsWhichMapsItCouldNotConvertAndGoesOn) {
   EXPECT_EQ(program.form.Text2.text(), "a.galaxy\r\n");
   EXPECT_TRUE(program.form.trouble);
   EXPECT_TRUE(
-      reported("These maps could not be converted and were skipped:\r\n"
+      reported("6 maps could not be converted and were skipped:\r\n"
                "C:\\maps\\vanished.galaxy: cannot read it: the file is missing\r\n"
                "C:\\maps\\oneline.galaxy: cannot convert it: it has no second line\r\n"
                "C:\\maps\\empty.galaxy: cannot convert it: it has no second line\r\n"

@@ -41,6 +41,20 @@ TEST(OriginalMaps, AMissingListIsRememberedForGood) {
   }
 }
 
+// Editors of different ages write it, each line in UTF-8 or in code page 1252.
+TEST(OriginalMaps, MayBeListedInTheSystemsCodePage) {
+  TestMachine machine;
+  Program program(machine);
+  write_file(
+      machine.data / "original vora galaxies.txt",
+      "\xC9toile.galaxy\r\n\xC3\x89toile du Nord.galaxy\r\n\r\n\x80\x8D.galaxy\r\nb.galaxy\r\n");
+  loadoriginalmaps(program.form);
+  EXPECT_EQ(program.form.originalmaps.size(), 5u);
+  for (const char* own : {"étoile.GALAXY", "Étoile du nord.galaxy", "B.galaxy"})
+    EXPECT_TRUE(is_original(program.form, std::string("C:\\maps\\") + own)) << own;
+  EXPECT_FALSE(is_original(program.form, "C:\\maps\\etoile.galaxy"));
+}
+
 TEST(TemplateFiles, AreReadAnewOnceTheirFilesChange) {
   TestMachine machine;
   Program program(machine);

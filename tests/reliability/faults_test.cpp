@@ -15,6 +15,7 @@
 #include <cstring>
 #include <fstream>
 #include <iostream>
+#include <regex>
 #include <tuple>
 
 namespace fs = std::filesystem;
@@ -213,6 +214,7 @@ INSTANTIATE_TEST_SUITE_P(
 // gives no maps, a template's failure, which ends the run, and a flush that fails, after which none
 // of the batch is converted.
 TEST_P(Faults, EveryCallFailsOnceOrFromThenOn) {
+  const std::regex map_named_twice(R"(\\([^\\:\n]+\.galaxy): [^\r\n]*\1)");
   int injected = 0, unread_templates = 0;
   fill();
   const int calls = convert_undisturbed();
@@ -229,6 +231,7 @@ TEST_P(Faults, EveryCallFailsOnceOrFromThenOn) {
       const Tree left = tree(folder);
       SCOPED_TRACE(std::to_string(error) + " at " + std::to_string(fault) + ": " + reported);
       ASSERT_EQ(broken(left), "");
+      ASSERT_FALSE(std::regex_search(reported, map_named_twice));
       const auto skipped = not_converted(left);
       const bool ended = reported.find("struct") != reported.npos;
       const bool unread = reported.find("it cannot be read: ") != reported.npos;

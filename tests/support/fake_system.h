@@ -36,5 +36,6 @@ public:
   std::vector<std::string> drives() override { return {}; }
   std::string app_folder() override { return own; }
   std::string argument_text() override { return ""; }
+  std::string decode(std::string_view bytes) override { return std::string(bytes); }
   std::string lowercase(std::string_view text) override { return ::lowercase(text); }
 };

@@ -1,6 +1,7 @@
 // The system of a Windows machine that is kept in a folder: a Wine prefix.
 #include "platform/prefix/prefix_system.h"
 
+#include "platform/prefix/code_page.h"
 #include "platform/prefix/descriptor.h"
 #include "platform/prefix/letter_case.h"
 #include "platform/prefix/prefix_check.h"
@@ -15,6 +16,8 @@
 #include <fstream>
 #include <tuple>
 
+#include <utf8.h>
+
 namespace fs = std::filesystem;
 
 namespace {
@@ -26,12 +29,16 @@ constexpr char explorer[] =
 // Where Windows sets variables of the user's session by name.
 constexpr char session_key[] = R"(HKEY_CURRENT_USER\Volatile Environment\)";
 
-// Where the user and the machine set variables by name. In Wine 10 the current control set is a
-// registry symlink to the first, which holds the keys.
+// Where the user and the machine set variables by name, and where the code page is named. In Wine
+// 10 the current control set is a registry symlink to the first, which holds the keys.
 constexpr const char* variable_keys[] = {
     R"(HKEY_CURRENT_USER\Environment\)",
     R"(HKEY_LOCAL_MACHINE\System\CurrentControlSet\Control\Session Manager\Environment\)",
     R"(HKEY_LOCAL_MACHINE\System\ControlSet001\Control\Session Manager\Environment\)",
+};
+constexpr const char* code_page_keys[] = {
+    R"(HKEY_LOCAL_MACHINE\System\CurrentControlSet\Control\Nls\CodePage\ACP)",
+    R"(HKEY_LOCAL_MACHINE\System\ControlSet001\Control\Nls\CodePage\ACP)",
 };
 
 // The variables that Windows makes from other values of HKEY_LOCAL_MACHINE\Software\Microsoft.
@@ -282,5 +289,15 @@ std::string PrefixSystem::argument_text() { return arguments; }
 void PrefixSystem::defer_interrupts(bool on) { ::defer_interrupts(on); }
 
 bool PrefixSystem::interrupted() { return ::interrupted(); }
+
+std::string PrefixSystem::decode(std::string_view bytes) {
+  if (utf8::is_valid(bytes))
+    return std::string(bytes);
+  std::optional<std::string> page;
+  for (const char* const key : code_page_keys)
+    if (!page)
+      page = reg_read(key);
+  return from_code_page(page.value_or(""), bytes);
+}
 
 std::string PrefixSystem::lowercase(std::string_view text) { return ::lowercase(text); }

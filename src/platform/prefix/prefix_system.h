@@ -46,6 +46,9 @@ public:
   std::string argument_text() override;
   void defer_interrupts(bool on) override;
   bool interrupted() override;
+
+  // The code page is the one that the registry names, else 1252.
+  std::string decode(std::string_view bytes) override;
   std::string lowercase(std::string_view text) override;
 
 private:

@@ -15,8 +15,7 @@ inline constexpr std::initializer_list<DWORD> sharing_or_access_errors = {
     ERROR_SHARING_VIOLATION, ERROR_LOCK_VIOLATION, ERROR_ACCESS_DENIED, ERROR_USER_MAPPED_FILE};
 
 // Retry budget for files that virus scanners and indexers hold open for a moment: exponential
-// backoff from 15 ms, 945 ms in all, however many files share the budget. A map has one budget to
-// be read and one to be replaced.
+// backoff from 15 ms, 945 ms in all, however many files share the budget.
 class RetryBudget {
 public:
   using Wait = std::function<void(DWORD milliseconds)>;

@@ -28,6 +28,11 @@ std::wstring widen(std::string_view text) { return decode(CP_UTF8, text); }
 
 std::string narrow(std::wstring_view text) { return encode(CP_UTF8, 0, text, nullptr); }
 
+bool is_utf8(std::string_view text) {
+  return text.empty() || MultiByteToWideChar(CP_UTF8, MB_ERR_INVALID_CHARS, text.data(),
+                                             static_cast<int>(text.size()), nullptr, 0) > 0;
+}
+
 std::string from_code_page(std::string_view text) { return narrow(decode(CP_ACP, text)); }
 
 std::optional<std::string> to_code_page(std::string_view text) {

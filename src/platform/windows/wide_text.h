@@ -11,6 +11,8 @@
 std::wstring widen(std::string_view text);
 std::string narrow(std::wstring_view text);
 
+bool is_utf8(std::string_view text);
+
 // Text in the code page as UTF-8.
 std::string from_code_page(std::string_view text);
 

@@ -16,12 +16,21 @@
 
 namespace {
 
+// So that many files that another program holds do not freeze the window: about those of a batch.
+constexpr unsigned files_of_a_budget = 64;
+
 // Every map that these files have opened is of this machine.
 WindowsMap& map_of(const Unflushed& file) { return static_cast<WindowsMap&>(file.map); }
+
+// U+FFFD stands for what is no character in a name: a file of such a name is not found by it.
+constexpr char no_text[] = "its name is no text: it has an unpaired surrogate";
+bool is_no_text(const std::string& path) { return path.find("\xEF\xBF\xBD") != path.npos; }
 
 Failure failure(const std::string& path, const char* action) {
   const DWORD error = GetLastError();
   const bool missing = error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND;
+  if (missing && is_no_text(path))
+    return {path, action, no_text};
   return {path, action, system_reason(), missing ? Failure::Kind::missing : Failure::Kind::other};
 }
 
@@ -77,6 +86,8 @@ Result<Files::Found> WindowsFiles::find_entry(const std::string& path) {
     return location.failure();
   const auto found = location->names.empty() ? std::nullopt : find_file(location->wide());
   auto entry = found ? make_entry(*found, location->wide()) : std::nullopt;
+  if (!found && is_no_text(path))
+    return Failure{path, "find it", no_text};
   return entry ? Found{std::move(entry->name), entry->folder} : Found{};
 }
 
@@ -127,6 +138,8 @@ Result<std::string> WindowsFiles::full_path(const std::string& folder) {
 }
 
 Result<Files::OpenedFile> WindowsFiles::open_file(const std::string& path) {
+  if (opened++ % files_of_a_budget == 0)
+    retry_budget = std::make_shared<RetryBudget>();
   auto found = find_entry(path);
   if (!found)
     return found.failure();
@@ -135,18 +148,17 @@ Result<Files::OpenedFile> WindowsFiles::open_file(const std::string& path) {
   auto location = locate(path);
   if (!location)
     return location.failure();
-  RetryBudget retry_budget;
   const auto file = std::make_shared<const Handle>(
-      open_with_retry(retry_budget, location->wide(), GENERIC_READ, OPEN_EXISTING, 0));
+      open_with_retry(*retry_budget, location->wide(), GENERIC_READ, OPEN_EXISTING, 0));
   if (*file && GetFileType(file->get()) != FILE_TYPE_DISK)
     return OpenedFile{};
   auto content = *file ? WindowsMap::content_of(file) : std::nullopt;
   if (!content)
     return failure(path, "read it");
   location->names.pop_back();
-  return OpenedFile{
-      std::make_unique<WindowsMap>(path, location->wide(), std::move(found->name), ""),
-      *std::move(content)};
+  return OpenedFile{std::make_unique<WindowsMap>(path, location->wide(), std::move(found->name), "",
+                                                 retry_budget),
+                    *std::move(content)};
 }
 
 // A process may have millions of handles.

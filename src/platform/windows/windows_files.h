@@ -2,6 +2,9 @@
 #pragma once
 
 #include "platform/files.h"
+#include "platform/windows/retry_budget.h"
+
+#include <memory>
 
 class WindowsFiles : public Files {
 public:
@@ -16,4 +19,8 @@ protected:
   Result<OpenedFile> open_file(const std::string& path) override;
   Result<bool> write_text(const std::string& path, std::string_view text, Writing writing) override;
   Result<Done> remove_text(const std::string& path) override;
+
+private:
+  std::shared_ptr<RetryBudget> retry_budget;  // of the file that was opened last
+  unsigned opened = 0;
 };

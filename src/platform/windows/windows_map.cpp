@@ -68,7 +68,7 @@ bool delete_file(const std::wstring& path) {
 }
 
 WindowsMap::WindowsMap(std::string path_in, std::wstring folder_in, std::string name_in,
-                       std::string text_in, RetryBudget retry_in)
+                       std::string text_in, std::shared_ptr<RetryBudget> retry_in)
     : OpenMap(std::move(path_in), std::move(name_in), std::move(text_in)),
       folder(folder_in.ends_with(L'\\') ? std::move(folder_in) : folder_in + L"\\"),
       retry_budget(std::move(retry_in)) {}
@@ -102,7 +102,7 @@ Result<OpenMap::FileState> WindowsMap::lock() {
   if (*kind == Kind::folder || *kind == Kind::other)
     return failure(not_ordinary);
   // A program that has it open may forbid to rename it, and would forbid to undo what was begun.
-  if (!open_with_retry(retry_budget, path_of(name), DELETE, OPEN_EXISTING,
+  if (!open_with_retry(*retry_budget, path_of(name), DELETE, OPEN_EXISTING,
                        FILE_FLAG_OPEN_REPARSE_POINT))
     return last_error();
   const auto taken = lock_entry(name);
@@ -159,7 +159,7 @@ Result<std::optional<OpenMap::Content>> WindowsMap::open_to_read(const std::stri
   if (*kind == Kind::other)
     return std::optional<Content>();
   const auto file = std::make_shared<const Handle>(
-      open_with_retry(retry_budget, path_of(entry), GENERIC_READ, OPEN_EXISTING, 0));
+      open_with_retry(*retry_budget, path_of(entry), GENERIC_READ, OPEN_EXISTING, 0));
   auto content = *file ? content_of(file) : std::nullopt;
   if (!content)
     return last_error();
@@ -168,7 +168,7 @@ Result<std::optional<OpenMap::Content>> WindowsMap::open_to_read(const std::stri
 
 Result<Handle> WindowsMap::open_to_flush(const std::string& entry) {
   const Writable writable(path_of(entry));
-  Handle file = open_with_retry(retry_budget, path_of(entry), GENERIC_WRITE, OPEN_EXISTING, 0);
+  Handle file = open_with_retry(*retry_budget, path_of(entry), GENERIC_WRITE, OPEN_EXISTING, 0);
   if (!file)
     return last_error();
   return file;
@@ -194,13 +194,13 @@ Result<bool> WindowsMap::make_temporary(const std::string& entry, std::string_vi
 
 // The entry may be a hard link to the map, which shares its read-only attribute.
 void WindowsMap::remove(const std::string& entry) {
-  retry_budget.retry(sharing_or_access_errors, [&] { return delete_file(path_of(entry)); });
+  retry_budget->retry(sharing_or_access_errors, [&] { return delete_file(path_of(entry)); });
   if (is_read_only(map_attributes))
     set_attributes(path_of(name), map_attributes);
 }
 
 bool WindowsMap::move_file(const std::string& from, const std::string& to, DWORD flags) {
-  return retry_budget.retry(sharing_or_access_errors, [&] {
+  return retry_budget->retry(sharing_or_access_errors, [&] {
     return MoveFileExW(path_of(from).c_str(), path_of(to).c_str(),
                        flags | MOVEFILE_WRITE_THROUGH) != 0;
   });

@@ -14,9 +14,9 @@
 class WindowsMap : public OpenMap {
 public:
   // `folder_in` is the path of the map's folder in its long form. All steps together wait no longer
-  // than `retry_in` lasts.
+  // than `retry_in` lasts, which other maps may share.
   WindowsMap(std::string path_in, std::wstring folder_in, std::string name_in, std::string text_in,
-             RetryBudget retry_in = RetryBudget());
+             std::shared_ptr<RetryBudget> retry_in = std::make_shared<RetryBudget>());
 
   Result<FileState> lock() override;
   std::string spelled(const std::string& entry) override;
@@ -53,7 +53,7 @@ private:
   bool move_file(const std::string& from, const std::string& to, DWORD flags);
 
   const std::wstring folder;  // ends in "\"
-  RetryBudget retry_budget;
+  const std::shared_ptr<RetryBudget> retry_budget;
   std::vector<Handle> locks;  // held until the map is closed
   DWORD map_attributes = 0;   // of the locked map
 };

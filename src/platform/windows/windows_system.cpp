@@ -5,8 +5,10 @@
 #include "platform/windows/letter_case.h"
 #include "platform/windows/paths.h"
 #include "platform/windows/script_shell.h"
+#include "platform/windows/system_library.h"
 #include "platform/windows/wide_text.h"
 
+#include <algorithm>
 #include <array>
 #include <utility>
 
@@ -20,21 +22,33 @@ constexpr char no_script_host[] =
     "The Windows script host, through which the registry is read, is not available.\r\n"
     "The program goes on as if no edition of the game were registered.";
 
-// A file's version information by the calls for one kind of name; empty when there is none.
-template <class AskSize, class Fill, class Character>
-std::string version_information(AskSize ask_size, Fill fill, const Character* name) {
+// The functions of version.dll, a name under which games have libraries of their own.
+template <class Function> Function* version_function(const char* name) {
+  return system_function<Function>(L"version.dll", name);
+}
+
+// A file's version information, by the functions for a name of its kind; empty when there is none.
+template <class Name, class Size, class Information>
+std::string ask_information(const Name& name, Size* size_of, Information* information) {
   DWORD unused = 0;
-  const DWORD size = ask_size(name, &unused);
+  const DWORD size = size_of ? size_of(name.c_str(), &unused) : 0;
   std::string block(size, '\0');
-  return size && fill(name, 0, size, block.data()) ? block : "";
+  return size && information && information(name.c_str(), 0, size, block.data()) ? block : "";
 }
 
 // By the file's name in the code page, where it has one.
 std::string version_information(const std::string& path) {
-  const auto name = code_page_path(path);
-  return name ? version_information(GetFileVersionInfoSizeA, GetFileVersionInfoA, name->c_str())
-              : version_information(GetFileVersionInfoSizeW, GetFileVersionInfoW,
-                                    widen(path).c_str());
+  static const auto size_a =
+      version_function<decltype(GetFileVersionInfoSizeA)>("GetFileVersionInfoSizeA");
+  static const auto size_w =
+      version_function<decltype(GetFileVersionInfoSizeW)>("GetFileVersionInfoSizeW");
+  static const auto information_a =
+      version_function<decltype(GetFileVersionInfoA)>("GetFileVersionInfoA");
+  static const auto information_w =
+      version_function<decltype(GetFileVersionInfoW)>("GetFileVersionInfoW");
+  if (const auto name = code_page_path(path))
+    return ask_information(*name, size_a, information_a);
+  return ask_information(widen(path), size_w, information_w);
 }
 
 }  // namespace
@@ -114,10 +128,11 @@ FolderPath WindowsSystem::folder_path(std::uint32_t csidl) {
 }
 
 std::optional<ProductVersion> WindowsSystem::product_version(const std::string& path) {
+  static const auto query = version_function<decltype(VerQueryValueA)>("VerQueryValueA");
   const std::string block = version_information(path);
   void* found = nullptr;
   UINT length = 0;
-  if (block.empty() || !VerQueryValueA(block.data(), "\\", &found, &length))
+  if (block.empty() || !query || !query(block.data(), "\\", &found, &length))
     return std::nullopt;
   VS_FIXEDFILEINFO fixed;
   if (length < sizeof fixed)
@@ -148,9 +163,14 @@ std::string WindowsSystem::app_folder() {
 
 std::string WindowsSystem::argument_text() { return after_program_name(narrow(GetCommandLineW())); }
 
+std::string WindowsSystem::decode(std::string_view bytes) {
+  return is_utf8(bytes) ? std::string(bytes) : from_code_page(bytes);
+}
+
 std::string WindowsSystem::lowercase(std::string_view text) { return ::lowercase(text); }
 
 std::string after_program_name(std::string_view command_line) {
+  constexpr std::size_t most_separators = 2;
   bool quoted = false;
   std::size_t end = 0;
   for (; end < command_line.size(); ++end) {
@@ -160,7 +180,6 @@ std::string after_program_name(std::string_view command_line) {
     if (c == '"')
       quoted = !quoted;
   }
-  command_line.remove_prefix(end);
-  const auto start = command_line.find_first_not_of(" \t");
-  return std::string(start == std::string_view::npos ? "" : command_line.substr(start));
+  const auto blanks_end = std::min(command_line.find_first_not_of(" \t", end), command_line.size());
+  return std::string(command_line.substr(std::min(end + most_separators, blanks_end)));
 }

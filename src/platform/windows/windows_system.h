@@ -32,6 +32,7 @@ public:
   std::vector<std::string> drives() override;
   std::string app_folder() override;
   std::string argument_text() override;
+  std::string decode(std::string_view bytes) override;
   std::string lowercase(std::string_view text) override;
 
 private:
@@ -41,5 +42,6 @@ private:
   ShowMessage notice;  // empty once it was shown
 };
 
-// What follows the program's own name and the blanks after it in a command line.
+// What follows the program's own name in a command line, and the blank that separates it: two
+// where cmd starts the program, which doubles it. Further blanks are the user's.
 std::string after_program_name(std::string_view command_line);

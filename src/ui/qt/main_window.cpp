@@ -11,7 +11,6 @@
 
 #include <QAbstractScrollArea>
 #include <QApplication>
-#include <QDeadlineTimer>
 #include <QFocusFrame>
 #include <QIcon>
 #include <QScreen>
@@ -25,6 +24,7 @@ namespace {
 
 constexpr int max_appearance_ms = 1000;
 constexpr int poll_interval_ms = 5;
+constexpr int longest_silence_ms = 200;
 
 // Frames the list or text box that has the focus; many styles do not show it.
 void frame_focus(QWidget* window) {
@@ -118,6 +118,14 @@ void MainWindow::show_busy(bool busy) {
 void MainWindow::print_error(const std::string& text) { write_stderr(text); }
 
 void MainWindow::process_messages() { QCoreApplication::processEvents(); }
+
+// A window manager offers to end a program that does not answer its ping.
+void MainWindow::show_alive() {
+  if (!silence.hasExpired())
+    return;
+  QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
+  silence.setRemainingTime(longest_silence_ms);
+}
 
 void MainWindow::end(int status) {
   std::fflush(nullptr);

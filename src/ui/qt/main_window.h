@@ -4,6 +4,7 @@
 #include "form/form1.h"
 #include "ui/qt/widgets.h"
 
+#include <QDeadlineTimer>
 #include <QWidget>
 
 #include <map>
@@ -25,6 +26,7 @@ public:
   void show_busy(bool busy) override;
   void print_error(const std::string& text) override;
   void process_messages() override;
+  void show_alive() override;
 
   // Leaves the process without unwinding: no exception may pass through Qt's frames, and Qt's
   // objects are in use.
@@ -40,6 +42,7 @@ private:
   void place_widgets();
 
   Form1* form = nullptr;
+  QDeadlineTimer silence{0};  // within which the window need not show that it is alive
   std::map<const Control*, Mirror> mirrors;
   QWidget* const backstage = new QWidget(this, Qt::Window);  // of hidden widgets; never shown
 };

@@ -2,29 +2,30 @@
 #include "ui/qt/message_box.h"
 
 #include "form/form1.h"
+#include "ui/layout.h"
 
 #include <QDialog>
 #include <QDialogButtonBox>
 #include <QPlainTextEdit>
 #include <QPushButton>
+#include <QScreen>
 #include <QVBoxLayout>
 
 namespace {
 
-// The largest size of the text, in line heights; a longer one scrolls.
-constexpr QSize max_lines(40, 24);
-
-// As large as its text, up to `max_lines`. Plain text: it may hold untrusted file names.
-QPlainTextEdit* make_text(const QString& text) {
+// Plain text: it may hold untrusted file names.
+QPlainTextEdit* make_text(const QString& text, const QSize& work_area) {
   auto* box = new QPlainTextEdit(text);
   box->setReadOnly(true);
   box->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
   box->setAccessibleName(program_title);
   const QFontMetrics metrics = box->fontMetrics();
   const int line = metrics.lineSpacing();
-  const QRect most(QPoint(0, 0), max_lines * line);
-  const QSize needed = metrics.boundingRect(most, Qt::TextWordWrap, box->toPlainText()).size();
-  box->setMinimumSize((needed + QSize(3, 2) * line).boundedTo(most.size()));
+  const QRect wrapped(0, 0, message_width * line, 0);
+  const QSize needed = metrics.boundingRect(wrapped, Qt::TextWordWrap, box->toPlainText()).size();
+  const Extent size = message_field({needed.width(), needed.height()},
+                                    {work_area.width(), work_area.height()}, line);
+  box->setMinimumSize(size.width, size.height);
   return box;
 }
 
@@ -36,7 +37,7 @@ void show_message(QWidget* parent, const QString& text) {
   auto* buttons = new QDialogButtonBox(QDialogButtonBox::Ok);
   QObject::connect(buttons, &QDialogButtonBox::accepted, &dialog, &QDialog::accept);
   auto* column = new QVBoxLayout(&dialog);
-  column->addWidget(make_text(text));
+  column->addWidget(make_text(text, parent->screen()->availableSize()));
   column->addWidget(buttons);
   buttons->button(QDialogButtonBox::Ok)->setFocus();
   dialog.resize(dialog.minimumSizeHint());

@@ -4,6 +4,6 @@
 #include <QString>
 #include <QWidget>
 
-// Shows plain text, which can be selected and scrolls when it is long. Returns when the user has
-// answered.
+// Shows plain text, which can be selected, in a box that fits the screen of `parent`: a long text
+// scrolls. Returns when the user has answered.
 void show_message(QWidget* parent, const QString& text);

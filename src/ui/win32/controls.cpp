@@ -50,13 +50,15 @@ std::wstring text_of(HWND window) {
   return text;
 }
 
-// By itself a multi-line box takes Tab, closes the window at Escape, and ignores Ctrl+A.
+// By itself a multi-line box takes Tab, closes the window at Escape, ignores Ctrl+A, and lets a
+// dialog select all of its text and scroll to the end when Tab enters it.
 LRESULT CALLBACK edit_box_procedure(HWND box, UINT message, WPARAM word, LPARAM detail, UINT_PTR,
                                     DWORD_PTR) {
   constexpr WPARAM control_a = 1;
   if (message == WM_GETDLGCODE) {
     const auto* key = reinterpret_cast<const MSG*>(detail);
-    const LRESULT wanted = DefSubclassProc(box, message, word, 0) & ~LRESULT{DLGC_WANTALLKEYS};
+    const LRESULT wanted =
+        DefSubclassProc(box, message, word, 0) & ~LRESULT{DLGC_WANTALLKEYS | DLGC_HASSETSEL};
     return key && key->wParam == VK_RETURN ? wanted | DLGC_WANTMESSAGE : wanted;
   }
   if (message == WM_CHAR && word == control_a)
@@ -129,10 +131,12 @@ HWND make_control(const ControlLayout& row, HWND parent, int identifier) {
                       reinterpret_cast<HMENU>(static_cast<INT_PTR>(identifier)), nullptr, nullptr);
   if (window && row.kind == Kind::text_box) {
     SendMessageW(window, EM_SETLIMITTEXT, 0, 0);  // 0: no limit but memory
-    SetWindowSubclass(window, edit_box_procedure, 0, 0);
+    use_dialog_keys(window);
   }
   return window;
 }
+
+void use_dialog_keys(HWND text_box) { SetWindowSubclass(text_box, edit_box_procedure, 0, 0); }
 
 void show_control(const Mirror& mirror, const Form1& form) {
   if (mirror.row->kind == Kind::drive_list)

@@ -20,6 +20,10 @@ struct Mirror {
 // Creates the control of a row in `parent`, which owns it. Null on failure.
 HWND make_control(const ControlLayout& row, HWND parent, int identifier);
 
+// Keeps a text box of many lines from taking the keys Tab and Escape, and lets Ctrl+A select its
+// text.
+void use_dialog_keys(HWND text_box);
+
 // Shows the control's text or rows.
 void show_control(const Mirror& mirror, const Form1& form);
 

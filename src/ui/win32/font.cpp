@@ -57,10 +57,8 @@ FontHandle make_font(const Font& font, int dpi, int stretch) {
 bool fits(HFONT font, const std::wstring& text, const Room& room) {
   if (text_width(font, text) <= room.width)
     return true;
-  RECT needed{0, 0, room.width, 0};
-  DrawTextW(MeasuringContext(font), text.c_str(), static_cast<int>(text.size()), &needed,
-            DT_CALCRECT | DT_NOPREFIX | DT_WORDBREAK);
-  return room.wraps && needed.right <= room.width && needed.bottom <= room.height;
+  const SIZE needed = text_size(font, text, room.width);
+  return room.wraps && needed.cx <= room.width && needed.cy <= room.height;
 }
 
 FontHandle make_fitting_font(const Font& font, int dpi, const std::wstring& text,
@@ -77,6 +75,13 @@ FontHandle make_fitting_font(const Font& font, int dpi, const std::wstring& text
 
 HFONT font_of(HWND control) {
   return reinterpret_cast<HFONT>(SendMessageW(control, WM_GETFONT, 0, 0));
+}
+
+SIZE text_size(HFONT font, const std::wstring& text, int width) {
+  RECT needed{0, 0, width, 0};
+  DrawTextW(MeasuringContext(font), text.c_str(), static_cast<int>(text.size()), &needed,
+            DT_CALCRECT | DT_NOPREFIX | DT_WORDBREAK);
+  return {needed.right, needed.bottom};
 }
 
 int text_width(HFONT font, const std::wstring& text) {

@@ -26,5 +26,8 @@ FontHandle make_fitting_font(const Font& font, int dpi, const std::wstring& text
 // The font of a control.
 HFONT font_of(HWND control);
 
+// The size in pixels of a text whose lines wrap at a width; a word may be wider.
+SIZE text_size(HFONT font, const std::wstring& text, int width);
+
 // The width of a line of text in pixels.
 int text_width(HFONT font, const std::wstring& text);

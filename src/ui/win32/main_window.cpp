@@ -5,6 +5,7 @@
 #include "ui/handlers.h"
 #include "ui/layout.h"
 #include "ui/win32/key_guard.h"
+#include "ui/win32/message_box.h"
 #include "ui/win32/monitor.h"
 #include "ui/write_stderr.h"
 
@@ -55,6 +56,7 @@ bool MainWindow::open(Form1& new_form) {
                       CW_USEDEFAULT, CW_USEDEFAULT, 0, 0, nullptr, nullptr, program(), this);
   if (!window)
     return false;
+  DisableProcessWindowsGhosting();  // a conversion handles no messages
   guard_keys();
   naming = make_naming_service();
   dpi = static_cast<int>(dpi_of(window));
@@ -215,7 +217,7 @@ void MainWindow::append(const Control& control, std::string_view text) {
 
 void MainWindow::message_box(const std::string& text) {
   pause_keys();
-  MessageBoxW(window, widen(text).c_str(), widen(program_title).c_str(), MB_OK);
+  show_message(window, text);
 }
 
 void MainWindow::show_busy(bool on) {

@@ -1,18 +1,13 @@
-// The monitor that a window is on. Functions that older Windows lacks are looked up at run time.
+// The monitor that a window is on.
 #include "ui/win32/monitor.h"
+
+#include "platform/windows/system_library.h"
 
 namespace {
 
-// A function of a system library by its name; null where there is none. The library stays loaded.
-template <class Function> Function system_function(const wchar_t* library, const char* name) {
-  const HMODULE loaded = LoadLibraryExW(library, nullptr, LOAD_LIBRARY_SEARCH_SYSTEM32);
-  const FARPROC found = loaded ? GetProcAddress(loaded, name) : nullptr;
-  return reinterpret_cast<Function>(reinterpret_cast<void*>(found));
-}
-
 // By the function of Windows 8.1 and the first releases of 10; 0 where it is missing.
 UINT monitor_dpi(HWND window) {
-  using Ask = HRESULT(WINAPI*)(HMONITOR, int, UINT*, UINT*);
+  using Ask = HRESULT WINAPI(HMONITOR, int, UINT*, UINT*);
   static const auto ask = system_function<Ask>(L"shcore.dll", "GetDpiForMonitor");
   constexpr int effective = 0;
   UINT across = 0;
@@ -33,7 +28,7 @@ UINT system_dpi() {
 }  // namespace
 
 UINT dpi_of(HWND window) {
-  static const auto ask = system_function<UINT(WINAPI*)(HWND)>(L"user32.dll", "GetDpiForWindow");
+  static const auto ask = system_function<UINT WINAPI(HWND)>(L"user32.dll", "GetDpiForWindow");
   if (ask)
     return ask(window);
   const UINT dpi = monitor_dpi(window);
@@ -48,7 +43,7 @@ RECT work_area(HWND window) {
 }
 
 SIZE framed_size(HWND window, SIZE client) {
-  static const auto ask = system_function<BOOL(WINAPI*)(RECT*, DWORD, BOOL, DWORD, UINT)>(
+  static const auto ask = system_function<BOOL WINAPI(RECT*, DWORD, BOOL, DWORD, UINT)>(
       L"user32.dll", "AdjustWindowRectExForDpi");
   const auto style = static_cast<DWORD>(GetWindowLongPtrW(window, GWL_STYLE));
   const auto extended = static_cast<DWORD>(GetWindowLongPtrW(window, GWL_EXSTYLE));

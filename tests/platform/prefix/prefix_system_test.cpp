@@ -54,6 +54,25 @@ TEST(PrefixSystem, VariablesComeFromTheProcessThenTheRegistry) {
   unsetenv("VORA_TEST");
 }
 
+TEST(PrefixSystem, ReadsTextInTheCodePageOfTheRegistry) {
+  constexpr char current[] = "System\\CurrentControlSet\\Control\\Nls\\CodePage";
+  constexpr char first[] = "System\\ControlSet001\\Control\\Nls\\CodePage";
+  const struct {
+    const char *key, *page, *text, *decoded;
+  } cases[] = {
+      {current, "", "\x80\xC9", "€É"},         {current, "1252", "\xC3\x89", "É"},
+      {current, "1251", "\xC9", "Й"},          {first, "1251", "\xC9", "Й"},
+      {first, "932", "\x83\x5Cx\x83", "ソx�"}, {first, "65001", "a\xC9z", "a�z"},
+      {current, "none", "\x81\xC9", "�É"},
+  };
+  for (const auto& c : cases) {
+    TestMachine machine;
+    if (*c.page)
+      machine.set_registry(c.key, "ACP", c.page);
+    EXPECT_EQ(PrefixSystem(machine_of(machine), "").decode(c.text), c.decoded) << c.page;
+  }
+}
+
 // The keys and values as Wine writes them.
 TEST(PrefixSystem, ExpandsTheVariablesThatWindowsMakesItself) {
   constexpr char current[] = "Software\\Microsoft\\Windows\\CurrentVersion";

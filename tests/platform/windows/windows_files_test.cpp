@@ -62,3 +62,14 @@ TEST(Handles, AWriteThatWritesNothingFails) {
   EXPECT_FALSE(write_all(writing, std::string(1 << 20, 'x')));
   EXPECT_EQ(GetLastError(), DWORD{ERROR_WRITE_FAULT});
 }
+
+// Such a name comes from a listing, in which U+FFFD stands for the surrogate.
+TEST_F(WindowsFilesTest, SayWhenANameIsNoText) {
+  const std::string name = "C:\\users\\me\\a\xEF\xBF\xBD";
+  for (const auto& outcome : {files.read(name + ".galaxy"), files.full_path(name)}) {
+    ASSERT_FALSE(bool(outcome));
+    EXPECT_EQ(outcome.failure().reason, "its name is no text: it has an unpaired surrogate");
+  }
+  write_file(system_path(name + ".galaxy"), "text");
+  EXPECT_TRUE(bool(files.read(name + ".galaxy")));
+}

@@ -16,7 +16,7 @@ import time
 FOLDERS, MAPS = 3000, 1000
 COLUMNS = 80
 MEMORY = "/dev/shm" if os.path.isdir("/dev/shm") else None
-REPORT = ["These maps could not be converted and were skipped:",
+REPORT = ["1 map could not be converted and was skipped:",
           r"C:\users\player\AppData\Local\Kettlewick Games\Vorakai\bad.galaxy: "
           "cannot convert it: it has no second line", ""]
 

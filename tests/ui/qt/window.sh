@@ -130,12 +130,36 @@ wait_for xdotool search --onlyvisible --name 'map updater' || fail 'no window ap
 on_screen() {
   local WIDTH HEIGHT
   eval "$(xdotool getwindowgeometry --shell "$(xdotool search --onlyvisible --name 'map updater')")"
-  [ "$WIDTH" -le 1024 ] && [ "$HEIGHT" -le 768 ]
+  [ "$WIDTH" -le 1280 ] && [ "$HEIGHT" -le 720 ]
 }
 wait_for on_screen || fail 'the window is larger than the screen'
 kill "$program"
 wait "$program" || true
 program=
+
+# So would be the list of 300 maps that cannot be converted.
+with_bad_maps() {
+  local folder="$scratch/machine/drive_c/users/player/AppData/Local/Kettlewick Games/Vorakai/maps"
+  for ((i = 0; i < 300; i++)); do echo one line > "$folder/bad $i.galaxy"; done
+}
+fixed_by_keyboard() { # the first press may come before start-up is over
+  xdotool key Return
+  sleep 1  # longer than a double click
+  xdotool search --onlyvisible --name '^Vora Map Updater$'
+}
+for scale in 1 2; do
+  prepare=with_bad_maps QT_SCALE_FACTOR=$scale start
+  wait_for xdotool search --onlyvisible --name 'map updater' || fail 'no window appears'
+  wait_for xdotool windowfocus --sync "$(xdotool search --onlyvisible --name 'map updater')"
+  press Tab Tab Tab
+  wait_for fixed_by_keyboard || fail "no list of failures at scale $scale"
+  eval "$(xdotool getwindowgeometry --shell "$(xdotool search --onlyvisible --name '^Vora Map Updater$')")"
+  [ "$X" -ge 0 ] && [ "$Y" -ge 0 ] && [ $((X + WIDTH)) -le 1280 ] && [ $((Y + HEIGHT)) -le 720 ] ||
+    fail "the list of failures is $WIDTH by $HEIGHT at $X, $Y at scale $scale"
+  kill -KILL "$program"
+  wait "$program" 2> /dev/null || true
+  program=
+done
 
 # A box says on stderr what it says, in a silent run and for a wrong argument, and waits.
 answered() { # answered <number of boxes> <text on stderr>: answers boxes until the program ends

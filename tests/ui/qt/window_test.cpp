@@ -101,16 +101,21 @@ void hold_key(Qt::Key key, QWidget* focus = QApplication::focusWidget()) {
   QApplication::sendEvent(focus, &repeated);
 }
 
+void when_box_appears(const std::function<void(QDialog&)>& action) {
+  QTimer::singleShot(1, [action] {
+    auto* box = qobject_cast<QDialog*>(QApplication::activeModalWidget());
+    box ? action(*box) : when_box_appears(action);
+  });
+}
+
 // Waits for the next message box, calls `look` and presses OK. The result becomes the box's text.
 std::shared_ptr<std::string> answer(const std::function<void(QDialog&)>& look = nullptr) {
   auto message = std::make_shared<std::string>();
-  QTimer::singleShot(0, [message, look] {
-    auto* box = qobject_cast<QDialog*>(QApplication::activeModalWidget());
-    ASSERT_NE(box, nullptr);
-    *message = form_text(box->findChild<QPlainTextEdit*>()->toPlainText());
+  when_box_appears([message, look](QDialog& box) {
+    *message = form_text(box.findChild<QPlainTextEdit*>()->toPlainText());
     if (look)
-      look(*box);
-    box->findChild<QPushButton*>()->click();
+      look(box);
+    box.findChild<QPushButton*>()->click();
   });
   return message;
 }
@@ -270,7 +275,17 @@ TEST_F(TheWindow, GoesThroughItsStatesAndShowsByThePointerThatItIsBusy) {
   EXPECT_EQ(text("Text1"), form.Text1.text());
   EXPECT_EQ(widget<QLabel>("Label6").text(), "4");
 
+  bool alive = false;
+  QTimer::singleShot(0, [&, before = form.Dir1.path()] {
+    alive = form.converting;
+    for (const char* button : {"Command1", "Command2", "Command3", "Command5"})
+      click(button);
+    double_click("C:\\");
+    EXPECT_EQ(form.Dir1.path(), before);
+    EXPECT_EQ(state(), "0111110 2");
+  });
   const auto message = answer([&](QDialog&) {
+    EXPECT_TRUE(alive);
     EXPECT_EQ(state(), "0111110 2");
     EXPECT_EQ(pointer(), Qt::ArrowCursor);
   });

@@ -8,6 +8,7 @@
 #include "ui/handlers.h"
 #include "ui/layout.h"
 #include "ui/win32/main_window.h"
+#include "ui/win32/monitor.h"
 
 #include <gtest/gtest.h>
 
@@ -38,14 +39,22 @@ std::string text_of(HWND window) {
   return narrow(text);
 }
 
-// The text of a message box, which may have an icon before it.
-std::string message_of(HWND box) {
-  HWND label = nullptr;
-  std::string text;
-  while (text.empty() && (label = FindWindowExW(box, label, L"Static", nullptr)))
-    text = text_of(label);
-  return text;
-}
+HWND text_box_of(HWND message_box) { return FindWindowExW(message_box, nullptr, L"Edit", nullptr); }
+
+// The dots per inch of the programs that are started as long as it lives.
+class ScreenDpi {
+public:
+  explicit ScreenDpi(DWORD dpi) {
+    RegSetKeyValueW(HKEY_CURRENT_USER, key, name, REG_DWORD, &dpi, sizeof dpi);
+  }
+  ScreenDpi(const ScreenDpi&) = delete;
+  ScreenDpi& operator=(const ScreenDpi&) = delete;
+  ~ScreenDpi() { RegDeleteKeyValueW(HKEY_CURRENT_USER, key, name); }
+
+private:
+  static constexpr wchar_t key[] = L"Control Panel\\Desktop";
+  static constexpr wchar_t name[] = L"LogPixels";
+};
 
 // A machine with the base edition and three old maps. On Windows 7 both search roots are the user's
 // folder, so that every map is found twice.
@@ -119,15 +128,23 @@ protected:
     SetForegroundWindow(window);
   }
 
-  // Waits for a message box and closes it; returns its text.
-  std::string answer() const {
+  // Waits for a message box; null when none appears.
+  HWND message_box() const {
     HWND box = nullptr;
-    if (!wait_for([&] {
-          box = FindWindowW(L"#32770", widen(program_title).c_str());
-          return box && IsWindowVisible(box);
-        }))
+    return wait_for([&] {
+      box = FindWindowW(L"#32770", widen(program_title).c_str());
+      return box && IsWindowVisible(box);
+    })
+               ? box
+               : nullptr;
+  }
+
+  // Closes the next message box; returns its text.
+  std::string answer() const {
+    const HWND box = message_box();
+    if (!box)
       return "no box";
-    const std::string message = message_of(box);
+    const std::string message = text_of(text_box_of(box));
     SendMessageW(GetDlgItem(box, IDOK), BM_CLICK, 0, 0);
     return message;
   }
@@ -216,11 +233,12 @@ protected:
   // The key has been down for a while: it repeats.
   void hold_key(WPARAM code) const { PostMessageW(focus(), WM_KEYDOWN, code, 1 << 30); }
 
-  RECT place(const std::string& name) const {
+  static RECT place(HWND shown) {
     RECT rect;
-    GetWindowRect(name.empty() ? window : control(name), &rect);
+    GetWindowRect(shown, &rect);
     return rect;
   }
+  RECT place(const std::string& name) const { return place(name.empty() ? window : control(name)); }
 
   SIZE size(const std::string& name) const {
     const RECT rect = place(name);
@@ -363,6 +381,39 @@ TEST_F(ProgramWindow, EveryPressNeedsAKeyPressOfItsOwn) {
   EXPECT_EQ(state(), "1011110 2");
 }
 
+// Both search roots are one folder, so that each map is found twice.
+TEST_F(ProgramWindow, AListOfFailuresFitsTheScreenScrollsAndCanBeSelected) {
+  for (int i = 0; i < 300; ++i)
+    write_file(machine.user_folder / ("bad" + std::to_string(i) + ".galaxy"), "one line");
+  for (const DWORD dpi : {96, 192}) {
+    const ScreenDpi screen(dpi);
+    open();
+    click("Command1");
+    PostMessageW(control("Command2"), BM_CLICK, 0, 0);
+    const HWND box = message_box();
+    ASSERT_TRUE(box);
+    const RECT work = work_area(box), at = place(box);
+    RECT both;
+    EXPECT_TRUE(UnionRect(&both, &work, &at) && EqualRect(&both, &work)) << dpi;
+    EXPECT_GT(at.right - at.left, static_cast<LONG>(3 * dpi)) << dpi;
+
+    const HWND list = text_box_of(box);
+    EXPECT_EQ(focus(), GetDlgItem(box, IDOK));
+    press_key(VK_TAB);
+    EXPECT_TRUE(wait_for([&] { return focus() == list; }));
+    EXPECT_EQ(SendMessageW(list, EM_GETFIRSTVISIBLELINE, 0, 0), 0);
+    EXPECT_EQ(SendMessageW(list, EM_GETLINECOUNT, 0, 0) >= 601, true);
+    EXPECT_TRUE(GetWindowLongPtrW(list, GWL_STYLE) & WS_VSCROLL);
+    EXPECT_TRUE(GetWindowLongPtrW(list, GWL_STYLE) & ES_READONLY);
+    SendMessageW(list, WM_CHAR, 1, 0);  // Ctrl+A
+    EXPECT_GT(HIWORD(SendMessageW(list, EM_GETSEL, 0, 0)), 30000);
+    const std::string message = answer();
+    EXPECT_TRUE(message.starts_with("600 maps could not be converted and were skipped:\r\nC:\\"))
+        << message.substr(0, 80);
+    EXPECT_NE(message.find("bad299.galaxy"), std::string::npos);
+  }
+}
+
 // The process stops when its window has just appeared, so that the click is there before it goes on
 // to start up; now and then it stops too late.
 TEST_F(ProgramWindow, AClickDuringStartUpWaits) {
@@ -443,7 +494,8 @@ TEST_F(ProgramWindow, ASilentRunNeedsNobodyUnlessItCannotStart) {
       {L" /s", {1, 2, 3, 3}, "found vora version :1.2.3.3:"},
       {L" /s  -s", {1, 2, 3, 4}, "Invalid argument: "},
       {L" \"/s\"", {1, 2, 3, 4}, "Invalid argument: \"/s\""},
-      {L"   /Silent", {1, 2, 3, 4}, nullptr},
+      {L"   /s", {1, 2, 3, 4}, "Invalid argument: "},
+      {L"  /Silent", {1, 2, 3, 4}, nullptr},
   };
   for (const auto& c : cases) {
     machine.set_release(c.release);
@@ -454,6 +506,30 @@ TEST_F(ProgramWindow, ASilentRunNeedsNobodyUnlessItCannotStart) {
     EXPECT_TRUE(read_file(machine.data / "stderr").starts_with(c.message ? c.message : ""));
     EXPECT_EQ(fs::exists(machine.user_folder / "b.galold"), !c.message);
   }
+}
+
+// Each map is found twice.
+TEST_F(ProgramWindow, MapsThatAnotherProgramHoldsAreWaitedForTogether) {
+  constexpr int count = 27;
+  const auto held = [&](int i, const char* suffix) {
+    return machine.user_folder / ("held" + std::to_string(i) + suffix);
+  };
+  std::vector<Handle> holders;
+  for (int i = 0; i < count; ++i) {
+    write_file(held(i, ".galaxy"), old_map);
+    holders.emplace_back(CreateFileW(held(i, ".galaxy").c_str(), GENERIC_READ, FILE_SHARE_READ,
+                                     nullptr, OPEN_EXISTING, 0, nullptr));
+  }
+  const ULONGLONG begun = GetTickCount64();
+  start(L" /s");
+  EXPECT_EQ(exit_status(), 1u);
+  EXPECT_LT(GetTickCount64() - begun, 20000u);
+  holders.clear();
+  for (int i = 0; i < count; ++i) {
+    EXPECT_EQ(read_file(held(i, ".galaxy")), old_map);
+    EXPECT_FALSE(fs::exists(held(i, ".galold")));
+  }
+  EXPECT_EQ(read_file(machine.user_folder / "b.galaxy"), converted_map);
 }
 
 // Nothing seems to be registered then, so that the release does not match.
