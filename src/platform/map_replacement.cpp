@@ -170,7 +170,8 @@ Result<bool> MapReplacement::holds(const std::string& name, std::string_view con
   return with_action("read " + name, [&] { return map.holds(name, content); });
 }
 
-// Renames a backup to its own name with the first number that is free.
+// Renames a backup to its own name with the first number that is free. An empty file may be what a
+// run that was killed has taken the name with.
 Result<Done> MapReplacement::move_aside(const std::string& name) {
   const std::string action = "rename its older backup " + name;
   const auto kind = kind_of(name);
@@ -178,15 +179,27 @@ Result<Done> MapReplacement::move_aside(const std::string& name) {
     return kind.failure();
   for (int number = first_backup_number; number <= last_backup_number; ++number) {
     const std::string free = name + std::to_string(number);
-    if (!map.spelled(free).empty())
+    const std::string taken = map.spelled(free);
+    if (!taken.empty() && !is_left_empty(taken))
       continue;
-    const auto renamed = with_action(action, [&] { return map.rename_no_replace(name, free); });
+    const auto renamed = with_action(action, [&]() -> Result<bool> {
+      if (taken.empty())
+        return map.rename_no_replace(name, free);
+      const auto replaced = map.rename(name, taken, "");
+      return replaced ? Result<bool>(true) : replaced.failure();
+    });
     if (!renamed)
       return renamed.failure();
     if (*renamed)
       return *kind == OpenMap::Kind::file ? note_unflushed(free, free) : Result<Done>(Done{});
   }
   return Failure{map.path, action, "no number is free"};
+}
+
+// Without a lock another run may just have taken the name.
+bool MapReplacement::is_left_empty(const std::string& name) {
+  const auto now = map.state_of(name);
+  return map.locked && now && now->size == 0;
 }
 
 // The new backup is made under a temporary name. It is the map's own file, so that what another

@@ -107,6 +107,7 @@ private:
   Result<Done> check_state();
   Result<bool> holds(const std::string& name, std::string_view content);
   Result<Done> move_aside(const std::string& name);
+  bool is_left_empty(const std::string& name);
   bool is_map(const std::string& name);
   bool is_own_backup(const OpenMap::FileState& now) const {
     return backup_is_hard_link ? now.same_file(state) : now == backup_state;

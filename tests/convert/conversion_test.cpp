@@ -204,8 +204,8 @@ TEST_F(Conversion, NothingIsConvertedWithoutAFormatVersion) {
     std::string reported;
   } cases[] = {
       {"v", nullptr,
-       "vnewstruct0.txt is missing in " + z_path(machine.data) +
-           ". Start the program in the folder that holds its data files."},
+       "vnewstruct0.txt is missing in " + z_path(machine.data) + ". " +
+           advise_folder(program.form.system, "vnewstruct0.txt")},
       {"", "a\r\nversion 4\r\n", "no edition of the game is selected."},
       {"v", "a\r\nno number", "vnewstruct0.txt"},
       {"v", "one line", "vnewstruct0.txt"},

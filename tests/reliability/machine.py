@@ -131,7 +131,7 @@ class Machine:
         self.run()
         lowered = [{name.lower(): content for name, content in left.items()}
                    for left in (tree(self.maps), self.converted)]
-        assert lowered[0] == lowered[1]
+        assert lowered[0] == lowered[1], lowered[0].keys() ^ lowered[1].keys()
 
 
 def kill(machine, kills, kind="memory"):

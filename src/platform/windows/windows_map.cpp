@@ -206,11 +206,16 @@ bool WindowsMap::move_file(const std::string& from, const std::string& to, DWORD
   });
 }
 
+// Wine unhides only a file that may be written: the read-only attribute comes afterwards.
 void WindowsMap::unhide(const std::string& entry) {
   const DWORD attributes = GetFileAttributesW(path_of(entry).c_str());
-  if (is_temporary(entry) && attributes != INVALID_FILE_ATTRIBUTES &&
-      (attributes & FILE_ATTRIBUTE_HIDDEN))
-    set_attributes(path_of(entry), attributes & permissions);
+  if (!is_temporary(entry) || attributes == INVALID_FILE_ATTRIBUTES ||
+      !(attributes & FILE_ATTRIBUTE_HIDDEN))
+    return;
+  const DWORD shown = attributes & permissions;
+  set_attributes(path_of(entry), shown & ~DWORD{FILE_ATTRIBUTE_READONLY});
+  if (is_read_only(shown))
+    set_attributes(path_of(entry), shown);
 }
 
 // Hard links to one file share its attributes: the read-only attribute that was cleared for `to` is

@@ -254,6 +254,23 @@ TEST_F(ReplaceOnPosix, AFailureNamesTheBackupThatStays) {
   }
 }
 
+// Without a lock it may be what another run has just taken.
+TEST_F(ReplaceOnPosix, ANumberedBackupThatAKillLeftEmptyIsReplaced) {
+  for (const bool locked : {true, false}) {
+    fs::remove_all(maps);
+    write_file(maps / "a.galaxy", "old");
+    write_file(maps / "a.galold", "older");
+    write_file(maps / "a.galold2", "");
+    disk.lock_error = locked ? 0 : ENOLCK;
+    EXPECT_TRUE(bool(replace()));
+    Tree left = replaced();
+    left["a.galold2"] = locked ? "older" : "";
+    if (!locked)
+      left["a.galold3"] = "older";
+    EXPECT_EQ(tree(maps), left);
+  }
+}
+
 // Whether an older backup ever reached the disk, nobody knows.
 TEST_F(ReplaceOnPosix, AnEqualOlderBackupIsReplacedByAFlushedFile) {
   for (const bool copied : {false, true}) {
