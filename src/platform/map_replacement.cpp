@@ -98,13 +98,19 @@ Result<Done> MapReplacement::check_map() {
 // The map must be as it was read. A state that is not settled cannot show that: a map that was
 // written just before may be written again within the same time stamp, or get its time stamp late.
 Result<Done> MapReplacement::compare_map() {
-  const auto now = map.state_of(map.name);
+  const auto now = own_state();
   if (!now)
     return now.failure();
-  if (!now->same_file(state))
-    return changed();
   state = *now;
   return check_content();
+}
+
+// The state of the file that was read, which must still have the map's name.
+Result<OpenMap::FileState> MapReplacement::own_state() {
+  auto now = map.state_of(map.name);
+  if (now && !now->same_file(state))
+    return changed();
+  return now;
 }
 
 // What somebody else has saved since the reading must not be lost.
@@ -234,8 +240,8 @@ Result<Done> MapReplacement::place_backup() {
   if (backup.empty())
     return Done{};
   if (made) {
-    if (!is_map(map.name))
-      return changed();
+    if (const auto now = own_state(); !now)
+      return now.failure();
     if (replaces_older)
       if (auto checked = check_older_backup(); !checked)
         return checked;
@@ -313,7 +319,7 @@ std::string MapReplacement::take_back_backup() {
   if (!map.locked)
     return stays + "the map cannot be locked";
   if (!is_map(map.name))
-    return stays + "another file has the map's name";
+    return stays + "another file may have the map's name";
   const auto now = map.state_of(backup);
   if (!now || !is_own_backup(*now))
     return stays + "it may be another program's";

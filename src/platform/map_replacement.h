@@ -103,6 +103,7 @@ private:
   Result<std::string> find_companion(const std::string& name);
   Result<Done> write_temporary(const NewFile& file, const std::string& name);
   Result<Done> compare_map();
+  Result<OpenMap::FileState> own_state();
   Result<Done> check_content();
   Result<Done> check_state();
   Result<bool> holds(const std::string& name, std::string_view content);

@@ -149,7 +149,7 @@ TEST_F(Batches, WhatWaitsToBeTriedAgainIsReportedWhenTheRunEnds) {
     EXPECT_EQ(program.screen.messages.size(), ends ? 2 : 0);
     if (ends) {
       EXPECT_TRUE(program.screen.messages[0].ends_with(
-          "C:\\maps\\a.galaxy: cannot write a.galaxy: No space left on device"));
+          "C:\\maps\\a.galaxy: cannot write it: No space left on device"));
       EXPECT_NE(program.screen.messages[1].find("C:\\maps\\c.galaxy: "), std::string::npos);
     }
     fs::remove_all(folder);

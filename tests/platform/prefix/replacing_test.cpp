@@ -239,7 +239,7 @@ TEST_F(ReplaceOnPosix, AFailureNamesTheBackupThatStays) {
   };
   for (const auto& [name, reason] :
        {std::pair("a.galaxy", "it has changed since it was read; its backup a.galold stays, since "
-                              "another file has the map's name"),
+                              "another file may have the map's name"),
         std::pair("a.galold", "its backup a.galold has changed; its backup a.galold stays, since "
                               "it may be another program's")}) {
     fs::remove_all(maps);
