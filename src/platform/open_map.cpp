@@ -24,15 +24,16 @@ bool OpenMap::is_temporary(std::string_view name) {
 }
 
 Result<bool> OpenMap::holds(const std::string& entry, std::string_view content) {
-  const auto file = open_to_read(entry);
-  if (!file)
-    return file.failure();
-  if (!*file || (*file)->size != content.size())
+  const auto opened = open_to_read(entry);
+  if (!opened)
+    return opened.failure();
+  const std::optional<Content>& file = *opened;
+  if (!file || file->size != content.size())
     return false;
   char buffer[1 << 13];
   while (!content.empty()) {
     const std::string_view piece = content.substr(0, sizeof buffer);
-    const auto length = (*file)->read(buffer, piece.size());
+    const auto length = file->read(buffer, piece.size());
     if (!length)
       return last_error();
     if (std::string_view(buffer, *length) != piece)
