@@ -154,6 +154,7 @@ int PrefixMap::descriptor_of(const std::string& entry) {
 
 // The file stays open for its lock. After a flush a failing close loses nothing.
 Result<bool> PrefixMap::make_temporary(const std::string& entry, std::string_view content) {
+  written.reserve(written.size() + 1);  // memory that is missing later would leave the file behind
   Written made{entry, open_at(folder, entry, O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW, 0600)};
   if (!made.file && errno == EEXIST)
     return false;
@@ -162,9 +163,10 @@ Result<bool> PrefixMap::make_temporary(const std::string& entry, std::string_vie
   struct stat made_status;
   const bool ours = is_ours(made.file, made_status);
   if (!ours || !write(made, made_status, content)) {
-    const Failure failure = last_error();
+    const int error = errno;
     remove(entry);
-    return ours ? Result<bool>(failure) : false;
+    errno = error;
+    return ours ? Result<bool>(last_error()) : false;
   }
   written.push_back(std::move(made));
   names->changed(folder);
