@@ -139,7 +139,7 @@ Result<std::string> WindowsFiles::full_path(const std::string& folder) {
 
 Result<Files::OpenedFile> WindowsFiles::open_file(const std::string& path) {
   if (opened++ % files_of_a_budget == 0)
-    retry_budget = std::make_shared<RetryBudget>();
+    read_budget = std::make_shared<RetryBudget>();
   auto found = find_entry(path);
   if (!found)
     return found.failure();
@@ -149,16 +149,16 @@ Result<Files::OpenedFile> WindowsFiles::open_file(const std::string& path) {
   if (!location)
     return location.failure();
   const auto file = std::make_shared<const Handle>(
-      open_with_retry(*retry_budget, location->wide(), GENERIC_READ, OPEN_EXISTING, 0));
+      open_with_retry(*read_budget, location->wide(), GENERIC_READ, OPEN_EXISTING, 0));
   if (*file && GetFileType(file->get()) != FILE_TYPE_DISK)
     return OpenedFile{};
   auto content = *file ? WindowsMap::content_of(file) : std::nullopt;
   if (!content)
     return failure(path, "read it");
   location->names.pop_back();
-  return OpenedFile{std::make_unique<WindowsMap>(path, location->wide(), std::move(found->name), "",
-                                                 retry_budget),
-                    *std::move(content)};
+  return OpenedFile{
+      std::make_unique<WindowsMap>(path, location->wide(), std::move(found->name), "", read_budget),
+      *std::move(content)};
 }
 
 // A process may have millions of handles.

@@ -21,6 +21,6 @@ protected:
   Result<Done> remove_text(const std::string& path) override;
 
 private:
-  std::shared_ptr<RetryBudget> retry_budget;  // of the file that was opened last
+  std::shared_ptr<RetryBudget> read_budget;  // of the file that was opened last
   unsigned opened = 0;
 };
