@@ -81,7 +81,7 @@ Result<Done> MapReplacement::write_temporaries(const std::vector<NewFile>& new_f
 // `name` is what the temporary file will be renamed to.
 Result<Done> MapReplacement::write_temporary(const NewFile& file, const std::string& name) {
   auto written =
-      with_action(write_action(file.name), [&] { return map.write_temporary(file.text); });
+      with_action("write " + shown(file.name), [&] { return map.write_temporary(file.text); });
   if (!written)
     return written.failure();
   prepared.push_back({Temporary(map, *std::move(written)), name});
@@ -137,13 +137,13 @@ Result<Done> MapReplacement::place_companions() {
 }
 
 Result<Done> MapReplacement::place(Prepared& file, const std::string& kept) {
-  return with_action(write_action(file.name),
+  return with_action("write " + shown(file.name),
                      [&] { return file.temporary.rename(file.name, kept); });
 }
 
 // A backup of other content makes room for the new one. Its new name is flushed before another
 // file gets the old one. One that holds what the map holds is replaced: whether it ever reached the
-// disk, nobody knows. So is an empty one: a run that was killed may have taken the name with it.
+// disk, nobody knows. So is an empty one: it may be the placeholder of a run that was killed.
 Result<Done> MapReplacement::move_older_backup() {
   if (older_backup.empty())
     return Done{};
@@ -151,7 +151,7 @@ Result<Done> MapReplacement::move_older_backup() {
   if (!kind)
     return kind.failure();
   if (*kind != OpenMap::Kind::file)
-    return move_aside(older_backup);
+    return move_aside(*kind);
   const auto now = map.state_of(older_backup);  // before the comparison, which takes a while
   if (!now)
     return now.failure();
@@ -159,51 +159,44 @@ Result<Done> MapReplacement::move_older_backup() {
   if (!same)
     return same.failure();
   if (!*same)
-    return move_aside(older_backup);
+    return move_aside(*kind);
   replaces_older = true;
   older_state = *now;
   backup = older_backup;
   return Done{};
 }
 
-// Whether an entry is a file that holds just that.
+// Whether a file holds just that.
 Result<bool> MapReplacement::holds(const std::string& name, std::string_view content) {
-  const auto kind = kind_of(name);
-  if (!kind)
-    return kind.failure();
-  if (*kind != OpenMap::Kind::file)
-    return false;
   return with_action("read " + name, [&] { return map.holds(name, content); });
 }
 
-// Renames a backup to its own name with the first number that is free. An empty file may be what a
-// run that was killed has taken the name with.
-Result<Done> MapReplacement::move_aside(const std::string& name) {
-  const std::string action = "rename its older backup " + name;
-  const auto kind = kind_of(name);
-  if (!kind)
-    return kind.failure();
+// Renames the older backup, which is of that kind, to its own name with the first number that is
+// free, or has only a placeholder.
+Result<Done> MapReplacement::move_aside(OpenMap::Kind kind) {
+  const std::string action = "rename its older backup " + older_backup;
   for (int number = first_backup_number; number <= last_backup_number; ++number) {
-    const std::string free = name + std::to_string(number);
+    const std::string free = older_backup + std::to_string(number);
     const std::string taken = map.spelled(free);
-    if (!taken.empty() && !is_left_empty(taken))
+    if (!taken.empty() && !is_placeholder(taken))
       continue;
     const auto renamed = with_action(action, [&]() -> Result<bool> {
       if (taken.empty())
-        return map.rename_no_replace(name, free);
-      const auto replaced = map.rename(name, taken, "");
+        return map.rename_no_replace(older_backup, free);
+      const auto replaced = map.rename(older_backup, taken, "");
       return replaced ? Result<bool>(true) : replaced.failure();
     });
     if (!renamed)
       return renamed.failure();
     if (*renamed)
-      return *kind == OpenMap::Kind::file ? note_unflushed(free, free) : Result<Done>(Done{});
+      return kind == OpenMap::Kind::file ? note_unflushed(free, free) : Result<Done>(Done{});
   }
   return Failure{map.path, action, "no number is free"};
 }
 
-// Without a lock another run may just have taken the name.
-bool MapReplacement::is_left_empty(const std::string& name) {
+// Whether an empty file is that of a run that was killed. Without a lock it may be that of a run in
+// progress.
+bool MapReplacement::is_placeholder(const std::string& name) {
   const auto now = map.state_of(name);
   return map.locked && now && now->size == 0;
 }

@@ -89,6 +89,8 @@ public:
   }
   std::uint64_t device() const { return state.device; }
   std::size_t size() const { return was.size(); }
+  // How a failure names an entry: the map's own path stands before it.
+  std::string shown(const std::string& name) const { return name == map.name ? "it" : name; }
   OpenMap& open_map() const { return map; }
 
   Result<Done> outcome = Done{};
@@ -107,8 +109,8 @@ private:
   Result<Done> check_content();
   Result<Done> check_state();
   Result<bool> holds(const std::string& name, std::string_view content);
-  Result<Done> move_aside(const std::string& name);
-  bool is_left_empty(const std::string& name);
+  Result<Done> move_aside(OpenMap::Kind kind);
+  bool is_placeholder(const std::string& name);
   bool is_map(const std::string& name);
   bool is_own_backup(const OpenMap::FileState& now) const {
     return backup_is_hard_link ? now.same_file(state) : now == backup_state;
@@ -122,9 +124,6 @@ private:
   Result<Done> note_unflushed(const std::string& name, const std::string& what);
   std::string take_back_backup();
   std::string backup_action() const { return "make its backup " + backup; }
-  std::string write_action(const std::string& name) const {
-    return "write " + (name == map.name ? "it" : name);
-  }
   Failure failure(std::string reason) const { return {map.path, "convert it", std::move(reason)}; }
   Failure changed() const { return failure("it has changed since it was read"); }
 

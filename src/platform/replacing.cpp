@@ -91,14 +91,14 @@ void ReplacementBatch::flush(const Maps& flushed) {
 void ReplacementBatch::fail_unflushed(const Maps& flushed, MapReplacement& owner,
                                       const Unflushed& file) {
   const Failure& failure = file.flushed.failure();
-  const bool is_map = file.what == owner.open_map().name;
   if (failure.kind != Failure::Kind::unconfirmed)
     return owner.fail(
-        {failure.path, "write " + (is_map ? "it" : file.what), failure.reason, failure.kind});
+        {failure.path, "write " + owner.shown(file.what), failure.reason, failure.kind});
   const auto unconfirmed = [&](const std::string& what) {
     return "the disk did not confirm that " + what + " is written: " + failure.reason;
   };
-  owner.fail({failure.path, "convert it", unconfirmed(is_map ? "it" : file.what), failure.kind});
+  owner.fail({failure.path, "convert it", unconfirmed(owner.shown(file.what)), failure.kind});
+  const bool is_map = file.what == owner.open_map().name;
   const std::string reason = unconfirmed(is_map ? failure.path : file.what + " of " + failure.path);
   for (const auto& other : flushed)
     if (other->device() == owner.device())

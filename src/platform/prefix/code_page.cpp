@@ -54,6 +54,6 @@ private:
 
 std::string from_code_page(const std::string& page, std::string_view text) {
   const Decoder named(page == "65001" ? "UTF-8" : "CP" + page);
-  const Decoder usual("CP1252");
-  return (named.is_open() ? named : usual).decode(std::string(text));
+  return named.is_open() ? named.decode(std::string(text))
+                         : Decoder("CP1252").decode(std::string(text));
 }

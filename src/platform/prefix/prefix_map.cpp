@@ -50,9 +50,8 @@ bool rename_at_no_replace(const Descriptor& folder, const std::string& from,
     return true;
   if (errno != EINVAL && errno != ENOSYS)
     return false;
-  // The file system does not know the flag. An empty file takes the name first, which replaces
-  // nothing, and is renamed over. It stays after a failure: another run may have put its own in its
-  // place.
+  // The file system does not know the flag. An empty placeholder is created first, which replaces
+  // nothing, and is renamed over. It stays after a failure: another run may have replaced it.
   return open_at(folder, to, O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW, 0600) &&
          uninterrupted([&] { return disk.rename(at, from.c_str(), to.c_str(), 0); }) == 0;
 }
