@@ -28,10 +28,6 @@ std::string find_folded(const Descriptor& folder, const std::string& name) {
   return found;
 }
 
-std::size_t folded_hash(const std::string& name) {
-  return std::hash<std::string>()(lowercase(name));
-}
-
 bool has_name(const Descriptor& folder, const std::string& name) {
   struct stat ignored;
   return stat_at(folder, name, ignored);
@@ -80,18 +76,25 @@ void FolderNames::read(const Descriptor& folder) {
   struct statx attributes;
   is_append_only = ::statx(folder.get(), "", AT_EMPTY_PATH, 0, &attributes) == 0 &&
                    (attributes.stx_attributes & STATX_ATTR_APPEND);
-  hashes.clear();
-  complete = read_again(folder,
-                        [&](const char* name, unsigned char) { hashes.insert(folded_hash(name)); });
+  folded_names.clear();
+  complete = read_again(folder, [&](const char* name, unsigned char) { added(name); });
 }
 
 std::string FolderNames::find(const Descriptor& folder, const std::string& name) const {
   if (has_name(folder, name))
     return name;
-  return hashes.contains(folded_hash(name)) ? find_folded(folder, name) : "";
+  const std::string wanted = lowercase(name);
+  const std::size_t hash = std::hash<std::string>()(wanted);
+  for (auto known = folded_names.lower_bound({hash, ""});
+       known != folded_names.end() && known->first == hash; ++known)
+    if (lowercase(known->second) == wanted && has_name(folder, known->second))
+      return known->second;
+  return "";
 }
 
-void FolderNames::added(const std::string& name) { hashes.insert(folded_hash(name)); }
+void FolderNames::added(const std::string& name) {
+  folded_names.emplace(std::hash<std::string>()(lowercase(name)), name);
+}
 
 void FolderNames::changed(const Descriptor& folder) { state = state_of(folder); }
 

@@ -52,7 +52,6 @@ private:
   OpenMap::FileState state{};  // of the folder, when its names were all known
   bool complete = false;       // the names were read to the folder's end
   bool is_append_only = false;
-  // Most lookups miss. Hashes of the names in lower case answer a miss in a fraction of the memory;
-  // a hit reads the folder again. They are ordered, so that no choice of names is slow.
-  std::set<std::size_t> hashes;
+  // Each name behind the hash of itself in lower case; ordered, so that no choice of names is slow.
+  std::set<std::pair<std::size_t, std::string>> folded_names;
 };
