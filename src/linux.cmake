@@ -16,7 +16,6 @@ target_compile_definitions(prefix PRIVATE
 find_package(nlohmann_json REQUIRED)
 find_package(utf8cpp REQUIRED)
 target_link_libraries(prefix PRIVATE nlohmann_json::nlohmann_json utf8::cpp ${CMAKE_DL_LIBS})
-target_sources(ui PRIVATE ui/write_stderr.cpp)
 layer(console BELOW ui SOURCES ui/console/console_screen.cpp ui/console/progress.cpp)
 
 set(window_library vora-map-updater-window.so)

@@ -1,5 +1,6 @@
 // Chooses the machine and the front end: the window where there is a display, else the console.
 #include "app/installation.h"
+#include "platform/console.h"
 #include "platform/prefix/machine.h"
 #include "platform/prefix/prefix_files.h"
 #include "platform/prefix/prefix_system.h"
@@ -7,7 +8,6 @@
 #include "platform/printable.h"
 #include "ui/console/console_screen.h"
 #include "ui/qt/load_window.h"
-#include "ui/write_stderr.h"
 
 #include <cstdio>
 #include <cstdlib>
@@ -37,15 +37,15 @@ void report_choice(const Machine& machine) {
     text += "\r\nThe game is also in the Wine prefix " + printable(other) + ".";
   if (!machine.others.empty())
     text += "\r\nSet WINEPREFIX to choose another.";
-  write_stderr(text);
+  print_error(text);
   setenv("WINEPREFIX", machine.folder.c_str(), 1);
 }
 
 int run(int argc, char** argv) {
   const Machine machine = find_machine(has_game);
   if (machine.current_folder.empty()) {  // as a search root it would be the whole disk
-    write_stderr("The current folder is missing. Start the program in the folder that holds its "
-                 "data files.");
+    print_error("The current folder is missing. Start the program in the folder that holds its "
+                "data files.");
     return 1;
   }
   if (machine.chosen)

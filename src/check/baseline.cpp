@@ -33,7 +33,7 @@ Baseline::Baseline(std::string filename_in, Result<std::string> text) {
   std::set<std::string_view> distinct(shown.begin(), shown.end());
   distinct.insert("");
   texts.assign(distinct.begin(), distinct.end());
-  index = PrefixIndex(texts);
+  index = RadixTree(texts);
   for (const std::string_view line : shown) {
     unindenteds.push_back(unindented(line));
     words.insert(first_word(line));
@@ -49,14 +49,14 @@ void Baseline::add_order() {
   for (std::size_t i = 1; i < order.size(); ++i) {
     const std::size_t a = order[i - 1], b = order[i];
     following.emplace(a, b);
-    if (depth(b) > depth(a))
+    if (depth_of(b) > depth_of(a))
       openers.insert(a);
-    if (depth(b) < depth(a))
+    if (depth_of(b) < depth_of(a))
       closers.insert(b);
   }
   for (const auto& [a, b] : following) {
-    behind_depth.emplace(depth(a), b);
-    before_depth.emplace(a, depth(b), closers.contains(b));
+    behind_depth.emplace(depth_of(a), b);
+    before_depth.emplace(a, depth_of(b), closers.contains(b));
   }
   places.resize(texts.size());
   for (std::size_t i = 0; i < order.size(); ++i) {
@@ -95,8 +95,8 @@ std::string Baseline::missing(std::size_t a, std::size_t b) const {
 
 bool Baseline::may_follow(std::size_t a, std::size_t b) const {
   const bool closes = closers.contains(b);
-  return (depth(b) < depth(a) && closes) || behind_depth.contains({depth(a), b}) ||
-         before_depth.contains({a, depth(b), closes});
+  return (depth_of(b) < depth_of(a) && closes) || behind_depth.contains({depth_of(a), b}) ||
+         before_depth.contains({a, depth_of(b), closes});
 }
 
 std::string_view Baseline::misspelt(std::string_view word) const {
@@ -120,6 +120,4 @@ std::set<std::string_view> Baseline::words_like(std::string_view recognition) co
   return found;
 }
 
-std::size_t Baseline::depth(std::size_t kind) const {
-  return texts[kind].size() - unindented(texts[kind]).size();
-}
+std::size_t Baseline::depth_of(std::size_t kind) const { return depth(texts[kind]); }

@@ -52,13 +52,13 @@ struct Baseline : Template {
 
 private:
   void add_order();
-  std::size_t depth(std::size_t kind) const;
+  std::size_t depth_of(std::size_t kind) const;
 
   std::vector<std::string_view> texts;        // sorted: by the kinds, which the empty text precedes
   std::vector<std::string_view> unindenteds;  // the texts without indentation, sorted
   std::set<std::string_view> words;
   std::map<std::string, std::string_view> spellings;  // the words by themselves in lower case
-  PrefixIndex index;
+  RadixTree index;
   std::vector<std::size_t> order;                // the kinds of the baseline's lines
   std::vector<std::vector<std::size_t>> places;  // in the order, by the kinds
   std::vector<std::size_t> bends{0};  // before each place: lines at which the indentation changes

@@ -6,8 +6,8 @@
 #include <algorithm>
 #include <utility>
 
-Checker::Checker(std::vector<Edition> editions_in) : editions(std::move(editions_in)) {
-  for (const Edition& edition : editions) {
+Checker::Checker(std::vector<EditionTemplates> editions_in) : editions(std::move(editions_in)) {
+  for (const EditionTemplates& edition : editions) {
     for (const Template* file : edition.files())
       findings.read_remarks(file->filename, file->lines);
     for (const Rule& rule : all_rules()) {
@@ -22,11 +22,11 @@ Checker::Checker(std::vector<Edition> editions_in) : editions(std::move(editions
 }
 
 // A first line that only old templates have, or that two baselines have, is a baseline's mistake.
-const Edition* Checker::edition_of(const Map& map) {
+const EditionTemplates* Checker::edition_of(const Map& map) {
   const auto title = map.lines[0];
   const auto has_title = [&](const auto& pair) { return pair.second.old.lines[0] == title; };
-  std::vector<const Edition*> same, similar;
-  for (const Edition& edition : editions)
+  std::vector<const EditionTemplates*> same, similar;
+  for (const EditionTemplates& edition : editions)
     if (edition.baseline.version && edition.baseline.lines[0] == title)
       same.push_back(&edition);
     else if (edition.baseline.version && std::ranges::any_of(edition.pairs, has_title))
@@ -69,7 +69,7 @@ std::optional<MapRun> Checker::add(const Map& map) {
     Report(findings, "line-ends")(start, fault, start, "map");
   if (map.lines[0].starts_with(byte_order_mark))
     Report(findings, "odd-bytes")(start, "it begins with a byte order mark", start, "map");
-  const Edition* edition = edition_of(map);
+  const EditionTemplates* edition = edition_of(map);
   if (edition && map.lines.size() < 2)
     Report(findings, "not-current")(start, "it has no second line", start, "line");
   if (!edition || !is_old(*edition, map.lines)) {
@@ -117,10 +117,13 @@ void Checker::report_unmatched() {
 
 std::string Checker::subject() const {
   std::size_t pairs = 0;
-  for (const Edition& edition : editions)
+  for (const EditionTemplates& edition : editions)
     pairs += edition.all_pairs().size();
-  std::string text = counted(pairs, "pair") + "; " +
-                     counted(converted + failed + current + unknown, "map"),
+  const std::size_t maps = converted + failed + current + unknown,
+                    unused = maps > 0 ? pairs - unmatched.size() : 0;
+  std::string text = counted(pairs, "pair") +
+                     (unused > 0 ? ", " + std::to_string(unused) + " without a map" : "") + "; " +
+                     counted(maps, "map"),
               separator = ": ";
   for (const auto& [count, what] : {std::pair(converted, " converted"),
                                     {failed, " not converted"},

@@ -12,7 +12,7 @@
 class Checker {
 public:
   // Checks the templates themselves.
-  explicit Checker(std::vector<Edition> editions_in);
+  explicit Checker(std::vector<EditionTemplates> editions_in);
   Checker(const Checker&) = delete;
 
   // Checks the conversion of a map. It is of the edition whose baseline has the same first line or,
@@ -26,13 +26,13 @@ public:
   std::size_t count(Severity severity) const { return findings.count(severity); }
 
 private:
-  const Edition* edition_of(const Map& map);
+  const EditionTemplates* edition_of(const Map& map);
   bool check_current(const MapRun& run);
   void note_matches(const MapRun& run);
   void report_unmatched();
   std::string subject() const;
 
-  std::vector<Edition> editions;
+  std::vector<EditionTemplates> editions;
   Findings findings;
   std::size_t converted = 0, failed = 0, current = 0, unknown = 0;  // maps
 

@@ -10,7 +10,8 @@ namespace {
 
 // Whether maps that begin with a title and a version line become current ones, also if the lines
 // behind are those that the fix pass recognises.
-bool becomes_current(const Edition& edition, std::string_view title, const std::string& line) {
+bool becomes_current(const EditionTemplates& edition, std::string_view title,
+                     const std::string& line) {
   std::string text = std::string(title) + "\r\n" + line;
   for (std::size_t i = 1; edition.fix() && i < edition.fix()->old.lines.size(); ++i)
     if (recognises(edition.fix()->old, i))
@@ -22,7 +23,7 @@ bool becomes_current(const Edition& edition, std::string_view title, const std::
 
 // Calls `visit` with each pair that old maps need, and with the version line of its maps: the
 // baseline's with the old version.
-template <class Visit> void for_each_version(const Edition& edition, const Visit& visit) {
+template <class Visit> void for_each_version(const EditionTemplates& edition, const Visit& visit) {
   for (const auto& [version, pair] : edition.pairs)
     if (pair.is_readable() && edition.baseline.version &&
         numeric_value(version) < *edition.baseline.version) {
@@ -33,14 +34,14 @@ template <class Visit> void for_each_version(const Edition& edition, const Visit
 
 }  // namespace
 
-void line_ends(const Edition& edition, const Report& report) {
+void line_ends(const EditionTemplates& edition, const Report& report) {
   for (const Template* file : edition.files())
     if (const auto fault = one_line_fault(file->lines.text()); !fault.empty())
       report({file->filename, 0}, fault);
 }
 
 // Editors end a line at every LF, so the places behind the first would be others there.
-void odd_bytes(const Edition& edition, const Report& report) {
+void odd_bytes(const EditionTemplates& edition, const Report& report) {
   for (const Template* file : edition.files()) {
     const LineArray& lines = file->lines;
     if (lines[0].starts_with(byte_order_mark))
@@ -54,7 +55,7 @@ void odd_bytes(const Edition& edition, const Report& report) {
   }
 }
 
-void missing_pair(const Edition& edition, const Report& report) {
+void missing_pair(const EditionTemplates& edition, const Report& report) {
   const Baseline& baseline = edition.baseline;
   for (const Pair* pair : edition.all_pairs())
     for (const Template* file : pair->files())
@@ -62,12 +63,12 @@ void missing_pair(const Edition& edition, const Report& report) {
         report({pair->present().filename, 0}, "there is no " + name_of(file->filename));
   if (baseline.failure)
     report({baseline.filename, 0}, "the file is missing, which says what version is current");
-  if (edition.letter == Edition::expansion && baseline.version && !edition.fix())
+  if (edition.letter == EditionTemplates::expansion && baseline.version && !edition.fix())
     report({baseline.filename, 1},
            "there are no templates of the fix pass for version " + number_text(*baseline.version));
 }
 
-void bad_version(const Edition& edition, const Report& report) {
+void bad_version(const EditionTemplates& edition, const Report& report) {
   const Baseline& baseline = edition.baseline;
   const auto line = baseline.lines[1];
   const std::size_t start = line.size() - version_of(line).size();
@@ -78,7 +79,7 @@ void bad_version(const Edition& edition, const Report& report) {
            "the version is the last two characters alone: " + quote(line.substr(start)));
 }
 
-void version_gap(const Edition& edition, const Report& report) {
+void version_gap(const EditionTemplates& edition, const Report& report) {
   if (!edition.baseline.version)
     return;
   const double current = *edition.baseline.version;
@@ -101,7 +102,7 @@ void version_gap(const Edition& edition, const Report& report) {
       needless(pair);
 }
 
-void no_version(const Edition& edition, const Report& report) {
+void no_version(const EditionTemplates& edition, const Report& report) {
   for_each_version(edition, [&](const Pair& pair, const std::string& line) {
     if (matchline(pair.old, line) > 0 && !becomes_current(edition, pair.old.lines[0], line))
       report({pair.current.filename, 0}, "its maps do not become those of version " +
@@ -110,7 +111,7 @@ void no_version(const Edition& edition, const Report& report) {
   });
 }
 
-void version_line(const Edition& edition, const Report& report) {
+void version_line(const EditionTemplates& edition, const Report& report) {
   for_each_version(edition, [&](const Pair& pair, const std::string& line) {
     if (matchline(pair.old, line) == 0)
       report({pair.old.filename, 0}, "no line recognises " + quote(line));
@@ -119,39 +120,31 @@ void version_line(const Edition& edition, const Report& report) {
 
 // A line that a newer pair recognises is gone when the baseline has none like it. An older pair has
 // to know its word, or one that is written for it, or its maps keep the line.
-void forgotten_word(const Edition& edition, const Report& report) {
-  std::map<std::string_view, std::set<std::string_view>> gone;  // with the words written for them
+void forgotten_word(const EditionTemplates& edition, const Report& report) {
+  struct Gone {
+    std::string place;                   // where it is recognised
+    std::set<std::string_view> written;  // the words that are written for it, and itself
+  };
+  std::map<std::string_view, Gone> gone;
   for (auto at = edition.pairs.rbegin(); edition.shown() && at != edition.pairs.rend(); ++at) {
     const auto& [old, current] = at->second;
     std::set<std::string_view> own;
     for (const Template* file : at->second.files())
       for (std::size_t i = 1; i < file->lines.size(); ++i)
         own.insert(first_word(file->lines[i]));
-    for (const auto& [word, written] : gone)
-      if (std::ranges::none_of(written, [&](const auto known) { return own.contains(known); }))
-        report({old.filename, 0}, "a newer pair changes lines of " + quote(word) +
-                                      ", of which this pair knows nothing");
+    for (const auto& [word, known] : gone)
+      if (std::ranges::none_of(known.written, [&](const auto w) { return own.contains(w); }))
+        report({old.filename, 0}, "it knows nothing of " + quote(word) + ", which " + known.place +
+                                      " recognises and the baseline does not have");
     for (std::size_t i = 1; i < old.lines.size(); ++i)
       if (const auto word = first_word(old.lines[i]);
           recognises(old, i) && !word.empty() &&
-          edition.shown()->kinds({old.lines[i], Marker::rest}).empty())
+          edition.shown()->kinds({old.lines[i], Marker::rest}).empty()) {
+        Gone& known = gone[word];
+        known.place = line_number(i) + " of " + name_of(old.filename);
+        known.written.insert(word);
         for (auto [k, end] = output_of(current, sectionof(old, i)); k < end; ++k)
-          gone[word].insert({word, first_word(current.lines[k])});
-  }
-}
-
-void other_width(const Edition& edition, const Report& report) {
-  std::map<std::string_view, std::string> wide;  // texts with two characters, and the files
-  for (const auto& [version, pair] : edition.pairs)
-    for (const OutputLine& output : pair.current.output)
-      if (output.marker == Marker::last_two)
-        wide[output.text] = pair.current.filename;
-  for (const auto& [version, pair] : edition.pairs) {
-    const NewTemplate& current = pair.current;
-    for (std::size_t i = 0; i < current.output.size(); ++i)
-      if (const auto& [text, marker] = current.output[i];
-          marker == Marker::last_character && wide.contains(text) && wide[text] != current.filename)
-        report({current.filename, i, text.size() + 1},
-               quote(current.lines[i]) + " takes one character, but two in " + name_of(wide[text]));
+          known.written.insert(first_word(current.lines[k]));
+      }
   }
 }

@@ -18,9 +18,9 @@ namespace fs = std::filesystem;
 
 namespace {
 
-const std::string usage = "usage: vora-template-check [OPTION...] [FOLDER [MAP...]]\n";
+const std::string usage = "usage: vora-template-check [OPTION...] [FOLDER [MAP...]]";
 constexpr const char* help =
-    "\n"
+    "\n\n"
     "Checks the structure templates in FOLDER, the current folder by default. Each MAP\n"
     "is converted in memory, and what happens to it is checked, too; a folder stands for\n"
     "the maps in it. Nothing is written.\n"
@@ -214,7 +214,7 @@ Result<int> check(const Options& options) {
 int run(const std::vector<std::string>& arguments) {
   Options options;
   if (const std::string fault = parse(arguments, options); !fault.empty()) {
-    print_error("vora-template-check: " + printable(fault) + "\n" + usage);
+    print_error("vora-template-check: " + fault + "\r\n" + usage);
     return 2;
   }
   if (options.help)
@@ -225,7 +225,7 @@ int run(const std::vector<std::string>& arguments) {
     return print(explain(*rule)) && print("\n") ? 0 : 2;
   const auto status = check(options);
   if (!status)
-    print_error(printable(status.failure().text()) + "\n");
+    print_error(status.failure().text());
   return status ? *status : 2;
 }
 

@@ -96,8 +96,9 @@ bool writes_nothing(const Pass& pass, const Block& block) {
 }
 
 // What is lost of line `k` in a block; empty if it is written or meant. A line that is dropped in
-// its place is meant, and so is one that is recognised with its value. Other lines inside a block
-// are lost if current maps, or other sections, have lines of their word.
+// its place is meant, and so is one that is recognised with its value. Another line inside a block
+// is lost if it is less indented than the first, or if current maps, or other sections, have lines
+// of its word and the section is not one that writes nothing.
 std::string loss_of(const MapRun& run, const Pass& pass, const Block& block, std::size_t k) {
   const auto [begin, end] = pass.output_of(block);
   const auto line = pass.input[k], word = first_word(line);
@@ -116,7 +117,10 @@ std::string loss_of(const MapRun& run, const Pass& pass, const Block& block, std
     return "";
   const std::size_t t = pass.is_fix ? 0 : matchline(pass.pair.old, line);
   const bool kept = run.edition.shown() && run.edition.shown()->has_word(word);
-  return k > block.line && !written && (kept || recognises(pass.pair.old, t))
+  const bool outdented = depth(line) < depth(pass.input[block.line]);
+  return k > block.line && !written &&
+                 (outdented ||
+                  (!writes_nothing(pass, block) && (kept || recognises(pass.pair.old, t))))
              ? " is lost in a block"
              : "";
 }
@@ -190,11 +194,11 @@ void other_value(const MapRun& run, const Report& report) {
   });
 }
 
-// The version line is to lose its value, and a section that writes nothing is to lose all.
+// The version line is to lose its value.
 void lost_line(const MapRun& run, const Report& report) {
   for_each_block(run, [&](const Pass& pass, const Block& block) {
     for (std::size_t k = block.line; k < block.line + block.count; ++k)
-      if (pass.origins[k].line != 1 && !writes_nothing(pass, block))
+      if (pass.origins[k].line != 1)
         if (const auto loss = loss_of(run, pass, block, k); !loss.empty())
           report_block(run, pass, block, k, report, loss);
   });

@@ -7,7 +7,7 @@
 
 namespace {
 
-Failure no_templates(const Edition& edition, const std::string& version, bool fix) {
+Failure no_templates(const EditionTemplates& edition, const std::string& version, bool fix) {
   return {template_name(edition.letter, true, fix, version), "read it", "the file is missing",
           Failure::Kind::missing};
 }
@@ -46,17 +46,17 @@ void add_pass(MapRun& run, const Pair& pair, bool is_fix, const LineArray& input
 
 }  // namespace
 
-bool is_old(const Edition& edition, const LineArray& lines) {
+bool is_old(const EditionTemplates& edition, const LineArray& lines) {
   return edition.baseline.version && lines.size() > 1 &&
          numeric_value(version_of(lines[1])) < *edition.baseline.version;
 }
 
-bool is_current(const Edition& edition, const LineArray& lines) {
+bool is_current(const EditionTemplates& edition, const LineArray& lines) {
   const auto version = version_of(lines[1]);
   return has_number(version) && numeric_value(version) == edition.baseline.version;
 }
 
-MapRun convert(const Edition& edition, const Map& map) {
+MapRun convert(const EditionTemplates& edition, const Map& map) {
   const std::string version(version_of(map.lines[1]));
   MapRun run{edition, map, {}, nullptr, no_templates(edition, version, false), {}, {}};
   for (std::size_t line = 0; line < map.lines.size(); ++line)
@@ -66,7 +66,7 @@ MapRun convert(const Edition& edition, const Map& map) {
     return run;
   run.passes.reserve(2);
   add_pass(run, pair->second, false, map.lines);
-  if (run.result && edition.letter == Edition::expansion) {
+  if (run.result && edition.letter == EditionTemplates::expansion) {
     run.between = std::make_unique<LineArray>(LineArray::split(*std::move(run.result)));
     run.result = no_templates(edition, number_text(edition.baseline.version.value_or(0)), true);
     if (edition.fix())

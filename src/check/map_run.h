@@ -47,7 +47,7 @@ struct Pass {
 
 // The conversion of a map that is older than the current format.
 struct MapRun {
-  const Edition& edition;
+  const EditionTemplates& edition;
   const Map& map;
   std::vector<Pass> passes;
   std::unique_ptr<const LineArray> between;  // the result of the first of two passes
@@ -57,8 +57,8 @@ struct MapRun {
 };
 
 // Whether a map of these lines would be converted, and whether it is of the current version.
-bool is_old(const Edition& edition, const LineArray& lines);
-bool is_current(const Edition& edition, const LineArray& lines);
+bool is_old(const EditionTemplates& edition, const LineArray& lines);
+bool is_current(const EditionTemplates& edition, const LineArray& lines);
 
 // `edition`, which has a current version, and `map` must outlive the result.
-MapRun convert(const Edition& edition, const Map& map);
+MapRun convert(const EditionTemplates& edition, const Map& map);

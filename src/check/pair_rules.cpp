@@ -50,7 +50,7 @@ Place count_place(const Template& file, std::size_t head) {
 
 // What is wrong with the end of an output line; empty if nothing is. A dropped line that is one
 // word of the baseline was meant to be written.
-std::string marker_fault(const Edition& edition, const Out& out) {
+std::string marker_fault(const EditionTemplates& edition, const Out& out) {
   const auto text = stripped(out.output.text), word = first_word(text);
   if (out.is_dropped() && edition.shown() && edition.shown()->has_word(word) &&
       word.size() + 1 == text.size())
@@ -78,7 +78,7 @@ std::string oddity_of(const Baseline& baseline, std::string_view line) {
 }  // namespace
 
 // It stands where the names begin to differ: most likely a section is missing or too many there.
-void section_count(const Edition&, const Pair& pair, const Report& report) {
+void section_count(const EditionTemplates&, const Pair& pair, const Report& report) {
   const Names old = names_of(pair.old, pair.old.oldheads);
   const Names current = names_of(pair.current, pair.current.newheads);
   const auto differ = std::ranges::mismatch(old, current).in2 - current.begin();
@@ -89,18 +89,8 @@ void section_count(const Edition&, const Pair& pair, const Report& report) {
                name_of(pair.old.filename) + ", but " + std::to_string(current.size()) + " here");
 }
 
-void section_order(const Edition&, const Pair& pair, const Report& report) {
-  const Names old = names_of(pair.old, pair.old.oldheads);
-  const Names current = names_of(pair.current, pair.current.newheads);
-  for (std::size_t s = 0; s < old.size() && old.size() == current.size(); ++s)
-    if (old[s] != current[s] && std::ranges::count(old, current[s]) == 1 &&
-        std::ranges::count(current, old[s]) == 1)
-      return report({pair.current.filename, pair.current.newheads[s]},
-                    "the section of this place in the old template is " + old[s]);
-}
-
 // A pair of titles and remarks does nothing, which may be meant.
-void bad_count(const Edition&, const Pair& pair, const Report& report) {
+void bad_count(const EditionTemplates&, const Pair& pair, const Report& report) {
   const auto check = [&](const Template& file, std::size_t head, bool below_1) {
     if (!has_number(count_text(file.lines[head])))
       report(count_place(file, head), "there is no count");
@@ -114,7 +104,7 @@ void bad_count(const Edition&, const Pair& pair, const Report& report) {
     check(pair.current, pair.current.newheads[s], pair.current.counts[s] < 1);
 }
 
-void count_past_end(const Edition&, const Pair& pair, const Report& report) {
+void count_past_end(const EditionTemplates&, const Pair& pair, const Report& report) {
   const NewTemplate& current = pair.current;
   for (std::size_t s = 0; s < current.newheads.size(); ++s)
     if (const auto [begin, end] = body_of(current, s);
@@ -127,7 +117,7 @@ void count_past_end(const Edition&, const Pair& pair, const Report& report) {
 }
 
 // Reports the first line behind a section's output that looks as if it belonged to it.
-void count_too_small(const Edition&, const Pair& pair, const Report& report) {
+void count_too_small(const EditionTemplates&, const Pair& pair, const Report& report) {
   const NewTemplate& current = pair.current;
   for (std::size_t s = 0; s < current.newheads.size(); ++s) {
     auto [i, end] = LineRange{output_of(current, s).end, body_of(current, s).end};
@@ -140,14 +130,14 @@ void count_too_small(const Edition&, const Pair& pair, const Report& report) {
   }
 }
 
-void empty_line(const Edition&, const Pair& pair, const Report& report) {
+void empty_line(const EditionTemplates&, const Pair& pair, const Report& report) {
   for (std::size_t i = 1; i < pair.old.lines.size(); ++i)
     if (pair.old.lines[i].empty())
       return report({pair.old.filename, i}, "an empty line recognises every line of a map");
 }
 
 // In the fix pass the first of three lines decides: the other two may be those of other sections.
-void shadowed(const Edition& edition, const Pair& pair, const Report& report) {
+void shadowed(const EditionTemplates& edition, const Pair& pair, const Report& report) {
   const OldTemplate& old = pair.old;
   for (std::size_t i = 1; i < old.lines.size() && &pair != edition.fix(); ++i)
     if (const std::size_t t = matchline(old, old.lines[i]);
@@ -156,7 +146,7 @@ void shadowed(const Edition& edition, const Pair& pair, const Report& report) {
                                     ", recognises the same lines, and the last match wins");
 }
 
-void odd_recognition(const Edition& edition, const Pair& pair, const Report& report) {
+void odd_recognition(const EditionTemplates& edition, const Pair& pair, const Report& report) {
   const OldTemplate& old = pair.old;
   std::vector<std::size_t> counts(old.oldheads.size());
   for (std::size_t i = 1; i < old.lines.size(); ++i) {
@@ -174,7 +164,7 @@ void odd_recognition(const Edition& edition, const Pair& pair, const Report& rep
                  counted(counts[s], "recognition line"));
 }
 
-void dead_marker(const Edition& edition, const Pair& pair, const Report& report) {
+void dead_marker(const EditionTemplates& edition, const Pair& pair, const Report& report) {
   std::optional<std::size_t> rest;  // the section of the last " &"
   for (const Out& out : outputs_of(pair.current)) {
     std::string fault = marker_fault(edition, out);
@@ -185,7 +175,7 @@ void dead_marker(const Edition& edition, const Pair& pair, const Report& report)
   }
 }
 
-void value_behind(const Edition&, const Pair& pair, const Report& report) {
+void value_behind(const EditionTemplates&, const Pair& pair, const Report& report) {
   for (const auto& [section, distance, line, output, text] : outputs_of(pair.current))
     if (is_aligned(output.marker) && distance > 0 && section < pair.old.counts.size() &&
         static_cast<long long>(distance) >= pair.old.counts[section])
@@ -194,7 +184,7 @@ void value_behind(const Edition&, const Pair& pair, const Report& report) {
 }
 
 // Of what the expansion's first pass writes, the words alone can be known.
-void unknown_output(const Edition& edition, const Pair& pair, const Report& report) {
+void unknown_output(const EditionTemplates& edition, const Pair& pair, const Report& report) {
   const Baseline* shown = edition.shown();
   std::set<std::string_view> words;
   for (std::size_t i = 1; edition.fix() && i < edition.fix()->old.lines.size(); ++i)
@@ -210,7 +200,7 @@ void unknown_output(const Edition& edition, const Pair& pair, const Report& repo
 }
 
 // Lines of which the baseline knows nothing, and dropped ones, are left out.
-void output_order(const Edition& edition, const Pair& pair, const Report& report) {
+void output_order(const EditionTemplates& edition, const Pair& pair, const Report& report) {
   const Baseline* shown = edition.is_last(pair) ? edition.shown() : nullptr;
   std::vector<std::size_t> before;
   std::string_view last;

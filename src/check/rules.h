@@ -4,15 +4,15 @@
 #include <span>
 #include <string_view>
 
-struct Edition;
+struct EditionTemplates;
 struct Pair;
 struct MapRun;
 class Report;
 
 // What finds it: in an edition's files, in a pair of which both files are there and have lines, in
 // the conversion of a map that succeeded.
-using EditionRule = void(const Edition&, const Report&);
-using PairRule = void(const Edition&, const Pair&, const Report&);
+using EditionRule = void(const EditionTemplates&, const Report&);
+using PairRule = void(const EditionTemplates&, const Pair&, const Report&);
 using MapRule = void(const MapRun&, const Report&);
 
 // An error damages maps or ends the program; a warning may be meant as it is.
@@ -40,7 +40,7 @@ const Rule* find_rule(std::string_view name);
 std::string_view explain(const Rule& rule);
 
 EditionRule line_ends, odd_bytes, missing_pair, bad_version, version_gap, no_version, version_line,
-    forgotten_word, other_width;
-PairRule section_count, section_order, bad_count, count_past_end, count_too_small, empty_line,
-    shadowed, odd_recognition, dead_marker, value_behind, unknown_output, output_order;
+    forgotten_word;
+PairRule section_count, bad_count, count_past_end, count_too_small, empty_line, shadowed,
+    odd_recognition, dead_marker, value_behind, unknown_output, output_order;
 MapRule unknown_line, line_order, cut_value, other_value, lost_line, stays_behind, past_map_end;

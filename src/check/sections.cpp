@@ -37,6 +37,8 @@ std::string_view stripped(std::string_view line) {
   return unindented(line.substr(0, line.find_last_not_of(" \t") + 1));
 }
 
+std::size_t depth(std::string_view line) { return line.size() - unindented(line).size(); }
+
 std::string_view first_word(std::string_view line) {
   line = unindented(line);
   return line.substr(0, line.find_first_of(" \t#&"));
@@ -71,7 +73,9 @@ OldTemplate loose_template(const OldTemplate& old) {
 }
 
 std::size_t near_line(const OldTemplate& loose, std::string_view line) {
-  return matchline(loose, lowered(loosened(line)));
+  const std::string text = lowered(loosened(line));
+  const std::size_t found = matchline(loose, text);
+  return first_word(loose.lines[found]) == first_word(text) ? found : 0;
 }
 
 std::string difference(std::string_view line, std::string_view recognition) {

@@ -1,7 +1,7 @@
 // What the rules ask about the lines of templates.
 #pragma once
 
-#include "check/editions.h"
+#include "check/edition_templates.h"
 
 #include <string>
 #include <string_view>
@@ -28,6 +28,9 @@ bool is_remark(std::string_view line);
 std::string_view unindented(std::string_view line);
 std::string_view stripped(std::string_view line);
 
+// How many blanks and tabs a line begins with.
+std::size_t depth(std::string_view line);
+
 // What stands before the first blank, tab, "#" or "&" of a line, its indentation left out.
 std::string_view first_word(std::string_view line);
 
@@ -42,7 +45,8 @@ bool recognises(const OldTemplate& old, std::size_t i);
 std::string loosened(std::string_view line);
 
 // A template for `near_line`, which finds the last recognition line that `line` begins with,
-// whatever the case of letters, the tabs and the blanks; 0 when there is none.
+// whatever the case of letters, the tabs and the blanks; 0 when there is none, or it has another
+// first word.
 OldTemplate loose_template(const OldTemplate& old);
 std::size_t near_line(const OldTemplate& loose, std::string_view line);
 

@@ -13,8 +13,10 @@ std::string place(const Template& file, std::size_t i) {
 std::string near_match(const Pass& pass, const OldTemplate& loose, std::size_t k) {
   const OldTemplate& old = pass.pair.old;
   const auto line = pass.input[k];
-  if (const std::size_t t = matchline(old, line); t > 0)
-    return place(old, t) + " recognises it, but one of the next two lines is not recognised";
+  if (const std::size_t t = matchline(old, line); t > 0)  // in the first pass a count is 0
+    return pass.is_fix
+               ? place(old, t) + " recognises it, but one of the next two lines is not recognised"
+               : "";
   if (const std::size_t t = near_line(loose, line); t > 0)
     return place(old, t) + " has other " + difference(line, old.lines[t]);
   const bool title = k > 0 && !old.lines[0].empty() && line.starts_with(old.lines[0]);

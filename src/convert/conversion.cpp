@@ -44,13 +44,8 @@ public:
   // reported where there are maps.
   bool read_baseline();
 
-  // Converts the found map number `index` unless it is to stay as it is. A map that cannot be
-  // converted, for want of memory too, is skipped.
-  void convert_or_skip(std::size_t index);
-
-  // Replaces the maps that were converted since the last time, and notes what came of them. What a
-  // map could not have beside the others, such as room on the disk, it gets alone.
-  void commit();
+  // Converts the found maps, up to the first that begins after an interrupt.
+  void convert_found();
 
   // Reports the maps that were skipped and the templates that cannot be used, if any.
   void report_skipped();
@@ -65,6 +60,7 @@ private:
   };
 
   std::string explain_no_version(const Failure& failure) const;
+  void convert_or_skip(std::size_t index);
   bool try_to_convert(std::size_t index);
   bool convert_map(std::size_t index);
   bool convert(MapInHand map);
@@ -75,6 +71,7 @@ private:
   bool is_expansion() const { return form.edition == expansion_letter; }
   Result<std::string> fix(const LineArray& lines);
   bool add_to_batch(MapInHand map, std::string_view first, std::string_view result);
+  void commit();
   void commit_batch();
   void note_outcome(const Pending& map);
   [[noreturn]] void stop(MapInHand map, const Failure& fault, bool others = false);
@@ -111,7 +108,21 @@ std::string Run::explain_no_version(const Failure& failure) const {
          advise_folder(form.system, failure.path);
 }
 
-// A map may have to wait until the batch is committed, and is read again then.
+void Run::convert_found() {
+  const DeferredInterrupts deferred(form.system);
+  const BusyPointer busy(form.screen);
+  form.converting = true;
+  for (std::size_t i = 0; i + 1 < form.foundlist.size() && !form.system.interrupted(); ++i) {
+    form.screen.show_alive();
+    convert_or_skip(i);
+  }
+  commit();
+  form.converting = false;
+}
+
+// Converts the found map number `index` unless it is to stay as it is. A map that cannot be
+// converted, for want of memory too, is skipped. One may have to wait until the batch is committed,
+// and is read again then.
 void Run::convert_or_skip(std::size_t index) {
   while (!try_to_convert(index))
     commit();
@@ -193,6 +204,8 @@ bool Run::add_to_batch(MapInHand map, std::string_view first, std::string_view r
   return true;
 }
 
+// Replaces the maps that were converted since the last time, and notes what came of them. What a
+// map could not have beside the others, such as room on the disk, it gets alone.
 void Run::commit() {
   commit_batch();
   while (!retries.empty()) {
@@ -239,6 +252,7 @@ void Run::stop(MapInHand map, const Failure& fault, bool others) {
     const std::string text = template_error(form, map.file->path, version, fault);
     if (!form.debugmode)
       back_up_unconverted(std::move(map));
+    form.system.defer_interrupts(false);  // a signal may end the wait for an answer
     report_skipped();
     report_trouble(form, printable(text) +
                              "\r\nThe map is as it was. No further map was converted" +
@@ -271,19 +285,11 @@ void Run::report_skipped() {
 }  // namespace
 
 void fixgalaxies(Form1& form) {
-  const DeferredInterrupts deferred(form.system);
-  const BusyPointer busy(form.screen);
   Run run(form);
   next_stage(form);
   if (!run.read_baseline())
     return;
-  form.converting = true;
-  for (std::size_t i = 0; i + 1 < form.foundlist.size() && !form.system.interrupted(); ++i) {
-    form.screen.show_alive();
-    run.convert_or_skip(i);
-  }
-  run.commit();
-  form.converting = false;
+  run.convert_found();
   run.report_skipped();
   if (form.system.interrupted())
     end_interrupted(form, run.converted);

@@ -72,6 +72,21 @@ std::string parent_folder(const std::string& folder) {
   return folder.substr(0, afterlast(folder, '\\') - 1);
 }
 
+// Fills `foundlist` with the maps below both roots.
+void search_roots(Form1& form) {
+  const DeferredInterrupts deferred(form.system);
+  const BusyPointer busy(form.screen);
+  form.searching = true;
+  form.filepattern = "*.galaxy";
+  form.foundlist = {""};
+  form.unsearched.clear();
+  for (const std::string& root : form.pathlist) {
+    form.rootpath = root;
+    findfiles(form, form.filepattern, root, form.foundlist);
+  }
+  form.searching = false;
+}
+
 }  // namespace
 
 void findfiles(Form1& form, const std::string& pattern, const std::string& root,
@@ -88,17 +103,7 @@ void findfiles(Form1& form, const std::string& pattern, const std::string& root,
 }
 
 void findgalaxies(Form1& form) {
-  const DeferredInterrupts deferred(form.system);
-  const BusyPointer busy(form.screen);
-  form.searching = true;
-  form.filepattern = "*.galaxy";
-  form.foundlist = {""};
-  form.unsearched.clear();
-  for (const std::string& root : form.pathlist) {
-    form.rootpath = root;
-    findfiles(form, form.filepattern, root, form.foundlist);
-  }
-  form.searching = false;
+  search_roots(form);
   next_stage(form);
   for (std::size_t j = 0; j + 1 < form.foundlist.size(); ++j)
     form.Text1.append(std::string(filename(form.foundlist[j])) + "\r\n");

@@ -68,7 +68,7 @@ OldTemplate index_old(std::string filename, Result<std::string> text) {
       ++section;
     file.sections.push_back(section);
   }
-  file.index = PrefixIndex(texts);
+  file.index = RadixTree(texts);
   return file;
 }
 

@@ -3,7 +3,7 @@
 #pragma once
 
 #include "engine/line_array.h"
-#include "engine/prefix_index.h"
+#include "engine/radix_tree.h"
 #include "platform/result.h"
 
 #include <cstddef>
@@ -39,7 +39,7 @@ struct Template {
 // An old-format template and what it recognises.
 struct OldTemplate : Template {
   std::vector<std::size_t> oldheads;    // the lines of its section headers, or a single 0
-  PrefixIndex index;                    // its lines by their numbers
+  RadixTree index;                      // its lines by their numbers
   std::vector<std::uint32_t> sections;  // of its lines: see `sectionof`
 };
 

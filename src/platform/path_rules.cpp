@@ -2,46 +2,12 @@
 #include "platform/path_rules.h"
 
 #include <algorithm>
-#include <compare>
+#include <tuple>
 #include <utility>
 
 namespace {
 
 bool equal_folded(char a, char b) { return ascii_lower(a) == ascii_lower(b); }
-
-// Whether `at` is inside a UTF-8 character, not at its first byte.
-bool is_continuation(std::string_view text, std::size_t at) {
-  return at < text.size() && (static_cast<unsigned char>(text[at]) & 0xC0) == 0x80;
-}
-
-// The first UTF-8 character of a text.
-std::string_view first_character(std::string_view text) {
-  std::size_t end = 1;
-  while (is_continuation(text, end))
-    ++end;
-  return text.substr(0, end);
-}
-
-// Case-insensitive, with the same result as comparing all of both in lower case. Folds the first
-// differing character, and the rest only if that is equal; calls `lowercase` only for non-ASCII.
-std::strong_ordering compare(std::string_view a, std::string_view b,
-                             std::string (*lowercase)(std::string_view)) {
-  const auto ends = std::mismatch(a.begin(), a.end(), b.begin(), b.end(), equal_folded);
-  auto common = static_cast<std::size_t>(ends.first - a.begin());
-  while (common > 0 && (is_continuation(a, common) || is_continuation(b, common)))
-    --common;
-  a.remove_prefix(common);
-  b.remove_prefix(common);
-  if (a.empty() || b.empty())
-    return a.size() <=> b.size();
-  if (is_ascii(a[0]) && is_ascii(b[0]) && !equal_folded(a[0], b[0]))
-    return ascii_lower(a[0]) <=> ascii_lower(b[0]);
-  const std::string first = lowercase(first_character(a)), other = lowercase(first_character(b));
-  const auto both = std::min(first.size(), other.size());
-  if (const int order = first.compare(0, both, other, 0, both); order != 0)
-    return order <=> 0;
-  return lowercase(a) <=> lowercase(b);
-}
 
 }  // namespace
 
@@ -96,10 +62,13 @@ bool has_drive(std::string_view path) {
 }
 
 void sort_entries(std::vector<Entry>& entries, std::string (*lowercase)(std::string_view)) {
-  std::sort(entries.begin(), entries.end(), [&](const Entry& a, const Entry& b) {
-    const auto order = compare(a.name, b.name, lowercase);
-    return order < 0 || (order == 0 && a.name < b.name);
-  });
+  std::vector<std::pair<std::string, Entry>> keyed;
+  keyed.reserve(entries.size());
+  for (Entry& entry : entries)
+    keyed.emplace_back(lowercase(entry.name), std::move(entry));
+  std::ranges::sort(keyed, {},
+                    [](const auto& pair) { return std::tie(pair.first, pair.second.name); });
+  std::ranges::transform(keyed, entries.begin(), [](auto& pair) { return std::move(pair.second); });
 }
 
 std::size_t afterlast(std::string_view text, char separator) {

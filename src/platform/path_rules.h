@@ -34,7 +34,7 @@ std::vector<std::string> split_names(std::string_view path, const char* separato
 Result<std::vector<std::string>> resolve(std::vector<std::string> from, std::string_view rest,
                                          const std::string& path);
 
-// The number of characters in a text of UTF-8: what a Part means by a path's length.
+// The number of characters in a text of UTF-8, by which the length of a path is judged.
 std::size_t length_in_characters(std::string_view text);
 
 // Whether a path starts with a drive letter and a colon.

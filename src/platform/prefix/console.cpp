@@ -1,5 +1,7 @@
-// What a program without a window has from its machine: its arguments, standard output and stderr.
+// The programs' arguments, standard output and stderr.
 #include "platform/console.h"
+
+#include "platform/printable.h"
 
 #include <iostream>
 
@@ -10,6 +12,13 @@ std::vector<std::string> command_line(int argc, char** argv) {
 }
 
 bool print(std::string_view text) { return bool(std::cout << text << std::flush); }
-void print_error(std::string_view text) { std::cerr << text; }
+
+void print_error(std::string_view message) {
+  for (auto end = message.find("\r\n"); end != message.npos; end = message.find("\r\n")) {
+    std::cerr << printable(message.substr(0, end)) << '\n';
+    message.remove_prefix(end + 2);
+  }
+  std::cerr << printable(message) << '\n';
+}
 
 bool output_has_colours() { return isatty(STDOUT_FILENO) != 0; }

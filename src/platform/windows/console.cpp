@@ -1,6 +1,7 @@
-// What a program without a window has from its machine: its arguments, standard output and stderr.
+// The programs' arguments, standard output and stderr.
 #include "platform/console.h"
 
+#include "platform/printable.h"
 #include "platform/windows/handle.h"
 #include "platform/windows/wide_text.h"
 
@@ -8,18 +9,23 @@
 
 namespace {
 
+// A handle of our own to standard output or stderr; none when the program has none.
+Handle standard_output(DWORD which) {
+  const HANDLE given = GetStdHandle(which), process = GetCurrentProcess();
+  HANDLE own = nullptr;
+  if (given && given != INVALID_HANDLE_VALUE)
+    DuplicateHandle(process, given, process, &own, 0, FALSE, DUPLICATE_SAME_ACCESS);
+  return Handle(own);
+}
+
 // The console takes wide characters, a file or a pipe takes bytes.
-bool write(DWORD standard_handle, std::string_view text) {
-  HANDLE output = INVALID_HANDLE_VALUE;
+bool write(const Handle& output, std::string_view text) {
   DWORD mode = 0;
-  if (!DuplicateHandle(GetCurrentProcess(), GetStdHandle(standard_handle), GetCurrentProcess(),
-                       &output, 0, FALSE, DUPLICATE_SAME_ACCESS))
-    return false;
-  const Handle own(output);
-  if (!GetConsoleMode(output, &mode))
-    return write_all(own, text);
+  if (!GetConsoleMode(output.get(), &mode))
+    return write_all(output, text);
   const std::wstring wide = widen(text);
-  return WriteConsoleW(output, wide.data(), static_cast<DWORD>(wide.size()), &mode, nullptr) != 0;
+  return WriteConsoleW(output.get(), wide.data(), static_cast<DWORD>(wide.size()), &mode,
+                       nullptr) != 0;
 }
 
 }  // namespace
@@ -34,8 +40,14 @@ std::vector<std::string> command_line(int, char**) {
   return arguments;
 }
 
-bool print(std::string_view text) { return write(STD_OUTPUT_HANDLE, text); }
-void print_error(std::string_view text) { write(STD_ERROR_HANDLE, text); }
+bool print(std::string_view text) { return write(standard_output(STD_OUTPUT_HANDLE), text); }
+
+void print_error(std::string_view message) {
+  Handle output = standard_output(STD_ERROR_HANDLE);
+  if (!output && AttachConsole(ATTACH_PARENT_PROCESS))
+    output = open_file(L"CONOUT$", GENERIC_READ | GENERIC_WRITE, OPEN_EXISTING, 0);
+  write(output, printable_lines(message) + "\r\n");
+}
 
 bool output_has_colours() {
   constexpr DWORD colours = 0x0004;  // ENABLE_VIRTUAL_TERMINAL_PROCESSING, of Windows 10

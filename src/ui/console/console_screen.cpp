@@ -2,8 +2,8 @@
 // shows its progress if stderr is a terminal.
 #include "ui/console/console_screen.h"
 
+#include "platform/console.h"
 #include "ui/handlers.h"
-#include "ui/write_stderr.h"
 
 #include <algorithm>
 
@@ -20,7 +20,7 @@ void ConsoleScreen::refresh(const Control& control) {
 
 void ConsoleScreen::print_error(const std::string& text) {
   progress.erase();
-  write_stderr(text);
+  ::print_error(text);
 }
 
 // The search does this before each folder.

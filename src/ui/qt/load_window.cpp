@@ -1,9 +1,9 @@
 // Loads the window. It is a library of its own, so that the program itself needs no Qt.
 #include "ui/qt/load_window.h"
 
+#include "platform/console.h"
 #include "platform/prefix/library.h"
 #include "platform/prefix/process.h"
-#include "ui/write_stderr.h"
 
 #include <cstdlib>
 #include <filesystem>
@@ -38,8 +38,8 @@ fs::path find_library(const fs::path& program_folder) {
       return library;
     places += (places.empty() ? "" : ", ") + folder.string();
   }
-  write_stderr("The window cannot be shown: no " WINDOWLIBRARY " in " + program_folder.string() +
-               ", nor in " LIBRARYFOLDER " below " + places);
+  print_error("The window cannot be shown: no " WINDOWLIBRARY " in " + program_folder.string() +
+              ", nor in " LIBRARYFOLDER " below " + places);
   return {};
 }
 
@@ -62,11 +62,11 @@ RunWindow* load_window(const std::string& program_folder) {
     return nullptr;
   const auto entry = load_symbol(path.string(), WINDOWENTRY);
   if (!entry)
-    write_stderr("The window cannot be shown: " + entry.failure().reason);
+    print_error("The window cannot be shown: " + entry.failure().reason);
   return entry ? reinterpret_cast<RunWindow*>(*entry) : nullptr;
 }
 
 void restart_without_display(char** argv, const std::string& reasons) {
-  write_stderr("The window cannot be shown (" + named_displays() + ")." + reasons);
+  print_error("The window cannot be shown (" + named_displays() + ")." + reasons);
   restart_without(display_variables, argv);
 }

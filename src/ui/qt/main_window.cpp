@@ -1,13 +1,13 @@
 // The front end with a Qt window: a widget for each row of the layout, at its place.
 #include "ui/qt/main_window.h"
 
+#include "platform/console.h"
 #include "ui/handlers.h"
 #include "ui/qt/combo_box_access.h"
 #include "ui/qt/key_guard.h"
 #include "ui/qt/message_box.h"
 #include "ui/qt/text_box.h"
 #include "ui/qt/texts.h"
-#include "ui/write_stderr.h"
 
 #include <QAbstractScrollArea>
 #include <QApplication>
@@ -93,7 +93,7 @@ void MainWindow::refresh(const Control& control) {
 
 void MainWindow::fit_captions() const {
   for (const auto& [control, mirror] : mirrors)
-    if (mirror.row->kind == Kind::button || mirror.row->kind == Kind::label)
+    if (mirror.row->has_caption())
       mirror.show();
 }
 
@@ -115,7 +115,7 @@ void MainWindow::show_busy(bool busy) {
     QApplication::restoreOverrideCursor();
 }
 
-void MainWindow::print_error(const std::string& text) { write_stderr(text); }
+void MainWindow::print_error(const std::string& text) { ::print_error(text); }
 
 void MainWindow::process_messages() { QCoreApplication::processEvents(); }
 

@@ -135,18 +135,19 @@ QStandardItem* fill_folders(const DirectoryList& folders, QStandardItemModel& mo
   const QIcon open = style.standardIcon(QStyle::SP_DirOpenIcon);
   const QIcon closed = style.standardIcon(QStyle::SP_DirIcon);
   const std::vector<FolderRow> rows = folders.rows();
-  const std::size_t chain = rows.size() - folders.subfolders().size();
-  QStandardItem* own = nullptr;
-  for (std::size_t i = 0; i < chain; ++i) {
+  if (rows.empty())
+    return nullptr;
+  const std::size_t own_row = folders.own_row();
+  QStandardItem* own = model.invisibleRootItem();
+  for (std::size_t i = 0; i <= own_row; ++i) {
     auto* item = new FolderItem(rows[i], open);
-    (own ? *own : *model.invisibleRootItem()).appendRow(item);
+    own->appendRow(item);
     own = item;
   }
   QList<QStandardItem*> below;
-  for (std::size_t i = chain; i < rows.size(); ++i)
+  for (std::size_t i = own_row + 1; i < rows.size(); ++i)
     below.append(new FolderItem(rows[i], closed));
-  if (own)
-    own->appendRows(below);
+  own->appendRows(below);
   return own;
 }
 

@@ -95,7 +95,8 @@ void show_folders(const Mirror& mirror, const DirectoryList& folders) {
   for (const FolderRow& row : folders.rows())
     rows.push_back(std::wstring(row.depth * indentation, L' ') + widen(row.name));
   fill_rows(mirror, rows);
-  SendMessageW(mirror.window, LB_SETCURSEL, rows.size() - folders.subfolders().size() - 1, 0);
+  if (!rows.empty())
+    SendMessageW(mirror.window, LB_SETCURSEL, folders.own_row(), 0);
 }
 
 // Adds the drives only once: the list may be dropped down while another one is selected.
@@ -158,7 +159,7 @@ void set_font(Mirror& mirror, int dpi) {
 
 void fit_caption(Mirror& mirror, const Form1& form, int client_width, int dpi) {
   const ControlLayout& row = *mirror.row;
-  if (row.kind != Kind::button && row.kind != Kind::label)
+  if (!row.has_caption())
     return;
   const std::wstring caption = widen(mirror.control->text());
   const Room room = caption_room(row, form, design_dpi(client_width, dpi));

@@ -1,13 +1,13 @@
 // The front end with a window of the system: a control for each row of the layout, at its place.
 #include "ui/win32/main_window.h"
 
+#include "platform/console.h"
 #include "platform/windows/wide_text.h"
 #include "ui/handlers.h"
 #include "ui/layout.h"
 #include "ui/win32/key_guard.h"
 #include "ui/win32/message_box.h"
 #include "ui/win32/monitor.h"
-#include "ui/write_stderr.h"
 
 #include <algorithm>
 
@@ -225,7 +225,7 @@ void MainWindow::show_busy(bool on) {
   SetCursor(pointer(busy));
 }
 
-void MainWindow::print_error(const std::string& text) { write_stderr(text); }
+void MainWindow::print_error(const std::string& text) { ::print_error(text); }
 
 void MainWindow::process_messages() { handle_pending(0); }
 

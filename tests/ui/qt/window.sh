@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Drives the window with mouse and keyboard on a private display, and starts the program without a display or
-# with one that does not answer.
+# Drives the window with mouse and keyboard on a private display, and starts the program without a
+# display or with one that does not answer.
 # window.sh <build folder>
 set -euo pipefail
 build=$(cd "$1" && pwd)
@@ -156,7 +156,8 @@ for scale in 1 2; do
   eval "$(xdotool getwindowgeometry --shell "$(xdotool search --onlyvisible --name '^Vora Map Updater$')")"
   [ "$X" -ge 0 ] && [ "$Y" -ge 0 ] && [ $((X + WIDTH)) -le 1280 ] && [ $((Y + HEIGHT)) -le 720 ] ||
     fail "the list of failures is $WIDTH by $HEIGHT at $X, $Y at scale $scale"
-  kill -KILL "$program"
+  kill "$program"
+  wait_for eval '! kill -0 '"$program" || fail 'a signal does not end the wait for an answer'
   wait "$program" 2> /dev/null || true
   program=
 done

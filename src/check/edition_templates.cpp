@@ -1,5 +1,5 @@
 // The templates of a folder, by edition and version.
-#include "check/editions.h"
+#include "check/edition_templates.h"
 
 #include "check/sections.h"
 #include "engine/numbers.h"
@@ -17,12 +17,12 @@ std::optional<std::smatch> parse(const std::string& name) {
                                   std::regex::icase);
   std::smatch parts;
   const bool known = std::regex_match(name, parts, pattern) &&
-                     !(parts[3].matched && ascii_lower(name[0]) != Edition::expansion) &&
+                     !(parts[3].matched && ascii_lower(name[0]) != EditionTemplates::expansion) &&
                      !(parts[2].matched && parts[4] == "0");
   return known ? std::optional(parts) : std::nullopt;
 }
 
-Edition find_edition(char letter, const std::string& folder, const Texts& texts) {
+EditionTemplates find_edition(char letter, const std::string& folder, const Texts& texts) {
   const auto read = [&](const auto& make, bool old, bool fix, const std::string& version) {
     std::string name = template_name(letter, old, fix, version);
     Result<std::string> text =
@@ -33,7 +33,7 @@ Edition find_edition(char letter, const std::string& folder, const Texts& texts)
     return make(folder + (joined ? "" : "/") + name, std::move(text));
   };
   const auto baseline = [](auto... of) { return Baseline(std::move(of)...); };
-  Edition edition{letter, read(baseline, false, false, "0"), {}, {}};
+  EditionTemplates edition{letter, read(baseline, false, false, "0"), {}, {}};
   for (const auto& [name, text] : texts)
     if (const auto parts = parse(name); parts && ascii_lower(name[0]) == letter) {
       const bool fix = (*parts)[3].matched;
@@ -60,12 +60,12 @@ bool Pair::is_readable() const {
          one_line_fault(current.lines.text()).empty();
 }
 
-const Pair* Edition::fix() const {
+const Pair* EditionTemplates::fix() const {
   const auto found = fixes.find(baseline.version ? number_text(*baseline.version) : "");
   return found == fixes.end() ? nullptr : &found->second;
 }
 
-std::vector<const Pair*> Edition::all_pairs() const {
+std::vector<const Pair*> EditionTemplates::all_pairs() const {
   std::vector<const Pair*> all;
   for (const Pairs* kind : {&pairs, &fixes})
     for (const auto& entry : *kind)
@@ -73,7 +73,7 @@ std::vector<const Pair*> Edition::all_pairs() const {
   return all;
 }
 
-std::vector<const Template*> Edition::files() const {
+std::vector<const Template*> EditionTemplates::files() const {
   std::vector<const Template*> all{&baseline};
   for (const Pair* pair : all_pairs())
     all.insert(all.end(), {&pair->old, &pair->current});
@@ -88,10 +88,10 @@ std::string template_name(char letter, bool old, bool fix, const std::string& ve
          ".txt";
 }
 
-std::vector<Edition> find_editions(const std::string& folder, const Texts& texts) {
-  std::vector<Edition> editions;
-  for (const char letter : {'v', Edition::expansion})
-    if (Edition edition = find_edition(letter, folder, texts); !edition.files().empty())
+std::vector<EditionTemplates> find_editions(const std::string& folder, const Texts& texts) {
+  std::vector<EditionTemplates> editions;
+  for (const char letter : {'v', EditionTemplates::expansion})
+    if (EditionTemplates edition = find_edition(letter, folder, texts); !edition.files().empty())
       editions.push_back(std::move(edition));
   return editions;
 }

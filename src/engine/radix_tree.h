@@ -9,12 +9,12 @@
 
 // A radix tree: each text ends at a node. A node stores the highest number of the texts that end
 // there or at an ancestor. The children of a node are adjacent.
-class PrefixIndex {
+class RadixTree {
 public:
-  PrefixIndex() : PrefixIndex(std::vector<std::string_view>()) {}
+  RadixTree() : RadixTree(std::vector<std::string_view>()) {}
 
-  // The texts are numbered from 0. They are views, which must outlive the index.
-  explicit PrefixIndex(const std::vector<std::string_view>& texts);
+  // The texts are numbered from 0. They are views, which must outlive the tree.
+  explicit RadixTree(const std::vector<std::string_view>& texts);
 
   // The highest number among the texts that `line` begins with; 0 when there is none.
   std::size_t find(std::string_view line) const;

@@ -31,7 +31,7 @@ struct Pair {
 };
 using Pairs = std::map<std::string, Pair, ByNumber>;  // by the version, as the file names have it
 
-struct Edition {
+struct EditionTemplates {
   static constexpr char expansion = 't';
 
   char letter;  // that its file names begin with
@@ -64,4 +64,4 @@ std::string template_name(char letter, bool old, bool fix, const std::string& ve
 // Sorts the files of a folder, whose texts are given by their names, into the editions that have
 // any. Files of other names are ignored. Paths in the result are `folder` and a name.
 using Texts = std::map<std::string, std::string, CaseInsensitive>;
-std::vector<Edition> find_editions(const std::string& folder, const Texts& texts);
+std::vector<EditionTemplates> find_editions(const std::string& folder, const Texts& texts);

@@ -1,5 +1,5 @@
 // Finds which of many texts a line begins with, in time that does not grow with their number.
-#include "engine/prefix_index.h"
+#include "engine/radix_tree.h"
 
 #include <algorithm>
 
@@ -12,7 +12,7 @@ std::size_t common_length(std::string_view a, std::string_view b) {
 
 }  // namespace
 
-PrefixIndex::PrefixIndex(const std::vector<std::string_view>& texts) {
+RadixTree::RadixTree(const std::vector<std::string_view>& texts) {
   Texts sorted;
   for (const std::string_view text : texts)
     sorted.emplace_back(text, sorted.size());
@@ -26,7 +26,7 @@ PrefixIndex::PrefixIndex(const std::vector<std::string_view>& texts) {
 
 // Of the texts in a node's range those that end at the node come first; the others go to its
 // children, by their next character.
-void PrefixIndex::add_children(std::size_t node, const Texts& sorted, std::vector<Range>& ranges) {
+void RadixTree::add_children(std::size_t node, const Texts& sorted, std::vector<Range>& ranges) {
   auto begin = ranges[node].begin;
   const auto end = ranges[node].end;
   const auto common = ranges[node].common;
@@ -50,7 +50,7 @@ void PrefixIndex::add_children(std::size_t node, const Texts& sorted, std::vecto
   nodes[node].count = nodes.size() - nodes[node].children;
 }
 
-std::size_t PrefixIndex::find(std::string_view line) const {
+std::size_t RadixTree::find(std::string_view line) const {
   const Node* node = &nodes.front();
   while (!line.empty()) {
     const std::string_view heads(firsts.data() + node->children, node->count);
