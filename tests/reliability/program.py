@@ -4,9 +4,9 @@ machines and disks. No map may ever be lost.
 
     program.py BUILDFOLDER [--kills N] [--cuts N] [--blocks N] [--seed N]
 
-N kills for each edition (100), a fifth of them on each file system without power cuts, and twice as
-many failing allocations; N power cuts for each edition and file system that has them (20); N blocks
-that cannot be written on each file system (8). The seed repeats a run's random moments. What needs
+N kills for each edition (60), a fifth of them on each file system without power cuts, and twice as
+many failing allocations; N power cuts for each edition and file system that has them (10); N blocks
+that cannot be written on each file system (6). The seed repeats a run's random moments. What needs
 root, mounts or mkfs is skipped where that is missing.
 """
 import argparse
@@ -317,9 +317,9 @@ def attempt(test, possible, *arguments):
 def main():
     parser = argparse.ArgumentParser()
     parser.add_argument("build", type=pathlib.Path)
-    parser.add_argument("--kills", type=int, default=100)
-    parser.add_argument("--cuts", type=int, default=20)
-    parser.add_argument("--blocks", type=int, default=8)
+    parser.add_argument("--kills", type=int, default=60)
+    parser.add_argument("--cuts", type=int, default=10)
+    parser.add_argument("--blocks", type=int, default=6)
     parser.add_argument("--seed", type=int, default=random.randrange(1 << 16))
     options = parser.parse_args()
     mounts = "OWN_MOUNTS" in os.environ
