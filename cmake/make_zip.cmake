@@ -5,6 +5,13 @@ set(readable OWNER_READ OWNER_WRITE GROUP_READ WORLD_READ)  # whatever the umask
 file(CHMOD_RECURSE ${CPACK_TEMPORARY_DIRECTORY} FILE_PERMISSIONS ${readable}
   DIRECTORY_PERMISSIONS ${readable} OWNER_EXECUTE GROUP_EXECUTE WORLD_EXECUTE)
 file(GLOB_RECURSE files RELATIVE ${parent} ${CPACK_TEMPORARY_DIRECTORY}/*)
-execute_process(COMMAND ${CMAKE_COMMAND} -E tar cf ${archive} --format=zip -- ${files}
+execute_process(COMMAND touch -d @$ENV{SOURCE_DATE_EPOCH} -- ${files}
+  WORKING_DIRECTORY ${parent} COMMAND_ERROR_IS_FATAL ANY)
+find_program(ZIP zip)
+if(NOT ZIP)
+  message(FATAL_ERROR "To make the archive, install zip.")
+endif()
+file(REMOVE ${archive})
+execute_process(COMMAND ${ZIP} -q -X ${archive} ${files}  # -X: without the packer's user
   WORKING_DIRECTORY ${parent} COMMAND_ERROR_IS_FATAL ANY)
 set(CPACK_EXTERNAL_BUILT_PACKAGES ${archive})

@@ -4,7 +4,7 @@ cd "$(dirname "${BASH_SOURCE[0]}")/.."
 
 # What builds the program for each system, its package included.
 linux_packages=(g++ cmake make dpkg-dev libutfcpp-dev nlohmann-json3-dev qt6-base-dev)
-windows_packages=(cmake make g++-mingw-w64-x86-64-posix)
+windows_packages=(cmake make g++-mingw-w64-x86-64-posix zip)
 # The release of clang whose formatter, linter and fuzzer are used: Debian 12 and 13 both have it.
 llvm=19
 style_packages=("clang-format-$llvm" "clang-tidy-$llvm")
@@ -35,7 +35,7 @@ need() {
   find_missing "$@"
   [ ${#missing[@]} -gt 0 ] || return 0
   if [ "$(id -u)" -ne 0 ]; then root=(sudo); fi
-  if [ ${#root[@]} -gt 0 ] && ! command -v sudo > /dev/null; then
+  if [ ${#root[@]} -gt 0 ] && ! { command -v sudo > /dev/null && sudo true; }; then
     printf '%s\n' 'Packages are missing. As an administrator, run:' \
       "apt-get update && apt-get install --no-install-recommends ${missing[*]}" >&2
     exit 1

@@ -53,9 +53,8 @@ void switch_silent(Form1& form) {
 
 bool will_be_silent(System& system) {
   const std::vector<std::string> all = pieces(system.argument_text());
-  return !all.empty() && std::all_of(all.begin(), all.end(), [&](const std::string& piece) {
-    return asks_for_silence(system, piece);
-  });
+  return std::any_of(all.begin(), all.end(),
+                     [&](const std::string& piece) { return asks_for_silence(system, piece); });
 }
 
 void examine_arguments(Form1& form) {

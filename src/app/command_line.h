@@ -7,5 +7,6 @@
 // message. Arguments are separated by single spaces.
 void examine_arguments(Form1& form);
 
-// Whether `examine_arguments` will switch to a silent run.
+// Whether an argument asks for a silent run, also if another one will be rejected: nobody waits at
+// a window then.
 bool will_be_silent(System& system);

@@ -8,9 +8,11 @@ namespace {
 
 constexpr char list_file[] = "original vora galaxies.txt";
 
-constexpr char missing_list[] =
-    "original vora galaxies.txt is missing: the game's release is not checked, and the game's own "
-    "maps are converted like any other.";
+// What is said of a missing file without which the list is empty.
+std::string explain(const std::string& file) {
+  return file + " is missing: the game's release is not checked, and the game's own maps are "
+                "converted like any other.";
+}
 
 // The lines of the list in UTF-8.
 LineArray read_list(Form1& form) {
@@ -24,17 +26,19 @@ LineArray read_list(Form1& form) {
 }  // namespace
 
 void warn_of_missing_list(Form1& form) {
-  if (form.list_missing && !form.unattended && form.foundlist.size() > 1)
-    form.screen.message_box(missing_list);
+  if (!form.list_problem.empty() && !form.unattended && form.foundlist.size() > 1)
+    form.screen.message_box(form.list_problem);
 }
 
 void loadoriginalmaps(Form1& form) {
   const auto found = form.files.lookup(list_file, Match::files);
   if (!found)
     report_trouble(form, found.failure());
-  form.list_missing = found && found->empty();
-  if (form.list_missing && form.unattended)
-    form.screen.print_error(missing_list);
+  form.list_problem = found && found->empty()               ? explain(list_file)
+                      : form.missingdata && !form.debugmode ? explain("targetvoraver.txt")
+                                                            : "";
+  if (!form.list_problem.empty() && form.unattended)
+    form.screen.print_error(form.list_problem);
   if (!found || found->empty())
     form.missingdata = true;
   form.originalmaps = form.missingdata ? LineArray::empty(1) : read_list(form);

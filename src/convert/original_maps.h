@@ -7,11 +7,12 @@
 
 // Reads the list into `originalmaps`; a line that is no UTF-8 is in the system's code page. When
 // its file is missing, or `missingdata` is set already, the list is a single empty entry and
-// `missingdata` is set. In a silent run a missing file is mentioned on stderr.
+// `missingdata` is set; then `list_problem` says why, except in debug mode. In a silent run it is
+// on stderr.
 void loadoriginalmaps(Form1& form);
 
-// Says in a message box that the list's file is missing, where there are maps to convert; in a
-// silent run `loadoriginalmaps` has said so.
+// Shows `list_problem` in a message box, where there are maps to convert; in a silent run
+// `loadoriginalmaps` has said it.
 void warn_of_missing_list(Form1& form);
 
 // Whether the file name of `path` is `name`, case-insensitively.

@@ -4,6 +4,8 @@
 #include "convert/original_maps.h"
 #include "engine/templates.h"
 
+#include <set>
+
 namespace {
 
 bool is_missing(Form1& form, const std::string& file) {
@@ -31,11 +33,12 @@ std::string template_error(Form1& form, const std::string& path, std::string_vie
 }
 
 std::string advise_to_move(Form1& form, std::string_view version) {
-  std::size_t count = 0;
+  std::set<std::string> maps;  // both search roots may be one folder
   for (std::size_t i = 0; i + 1 < form.foundlist.size() && !form.system.interrupted(); ++i)
-    count += is_of_version(form, form.foundlist[i], version);
-  if (count < 2)
+    if (is_of_version(form, form.foundlist[i], version))
+      maps.insert(form.foundlist[i]);
+  if (maps.size() < 2)
     return ": move this one elsewhere and run again for the others";
-  return ": " + std::to_string(count) +
+  return ": " + std::to_string(maps.size()) +
          " of the found maps are of that version; move them elsewhere and run again for the others";
 }

@@ -7,6 +7,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <new>
+#include <set>
 #include <utility>
 
 void Form1::set_caption(std::string new_caption) {
@@ -71,12 +72,14 @@ void report_trouble(Form1& form, const Failure& failure) {
 
 void report_troubles(Form1& form, const std::string& one, const std::string& many,
                      const std::vector<Failure>& failures) {
-  if (failures.empty())
-    return;
-  std::string text = failures.size() == 1 ? one : std::to_string(failures.size()) + " " + many;
+  std::set<std::string> known;
+  std::string lines;
   for (const Failure& failure : failures)
-    text += "\r\n" + printable(failure.text());
-  report_trouble(form, text);
+    if (const auto [line, added] = known.insert(printable(failure.text())); added)
+      lines += "\r\n" + *line;
+  if (!known.empty())
+    report_trouble(form,
+                   (known.size() == 1 ? one : std::to_string(known.size()) + " " + many) + lines);
 }
 
 void next_stage(Form1& form) {

@@ -102,7 +102,7 @@ public:
   std::vector<Failure> unsearched;         // folders that could not be listed
   std::vector<std::string> foundlist{""};  // full paths of the maps found, then an empty one
   LineArray originalmaps;                  // names of the game's own maps
-  bool list_missing = false;               // their file is missing
+  std::string list_problem;                // why that list is empty, if maps may be replaced
   bool searching = false;                  // only the exit button does anything meanwhile
   bool converting = false;                 // nothing does anything meanwhile
 
@@ -147,7 +147,8 @@ void report_trouble(Form1& form, const std::string& text);
 void report_trouble(Form1& form, const Failure& failure);
 
 // The same for several failures, one a line below a heading: their number and `many`, or `one` for
-// a single one. Does nothing when there are none.
+// a single one. What is there twice, as where both search roots are one folder, counts once. Does
+// nothing when there are none.
 void report_troubles(Form1& form, const std::string& one, const std::string& many,
                      const std::vector<Failure>& failures);
 

@@ -110,11 +110,13 @@ TEST(TemplatesDocument, AndTheManualListTheRules) {
   const std::string manual = read_file(DOCUMENTS "/../share/vora-template-check.1.in");
   EXPECT_NE(manual.find(listed_in_manual() + ".SH EXIT STATUS\n"), std::string::npos)
       << listed_in_manual();
-  for (const Rule& rule : all_rules())
+  for (const Rule& rule : all_rules()) {
     EXPECT_NE(
         document.find("\n### " + std::string(rule.name) + "\n\n" + std::string(explain(rule))),
         std::string::npos)
         << rule.name;
+    EXPECT_TRUE(explain(rule).ends_with(".\n")) << rule.name;  // its example is not shown
+  }
   EXPECT_EQ(explain(*find_rule("missing-pair")),
             "Both files of a pair must be there. The baseline must be there, too, and for the "
             "expansion the fix\npair of the current version.\n");

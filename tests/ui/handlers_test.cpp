@@ -77,6 +77,17 @@ TEST_F(Handlers, AMissingListOfTheGamesOwnMapsIsReportedAfterTheSearch) {
   }
 }
 
+TEST_F(Handlers, AnEditionButtonThatEmptiesTheListOfTheGamesOwnMapsSaysSo) {
+  fs::remove(machine.data / "targetvoraver.txt");
+  Program other(machine);
+  other.run([&] { load_form(other.form); });
+  press(other.form, other.form.Command1);
+  EXPECT_TRUE(other.screen.messages.empty());
+  press(other.form, other.form.Command6);
+  ASSERT_EQ(other.screen.messages.size(), 1u);
+  EXPECT_TRUE(other.screen.messages[0].starts_with("targetvoraver.txt is missing: "));
+}
+
 TEST_F(Handlers, ClosingTheWindowIsTroubleInASilentRunAlone) {
   EXPECT_EQ(program.run([&] { close_window(form); }), 0);
   form.silentmode = true;

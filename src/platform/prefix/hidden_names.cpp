@@ -32,11 +32,9 @@ std::optional<bool> hidden_by_attribute(const Descriptor& folder, std::string_vi
 }  // namespace
 
 bool HiddenNames::contain(const Descriptor& folder, std::string_view name) {
-  if (!name.starts_with('.'))
-    return false;
   const int error = errno;
   const auto by_attribute = hidden_by_attribute(folder, name);
-  const bool hidden = by_attribute ? *by_attribute : !shown_by_setting();
+  const bool hidden = by_attribute ? *by_attribute : name.starts_with('.') && !shown_by_setting();
   errno = error;
   return hidden;
 }

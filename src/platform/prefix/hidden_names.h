@@ -12,9 +12,10 @@ public:
   // `prefix_in` is the folder of the Wine prefix.
   explicit HiddenNames(std::string prefix_in) : prefix(std::move(prefix_in)) {}
 
-  // Whether a name of an open folder is hidden. Only one that begins with a dot can be: it is,
-  // unless its file's extended attribute of DOS attributes says that it is not (Wine 10 gives that
-  // attribute to every such file that it makes) or Wine is set to show such names. Leaves errno.
+  // Whether a name of an open folder is hidden. Its file's extended attribute of DOS attributes
+  // says it (Wine 10 gives that attribute to every file with a leading dot that it makes); without
+  // that attribute a name with a leading dot is hidden, unless Wine is set to show such names.
+  // Leaves errno.
   bool contain(const Descriptor& folder, std::string_view name);
 
 private:

@@ -123,9 +123,8 @@ Result<Files::Listing> PrefixFiles::read_folder(const std::string& folder,
   const bool complete = for_each_name(descriptor, [&](const char* name, unsigned char type) {
     if (OpenMap::is_temporary(name))
       listing.temporaries.emplace_back(name);
-    if (hidden_names.contain(descriptor, name))
-      return;
-    if (auto entry = make_entry(descriptor, name, type, pattern))
+    if (auto entry = make_entry(descriptor, name, type, pattern);
+        entry && !hidden_names.contain(descriptor, name))
       listing.entries.push_back(*std::move(entry));
   });
   if (!complete)
@@ -161,9 +160,7 @@ Result<Files::OpenedFile> PrefixFiles::open_file(const std::string& path) {
   if (!stat_of(*file, status))
     return failure(path, "read it");
   Location& location = opened->location;
-  const bool dotted = location.name.starts_with('.');
-  const auto folder =
-      dotted ? open_path(disk, location.folder + "/", O_PATH | O_DIRECTORY) : Descriptor();
+  const auto folder = open_path(disk, location.folder + "/", O_PATH | O_DIRECTORY);
   if (!S_ISREG(status.st_mode) || hidden_names.contain(folder, location.name))
     return OpenedFile{};
   return OpenedFile{

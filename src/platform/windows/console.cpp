@@ -44,8 +44,10 @@ bool print(std::string_view text) { return write(standard_output(STD_OUTPUT_HAND
 
 void print_error(std::string_view message) {
   Handle output = standard_output(STD_ERROR_HANDLE);
-  if (!output && AttachConsole(ATTACH_PARENT_PROCESS))
+  if (!output) {
+    AttachConsole(ATTACH_PARENT_PROCESS);  // fails where an earlier message has attached it
     output = open_file(L"CONOUT$", GENERIC_READ | GENERIC_WRITE, OPEN_EXISTING, 0);
+  }
   write(output, printable_lines(message) + "\r\n");
 }
 

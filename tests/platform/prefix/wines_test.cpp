@@ -40,11 +40,12 @@ TEST(Wines, SayTheSameOfTheMachine) {
   }
 }
 
-// Wine 10 marks a file that it makes as shown, in an extended attribute that both Wines heed.
-TEST(Wines, SayWhichNamesWithADotAreHidden) {
+// Wine 10 marks a file with a leading dot that it makes as shown, in an extended attribute that
+// both Wines heed for every name.
+TEST(Wines, SayWhichNamesAreHidden) {
   const std::pair<const char*, const char*> cases[] = {
-      {".a.galaxy", nullptr}, {".b.galaxy", "0x0"}, {".c.galaxy", "0x2"}, {".d.galaxy", "0x4"},
-      {".e.galaxy", "x"},     {".f.galaxy", "0x1"}, {"g.galaxy", nullptr}};
+      {".a.galaxy", nullptr}, {".b.galaxy", "0x0"}, {".c.galaxy", "0x2"},  {".d.galaxy", "0x4"},
+      {".e.galaxy", "x"},     {".f.galaxy", "0x1"}, {"g.galaxy", nullptr}, {"h.galaxy", "0x2"}};
   TestMachine machine;
   const fs::path folder = machine.drive_c / "dots";
   for (const auto& [name, attributes] : cases) {

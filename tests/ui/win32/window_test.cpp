@@ -84,8 +84,10 @@ public:
   WatchingSystem() : WindowsSystem(nullptr) {}
 
   std::string argument_text() override { return ""; }
+  void defer_interrupts(bool on) override { working = on; }
   bool interrupted() override {
-    pointers.insert(pointer());
+    if (working)
+      pointers.insert(pointer());
     return false;
   }
 
@@ -97,7 +99,8 @@ public:
   }
 
   HWND window = nullptr;
-  std::set<HCURSOR> pointers;
+  bool working = false;
+  std::set<HCURSOR> pointers;  // that were seen meanwhile
 };
 
 class ProgramWindow : public testing::Test {
@@ -381,7 +384,7 @@ TEST_F(ProgramWindow, EveryPressNeedsAKeyPressOfItsOwn) {
   EXPECT_EQ(state(), "1011110 2");
 }
 
-// Both search roots are one folder, so that each map is found twice.
+// Both search roots are one folder: each map is found twice, and listed once.
 TEST_F(ProgramWindow, AListOfFailuresFitsTheScreenScrollsAndCanBeSelected) {
   for (int i = 0; i < 300; ++i)
     write_file(machine.user_folder / ("bad" + std::to_string(i) + ".galaxy"), "one line");
@@ -402,13 +405,13 @@ TEST_F(ProgramWindow, AListOfFailuresFitsTheScreenScrollsAndCanBeSelected) {
     press_key(VK_TAB);
     EXPECT_TRUE(wait_for([&] { return focus() == list; }));
     EXPECT_EQ(SendMessageW(list, EM_GETFIRSTVISIBLELINE, 0, 0), 0);
-    EXPECT_EQ(SendMessageW(list, EM_GETLINECOUNT, 0, 0) >= 601, true);
+    EXPECT_EQ(SendMessageW(list, EM_GETLINECOUNT, 0, 0) >= 301, true);
     EXPECT_TRUE(GetWindowLongPtrW(list, GWL_STYLE) & WS_VSCROLL);
     EXPECT_TRUE(GetWindowLongPtrW(list, GWL_STYLE) & ES_READONLY);
     SendMessageW(list, WM_CHAR, 1, 0);  // Ctrl+A
-    EXPECT_GT(HIWORD(SendMessageW(list, EM_GETSEL, 0, 0)), 30000);
+    EXPECT_GT(HIWORD(SendMessageW(list, EM_GETSEL, 0, 0)), 15000);
     const std::string message = answer();
-    EXPECT_TRUE(message.starts_with("600 maps could not be converted and were skipped:\r\nC:\\"))
+    EXPECT_TRUE(message.starts_with("300 maps could not be converted and were skipped:\r\nC:\\"))
         << message.substr(0, 80);
     EXPECT_NE(message.find("bad299.galaxy"), std::string::npos);
   }
