@@ -29,7 +29,7 @@ desktop-file-validate "$desktop"
 older=()
 [[ $(appstreamcli --version) != *' 0.'* ]] || older=(--override=unknown-tag=pedantic)
 appstreamcli validate "${older[@]}" --pedantic --strict --no-net \
-  "$installed/share/metainfo/vora-map-updater.metainfo.xml"
+  "$installed"/share/metainfo/*.metainfo.xml
 for manual in "$installed"/share/man/man1/*.1; do
   mandoc -Tlint -Wstyle "$manual" || fail "the man page has mistakes: $manual"
   man --warnings "$manual" 2>&1 > /dev/null | grep . && fail "the man page has mistakes: $manual"
