@@ -18,10 +18,8 @@ constexpr unsigned long hidden_or_system = 0x2 | 0x4;  // FILE_ATTRIBUTE_HIDDEN,
 
 constexpr char show_dot_files[] = R"(HKEY_CURRENT_USER\Software\Wine\ShowDotFiles)";
 
-// Whether the attribute of a name hides it; nullopt if there is none.
-std::optional<bool> hidden_by_attribute(const Descriptor& folder, std::string_view name) {
-  const std::string path =
-      "/proc/self/fd/" + std::to_string(folder.get()) + "/" + std::string(name);
+// Whether the attribute of a file hides it; nullopt if there is none.
+std::optional<bool> hidden_by_attribute(const std::string& path) {
   std::array<char, 64> text{};  // ends in NUL
   if (::getxattr(path.c_str(), dos_attributes, text.data(), text.size() - 1) < 0)
     return std::nullopt;
@@ -31,10 +29,12 @@ std::optional<bool> hidden_by_attribute(const Descriptor& folder, std::string_vi
 
 }  // namespace
 
-bool HiddenNames::contain(const Descriptor& folder, std::string_view name) {
+bool HiddenNames::contain(const Location& location) {
+  if (!location.name.starts_with('.'))
+    return false;
   const int error = errno;
-  const auto by_attribute = hidden_by_attribute(folder, name);
-  const bool hidden = by_attribute ? *by_attribute : name.starts_with('.') && !shown_by_setting();
+  const auto by_attribute = hidden_by_attribute(location.path());
+  const bool hidden = by_attribute ? *by_attribute : !shown_by_setting();
   errno = error;
   return hidden;
 }

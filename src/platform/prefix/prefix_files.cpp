@@ -103,7 +103,7 @@ Result<Files::Found> PrefixFiles::find_entry(const std::string& path) {
     return Found{};
   errno = 0;
   const Descriptor folder = open_path(disk, location->folder + "/", O_PATH | O_DIRECTORY);
-  if (hidden_names.contain(folder, location->name))
+  if (hidden_names.contain(*location))
     return Found{};
   const auto kind = is_folder(folder, location->name.c_str());
   if (!kind && errno != 0 && errno != ENOENT)
@@ -124,7 +124,7 @@ Result<Files::Listing> PrefixFiles::read_folder(const std::string& folder,
     if (OpenMap::is_temporary(name))
       listing.temporaries.emplace_back(name);
     if (auto entry = make_entry(descriptor, name, type, pattern);
-        entry && !hidden_names.contain(descriptor, name))
+        entry && !hidden_names.contain({opened->location.path(), name}))
       listing.entries.push_back(*std::move(entry));
   });
   if (!complete)
@@ -160,8 +160,7 @@ Result<Files::OpenedFile> PrefixFiles::open_file(const std::string& path) {
   if (!stat_of(*file, status))
     return failure(path, "read it");
   Location& location = opened->location;
-  const auto folder = open_path(disk, location.folder + "/", O_PATH | O_DIRECTORY);
-  if (!S_ISREG(status.st_mode) || hidden_names.contain(folder, location.name))
+  if (!S_ISREG(status.st_mode) || hidden_names.contain(location))
     return OpenedFile{};
   return OpenedFile{
       std::make_unique<PrefixMap>(path, file, std::move(location), status, known_names),
