@@ -22,8 +22,10 @@ import sys
 import tempfile
 import time
 
-from disks import can_make, cut_power, fail_blocks, fill_disk, kill_on, run_short_of_space
-from machine import COUNT, EDITIONS, MEGABYTE, Machine, kill, put, succeeds, tree
+sys.dont_write_bytecode = True
+from disks import (can_make, cut_power, fail_blocks, fill_disk, kill_on,  # noqa: E402
+                   run_short_of_space)
+from machine import COUNT, EDITIONS, MEGABYTE, Machine, kill, put, succeeds, tree  # noqa: E402
 
 NOBODY = 65534
 SIGNALS = signal.SIGINT, signal.SIGTERM, signal.SIGHUP  # that end a run after the maps in hand
