@@ -57,6 +57,22 @@ TEST_F(Handlers, AFolderIsShownOrTheReasonWhyNot) {
   EXPECT_EQ(form.Drive1.text(), "C:");
 }
 
+TEST_F(Handlers, DuringASearchOnlyTheExitButtonDoesAnything) {
+  int yields = 0;
+  program.screen.pending = [&] {
+    ++yields;
+    press(form, form.Command1);
+    press(form, form.Command4);
+    open_folder(form, "C:\\");
+    EXPECT_TRUE(form.searching);
+    EXPECT_NE(form.Dir1.path(), "C:\\");
+    EXPECT_EQ(program.run([&] { press(form, form.Command3); }), 0);
+  };
+  press(form, form.Command1);
+  EXPECT_GT(yields, 0);
+  EXPECT_EQ(form.Label8.text(), "1");
+}
+
 // With maps that the conversion would take for the player's, before it is started.
 TEST_F(Handlers, AMissingListOfTheGamesOwnMapsIsReportedAfterTheSearch) {
   press(form, form.Command1);
