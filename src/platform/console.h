@@ -11,9 +11,9 @@ std::vector<std::string> command_line(int argc, char** argv);
 // Writes a text as it is to standard output; false when it cannot be written.
 bool print(std::string_view text);
 
-// Writes a message and a line end to stderr; on Windows a program with a window, whose stderr was
-// not redirected, writes to the console that it was started from. The message's lines are separated
-// by CR LF; they come out as the system's lines, and without what could disturb a terminal.
+// Writes a message, whose lines end in CR LF but for the last, as lines of the system to stderr,
+// without what could disturb a terminal. On Windows a program with a window has no stderr unless it
+// was redirected: then the message goes to the console of the program that started it.
 void print_error(std::string_view message);
 
 // Whether standard output is a terminal that shows colours.

@@ -29,11 +29,11 @@ std::optional<bool> hidden_by_attribute(const std::string& path) {
 
 }  // namespace
 
-bool HiddenNames::contain(const Location& location) {
-  if (!location.name.starts_with('.'))
+bool HiddenNames::contain(const std::string& folder, std::string_view name) {
+  if (!name.starts_with('.'))
     return false;
   const int error = errno;
-  const auto by_attribute = hidden_by_attribute(location.path());
+  const auto by_attribute = hidden_by_attribute(folder + "/" + std::string(name));
   const bool hidden = by_attribute ? *by_attribute : !shown_by_setting();
   errno = error;
   return hidden;

@@ -99,12 +99,10 @@ Result<Files::Found> PrefixFiles::find_entry(const std::string& path) {
   const auto location = paths.find(path);
   if (!location && !location.failure().missing())
     return location.failure();
-  if (!location || !location->exists)
+  if (!location || !location->exists || hidden_names.contain(location->folder, location->name))
     return Found{};
   errno = 0;
   const Descriptor folder = open_path(disk, location->folder + "/", O_PATH | O_DIRECTORY);
-  if (hidden_names.contain(*location))
-    return Found{};
   const auto kind = is_folder(folder, location->name.c_str());
   if (!kind && errno != 0 && errno != ENOENT)
     return failure(path, "find it");
@@ -119,12 +117,13 @@ Result<Files::Listing> PrefixFiles::read_folder(const std::string& folder,
   const Descriptor& descriptor = opened->descriptor;
   if (is_kernel_file_system(descriptor))
     return Failure{folder, "list the folder", "it is the system's own"};
+  const std::string path = opened->location.path();
   Listing listing;
   const bool complete = for_each_name(descriptor, [&](const char* name, unsigned char type) {
     if (OpenMap::is_temporary(name))
       listing.temporaries.emplace_back(name);
     if (auto entry = make_entry(descriptor, name, type, pattern);
-        entry && !hidden_names.contain({opened->location.path(), name}))
+        entry && !hidden_names.contain(path, name))
       listing.entries.push_back(*std::move(entry));
   });
   if (!complete)
@@ -160,7 +159,7 @@ Result<Files::OpenedFile> PrefixFiles::open_file(const std::string& path) {
   if (!stat_of(*file, status))
     return failure(path, "read it");
   Location& location = opened->location;
-  if (!S_ISREG(status.st_mode) || hidden_names.contain(location))
+  if (!S_ISREG(status.st_mode) || hidden_names.contain(location.folder, location.name))
     return OpenedFile{};
   return OpenedFile{
       std::make_unique<PrefixMap>(path, file, std::move(location), status, known_names),
