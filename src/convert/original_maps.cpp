@@ -34,12 +34,13 @@ void loadoriginalmaps(Form1& form) {
   const auto found = form.files.lookup(list_file, Match::files);
   if (!found)
     report_trouble(form, found.failure());
-  form.list_problem = found && found->empty()               ? explain(list_file)
+  const bool missing = found && found->empty();
+  form.list_problem = missing                               ? explain(list_file)
                       : form.missingdata && !form.debugmode ? explain("targetvoraver.txt")
                                                             : "";
   if (!form.list_problem.empty() && form.unattended)
     form.screen.print_error(form.list_problem);
-  if (!found || found->empty())
+  if (!found || missing)
     form.missingdata = true;
   form.originalmaps = form.missingdata ? LineArray::empty(1) : read_list(form);
 }

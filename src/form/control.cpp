@@ -66,7 +66,7 @@ void DriveList::select(std::string drive) {
     changed();
 }
 
-std::vector<FolderRow> DirectoryList::rows() const {
+std::vector<FolderRow> DirectoryList::chain() const {
   std::vector<FolderRow> result;
   if (path().empty())
     return result;
@@ -81,6 +81,13 @@ std::vector<FolderRow> DirectoryList::rows() const {
     add(path().substr(start, end - start));
     start = end + 1;
   }
+  return result;
+}
+
+std::vector<FolderRow> DirectoryList::rows() const {
+  std::vector<FolderRow> result = chain();
+  if (result.empty())
+    return result;
   const FolderRow own = result.back();
   for (const std::string& name : own_subfolders)
     result.push_back({name, joined(own.path, name), own.depth + 1});
