@@ -9,7 +9,7 @@
 
 namespace {
 
-constexpr std::string_view replacement = "\xEF\xBF\xBD";  // U+FFFD
+constexpr std::string_view replacement_character = "\xEF\xBF\xBD";  // U+FFFD
 
 // A conversion to UTF-8 by the C library.
 class Decoder {
@@ -39,7 +39,7 @@ public:
       result.append(piece.data(), end);
       if (!stuck)
         continue;
-      result += replacement;
+      result += replacement_character;
       ++next;
       --left;
     }

@@ -184,13 +184,13 @@ std::vector<fs::path> named_in(const fs::path& file, Texts (*named)(std::string_
   return paths;
 }
 
-using Paths = std::vector<fs::path>;
-
-void add(Paths& paths, const Paths& more) { paths.insert(paths.end(), more.begin(), more.end()); }
+void add(std::vector<fs::path>& paths, const std::vector<fs::path>& more) {
+  paths.insert(paths.end(), more.begin(), more.end());
+}
 
 // All paths where a launcher's prefix may be.
-Paths candidates(const std::string& home) {
-  Paths found;
+std::vector<fs::path> candidates(const std::string& home) {
+  std::vector<fs::path> found;
   for (const char* const place : steam_libraries) {
     const auto library = fs::path(home) / place;
     add(found, expand(library, steam_prefixes));

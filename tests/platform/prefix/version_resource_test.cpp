@@ -11,7 +11,7 @@
 namespace {
 
 constexpr VersionParts release{32768, 65535, 3, 4};
-const Executable sample{.product_version = release};
+const Executable game{.product_version = release};
 const ExecutableLayout at(false);
 
 // As one number of 64 bits; 0 for none.
@@ -33,7 +33,7 @@ TEST(VersionResource, GivesTheProductVersion) {
 }
 
 TEST(VersionResource, FindsItAmongOthers) {
-  auto bytes = sample.bytes();
+  auto bytes = game.bytes();
   bytes.append(0x400, '\0');
   const std::size_t other = at.end;  // a directory of types in which three others come first
   put32(bytes, at.section_table + 16, 0x600);
@@ -53,7 +53,7 @@ TEST(VersionResource, FindsItAmongOthers) {
   EXPECT_EQ(version_of(bytes), 0x8000'FFFF'0003'0004u);
 }
 
-// The sample's resource beside another that leads nowhere.
+// The game's resource beside another that leads nowhere.
 TEST(VersionResource, TakesTheNameAndLanguageThatWindowsTakes) {
   enum class Taken { first, second, none };
   const struct {
@@ -74,7 +74,7 @@ TEST(VersionResource, TakesTheNameAndLanguageThatWindowsTakes) {
   };
   for (const auto& c : cases)
     for (const auto intact : {Taken::first, Taken::second}) {
-      auto bytes = sample.bytes();
+      auto bytes = game.bytes();
       const std::size_t moved = 0x300;  // the directory, with one entry more
       const auto offset = static_cast<std::uint32_t>(moved - at.resources);
       const auto target = bytes.substr(c.directory + 20, 4);
@@ -120,7 +120,7 @@ TEST(VersionResource, MalformedFilesHaveNone) {
   };
   for (const auto& each : cases)
     for (const auto value : each.values) {
-      auto bytes = sample.bytes();
+      auto bytes = game.bytes();
       if (each.wide)
         put32(bytes, each.offset, value);
       else

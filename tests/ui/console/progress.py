@@ -58,6 +58,7 @@ def pause_when(process, reached, seconds):
         if reached():
             break
         process.send_signal(signal.SIGCONT)
+        time.sleep(0.0005)  # or a call that every signal interrupts would never end
     time.sleep(seconds)
     process.send_signal(signal.SIGCONT)
 
