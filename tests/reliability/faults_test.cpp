@@ -3,7 +3,7 @@
 #include "convert/conversion.h"
 #include "discover/search.h"
 
-#include "platform/prefix/letter_case.h"
+#include "platform/letter_case.h"
 #include "tests/reliability/disks.h"
 #include "tests/support/prefix/machine_of.h"
 

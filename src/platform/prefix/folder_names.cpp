@@ -1,7 +1,7 @@
 // Lists folders and finds names in them case-insensitively, as Windows does.
 #include "platform/prefix/folder_names.h"
 
-#include "platform/prefix/letter_case.h"
+#include "platform/letter_case.h"
 
 #include <functional>
 #include <string_view>

@@ -1,5 +1,5 @@
 // Letter case on Linux: names in a Wine prefix are case-insensitive, as on Windows.
-#include "platform/prefix/letter_case.h"
+#include "platform/letter_case.h"
 
 #include "platform/path_rules.h"
 

@@ -1,8 +1,8 @@
 // The files of a Wine prefix.
 #include "platform/prefix/prefix_files.h"
 
+#include "platform/letter_case.h"
 #include "platform/path_rules.h"
-#include "platform/prefix/letter_case.h"
 #include "platform/prefix/prefix_map.h"
 
 #include <algorithm>

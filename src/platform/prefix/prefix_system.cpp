@@ -1,9 +1,9 @@
 // The system of a Windows machine that is kept in a folder: a Wine prefix.
 #include "platform/prefix/prefix_system.h"
 
+#include "platform/letter_case.h"
 #include "platform/prefix/code_page.h"
 #include "platform/prefix/descriptor.h"
-#include "platform/prefix/letter_case.h"
 #include "platform/prefix/prefix_check.h"
 #include "platform/prefix/process.h"
 #include "platform/prefix/processor.h"

@@ -1,7 +1,7 @@
 // The two registry files of a Wine prefix: splits value paths, and changes the files.
 #include "platform/prefix/registry.h"
 
-#include "platform/prefix/letter_case.h"
+#include "platform/letter_case.h"
 #include "platform/prefix/prefix_files.h"
 #include "platform/replacing.h"
 

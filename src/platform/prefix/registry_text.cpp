@@ -2,8 +2,8 @@
 // a cheap comparison does not rule it out, which keeps a search through megabytes fast.
 #include "platform/prefix/registry_text.h"
 
+#include "platform/letter_case.h"
 #include "platform/path_rules.h"
-#include "platform/prefix/letter_case.h"
 
 #include <algorithm>
 #include <array>

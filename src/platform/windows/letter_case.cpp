@@ -1,5 +1,5 @@
 // Letter case as Windows defines it.
-#include "platform/windows/letter_case.h"
+#include "platform/letter_case.h"
 
 #include "platform/windows/wide_text.h"
 

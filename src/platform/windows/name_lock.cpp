@@ -2,7 +2,7 @@
 // somebody holds the lock.
 #include "platform/windows/name_lock.h"
 
-#include "platform/windows/letter_case.h"
+#include "platform/letter_case.h"
 #include "platform/windows/wide_text.h"
 
 #include <cstdint>

@@ -1,11 +1,11 @@
 // The files of Windows itself.
 #include "platform/windows/windows_files.h"
 
+#include "platform/letter_case.h"
 #include "platform/parallel.h"
 #include "platform/path_rules.h"
 #include "platform/windows/find_file.h"
 #include "platform/windows/handle.h"
-#include "platform/windows/letter_case.h"
 #include "platform/windows/name_lock.h"
 #include "platform/windows/paths.h"
 #include "platform/windows/wide_text.h"

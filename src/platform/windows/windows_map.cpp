@@ -1,8 +1,8 @@
 // An open map on Windows itself, and the steps of its replacement there.
 #include "platform/windows/windows_map.h"
 
+#include "platform/letter_case.h"
 #include "platform/windows/find_file.h"
-#include "platform/windows/letter_case.h"
 #include "platform/windows/name_lock.h"
 #include "platform/windows/wide_text.h"
 

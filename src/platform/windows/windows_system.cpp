@@ -1,8 +1,8 @@
 // The system of Windows itself.
 #include "platform/windows/windows_system.h"
 
+#include "platform/letter_case.h"
 #include "platform/windows/find_file.h"
-#include "platform/windows/letter_case.h"
 #include "platform/windows/paths.h"
 #include "platform/windows/script_shell.h"
 #include "platform/windows/system_library.h"

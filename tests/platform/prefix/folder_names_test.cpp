@@ -1,8 +1,8 @@
 // The order of a folder's names, and finding them case-insensitively.
 #include "platform/prefix/folder_names.h"
 
+#include "platform/letter_case.h"
 #include "platform/path_rules.h"
-#include "platform/prefix/letter_case.h"
 #include "tests/support/test_machine.h"
 
 #include <gtest/gtest.h>

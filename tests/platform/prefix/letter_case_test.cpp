@@ -1,5 +1,5 @@
 // Lower case of UTF-8 text.
-#include "platform/prefix/letter_case.h"
+#include "platform/letter_case.h"
 
 #include <gtest/gtest.h>
 

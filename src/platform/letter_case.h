@@ -1,0 +1,10 @@
+// Letter case, as the system of the machine that the program works on defines it.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+// UTF-8 `text` in lower case, letter by letter: on Windows by the rules of the invariant locale, on
+// Linux as Unicode maps them; there invalid bytes are kept as they are, and without the system's
+// C.UTF-8 locale only ASCII letters are lowered.
+std::string lowercase(std::string_view text);
