@@ -16,26 +16,6 @@ namespace {
 
 namespace fs = std::filesystem;
 
-struct ValuePath {
-  std::string root;
-  std::string key;
-  std::string name;  // empty for the key itself
-};
-
-// Nullopt for a path without a root, or with an empty component in its key.
-std::optional<ValuePath> parse_value_path(const std::string& path) {
-  const auto first = path.find('\\');
-  if (first == std::string::npos)
-    return std::nullopt;
-  const auto last = path.rfind('\\');
-  const auto key = last == first ? std::string() : path.substr(first + 1, last - first - 1);
-  const bool has_empty_name =
-      last != first && ("\\" + key + "\\").find("\\\\") != std::string::npos;
-  if (has_empty_name)
-    return std::nullopt;
-  return ValuePath{path.substr(0, first), key, path.substr(last + 1)};
-}
-
 // A decimal number of 32 bits, signed or unsigned.
 std::optional<std::uint32_t> parse_number(const std::string& data) {
   std::int64_t number = 0;
@@ -111,23 +91,22 @@ bool Registry::Hive::change(const Edit& edit) {
 Registry::Registry(const fs::path& machine)
     : local_machine{machine / "system.reg", {}}, current_user{machine / "user.reg", {}} {}
 
-Registry::Hive* Registry::find_hive(const std::string& root) {
-  const auto lowered = lowercase(root);
-  if (lowered == "hkey_local_machine" || lowered == "hklm")
-    return &local_machine;
-  if (lowered == "hkey_current_user" || lowered == "hkcu")
-    return &current_user;
-  return nullptr;
+std::optional<Registry::Place> Registry::find_place(const std::string& value_path) {
+  const auto first = value_path.find('\\');
+  const auto last = value_path.rfind('\\');
+  if (first == std::string::npos || value_path.find("\\\\") < last)
+    return std::nullopt;
+  const auto root = lowercase(value_path.substr(0, first));
+  const bool of_machine = root == "hkey_local_machine" || root == "hklm";
+  if (!of_machine && root != "hkey_current_user" && root != "hkcu")
+    return std::nullopt;
+  const auto key = first == last ? "" : value_path.substr(first + 1, last - first - 1);
+  return Place{of_machine ? local_machine : current_user, key, value_path.substr(last + 1)};
 }
 
 std::optional<RegistryValue> Registry::read(const std::string& value_path) {
-  const auto path = parse_value_path(value_path);
-  if (!path)
-    return std::nullopt;
-  Hive* const hive = find_hive(path->root);
-  if (!hive)
-    return std::nullopt;
-  return find_value(hive->read(), path->key, path->name);
+  const auto place = find_place(value_path);
+  return place ? find_value(place->hive.read(), place->key, place->name) : std::nullopt;
 }
 
 bool Registry::is_32_bit() {
@@ -136,28 +115,22 @@ bool Registry::is_32_bit() {
 
 bool Registry::write(const std::string& value_path, const std::string& data,
                      const std::string& type) {
-  const auto path = parse_value_path(value_path);
+  const auto place = find_place(value_path);
   const auto value = make_value(data, type);
-  if (!path || !value)
+  if (!place || !value)
     return false;
-  Hive* const hive = find_hive(path->root);
-  if (!hive)
-    return false;
-  return hive->change([&place = *path, &written = *value](std::string_view text) {
-    return std::optional(with_value(text, place.key, place.name, written));
+  return place->hive.change([&](std::string_view text) {
+    return std::optional(with_value(text, place->key, place->name, *value));
   });
 }
 
 bool Registry::remove(const std::string& value_path) {
-  const auto path = parse_value_path(value_path);
-  if (!path || (path->key.empty() && path->name.empty()))
+  const auto place = find_place(value_path);
+  if (!place || (place->key.empty() && place->name.empty()))
     return false;
-  Hive* const hive = find_hive(path->root);
-  if (!hive)
-    return false;
-  return hive->change([&place = *path](std::string_view text) {
-    auto changed = place.name.empty() ? without_key(text, place.key)
-                                      : without_value(text, place.key, place.name);
+  return place->hive.change([&](std::string_view text) {
+    auto changed = place->name.empty() ? without_key(text, place->key)
+                                       : without_value(text, place->key, place->name);
     return changed == text ? std::nullopt : std::optional(std::move(changed));
   });
 }

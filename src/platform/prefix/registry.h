@@ -60,8 +60,14 @@ private:
     bool change(const Edit& edit);
   };
 
-  // The file of a root key; null for any other root.
-  Hive* find_hive(const std::string& root);
+  // What a value path names: a value, by its name, or for the empty name the key itself.
+  struct Place {
+    Hive& hive;
+    std::string key, name;
+  };
+
+  // Nullopt for a path of another root, or with an empty component in its key.
+  std::optional<Place> find_place(const std::string& value_path);
 
   Hive local_machine;
   Hive current_user;

@@ -34,6 +34,13 @@ std::string to_utf8(std::u16string units) {
   return utf8::utf16to8(units);
 }
 
+bool take(std::string_view& text, std::string_view start) {
+  if (!text.starts_with(start))
+    return false;
+  text.remove_prefix(start.size());
+  return true;
+}
+
 // Takes a number of at most `most` digits off the front of `text`; nullopt if there is no digit.
 std::optional<std::uint32_t> take_number(std::string_view& text, std::size_t most, int base) {
   std::uint32_t number = 0;
@@ -47,8 +54,10 @@ std::optional<std::uint32_t> take_number(std::string_view& text, std::size_t mos
 
 // Takes a numeric escape, \xHHHH or \OOO, off the front of `text`: a UTF-16 unit.
 std::optional<char16_t> take_unit(std::string_view& text) {
-  const bool hex = text.starts_with("\\x");
-  auto rest = text.substr(hex ? 2 : 1);
+  auto rest = text;
+  const bool hex = take(rest, "\\x");
+  if (!hex && !take(rest, "\\"))
+    return std::nullopt;
   const auto unit = hex ? take_number(rest, 4, 16) : take_number(rest, 3, 8);
   if (!unit)
     return std::nullopt;
@@ -73,7 +82,7 @@ std::string unescape(std::string_view escaped) {
     if (escaped.empty())
       return text;
     std::u16string units;  // of several escapes in a row: two may be one character
-    while (const auto unit = escaped.starts_with('\\') ? take_unit(escaped) : std::nullopt)
+    while (const auto unit = take_unit(escaped))
       units += *unit;
     if (units.empty())
       text += take_character(escaped);
@@ -95,36 +104,23 @@ std::size_t find_closing(std::string_view text, std::size_t from, char close) {
 
 // A quick test on plain characters; an escape or a non-ASCII character ends it undecided.
 bool cannot_start_with(std::string_view escaped, std::string_view lowered) {
-  std::size_t at = 0;
   for (const char wanted : lowered) {
-    if (at == escaped.size())
+    if (escaped.empty())
       return true;
-    if (!is_ascii(escaped[at]) || !is_ascii(wanted))
+    const char next = ascii_lower(escaped.front());
+    if (!is_ascii(next) || !is_ascii(wanted) || (next == '\\' && !escaped.starts_with("\\\\")))
       return false;
-    if (escaped[at] == '\\') {
-      if (wanted != '\\' || escaped.substr(at, 2) != "\\\\")
-        return false;
-      ++at;
-    } else if (ascii_lower(escaped[at]) != wanted) {
+    if (next != wanted)
       return true;
-    }
-    ++at;
+    escaped.remove_prefix(next == '\\' ? 2 : 1);
   }
   return false;
 }
 
-// A key's lines: the header at `begin`, the values from `body` to `end`, where the next key begins.
-struct Section {
-  std::size_t begin;
-  std::size_t body;
-  std::size_t end;
-};
-
-// A value's lines, and its data after the "=".
-struct ValueLines {
-  std::size_t begin;
-  std::size_t end;
-  std::string_view data;
+// Lines of the text from `begin` to `end`: those of a key, whose values begin at `body`, or those
+// of a value, whose data begins there.
+struct Lines {
+  std::size_t begin, body, end;
 };
 
 // Whether a path stands for its key alone or also for all keys below it.
@@ -146,26 +142,24 @@ std::size_t find_header(std::string_view text, std::size_t from) {
 
 // Whether a key's header, without its "[", names the key `lowered` or, if asked for, one below it.
 bool matches(std::string_view header, const std::string& lowered, Depth depth) {
-  const auto close = find_closing(header, 0, ']');
+  const auto close = cannot_start_with(header, lowered) ? npos : find_closing(header, 0, ']');
   if (close == npos)
     return false;
   const auto path = lowercase(unescape(header.substr(0, close)));
   return path == lowered || (depth == Depth::subtree && path.starts_with(lowered + "\\"));
 }
 
-// The sections of the matching keys, in the order of the text.
-std::vector<Section> find_sections(std::string_view text, std::string_view path, Depth depth) {
+// The lines of the matching keys, in the order of the text.
+std::vector<Lines> find_keys(std::string_view text, std::string_view path, Depth depth) {
   const auto lowered = lowercase(path);
-  std::vector<Section> sections;
+  std::vector<Lines> keys;
   for (std::size_t begin = find_header(text, 0), end = begin; begin < text.size(); begin = end) {
     end = find_header(text, begin + 1);
-    if (cannot_start_with(text.substr(begin + 1), lowered))
-      continue;
     const auto body = line_end(text, begin);
     if (matches(text.substr(begin + 1, body - begin - 1), lowered, depth))
-      sections.push_back({begin, body, end});
+      keys.push_back({begin, body, end});
   }
-  return sections;
+  return keys;
 }
 
 // The position of the data on a line; nullopt if the line does not define the value.
@@ -200,21 +194,19 @@ std::size_t end_of_value(std::string_view text, std::size_t begin, std::size_t e
 }
 
 // Every definition of the value, in the order of the text.
-std::vector<ValueLines> find_values(std::string_view text, std::string_view key,
-                                    std::string_view name) {
+std::vector<Lines> find_values(std::string_view text, std::string_view key, std::string_view name) {
   const auto lowered = lowercase(name);
-  std::vector<ValueLines> values;
-  for (const Section& section : find_sections(text, key, Depth::key)) {
+  std::vector<Lines> values;
+  for (const Lines& section : find_keys(text, key, Depth::key)) {
     const auto lines = text.substr(0, section.end);
     for (std::size_t begin = section.body, end = begin; begin < section.end; begin = end) {
       end = line_end(lines, begin);
-      const auto offset = find_data(lines.substr(begin, end - begin), lowered);
-      if (!offset)
+      const auto data = find_data(lines.substr(begin, end - begin), lowered);
+      if (!data)
         continue;
-      const auto data = begin + *offset;
-      if (lines.substr(data).starts_with("hex"))
+      if (lines.substr(begin + *data).starts_with("hex"))
         end = end_of_value(lines, begin, end);
-      values.push_back({begin, end, lines.substr(data, end - data)});
+      values.push_back({begin, begin + *data, end});
     }
   }
   return values;
@@ -230,20 +222,14 @@ RegistryValue::Type type_for(std::uint32_t number) {
 // Takes "tag:" or "tag(N):" off the front of a value's data. Returns N, or `plain` for "tag:".
 std::optional<std::uint32_t> take_tag(std::string_view& data, std::string_view tag,
                                       std::uint32_t plain) {
-  if (!data.starts_with(tag))
+  auto rest = data;
+  if (!take(rest, tag))
     return std::nullopt;
-  auto rest = data.substr(tag.size());
-  std::optional number(plain);
-  if (rest.starts_with('(')) {
-    rest.remove_prefix(1);
-    number = take_number(rest, 8, 16);
-    if (!number || !rest.starts_with(')'))
-      return std::nullopt;
-    rest.remove_prefix(1);
-  }
-  if (!rest.starts_with(':'))
+  const bool numbered = take(rest, "(");
+  const auto number = numbered ? take_number(rest, 8, 16) : std::optional(plain);
+  if (!number || !take(rest, numbered ? "):" : ":"))
     return std::nullopt;
-  data = rest.substr(1);
+  data = rest;
   return number;
 }
 
@@ -268,21 +254,16 @@ std::optional<RegistryValue> number_value(std::string_view digits) {
 
 // Bytes of one or two hexadecimal digits, separated by commas.
 std::optional<std::string> parse_bytes(std::string_view data) {
-  const auto skip_blanks = [&] {
+  const auto has_more = [&] {
     data.remove_prefix(std::min(data.find_first_not_of(" \t\r\n\\"), data.size()));
+    return !data.empty();
   };
   std::string bytes;
-  for (skip_blanks(); !data.empty(); skip_blanks()) {
+  while (has_more()) {
     const auto byte = take_number(data, 2, 16);
-    if (!byte)
+    if (!byte || (has_more() && !take(data, ",")))
       return std::nullopt;
     bytes += static_cast<char>(*byte);
-    skip_blanks();
-    if (data.empty())
-      break;
-    if (data.front() != ',')
-      return std::nullopt;
-    data.remove_prefix(1);
   }
   return bytes;
 }
@@ -321,8 +302,8 @@ std::optional<RegistryValue> parse_value(std::string_view data) {
     return quoted_value(data, type_for(*type));
   if (is_truncated(data))
     return std::nullopt;
-  if (data.starts_with("dword:"))
-    return number_value(data.substr(6));
+  if (take(data, "dword:"))
+    return number_value(data);
   const auto type = take_tag(data, "hex", 3);
   if (!type)
     return std::nullopt;
@@ -383,7 +364,6 @@ std::string replaced(std::string_view text, std::size_t begin, std::size_t end,
 }
 
 // The text without those of its lines.
-template <class Lines>
 std::string without(std::string_view text, const std::vector<Lines>& removed) {
   std::string kept;
   std::size_t from = 0;
@@ -399,8 +379,8 @@ std::string without(std::string_view text, const std::vector<Lines>& removed) {
 std::optional<RegistryValue> find_value(std::string_view registry, std::string_view key,
                                         std::string_view name) {
   std::optional<RegistryValue> last;
-  for (const ValueLines& found : find_values(registry, key, name))
-    if (auto value = parse_value(found.data))
+  for (const Lines& found : find_values(registry, key, name))
+    if (auto value = parse_value(registry.substr(found.body, found.end - found.body)))
       last = std::move(value);
   return last;
 }
@@ -410,8 +390,8 @@ std::string with_value(std::string_view registry, std::string_view key, std::str
   const auto line = write_value(name, value);
   if (const auto values = find_values(registry, key, name); !values.empty())
     return replaced(registry, values.back().begin, values.back().end, line);
-  if (const auto sections = find_sections(registry, key, Depth::key); !sections.empty())
-    return replaced(registry, sections.back().body, sections.back().body, line);
+  if (const auto keys = find_keys(registry, key, Depth::key); !keys.empty())
+    return replaced(registry, keys.back().body, keys.back().body, line);
   if (registry.empty())
     registry = "WINE REGISTRY Version 2\n";
   const auto section = "\n[" + escape(key, "[]") + "]\n" + line;
@@ -423,5 +403,5 @@ std::string without_value(std::string_view registry, std::string_view key, std::
 }
 
 std::string without_key(std::string_view registry, std::string_view key) {
-  return without(registry, find_sections(registry, key, Depth::subtree));
+  return without(registry, find_keys(registry, key, Depth::subtree));
 }
