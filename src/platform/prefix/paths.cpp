@@ -16,18 +16,19 @@
 
 namespace {
 
-// The path with all symlinks resolved; empty if it does not exist.
-std::string resolve_symlinks(const std::string& path) {
+// The path with all symlinks resolved, without a final "/"; nullopt if it does not exist.
+std::optional<std::string> resolve_symlinks(const std::string& path) {
   const std::unique_ptr<char, decltype(&std::free)> real(::realpath(path.c_str(), nullptr),
                                                          &std::free);
-  if (!real)
-    throw_if_out_of_memory(errno);
-  return real ? real.get() : "";
+  if (real)
+    return real.get() == std::string_view("/") ? "" : real.get();
+  throw_if_out_of_memory(errno);
+  return std::nullopt;
 }
 
 // Every symlink "x:" in the folder `dosdevices` is a drive.
-std::map<char, std::string> linked_drives(const std::string& dosdevices) {
-  std::map<char, std::string> roots;
+Paths::Roots linked_drives(const std::string& dosdevices) {
+  Paths::Roots roots;
   const auto visit = [&](const std::string& name, unsigned char) {
     if (name.size() == 2 && has_drive(name))
       roots[ascii_upper(name[0])] = resolve_symlinks(dosdevices + "/" + name);
@@ -36,31 +37,16 @@ std::map<char, std::string> linked_drives(const std::string& dosdevices) {
   return roots;
 }
 
-std::map<char, std::string> drives_of(const std::string& machine) {
+Paths::Roots drives_of(const std::string& machine) {
   std::error_code ignored;
   const std::string dosdevices = machine + "/dosdevices";
   if (std::filesystem::is_directory(dosdevices, ignored))
     return linked_drives(dosdevices);
-  return {{'C', resolve_symlinks(machine + "/drive_c")}, {'Z', "/"}};
-}
-
-// For the root "/" itself, too, the result can be followed by "/" and a name.
-std::string without_slash(std::string path) {
-  while (path.ends_with('/'))
-    path.pop_back();
-  return path;
+  return {{'C', resolve_symlinks(machine + "/drive_c")}, {'Z', ""}};
 }
 
 bool contains(const std::string& root, const std::string& path) {
-  const std::string base = without_slash(root);
-  return path.starts_with(base) && (path.size() == base.size() || path[base.size()] == '/');
-}
-
-bool exists_at(Disk& disk, const std::string& path) {
-  struct stat ignored;
-  if (disk.status(AT_FDCWD, path.c_str(), AT_SYMLINK_NOFOLLOW, ignored) == 0)
-    return true;
-  return errno == ENAMETOOLONG && open_path(disk, path, O_PATH | O_NOFOLLOW);
+  return path == root || path.starts_with(root + "/");
 }
 
 Failure missing(const std::string& path) {
@@ -84,9 +70,9 @@ Result<std::string> Paths::drive_root(const std::string& path) const {
   const auto root = roots.find(ascii_upper(from[0]));
   if (root == roots.end())
     return Failure{path, "find it", "there is no such drive", Failure::Kind::missing};
-  if (root->second.empty())
+  if (!root->second)
     return Failure{path, "find it", "the drive is not ready"};
-  return without_slash(root->second);
+  return *root->second;
 }
 
 Result<Paths::Parsed> Paths::parse(const std::string& path) const {
@@ -112,58 +98,40 @@ Result<Paths::Parsed> Paths::parse(const std::string& path) const {
   return parsed;
 }
 
-Location Paths::unchecked_location(const Parsed& parsed) {
-  Location exact{parsed.root, ""};
-  for (const std::string& component : parsed.components) {
-    if (!exact.name.empty())
-      exact.folder.append("/").append(exact.name);
-    exact.name = component;
-  }
-  return exact;
-}
-
-Result<Location> Paths::exact(const std::string& path) const {
+Result<Location> Paths::find(const std::string& path, Spelling spelling) const {
   const auto parsed = parse(path);
   if (!parsed)
     return parsed.failure();
-  return unchecked_location(*parsed);
-}
-
-Result<Location> Paths::find(const std::string& path) const {
-  const auto parsed = parse(path);
-  if (!parsed)
-    return parsed.failure();
-  if (Location exact = unchecked_location(*parsed);
-      exact.name.empty() || exists_at(disk, exact.path()))
-    return exact;
   Location found{parsed->root, ""};
   for (const std::string& component : parsed->components) {
     if (!found.name.empty())
-      found.folder += "/" + found.name;
+      found.folder.append("/").append(found.name);
+    found.name = component;
+    if (spelling == Spelling::exact)
+      continue;
     const Descriptor folder = open_path(disk, found.folder + "/", O_PATH | O_DIRECTORY);
     if (!folder)
       return path_failure(path);
     const std::string spelled = find_name(folder, component);
     found.exists = !spelled.empty();
-    found.name = found.exists ? spelled : component;
+    if (found.exists)
+      found.name = spelled;
   }
   return found;
 }
 
 std::string Paths::windows_path(const std::string& path, char preferred) const {
-  char letter = 0;
-  std::string base;
-  for (const auto& [drive, root] : roots) {
-    const bool deeper = letter == 0 || without_slash(root).size() > base.size();
-    const bool equal = without_slash(root).size() == base.size() && drive == ascii_upper(preferred);
-    if (root.empty() || !contains(root, path) || (!deeper && !equal))
-      continue;
-    letter = drive;
-    base = without_slash(root);
-  }
-  std::string names = path.substr(std::min(base.size() + 1, path.size()));
+  // By the length of its root with a "/", if the path is below it, else 0.
+  const auto rank = [&](const Roots::value_type& drive) {
+    const auto& [letter, root] = drive;
+    const bool contains_it = root && contains(*root, path);
+    return std::pair(contains_it ? root->size() + 1 : 0, letter == ascii_upper(preferred));
+  };
+  const auto deepest = std::ranges::max_element(roots, {}, rank);
+  const std::size_t length = deepest == roots.end() ? 0 : rank(*deepest).first;
+  std::string names = path.substr(std::min(std::max<std::size_t>(length, 1), path.size()));
   std::replace(names.begin(), names.end(), '/', '\\');
-  return (letter ? std::string{letter, ':', '\\'} : std::string(unix_namespace)) + names;
+  return (length ? std::string{deepest->first, ':', '\\'} : std::string(unix_namespace)) + names;
 }
 
 std::vector<std::string> Paths::drives() const {

@@ -6,6 +6,7 @@
 #include "platform/result.h"
 
 #include <map>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -16,7 +17,7 @@ struct Location {
   std::string name;    // spelled as on the disk; empty for the root of a drive
   bool exists = true;  // whether there is an entry of that name, of any kind
 
-  std::string path() const { return name.empty() ? folder + "/" : folder + "/" + name; }
+  std::string path() const { return folder + "/" + name; }
 };
 
 class Paths {
@@ -24,16 +25,19 @@ public:
   // Before a POSIX path it makes a Windows path, as Wine writes one that is on no drive.
   static constexpr char unix_namespace[] = R"(\\?\unix\)";
 
+  // POSIX paths without a final "/" by upper-case letter; nullopt for a drive that is not ready.
+  using Roots = std::map<char, std::optional<std::string>>;
+
   // `disk_in` must outlive the object.
   explicit Paths(const Machine& machine, Disk& disk_in = system_disk());
 
-  // The location of a path whose names are all spelled as on the disk, which is not accessed. Fails
-  // if there is no such drive, or if Windows would not allow one of the names.
-  Result<Location> exact(const std::string& path) const;
+  // Whether names may differ from those on the disk in letter case. If not, the disk is not
+  // accessed, and every name counts as there.
+  enum class Spelling { any_case, exact };
 
-  // Looks a path up case-insensitively. Fails if the drive or a parent folder does not exist, or if
-  // Windows would not allow one of the names.
-  Result<Location> find(const std::string& path) const;
+  // Looks a path up. Fails if the drive or a parent folder does not exist, or if Windows would not
+  // allow one of the names.
+  Result<Location> find(const std::string& path, Spelling spelling = Spelling::any_case) const;
 
   // The Windows path of a POSIX path, on the deepest drive that contains it. Of several such drives
   // `preferred` is taken if it is one of them, else the first. A path on no drive is written after
@@ -49,11 +53,10 @@ private:
     std::vector<std::string> components;  // includes the current folder's for a relative path
   };
 
-  static Location unchecked_location(const Parsed& parsed);
   Result<Parsed> parse(const std::string& path) const;
   Result<std::string> drive_root(const std::string& path) const;
 
   Disk& disk;
   std::string current_folder;
-  std::map<char, std::string> roots;  // POSIX paths by upper-case letter; empty if not ready
+  Roots roots;
 };

@@ -61,25 +61,21 @@ std::optional<bool> is_folder(const Descriptor& folder, const char* name) {
 // The entry for a name and type from readdir; nullopt when it does not belong in a list.
 std::optional<Entry> make_entry(const Descriptor& folder, const char* name, unsigned char type,
                                 std::string_view pattern) {
-  if ((type == DT_REG && !matches_pattern(name, pattern)) || !is_allowed_name(name))
-    return std::nullopt;
-  if (type == DT_DIR || type == DT_REG)
-    return Entry{name, type == DT_DIR, false};
-  if (type != DT_LNK && type != DT_UNKNOWN)
-    return std::nullopt;
-  const auto kind = is_folder(folder, name);
-  if (!kind || (!*kind && !matches_pattern(name, pattern)))
+  const bool known = type == DT_DIR || type == DT_REG;
+  const auto is_directory = known ? std::optional(type == DT_DIR) : is_folder(folder, name);
+  if (!is_directory || (!*is_directory && !matches_pattern(name, pattern)) ||
+      !is_allowed_name(name))
     return std::nullopt;
   struct stat status;
-  const bool known = stat_at(folder, name, status);
-  return Entry{name, *kind, !known || S_ISLNK(status.st_mode)};
+  const bool link = !known && (!stat_at(folder, name, status) || S_ISLNK(status.st_mode));
+  return Entry{name, *is_directory, link};
 }
 
 }  // namespace
 
 Result<PrefixFiles::Opened> PrefixFiles::open(const std::string& path, int flags,
                                               const char* action) const {
-  if (auto exact = paths.exact(path))
+  if (auto exact = paths.find(path, Paths::Spelling::exact))
     if (Descriptor descriptor = open_path(disk, exact->path(), flags))
       return Opened{std::move(descriptor), *std::move(exact)};
   auto location = paths.find(path);
@@ -174,24 +170,19 @@ std::size_t PrefixFiles::most_open_maps() {
 }
 
 void PrefixFiles::flush(std::span<Unflushed> files) {
-  std::vector<Unflushed*> opened;
   std::vector<int> descriptors;
   for (Unflushed& file : files) {
-    const int descriptor = map_of(file).descriptor_of(file.entry);
-    if (descriptor < 0) {
+    descriptors.push_back(map_of(file).descriptor_of(file.entry));
+    if (descriptors.back() < 0)
       file.flushed = map_of(file).last_error();
-      continue;
-    }
-    opened.push_back(&file);
-    descriptors.push_back(descriptor);
   }
-  std::vector<int> errors(descriptors.size());
+  std::vector<int> errors(files.size());
   disk.flush(descriptors, errors);
-  for (std::size_t i = 0; i < opened.size(); ++i) {
+  for (std::size_t i = 0; i < files.size(); ++i) {
     errno = errors[i];
-    if (errno != 0)
-      opened[i]->flushed =
-          Failure{opened[i]->map.path, "flush it", system_reason(), Failure::Kind::unconfirmed};
+    if (errno != 0 && files[i].flushed)
+      files[i].flushed =
+          Failure{files[i].map.path, "flush it", system_reason(), Failure::Kind::unconfirmed};
   }
 }
 
