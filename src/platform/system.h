@@ -56,10 +56,7 @@ public:
 
   // Why the registry has no record of `subject` ("the game"), in one line that names the machine;
   // empty where there is only one machine.
-  virtual std::string explain_unregistered(const std::string& subject) {
-    static_cast<void>(subject);
-    return "";
-  }
+  virtual std::string explain_unregistered(const std::string& /*subject*/) { return ""; }
 
   // The folder that the machine is kept in, as the system names it; empty where it is the computer
   // itself.
@@ -67,10 +64,7 @@ public:
 
   // The folder in which the installed program has this data file, as the system names it; empty if
   // there is none.
-  virtual std::string installed_folder(const std::string& file) {
-    static_cast<void>(file);
-    return "";
-  }
+  virtual std::string installed_folder(const std::string& /*file*/) { return ""; }
 
   // Where the program's usage is described, as a user would look it up.
   virtual std::string manual() { return ""; }

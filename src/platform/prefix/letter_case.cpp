@@ -21,18 +21,14 @@ char32_t lower_letter(char32_t letter) {
   return static_cast<char32_t>(towlower_l(static_cast<wint_t>(letter), unicode));
 }
 
-// Most names are ASCII.
-std::string lower_ascii(std::string text) {
-  std::transform(text.begin(), text.end(), text.begin(), ascii_lower);
-  return text;
-}
-
 }  // namespace
 
 std::string lowercase(std::string_view text) {
-  if (std::all_of(text.begin(), text.end(), is_ascii))
-    return lower_ascii(std::string(text));
   std::string result;
+  if (std::all_of(text.begin(), text.end(), is_ascii)) {  // as most names are
+    std::transform(text.begin(), text.end(), std::back_inserter(result), ascii_lower);
+    return result;
+  }
   while (true) {
     const auto invalid = utf8::find_invalid(text.begin(), text.end());
     for (auto at = text.begin(); at != invalid;)

@@ -50,18 +50,18 @@ bool same_folder(const std::string& one, const std::string& other) {
 void search_prefix(Machine& machine, const HasGame& has_game) {
   const std::string home = user_home();
   const std::string own = home + "/.wine";
-  machine.folder = own;
   std::vector<std::string> found;
-  if (has_game(machine))
-    found.push_back(own);
-  const bool own_has_game = !found.empty();
-  for (auto& prefix : launcher_prefixes(home)) {
+  const auto ask = [&](const std::string& prefix) {
     machine.folder = prefix;
-    if (!same_folder(prefix, own) && has_game(machine))
-      found.push_back(std::move(prefix));
-  }
+    if (has_game(machine))
+      found.push_back(prefix);
+  };
+  ask(own);
+  for (const std::string& prefix : launcher_prefixes(home))
+    if (!same_folder(prefix, own))
+      ask(prefix);
   machine.folder = found.empty() ? own : found.front();
-  machine.chosen = found.size() > (own_has_game ? 1 : 0);
+  machine.chosen = found.size() > 1 || machine.folder != own;
   if (!found.empty())
     machine.others.assign(found.begin() + 1, found.end());
 }

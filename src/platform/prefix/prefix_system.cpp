@@ -41,8 +41,9 @@ constexpr const char* code_page_keys[] = {
     R"(HKEY_LOCAL_MACHINE\System\ControlSet001\Control\Nls\CodePage\ACP)",
 };
 
-// The variables that Windows makes from other values of HKEY_LOCAL_MACHINE\Software\Microsoft.
-// Wine's user always has the same identifier.
+// The variables that Windows makes from other values below a key. Wine's user always has the same
+// identifier.
+constexpr char software[] = R"(HKEY_LOCAL_MACHINE\Software\Microsoft\)";
 constexpr struct {
   std::string_view variable;  // in lower case
   const char* value;
@@ -73,32 +74,21 @@ const char* folder_name(std::uint32_t csidl) {
   return csidl == Csidl::documents ? "Personal" : nullptr;
 }
 
-// A text value as it stands in the registry; nullopt for one of another type.
-std::optional<RegistryValue> read_text(Registry& registry, const std::string& value_path) {
-  const auto value = registry.read(value_path);
-  const bool text = value && (value->type == RegistryValue::Type::text ||
-                              value->type == RegistryValue::Type::expandable_text);
-  return text ? value : std::nullopt;
-}
-
-// A variable that Windows makes itself; `name` is in lower case.
-std::optional<RegistryValue> find_made(Registry& registry, std::string_view name) {
-  if (auto value = read_text(registry, session_key + std::string(name)))
-    return value;
-  const std::string software = R"(HKEY_LOCAL_MACHINE\Software\Microsoft\)";
-  for (const auto& made : made_variables)
-    if (made.variable == name)
-      return read_text(registry, software + made.value);
-  return std::nullopt;
-}
-
-// A variable: what Windows makes itself comes before what the user and the machine set.
+// A variable: what Windows makes itself comes before what the user and the machine set. `name` is
+// in lower case.
 std::optional<RegistryValue> find_variable(Registry& registry, const std::string& name) {
-  auto value = find_made(registry, name);
+  std::vector<std::string> places{session_key + name};
+  for (const auto& [variable, value] : made_variables)
+    if (variable == name)
+      places.push_back(software + std::string(value));
   for (const char* const key : variable_keys)
-    if (!value)
-      value = read_text(registry, key + name);
-  return value;
+    places.push_back(key + name);
+  for (const std::string& place : places)
+    if (auto value = registry.read(place);
+        value && (value->type == RegistryValue::Type::text ||
+                  value->type == RegistryValue::Type::expandable_text))
+      return value;
+  return std::nullopt;
 }
 
 // A version text such as "6.3".
@@ -110,12 +100,6 @@ std::optional<OsVersion> parse_version(std::string_view text) {
     return std::nullopt;
   const auto minor = std::from_chars(major.ptr + 1, end, version.minor);
   return minor.ec == std::errc() ? std::optional(version) : std::nullopt;
-}
-
-OsVersion cap_version(const OsVersion& version) {
-  constexpr OsVersion newest{OsVersion::nt_family, 6, 2};
-  const bool newer = std::tie(version.major, version.minor) > std::tie(newest.major, newest.minor);
-  return newer ? newest : version;
 }
 
 }  // namespace
@@ -140,13 +124,6 @@ std::optional<std::string> PrefixSystem::reg_read(const std::string& value_path)
     return std::nullopt;
   }
 }
-
-bool PrefixSystem::reg_write(const std::string& value_path, const std::string& data,
-                             const std::string& type) {
-  return registry.write(value_path, data, type);
-}
-
-bool PrefixSystem::reg_delete(const std::string& value_path) { return registry.remove(value_path); }
 
 std::string PrefixSystem::explain_unregistered(const std::string& subject) {
   return ::explain_unregistered(prefix_folder, registry.machine_failure(), subject);
@@ -222,7 +199,8 @@ std::string PrefixSystem::expand(std::string_view text, Variables& known) {
 std::optional<OsVersion> PrefixSystem::os_version() {
   const auto text = reg_read(std::string(windows_nt) + "CurrentVersion");
   const auto version = text ? parse_version(*text) : std::nullopt;
-  return version ? std::optional(cap_version(*version)) : std::nullopt;
+  const bool is_newer = version && std::tie(version->major, version->minor) > std::tuple(6u, 2u);
+  return is_newer ? OsVersion{OsVersion::nt_family, 6, 2} : version;
 }
 
 FolderPath PrefixSystem::folder_path(std::uint32_t csidl) {
@@ -279,12 +257,6 @@ std::optional<ProductVersion> PrefixSystem::product_version(const std::string& p
     throw_if_out_of_memory(errno);
   return read_product_version(executable);
 }
-
-std::vector<std::string> PrefixSystem::drives() { return paths.drives(); }
-
-std::string PrefixSystem::app_folder() { return paths.windows_path(program_folder); }
-
-std::string PrefixSystem::argument_text() { return arguments; }
 
 void PrefixSystem::defer_interrupts(bool on) { ::defer_interrupts(on); }
 

@@ -18,8 +18,10 @@ public:
 
   std::optional<std::string> reg_read(const std::string& value_path) override;
   bool reg_write(const std::string& value_path, const std::string& data,
-                 const std::string& type) override;
-  bool reg_delete(const std::string& value_path) override;
+                 const std::string& type) override {
+    return registry.write(value_path, data, type);
+  }
+  bool reg_delete(const std::string& value_path) override { return registry.remove(value_path); }
 
   std::string explain_unregistered(const std::string& subject) override;
   std::string explain_unread_user() override;
@@ -41,9 +43,9 @@ public:
   // Data".
   FolderPath folder_path(std::uint32_t csidl) override;
   std::optional<ProductVersion> product_version(const std::string& path) override;
-  std::vector<std::string> drives() override;
-  std::string app_folder() override;
-  std::string argument_text() override;
+  std::vector<std::string> drives() override { return paths.drives(); }
+  std::string app_folder() override { return paths.windows_path(program_folder); }
+  std::string argument_text() override { return arguments; }
   void defer_interrupts(bool on) override;
   bool interrupted() override;
 
