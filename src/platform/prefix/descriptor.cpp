@@ -49,10 +49,7 @@ Descriptor open_path(Disk& disk, const std::string& path, int flags, unsigned mo
     if (slash == std::string_view::npos || slash == 0)
       break;
     const std::string piece(rest.substr(0, slash));
-    folder =
-        Descriptor(disk, uninterrupted([&] {
-                     return disk.open(base, piece.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC, 0);
-                   }));
+    folder = open_leased(disk, base, piece.c_str(), O_PATH | O_DIRECTORY, 0);
     if (!folder)
       return folder;
     base = folder.get();

@@ -12,22 +12,6 @@
 
 namespace {
 
-// `for_each_name` for a folder that may have been read already.
-bool read_again(const Descriptor& folder, const Visit& visit) {
-  return for_each_name(open_at(folder, ".", O_RDONLY | O_DIRECTORY), visit);
-}
-
-// The first name in byte order that differs from `name` only in case.
-std::string find_folded(const Descriptor& folder, const std::string& name) {
-  const std::string wanted = lowercase(name);
-  std::string found;
-  read_again(folder, [&](const char* other, unsigned char) {
-    if (lowercase(other) == wanted && (found.empty() || other < found))
-      found = other;
-  });
-  return found;
-}
-
 bool has_name(const Descriptor& folder, const std::string& name) {
   struct stat ignored;
   return stat_at(folder, name, ignored);
@@ -59,7 +43,8 @@ bool for_each_name(const Descriptor& folder, const Visit& visit) {
 }
 
 std::string find_name(const Descriptor& folder, const std::string& name) {
-  return has_name(folder, name) ? name : find_folded(folder, name);
+  FolderNames::Known known;
+  return has_name(folder, name) ? name : FolderNames::of(folder, known).find(folder, name);
 }
 
 FolderNames& FolderNames::of(const Descriptor& folder, Known& known) {
@@ -77,7 +62,8 @@ void FolderNames::read(const Descriptor& folder) {
   is_append_only = ::statx(folder.get(), "", AT_EMPTY_PATH, 0, &attributes) == 0 &&
                    (attributes.stx_attributes & STATX_ATTR_APPEND);
   folded_names.clear();
-  complete = read_again(folder, [&](const char* name, unsigned char) { added(name); });
+  complete = for_each_name(open_at(folder, ".", O_RDONLY | O_DIRECTORY),
+                           [&](const char* name, unsigned char) { added(name); });
 }
 
 std::string FolderNames::find(const Descriptor& folder, const std::string& name) const {

@@ -1,7 +1,6 @@
 // An open map in a folder of a Wine prefix, and the steps of its replacement there.
 #include "platform/prefix/prefix_map.h"
 
-#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <utility>
@@ -145,16 +144,16 @@ Result<std::optional<OpenMap::Content>> PrefixMap::open_to_read(const std::strin
 int PrefixMap::descriptor_of(const std::string& entry) {
   if (entry == name)
     return file->get();
-  if (const auto* const temporary = find_written(entry))
-    return temporary->file.get();
+  if (const auto temporary = written.find(entry); temporary != written.end())
+    return temporary->second.file.get();
   others.push_back(open_at(folder, entry, O_RDONLY | O_NOFOLLOW | O_NONBLOCK));
   return others.back().get();
 }
 
 // The file stays open for its lock. After a flush a failing close loses nothing.
 Result<bool> PrefixMap::make_temporary(const std::string& entry, std::string_view content) {
-  written.reserve(written.size() + 1);  // memory that is missing later would leave the file behind
-  Written made{entry, open_at(folder, entry, O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW, 0600)};
+  Written& made = written[entry];
+  made.file = open_at(folder, entry, O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW, 0600);
   if (!made.file && errno == EEXIST)
     return false;
   if (!made.file)
@@ -164,10 +163,10 @@ Result<bool> PrefixMap::make_temporary(const std::string& entry, std::string_vie
   if (!ours || !write(made, made_status, content)) {
     const int error = errno;
     remove(entry);
+    written.erase(entry);
     errno = error;
     return ours ? Result<bool>(last_error()) : false;
   }
-  written.push_back(std::move(made));
   names->changed(folder);
   return true;
 }
@@ -189,15 +188,12 @@ void PrefixMap::remove(const std::string& entry) {
 // A temporary file gets its permissions just before it is renamed: until then its owner can open
 // it, and so remove it when it is stale. A file system without permissions is no reason to stop.
 bool PrefixMap::set_permissions(const std::string& entry) {
-  const auto* const temporary = find_written(entry);
-  return !temporary || folder.disk().change_mode(temporary->file.get(), temporary->mode) == 0 ||
-         errno == EPERM || errno == EOPNOTSUPP;
-}
-
-const PrefixMap::Written* PrefixMap::find_written(const std::string& entry) const {
-  const auto found = std::find_if(written.begin(), written.end(),
-                                  [&](const Written& other) { return other.name == entry; });
-  return found == written.end() ? nullptr : &*found;
+  const auto temporary = written.find(entry);
+  if (temporary == written.end())
+    return true;
+  const auto& [opened, mode] = temporary->second;
+  return folder.disk().change_mode(opened.get(), mode) == 0 || errno == EPERM ||
+         errno == EOPNOTSUPP;
 }
 
 // The kept hard link needs no care: on Linux a rename does not touch it.

@@ -6,6 +6,7 @@
 #include "platform/prefix/folder_names.h"
 #include "platform/prefix/paths.h"
 
+#include <map>
 #include <memory>
 #include <optional>
 #include <string>
@@ -49,14 +50,12 @@ protected:
 private:
   // A temporary file that is locked until the map is closed, and the permissions that it will get.
   struct Written {
-    std::string name;
     Descriptor file;
     mode_t mode = 0;
   };
 
   bool write(Written& made, const struct stat& made_status, std::string_view content);
   bool set_permissions(const std::string& entry);
-  const Written* find_written(const std::string& entry) const;
 
   const std::shared_ptr<const Descriptor> file;
   const std::string folder_path;
@@ -64,7 +63,7 @@ private:
   const FileState state;
   Descriptor folder;  // open once the map is locked
   FolderNames::Known& known_names;
-  FolderNames* names = nullptr;  // of the folder, once the map is locked
-  std::vector<Written> written;
-  std::vector<Descriptor> others;  // what is flushed
+  FolderNames* names = nullptr;            // of the folder, once the map is locked
+  std::map<std::string, Written> written;  // by name
+  std::vector<Descriptor> others;          // what is flushed
 };
