@@ -28,26 +28,6 @@ std::size_t root_length(const std::string& path) {
 
 }  // namespace
 
-void Control::set_text(std::string new_text) {
-  own_text = std::move(new_text);
-  screen.refresh(*this);
-}
-
-void Control::set_enabled(bool on) {
-  is_enabled = on;
-  screen.refresh(*this);
-}
-
-void Control::set_visible(bool on) {
-  is_visible = on;
-  screen.refresh(*this);
-}
-
-void Control::set_tooltip(std::string new_tooltip) {
-  own_tooltip = std::move(new_tooltip);
-  screen.refresh(*this);
-}
-
 void Control::append(std::string_view more) {
   own_text += more;
   screen.append(*this, more);

@@ -7,6 +7,7 @@
 #include <functional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 class Control;
@@ -34,10 +35,10 @@ public:
   bool visible() const { return is_visible; }
   const std::string& tooltip() const { return own_tooltip; }
 
-  void set_text(std::string new_text);
-  void set_enabled(bool on);
-  void set_visible(bool on);
-  void set_tooltip(std::string new_tooltip);
+  void set_text(std::string new_text) { set(own_text, std::move(new_text)); }
+  void set_enabled(bool on) { set(is_enabled, on); }
+  void set_visible(bool on) { set(is_visible, on); }
+  void set_tooltip(std::string new_tooltip) { set(own_tooltip, std::move(new_tooltip)); }
 
   // Appends to a text box's text.
   void append(std::string_view more);
@@ -50,6 +51,11 @@ protected:
   std::string own_text;
 
 private:
+  template <class Value> void set(Value& value, Value new_value) {
+    value = std::move(new_value);
+    screen.refresh(*this);
+  }
+
   const std::string own_name;
   std::string own_tooltip;
   bool is_enabled = true;
