@@ -2,31 +2,25 @@
 // place of the game.
 #include "executable.h"
 
-#include <charconv>
+#include <cstdio>
 #include <cstdlib>
 #include <fstream>
 #include <iostream>
 #include <optional>
+#include <sstream>
 #include <string>
 #include <string_view>
 
 namespace {
 
 // Four numbers of 16 bits, joined by ".".
-std::optional<VersionParts> read_version(std::string_view text) {
+std::optional<VersionParts> read_version(const std::string& text) {
   VersionParts parts{};
-  const char* at = text.data();
-  const char* const end = at + text.size();
-  for (std::size_t i = 0; i < parts.size(); ++i) {
-    if (i > 0 && (at == end || *at != '.'))
+  std::istringstream stream(text + ".");
+  for (std::uint16_t& part : parts)
+    if (char dot = 0; !(stream >> part >> dot) || dot != '.')
       return std::nullopt;
-    at += i > 0;
-    const auto [stop, error] = std::from_chars(at, end, parts[i]);
-    if (error != std::errc{})
-      return std::nullopt;
-    at = stop;
-  }
-  return at == end ? std::optional(parts) : std::nullopt;
+  return stream.peek() == EOF ? std::optional(parts) : std::nullopt;
 }
 
 int fail(std::string_view message) {
