@@ -70,9 +70,9 @@ Result<std::string> Paths::drive_root(const std::string& path) const {
   const auto root = roots.find(ascii_upper(from[0]));
   if (root == roots.end())
     return Failure{path, "find it", "there is no such drive", Failure::Kind::missing};
-  if (!root->second)
-    return Failure{path, "find it", "the drive is not ready"};
-  return *root->second;
+  if (const auto& place = root->second)
+    return *place;
+  return Failure{path, "find it", "the drive is not ready"};
 }
 
 Result<Paths::Parsed> Paths::parse(const std::string& path) const {
