@@ -27,7 +27,7 @@ void MapReplacement::fail(Failure failure) {
 }
 
 Result<Done> MapReplacement::note_unflushed(const std::string& name, const std::string& what) {
-  unflushed.push_back({name, what});
+  unflushed.push_back({map, name, what});
   return Done{};
 }
 
@@ -95,14 +95,18 @@ Result<Done> MapReplacement::check_map() {
   return check_state();
 }
 
-// The map must be as it was read. A state that is not settled cannot show that: a map that was
-// written just before may be written again within the same time stamp, or get its time stamp late.
+// The map must be as it was read: what somebody else has saved since must not be lost. A state that
+// is not settled cannot show that: a map that was written just before may be written again within
+// the same time stamp, or get its time stamp late.
 Result<Done> MapReplacement::compare_map() {
   const auto now = own_state();
   if (!now)
     return now.failure();
   state = *now;
-  return check_content();
+  const auto same = map.holds(map.name, was);
+  if (!same)
+    return same.failure();
+  return *same ? Result<Done>(Done{}) : changed();
 }
 
 // The state of the file that was read, which must still have the map's name.
@@ -111,14 +115,6 @@ Result<OpenMap::FileState> MapReplacement::own_state() {
   if (now && !now->same_file(state))
     return changed();
   return now;
-}
-
-// What somebody else has saved since the reading must not be lost.
-Result<Done> MapReplacement::check_content() {
-  const auto same = map.holds(map.name, was);
-  if (!same)
-    return same.failure();
-  return *same ? Result<Done>(Done{}) : changed();
 }
 
 // The map's name must be that of the file that was read, and nobody may have written to that file.
@@ -236,7 +232,7 @@ Result<Done> MapReplacement::place_backup() {
     if (const auto now = own_state(); !now)
       return now.failure();
     if (replaces_older)
-      if (auto checked = check_older_backup(); !checked)
+      if (auto checked = check_backup(); !checked)
         return checked;
     const auto renamed = with_action(backup_action(), [&] {
       return replaces_older ? made->rename(backup, "") : made->rename_no_replace(backup);
@@ -248,15 +244,6 @@ Result<Done> MapReplacement::place_backup() {
   if (auto checked = check_made(backup); !checked)
     return checked;
   return note_unflushed(backup_is_hard_link ? map.name : backup, backup);
-}
-
-// What somebody has put in its place meanwhile is not replaced.
-Result<Done> MapReplacement::check_older_backup() {
-  const auto now = map.state_of(older_backup);
-  if (!now)
-    return now.failure();
-  return *now == older_state ? Result<Done>(Done{})
-                             : failure("its older backup " + older_backup + " has changed");
 }
 
 // Another file may have had the map's name when the link was made, and file systems that give each
@@ -276,13 +263,16 @@ Result<Done> MapReplacement::check_made(const std::string& name) {
   return Done{};
 }
 
-// Between its flush and the replacement somebody may have removed or changed the backup.
+// What somebody has put in the place of the older backup is not replaced. Later, between its flush
+// and the replacement of the map, somebody may have removed or changed the new one.
 Result<Done> MapReplacement::check_backup() {
   const auto now = with_action("check its backup " + backup, [&] { return map.state_of(backup); });
   if (!now)
     return now.failure();
-  return is_own_backup(*now) ? Result<Done>(Done{})
-                             : failure("its backup " + backup + " has changed");
+  const bool is_older = made && !placed;
+  return (is_older ? *now == older_state : is_own_backup(*now))
+             ? Result<Done>(Done{})
+             : failure("its backup " + backup + " has changed");
 }
 
 // The last checks come after everything slow, so that they see what is saved while the map is

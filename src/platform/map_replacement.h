@@ -74,12 +74,8 @@ public:
       fail(done.failure());
   }
 
-  // A file that a step has left unflushed.
-  struct ToFlush {
-    std::string entry;
-    std::string what;  // the name that it has or will get, for a message
-  };
-  std::vector<ToFlush> unflushed;
+  // What a step has left unflushed.
+  std::vector<Unflushed> unflushed;
 
   // Ends the replacement, if it has not ended, and undoes what can be undone.
   void fail(Failure failure);
@@ -106,7 +102,6 @@ private:
   Result<Done> write_temporary(const NewFile& file, const std::string& name);
   Result<Done> compare_map();
   Result<OpenMap::FileState> own_state();
-  Result<Done> check_content();
   Result<Done> check_state();
   Result<bool> holds(const std::string& name, std::string_view content);
   Result<Done> move_aside(OpenMap::Kind kind);
@@ -117,7 +112,6 @@ private:
   }
   Result<Done> write_copy();
   Result<Done> check_made(const std::string& name);
-  Result<Done> check_older_backup();
   Result<Done> check_backup();
   Result<Done> place(Prepared& file, const std::string& kept);
   Result<OpenMap::Kind> kind_of(const std::string& name);

@@ -4,6 +4,7 @@
 #include "platform/map_replacement.h"
 
 #include <algorithm>
+#include <iterator>
 #include <utility>
 
 namespace {
@@ -22,11 +23,6 @@ bool ReplacementBatch::has_room(std::size_t size) const {
   return empty() || (maps.size() < most && bytes + size <= most_bytes);
 }
 
-bool ReplacementBatch::must_wait(const MapReplacement& replacing) const {
-  return std::any_of(maps.begin(), maps.end(),
-                     [&](const auto& other) { return other->conflicts_with(replacing); });
-}
-
 Result<Done> ReplacementBatch::add(std::unique_ptr<OpenMap> map, Replacement replacement) {
   auto replacing = std::make_unique<MapReplacement>(std::move(map), std::move(replacement.was),
                                                     std::move(replacement.backup));
@@ -34,7 +30,8 @@ Result<Done> ReplacementBatch::add(std::unique_ptr<OpenMap> map, Replacement rep
   if (const auto failed = failed_disks.find(replacing->device()); failed != failed_disks.end())
     replacing->fail(
         {replacing->open_map().path, "convert it", failed->second, Failure::Kind::unconfirmed});
-  if (replacing->outcome && must_wait(*replacing))
+  const auto conflicts = [&](const auto& other) { return other->conflicts_with(*replacing); };
+  if (replacing->outcome && std::ranges::any_of(maps, conflicts))
     return Failure{replacing->open_map().path, "convert it", "another map comes first"};
   replacing->run_step([&] { return replacing->find_companions(replacement.companions); });
   replacing->run_step(
@@ -70,26 +67,21 @@ std::vector<Result<Done>> ReplacementBatch::commit() {
 // Flushes what the last step has left unflushed.
 void ReplacementBatch::flush(const Maps& flushed) {
   std::vector<Unflushed> unflushed;
-  std::vector<MapReplacement*> owners;
   for (const auto& replacing : flushed)
-    for (const auto& file : replacing->unflushed) {
-      unflushed.push_back({replacing->open_map(), file.entry, file.what});
-      owners.push_back(replacing.get());
-    }
-  for (const auto& replacing : flushed)
-    replacing->unflushed.clear();
+    std::ranges::move(std::exchange(replacing->unflushed, {}), std::back_inserter(unflushed));
   if (unflushed.empty())
     return;
   files.flush(unflushed);
-  for (std::size_t i = 0; i < unflushed.size(); ++i)
-    if (!unflushed[i].flushed)
-      fail_unflushed(flushed, *owners[i], unflushed[i]);
+  for (const Unflushed& file : unflushed)
+    if (!file.flushed)
+      fail_unflushed(flushed, file);
 }
 
 // The system reports a failed write once, to whoever flushes first: what it says of the other files
 // of that file system is worth nothing.
-void ReplacementBatch::fail_unflushed(const Maps& flushed, MapReplacement& owner,
-                                      const Unflushed& file) {
+void ReplacementBatch::fail_unflushed(const Maps& flushed, const Unflushed& file) {
+  MapReplacement& owner = **std::ranges::find_if(
+      flushed, [&](const auto& replacing) { return &replacing->open_map() == &file.map; });
   const Failure& failure = file.flushed.failure();
   if (failure.kind != Failure::Kind::unconfirmed)
     return owner.fail(
@@ -98,7 +90,7 @@ void ReplacementBatch::fail_unflushed(const Maps& flushed, MapReplacement& owner
     return "the disk did not confirm that " + what + " is written: " + failure.reason;
   };
   owner.fail({failure.path, "convert it", unconfirmed(owner.shown(file.what)), failure.kind});
-  const bool is_map = file.what == owner.open_map().name;
+  const bool is_map = file.what == file.map.name;
   const std::string reason = unconfirmed(is_map ? failure.path : file.what + " of " + failure.path);
   for (const auto& other : flushed)
     if (other->device() == owner.device())

@@ -72,9 +72,8 @@ public:
 private:
   using Maps = std::vector<std::unique_ptr<MapReplacement>>;
 
-  bool must_wait(const MapReplacement& replacing) const;
   void flush(const Maps& flushed);
-  void fail_unflushed(const Maps& flushed, MapReplacement& owner, const Unflushed& file);
+  void fail_unflushed(const Maps& flushed, const Unflushed& file);
 
   Files& files;
   const std::size_t most;                             // maps
