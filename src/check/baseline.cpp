@@ -1,4 +1,3 @@
-// What a current map looks like, line by line.
 #include "check/baseline.h"
 
 #include "check/finding.h"
@@ -7,23 +6,8 @@
 
 #include <algorithm>
 
-namespace {
-
-// The texts of a sorted list that begin with `start`.
-auto beginning_with(const std::vector<std::string_view>& sorted, std::string_view start) {
-  return std::ranges::equal_range(
-      sorted, start, {}, [&](std::string_view text) { return text.substr(0, start.size()); });
-}
-
-}  // namespace
-
 // A text is sorted behind those that it begins with, so the index finds the longest.
-Baseline::Baseline(std::string filename_in, Result<std::string> text) {
-  filename = std::move(filename_in);
-  if (text)
-    lines = LineArray::split(*std::move(text));
-  else
-    failure = text.failure();
+Baseline::Baseline(Template file) : Template(std::move(file)) {
   if (const auto last = version_of(lines[1]); has_number(last))
     version = numeric_value(last);
   std::vector<std::string_view> shown;
@@ -35,17 +19,9 @@ Baseline::Baseline(std::string filename_in, Result<std::string> text) {
   texts.assign(distinct.begin(), distinct.end());
   index = RadixTree(texts);
   for (const std::string_view line : shown) {
-    unindenteds.push_back(unindented(line));
     words.insert(first_word(line));
-    spellings[lowered(first_word(line))] = first_word(line);
     order.push_back(index.find(line));
   }
-  std::ranges::sort(unindenteds);
-  add_order();
-}
-
-void Baseline::add_order() {
-  std::set<std::size_t> openers;  // a deeper line follows
   for (std::size_t i = 1; i < order.size(); ++i) {
     const std::size_t a = order[i - 1], b = order[i];
     following.emplace(a, b);
@@ -53,16 +29,6 @@ void Baseline::add_order() {
       openers.insert(a);
     if (depth_of(b) < depth_of(a))
       closers.insert(b);
-  }
-  for (const auto& [a, b] : following) {
-    behind_depth.emplace(depth_of(a), b);
-    before_depth.emplace(a, depth_of(b), closers.contains(b));
-  }
-  places.resize(texts.size());
-  for (std::size_t i = 0; i < order.size(); ++i) {
-    const bool bend = openers.contains(order[i]) || closers.contains(order[i]);
-    places[order[i]].push_back(i);
-    bends.push_back(bends.back() + (bend ? 1 : 0));
   }
 }
 
@@ -76,48 +42,38 @@ std::size_t Baseline::kind(std::string_view line) const {
 
 std::vector<std::size_t> Baseline::kinds(const OutputLine& output) const {
   std::vector<std::size_t> found;
-  if (output.marker != Marker::none && !unindented(output.text).empty())
-    for (const std::string_view& text : beginning_with(texts, output.text))
-      found.push_back(static_cast<std::size_t>(&text - texts.data()));
+  const bool goes_on = output.marker != Marker::none && !unindented(output.text).empty();
+  for (std::size_t k = 1; goes_on && k < texts.size(); ++k)
+    if (texts[k].starts_with(output.text))
+      found.push_back(k);
   if (const std::size_t k = kind(output.text); k > 0)
     found.push_back(k);
   return found;
 }
 
 std::string Baseline::missing(std::size_t a, std::size_t b) const {
-  for (const std::size_t i : places[a]) {
-    const auto j = std::ranges::upper_bound(places[b], i + 1);
-    if (!closers.contains(a) && j != places[b].end() && bends[*j] == bends[i + 1])
+  const auto ends = [&](std::size_t kind) {
+    return openers.contains(kind) || closers.contains(kind);
+  };
+  for (std::size_t i = 0; i < order.size() && !closers.contains(a); ++i) {
+    std::size_t j = i + 1;
+    while (order[i] == a && j < order.size() && !ends(order[j]) && (j == i + 1 || order[j] != b))
+      ++j;
+    if (i + 1 < j && j < order.size() && order[j] == b)
       return ", which has " + quote(texts[order[i + 1]]) + " between";
   }
   return "";
 }
 
 bool Baseline::may_follow(std::size_t a, std::size_t b) const {
-  const bool closes = closers.contains(b);
-  return (depth_of(b) < depth_of(a) && closes) || behind_depth.contains({depth_of(a), b}) ||
-         before_depth.contains({a, depth_of(b), closes});
-}
-
-std::string_view Baseline::misspelt(std::string_view word) const {
-  const auto found = spellings.find(lowered(word));
-  return found == spellings.end() || has_word(word) ? "" : found->second;
-}
-
-bool Baseline::has_start(std::string_view start) const {
-  return !beginning_with(texts, start).empty();
-}
-
-std::set<std::string_view> Baseline::words_like(std::string_view recognition) const {
-  std::set<std::string_view> found;
-  for (const std::string_view text :
-       beginning_with(is_blank(recognition.front()) ? texts : unindenteds, recognition)) {
-    const auto rest = text.substr(recognition.size());
-    if (rest.empty() || !is_letter(rest.front()))
-      return {};
-    found.insert(first_word(text));
-  }
-  return found;
+  const auto is_similar = [&](const auto& pair) {
+    const auto [before, behind] = pair;
+    const bool like_b =
+        depth_of(behind) == depth_of(b) && closers.contains(behind) == closers.contains(b);
+    return (behind == b && depth_of(before) == depth_of(a)) || (before == a && like_b);
+  };
+  return (depth_of(b) < depth_of(a) && closers.contains(b)) ||
+         std::ranges::any_of(following, is_similar);
 }
 
 std::size_t Baseline::depth_of(std::size_t kind) const { return depth(texts[kind]); }

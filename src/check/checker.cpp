@@ -1,10 +1,25 @@
-// Checks templates, and the conversion of maps by them.
 #include "check/checker.h"
 
 #include "engine/numbers.h"
 
 #include <algorithm>
 #include <utility>
+
+namespace {
+
+// What keeps a map from being one of the current version; empty if nothing does.
+std::string fault_of(const MapRun& run) {
+  if (!run.result) {
+    const Failure& failure = run.result.failure();
+    return "it cannot be converted: " + quote(name_of(failure.path)) + ": " + failure.reason;
+  }
+  return is_current(run.edition, run.lines)
+             ? ""
+             : "its version is " + quote(version_of(run.lines[1])) + " afterwards, not " +
+                   number_text(*run.edition.baseline.version);
+}
+
+}  // namespace
 
 Checker::Checker(std::vector<EditionTemplates> editions_in) : editions(std::move(editions_in)) {
   for (const EditionTemplates& edition : editions) {
@@ -14,9 +29,9 @@ Checker::Checker(std::vector<EditionTemplates> editions_in) : editions(std::move
       const Report report(findings, rule.name);
       if (rule.of_edition)
         rule.of_edition(edition, report);
-      for (const Pair* pair : edition.all_pairs())
-        if (rule.of_pair && pair->is_readable())
-          rule.of_pair(edition, *pair, report);
+      for (const Pair& pair : edition.pairs)
+        if (rule.of_pair && pair.is_readable())
+          rule.of_pair(edition, pair, report);
     }
   }
 }
@@ -24,7 +39,7 @@ Checker::Checker(std::vector<EditionTemplates> editions_in) : editions(std::move
 // A first line that only old templates have, or that two baselines have, is a baseline's mistake.
 const EditionTemplates* Checker::edition_of(const Map& map) {
   const auto title = map.lines[0];
-  const auto has_title = [&](const auto& pair) { return pair.second.old.lines[0] == title; };
+  const auto has_title = [&](const Pair& pair) { return pair.old.lines[0] == title; };
   std::vector<const EditionTemplates*> same, similar;
   for (const EditionTemplates& edition : editions)
     if (edition.baseline.version && edition.baseline.lines[0] == title)
@@ -33,51 +48,37 @@ const EditionTemplates* Checker::edition_of(const Map& map) {
       similar.push_back(&edition);
   const Report report(findings, "unknown-edition");
   const Place seen{map.path, 0};
+  const auto& found = same.empty() ? similar : same;
   if (same.size() > 1)
     report({same[1]->baseline.filename, 0},
            "it begins like " + name_of(same[0]->baseline.filename) +
                ": name the edition of their maps with --edition",
            seen);
-  else if (same.empty() && similar.size() == 1)
-    report({similar[0]->baseline.filename, 0},
-           "its maps begin with " + quote(title) + ", as old templates do", seen);
+  else if (found.size() != 1)
+    report(seen, quote(title) + " is the first line of no baseline: it is not checked", seen);
   else if (same.empty())
-    report(seen, quote(title) + " is the first line of no baseline: it is not checked", seen,
-           std::string(title) + " ");
-  return same.size() == 1 ? same[0] : same.empty() && similar.size() == 1 ? similar[0] : nullptr;
-}
-
-// Reports a map that does not become one of the current version; whether it was converted.
-bool Checker::check_current(const MapRun& run) {
-  const Report report(findings, "not-current");
-  const Place seen{run.map.path, 1};
-  if (!run.result) {
-    const auto& [path, action, reason, missing] = run.result.failure();
-    report(seen, "it cannot be converted: " + quote(name_of(path)) + ": " + reason, seen, reason);
-  } else if (!is_current(run.edition, run.lines)) {
-    report(seen,
-           "its version is " + quote(version_of(run.lines[1])) + " afterwards, not " +
-               number_text(run.edition.baseline.version.value_or(0)),
-           seen, "version " + std::string(version_of(run.map.lines[1])));
-  }
-  return bool(run.result);
+    report({found[0]->baseline.filename, 0},
+           "its maps begin with " + quote(title) + ", as old templates do", seen);
+  return found.size() == 1 ? found[0] : nullptr;
 }
 
 std::optional<MapRun> Checker::add(const Map& map) {
   const Place start{map.path, 0};
-  if (const auto fault = one_line_fault(map.lines.text()); !fault.empty())
-    Report(findings, "line-ends")(start, fault, start, "map");
+  if (const auto fault = one_line_fault(map.lines); !fault.empty())
+    Report(findings, "line-ends")(start, fault, start);
   if (map.lines[0].starts_with(byte_order_mark))
-    Report(findings, "odd-bytes")(start, "it begins with a byte order mark", start, "map");
+    Report(findings, "odd-bytes")(start, "it begins with a byte order mark", start);
   const EditionTemplates* edition = edition_of(map);
   if (edition && map.lines.size() < 2)
-    Report(findings, "not-current")(start, "it has no second line", start, "line");
+    Report(findings, "not-current")(start, "it has no second line", start);
   if (!edition || !is_old(*edition, map.lines)) {
     ++(!edition ? unknown : map.lines.size() < 2 ? failed : current);
     return std::nullopt;
   }
   MapRun run = convert(*edition, map);
-  ++(check_current(run) ? converted : failed);
+  if (const auto fault = fault_of(run); !fault.empty())
+    Report(findings, "not-current")({map.path, 1}, fault, {map.path, 1});
+  ++(run.result ? converted : failed);
   if (run.result)
     note_matches(run);
   for (const Rule& rule : all_rules())
@@ -95,7 +96,7 @@ void Checker::note_matches(const MapRun& run) {
       if (recognises(old, i))
         lines[i];
     for (const Block& block : pass.blocks)
-      for (std::size_t d = 0; d < (pass.is_fix ? 3 : 1) && !lines.empty(); ++d)
+      for (std::size_t d = 0; d < (pass.pair.is_fix ? 3 : 1) && !lines.empty(); ++d)
         lines.erase(matchline(old, pass.input[block.line + d]));
     const OldTemplate loose = loose_template(old);
     for (std::size_t k = 0; k < pass.input.size() && !lines.empty(); ++k)
@@ -107,18 +108,10 @@ void Checker::note_matches(const MapRun& run) {
   }
 }
 
-void Checker::report_unmatched() {
-  const Report report(findings, "unmatched");
-  for (const auto& [pair, lines] : unmatched)
-    for (const auto& [line, near] : lines)
-      report({pair->old.filename, line},
-             quote(pair->old.lines[line]) + " recognises no line of the given maps" + near);
-}
-
 std::string Checker::subject() const {
   std::size_t pairs = 0;
   for (const EditionTemplates& edition : editions)
-    pairs += edition.all_pairs().size();
+    pairs += edition.pairs.size();
   const std::size_t maps = converted + failed + current + unknown,
                     unused = maps > 0 ? pairs - unmatched.size() : 0;
   std::string text = counted(pairs, "pair") +
@@ -135,11 +128,14 @@ std::string Checker::subject() const {
 }
 
 std::string Checker::report(bool colours) {
-  report_unmatched();
-  findings.heed_remarks([&](const std::string& file) {
-    return std::ranges::any_of(unmatched, [&](const auto& pair) {
-      return pair.first->old.filename == file || pair.first->current.filename == file;
-    });
-  });
+  const Report report(findings, "unmatched");
+  std::set<std::string> checked;
+  for (const auto& [pair, lines] : unmatched) {
+    checked.insert({pair->old.filename, pair->current.filename});
+    for (const auto& [line, near] : lines)
+      report({pair->old.filename, line},
+             quote(pair->old.lines[line]) + " recognises no line of the given maps" + near);
+  }
+  findings.heed_remarks(checked);
   return findings.report(colours) + subject() + "; " + findings.summary() + "\n";
 }

@@ -4,11 +4,6 @@
 #include "check/finding.h"
 #include "check/map_run.h"
 
-#include <map>
-#include <optional>
-#include <string>
-#include <vector>
-
 class Checker {
 public:
   // Checks the templates themselves.
@@ -27,9 +22,7 @@ public:
 
 private:
   const EditionTemplates* edition_of(const Map& map);
-  bool check_current(const MapRun& run);
   void note_matches(const MapRun& run);
-  void report_unmatched();
   std::string subject() const;
 
   std::vector<EditionTemplates> editions;

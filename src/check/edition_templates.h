@@ -2,25 +2,25 @@
 #pragma once
 
 #include "check/baseline.h"
+#include "check/sections.h"
+#include "engine/numbers.h"
 
 #include <array>
 #include <map>
 
-// Orders versions by their numbers, and those of the same number as text.
-struct ByNumber {
-  bool operator()(const std::string& a, const std::string& b) const;
-};
-
 struct CaseInsensitive {
-  bool operator()(const std::string& a, const std::string& b) const;
+  bool operator()(std::string_view a, std::string_view b) const { return lowered(a) < lowered(b); }
 };
 
 // The templates for the maps of one version, or those of a fix pass. One that is missing has its
 // `failure` set.
 struct Pair {
+  std::string version;  // as the file names have it
+  bool is_fix;          // it is for the expansion's fix pass
   OldTemplate old;
   NewTemplate current;
 
+  double number() const { return numeric_value(version); }
   std::array<const Template*, 2> files() const { return {&old, &current}; }
 
   // Of the two, one that is there.
@@ -29,21 +29,17 @@ struct Pair {
   // Whether both files are there, and neither counts as one line.
   bool is_readable() const;
 };
-using Pairs = std::map<std::string, Pair, ByNumber>;  // by the version, as the file names have it
 
 struct EditionTemplates {
   static constexpr char expansion = 't';
 
   char letter;  // that its file names begin with
   Baseline baseline;
-  Pairs pairs;
-  Pairs fixes;  // the expansion's
+  std::vector<Pair> pairs;  // by the numbers of their versions
 
-  // The pair of the fix pass that maps go through; null when there is none.
-  const Pair* fix() const;
-
-  // Those of both kinds.
-  std::vector<const Pair*> all_pairs() const;
+  // The pair for a version, and that of the fix pass that maps go through; null when there is none.
+  const Pair* find(bool fix, const std::string& version) const;
+  const Pair* fix() const { return find(true, number_text(baseline.version.value_or(0))); }
 
   // The files that are there.
   std::vector<const Template*> files() const;
@@ -58,8 +54,9 @@ struct EditionTemplates {
 // Whether a file of that name may belong to an edition. Names are case-insensitive.
 bool is_template_name(const std::string& name);
 
-// The name of a template.
+// The name of a template, and the failure to read one that is missing.
 std::string template_name(char letter, bool old, bool fix, const std::string& version);
+Failure missing_template(const std::string& name);
 
 // Sorts the files of a folder, whose texts are given by their names, into the editions that have
 // any. Files of other names are ignored. Paths in the result are `folder` and a name.

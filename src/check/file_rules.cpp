@@ -5,30 +5,18 @@
 
 #include <algorithm>
 #include <cmath>
+#include <ranges>
 
 namespace {
-
-// Whether maps that begin with a title and a version line become current ones, also if the lines
-// behind are those that the fix pass recognises.
-bool becomes_current(const EditionTemplates& edition, std::string_view title,
-                     const std::string& line) {
-  std::string text = std::string(title) + "\r\n" + line;
-  for (std::size_t i = 1; edition.fix() && i < edition.fix()->old.lines.size(); ++i)
-    if (recognises(edition.fix()->old, i))
-      text += "\r\n" + std::string(edition.fix()->old.lines[i]) + " ";
-  const Map map{"", LineArray::split(text)};
-  const MapRun run = convert(edition, map);
-  return !run.result || is_current(edition, run.lines);
-}
 
 // Calls `visit` with each pair that old maps need, and with the version line of its maps: the
 // baseline's with the old version.
 template <class Visit> void for_each_version(const EditionTemplates& edition, const Visit& visit) {
-  for (const auto& [version, pair] : edition.pairs)
-    if (pair.is_readable() && edition.baseline.version &&
-        numeric_value(version) < *edition.baseline.version) {
+  for (const Pair& pair : edition.pairs)
+    if (!pair.is_fix && pair.is_readable() && edition.baseline.version &&
+        pair.number() < *edition.baseline.version) {
       std::string line(edition.baseline.lines[1]);
-      visit(pair, line.replace(line.size() - version_of(line).size(), line.npos, version));
+      visit(pair, line.replace(line.size() - version_of(line).size(), line.npos, pair.version));
     }
 }
 
@@ -36,7 +24,7 @@ template <class Visit> void for_each_version(const EditionTemplates& edition, co
 
 void line_ends(const EditionTemplates& edition, const Report& report) {
   for (const Template* file : edition.files())
-    if (const auto fault = one_line_fault(file->lines.text()); !fault.empty())
+    if (const auto fault = one_line_fault(file->lines); !fault.empty())
       report({file->filename, 0}, fault);
 }
 
@@ -50,17 +38,17 @@ void odd_bytes(const EditionTemplates& edition, const Report& report) {
     std::size_t i = 0, at = 0;
     while (i < lines.size() && (at = lines[i].find_first_of("\r\n")) == std::string_view::npos)
       ++i;
-    if (i < lines.size() && one_line_fault(lines.text()).empty())
+    if (i < lines.size() && one_line_fault(lines).empty())
       report({file->filename, i, at + 1}, "a lone LF or CR ends no line: it is part of one");
   }
 }
 
 void missing_pair(const EditionTemplates& edition, const Report& report) {
   const Baseline& baseline = edition.baseline;
-  for (const Pair* pair : edition.all_pairs())
-    for (const Template* file : pair->files())
+  for (const Pair& pair : edition.pairs)
+    for (const Template* file : pair.files())
       if (file->failure)
-        report({pair->present().filename, 0}, "there is no " + name_of(file->filename));
+        report({pair.present().filename, 0}, "there is no " + name_of(file->filename));
   if (baseline.failure)
     report({baseline.filename, 0}, "the file is missing, which says what version is current");
   if (edition.letter == EditionTemplates::expansion && baseline.version && !edition.fix())
@@ -84,27 +72,30 @@ void version_gap(const EditionTemplates& edition, const Report& report) {
     return;
   const double current = *edition.baseline.version;
   double version = current;
-  const auto needless = [&](const Pair& pair) {
-    report({pair.present().filename, 0},
-           "no map needs it: the baseline says that " + number_text(current) + " is current");
-  };
-  for (const auto& [text, pair] : edition.pairs) {
-    version = has_number(text) ? std::min(version, std::floor(numeric_value(text))) : version;
-    if (numeric_value(text) >= current)
-      needless(pair);
+  for (const Pair& pair : edition.pairs) {
+    if (pair.is_fix ? &pair != edition.fix() : pair.number() >= current)
+      report({pair.present().filename, 0},
+             "no map needs it: the baseline says that " + number_text(current) + " is current");
+    if (!pair.is_fix && has_number(pair.version))
+      version = std::min(version, std::floor(pair.number()));
   }
   for (; version < current; ++version)
-    if (!edition.pairs.contains(number_text(version)))
+    if (!edition.find(false, number_text(version)))
       report({edition.baseline.filename, 1},
              "maps of version " + number_text(version) + " have no templates");
-  for (const auto& [text, pair] : edition.fixes)
-    if (&pair != edition.fix())
-      needless(pair);
 }
 
+// Also if the lines behind are those that the fix pass recognises.
 void no_version(const EditionTemplates& edition, const Report& report) {
+  std::string behind;
+  for (std::size_t i = 1; edition.fix() && i < edition.fix()->old.lines.size(); ++i)
+    if (recognises(edition.fix()->old, i))
+      behind += "\r\n" + std::string(edition.fix()->old.lines[i]) + " ";
   for_each_version(edition, [&](const Pair& pair, const std::string& line) {
-    if (matchline(pair.old, line) > 0 && !becomes_current(edition, pair.old.lines[0], line))
+    const std::string title(pair.old.lines[0]);
+    const Map map{"", LineArray::split(title + "\r\n" + line + behind)};
+    const MapRun run = convert(edition, map);
+    if (matchline(pair.old, line) > 0 && run.result && !is_current(edition, run.lines))
       report({pair.current.filename, 0}, "its maps do not become those of version " +
                                              number_text(*edition.baseline.version) +
                                              ", so that each run converts them again");
@@ -121,30 +112,28 @@ void version_line(const EditionTemplates& edition, const Report& report) {
 // A line that a newer pair recognises is gone when the baseline has none like it. An older pair has
 // to know its word, or one that is written for it, or its maps keep the line.
 void forgotten_word(const EditionTemplates& edition, const Report& report) {
-  struct Gone {
-    std::string place;                   // where it is recognised
-    std::set<std::string_view> written;  // the words that are written for it, and itself
-  };
-  std::map<std::string_view, Gone> gone;
-  for (auto at = edition.pairs.rbegin(); edition.shown() && at != edition.pairs.rend(); ++at) {
-    const auto& [old, current] = at->second;
+  std::map<std::string_view, std::string> gone;                       // where it is recognised
+  std::map<std::string_view, std::set<std::string_view>> successors;  // the words that it becomes
+  for (const Pair& pair : edition.pairs | std::views::reverse) {
+    if (pair.is_fix || !edition.shown())
+      continue;
+    const OldTemplate& old = pair.old;
     std::set<std::string_view> own;
-    for (const Template* file : at->second.files())
+    for (const Template* file : pair.files())
       for (std::size_t i = 1; i < file->lines.size(); ++i)
         own.insert(first_word(file->lines[i]));
-    for (const auto& [word, known] : gone)
-      if (std::ranges::none_of(known.written, [&](const auto w) { return own.contains(w); }))
-        report({old.filename, 0}, "it knows nothing of " + quote(word) + ", which " + known.place +
+    const auto knows = [&](std::string_view word) { return own.contains(word); };
+    for (const auto& [word, place] : gone)
+      if (!knows(word) && std::ranges::none_of(successors[word], knows))
+        report({old.filename, 0}, "it knows nothing of " + quote(word) + ", which " + place +
                                       " recognises and the baseline does not have");
     for (std::size_t i = 1; i < old.lines.size(); ++i)
       if (const auto word = first_word(old.lines[i]);
           recognises(old, i) && !word.empty() &&
           edition.shown()->kinds({old.lines[i], Marker::rest}).empty()) {
-        Gone& known = gone[word];
-        known.place = line_number(i) + " of " + name_of(old.filename);
-        known.written.insert(word);
-        for (auto [k, end] = output_of(current, sectionof(old, i)); k < end; ++k)
-          known.written.insert(first_word(current.lines[k]));
+        gone[word] = line_number(i) + " of " + name_of(old.filename);
+        for (auto [k, end] = output_of(pair.current, sectionof(old, i)); k < end; ++k)
+          successors[word].insert(first_word(pair.current.lines[k]));
       }
   }
 }

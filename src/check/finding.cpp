@@ -1,10 +1,10 @@
-// What the checker has found, with its places.
 #include "check/finding.h"
 
 #include "check/sections.h"
 #include "platform/printable.h"
 
 #include <algorithm>
+#include <ranges>
 #include <tuple>
 
 namespace {
@@ -16,25 +16,27 @@ std::string coloured(const std::string& text, const char* colour, bool colours) 
   return colours ? "\033[" + std::string(colour) + "m" + text + "\033[0m" : text;
 }
 
+std::string text_of(const Place& place) {
+  return place.file + ":" + std::to_string(place.line + 1);
+}
+
 // In which maps a finding shows.
 std::string shown_in(const Finding& finding) {
-  const auto& [file, line, column] = finding.seen;
   const std::size_t maps = finding.maps.size();
-  const bool here = file == finding.place.file;
+  const bool here = finding.seen.file == finding.place.file;
   if (maps == 0 || (here && maps == 1))
     return "";
   return (maps > 1 ? " (in " + std::to_string(maps) + " maps, first " : " (") +
-         (here ? "here" : file + ":" + std::to_string(line + 1)) + ")";
+         (here ? "here" : text_of(finding.seen)) + ")";
 }
 
 std::string line_of(const Finding& finding, bool colours) {
-  const auto& [file, line, column] = finding.place;
-  const std::string place = printable(file) + ":" + std::to_string(line + 1) + ":" +
-                            (column > 0 ? std::to_string(column) + ":" : "");
-  const bool error = finding.rule->severity == Severity::error;
-  return coloured(place, "1", colours) + " " +
+  const auto& [rule, place, text, seen, maps] = finding;
+  const std::string column = place.column > 0 ? std::to_string(place.column) + ":" : "";
+  const bool error = rule->severity == Severity::error;
+  return coloured(printable(text_of(place)) + ":" + column, "1", colours) + " " +
          coloured(error ? "error:" : "warning:", error ? "1;31" : "1;35", colours) + " " +
-         printable(finding.text + shown_in(finding)) + " [" + finding.rule->name + "]\n";
+         printable(text + shown_in(finding)) + " [" + rule->name + "]\n";
 }
 
 }  // namespace
@@ -54,29 +56,21 @@ void Findings::read_remarks(const std::string& file, const LineArray& lines) {
     std::size_t below = i + 1;
     while (is_remark(lines[below]))
       ++below;
-    std::size_t begin = below, end = below + 1;
-    if (first == lines.size())
-      std::tie(begin, end) = std::pair(0, lines.size());
-    else if (is_header(lines[below]))
-      std::tie(begin, end) = std::pair(below == first ? 0 : below, next_header(below + 1));
-    const Place place{file, i};
     const std::string rule(stripped(lines[i].substr(remark_start.size())));
-    remarks.push_back({place, rule, begin, end});
+    const bool all = first == lines.size();
+    const std::size_t end = all || is_header(lines[below]) ? next_header(below + 1) : below + 1;
+    const Place place{file, i};
+    remarks.push_back({place, rule, all || below == first ? 0 : below, end});
   }
 }
 
-void Findings::add(const std::string& key, const Finding& finding) {
-  const auto at = kept.try_emplace(key, finding).first;
-  if (!finding.seen.file.empty())
-    at->second.maps.insert(finding.seen.file);
-}
-
-void Findings::heed_remarks(const std::function<bool(const std::string&)>& checked) {
+void Findings::heed_remarks(const std::set<std::string>& checked) {
   silenced += std::erase_if(kept, [&](const auto& entry) {
-    const auto& [rule, place, text, seen, maps] = entry.second;
+    const Finding& finding = entry.second;
+    const auto& [file, line, column] = finding.place;
     for (Remark& remark : remarks)
-      if (remark.place.file == place.file && remark.rule == rule->name &&
-          remark.begin <= place.line && place.line < remark.end)
+      if (remark.place.file == file && remark.rule == finding.rule->name && remark.begin <= line &&
+          line < remark.end)
         return remark.used = true;
     return false;
   });
@@ -85,27 +79,25 @@ void Findings::heed_remarks(const std::function<bool(const std::string&)>& check
     const Rule* rule = find_rule(remark.rule);
     if (!rule)
       report(remark.place, "there is no rule " + quote(remark.rule));
-    else if (!remark.used && (!rule->needs_maps() || checked(remark.place.file)))
+    else if (!remark.used && (!rule->needs_maps() || checked.contains(remark.place.file)))
       report(remark.place, "it silences nothing");
   }
 }
 
 std::size_t Findings::count(Severity severity) const {
-  return static_cast<std::size_t>(std::ranges::count_if(
-      kept, [&](const auto& entry) { return entry.second.rule->severity == severity; }));
+  return static_cast<std::size_t>(std::ranges::count(
+      kept | std::views::values, severity, [](const Finding& f) { return f.rule->severity; }));
 }
 
 std::string Findings::report(bool colours) const {
-  std::vector<const Finding*> sorted;
-  sorted.reserve(kept.size());
-  for (const auto& [key, finding] : kept)
-    sorted.push_back(&finding);
-  std::ranges::sort(sorted, {}, [](const Finding* f) {
-    return std::tie(f->place.file, f->place.line, f->rule, f->place.column, f->text);
+  const auto found = kept | std::views::values;
+  std::vector<Finding> sorted(found.begin(), found.end());
+  std::ranges::sort(sorted, {}, [](const Finding& f) {
+    return std::tie(f.place.file, f.place.line, f.rule, f.place.column, f.text);
   });
   std::string text;
-  for (const Finding* finding : sorted)
-    text += line_of(*finding, colours);
+  for (const Finding& finding : sorted)
+    text += line_of(finding, colours);
   return text;
 }
 
@@ -117,9 +109,16 @@ std::string Findings::summary() const {
 
 void Report::operator()(const Place& place, const std::string& text, const Place& seen,
                         const std::string& key) const {
-  const std::string at = place.file + "\n" + std::to_string(place.line);
-  const std::string what = seen.file.empty() ? at + "\n" + text : key.empty() ? at : key;
-  findings.add(rule->name + ("\n" + what), {rule, place, text, seen, {}});
+  std::string what = key;
+  if (key.empty() && place.file != seen.file)
+    what = text_of(place);
+  if (key.empty() && (place.file == seen.file || seen.file.empty()))
+    what += "\n" + text;
+  Finding& finding =
+      findings.kept.try_emplace(rule->name + ("\n" + what), Finding{rule, place, text, seen, {}})
+          .first->second;
+  if (!seen.file.empty())
+    finding.maps.insert(seen.file);
 }
 
 std::string counted(std::size_t count, const std::string& noun) {

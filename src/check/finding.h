@@ -4,13 +4,8 @@
 #include "check/rules.h"
 #include "engine/line_array.h"
 
-#include <cstddef>
-#include <functional>
 #include <map>
 #include <set>
-#include <string>
-#include <string_view>
-#include <vector>
 
 // A line of a file. Files are as named on the command line, or below its folder.
 struct Place {
@@ -34,12 +29,9 @@ public:
   // without headers.
   void read_remarks(const std::string& file, const LineArray& lines);
 
-  // Findings of the same key are one.
-  void add(const std::string& key, const Finding& finding);
-
-  // Leaves out what is silenced, and finds the remarks that silence nothing. `checked` says whether
-  // the maps of a file were checked.
-  void heed_remarks(const std::function<bool(const std::string& file)>& checked);
+  // Leaves out what is silenced, and finds the remarks that silence nothing. `checked` are the
+  // files that maps were checked with.
+  void heed_remarks(const std::set<std::string>& checked);
 
   std::size_t count(Severity severity) const;
 
@@ -48,6 +40,7 @@ public:
   std::string summary() const;
 
 private:
+  friend class Report;
   struct Remark {
     Place place;
     std::string rule;
@@ -61,7 +54,8 @@ private:
 };
 
 // Takes the findings of one rule: what is wrong at a place and, if a map shows it, where in the
-// first such map. That is reported once for all maps: for each place or, if it is given, each key.
+// first such map. That is reported once for all maps: for each place of a template, and for each
+// text, or key if it is given, about a line of the map.
 class Report {
 public:
   Report(Findings& findings_in, const char* name) : findings(findings_in), rule(find_rule(name)) {}

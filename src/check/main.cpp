@@ -1,7 +1,5 @@
 // vora-template-check: checks structure templates for those who write them.
 #include "check/checker.h"
-#include "check/trace.h"
-#include "check/unified_diff.h"
 #include "platform/console.h"
 #include "platform/path_rules.h"
 #include "platform/printable.h"
@@ -38,54 +36,49 @@ constexpr const char* help =
     "does; others are counted, but not checked. The exit status is 0 if there are no\n"
     "errors, 1 if there are, and 2 for a wrong argument or a file that cannot be read.\n";
 
-// Larger files are refused.
-constexpr std::uintmax_t largest_template = 16 << 20;  // bytes
-constexpr std::uintmax_t largest_map = LineArray::max_text_size;
+struct Arguments {
+  std::map<std::string, std::string> options;  // the values of those that are given
+  std::vector<std::string> names;              // the folder, "" by default, then the maps
 
-struct Options {
-  bool diff = false, strict = false, help = false, version = false;
-  std::string edition, explain, trace;
-  std::vector<std::string> names;  // the folder, then the maps
+  bool has(const char* option) const { return options.contains(option); }
+  std::string value(const char* option) const { return has(option) ? options.at(option) : ""; }
 };
 
-// Sets the options; what is wrong with the arguments, empty if nothing is.
-std::string parse(const std::vector<std::string>& arguments, Options& options) {
-  const std::map<std::string, bool*> switches{{"--diff", &options.diff},
-                                              {"--strict", &options.strict},
-                                              {"-h", &options.help},
-                                              {"--help", &options.help},
-                                              {"--version", &options.version}};
-  const std::map<std::string, std::string*> values{{"--edition", &options.edition},
-                                                   {"--explain", &options.explain},
-                                                   {"--trace", &options.trace}};
+// Parses the arguments; what is wrong with them, empty if nothing is.
+std::string parse(const std::vector<std::string>& arguments, Arguments& parsed) {
+  static const std::map<std::string, bool> takes_value{
+      {"--diff", false}, {"--strict", false}, {"-h", false},       {"--help", false},
+      {"--trace", true}, {"--edition", true}, {"--explain", true}, {"--version", false}};
   for (auto at = arguments.begin(); at != arguments.end(); ++at) {
     const auto equals = std::min(at->find('='), at->size());
-    const auto value = values.find(at->substr(0, equals));
+    const auto option = takes_value.find(at->substr(0, equals));
     if (at->empty())
       return "an argument is empty";
     if (at->front() != '-') {
-      options.names.push_back(*at);
+      parsed.names.push_back(*at);
     } else if (*at == "--") {
-      options.names.insert(options.names.end(), std::next(at), arguments.end());
+      parsed.names.insert(parsed.names.end(), std::next(at), arguments.end());
       break;
-    } else if (const auto known = switches.find(*at); known != switches.end()) {
-      *known->second = true;
-    } else if (value == values.end()) {
+    } else if (option == takes_value.end() || (equals < at->size() && !option->second)) {
       return "there is no option \"" + *at + "\"";
     } else {
+      std::string& value = parsed.options[option->first];
       if (equals < at->size())
-        *value->second = at->substr(equals + 1);
-      else if (std::next(at) != arguments.end())
-        *value->second = *++at;
-      if (value->second->empty())
-        return value->first + " needs a value";
+        value = at->substr(equals + 1);
+      else if (option->second && std::next(at) != arguments.end())
+        value = *++at;
+      if (option->second && value.empty())
+        return option->first + " needs a value";
     }
   }
-  if (!options.edition.empty() && options.edition != "v" && options.edition != "t")
-    return "there is no edition \"" + options.edition + "\"";
-  if (!options.explain.empty() && !find_rule(options.explain))
-    return "there is no rule \"" + options.explain + "\"";
-  return options.diff && options.names.size() < 2 ? "--diff needs a folder and a map" : "";
+  if (parsed.names.empty())
+    parsed.names.emplace_back();
+  const auto edition = parsed.value("--edition"), rule = parsed.value("--explain");
+  if (!edition.empty() && edition != "v" && edition != "t")
+    return "there is no edition \"" + edition + "\"";
+  if (!rule.empty() && !find_rule(rule))
+    return "there is no rule \"" + rule + "\"";
+  return parsed.has("--diff") && parsed.names.size() < 2 ? "--diff needs a folder and a map" : "";
 }
 
 fs::path path_of(const std::string& name) { return {std::u8string(name.begin(), name.end())}; }
@@ -95,138 +88,125 @@ std::string text_of(const fs::path& path) {
   return {name.begin(), name.end()};
 }
 
-Result<std::string> read(const std::string& name, std::uintmax_t largest) {
+// The functions below throw the `Failure` to read what is named.
+
+std::string read(const std::string& name) {
   const fs::path path = path_of(name);
   std::error_code error;
   const bool regular = fs::is_regular_file(path, error);
   const std::uintmax_t size = regular ? fs::file_size(path, error) : 0;
-  if (size > largest)
-    return Failure{name, "read it", "it is too large"};
+  if (size > LineArray::max_text_size)
+    throw Failure{name, "read it", "it is too large"};
   std::ifstream file(path, std::ios::binary);
   std::string text(size, 0);
   file.read(text.data(), static_cast<std::streamsize>(size));
   if (!regular || error || !file)
-    return Failure{name, "read it", "it is missing, no file or not accessible"};
+    throw Failure{name, "read it", "it is missing, no file or not accessible"};
   return text;
 }
 
-// The files that `Iterator` visits in a folder and whose names fit, in order.
-template <class Iterator, class Fits>
-Result<std::vector<std::string>> list(const std::string& folder, const Fits& fits,
-                                      const char* what) {
+// The files in a folder whose names fit, and if it is `deep` those in its folders, in order.
+template <class Fits>
+std::vector<std::string> list(const std::string& folder, bool deep, const Fits& fits,
+                              const std::string& what) {
   std::vector<std::string> found;
-  std::error_code error;
-  for (Iterator at(path_of(folder), error); !error && at != Iterator(); at.increment(error))
-    if (std::error_code ignored; fits(text_of(at->path().filename())) && !at->is_directory(ignored))
+  std::error_code error, ignored;
+  fs::recursive_directory_iterator at(path_of(folder), error);
+  for (; !error && at != fs::recursive_directory_iterator(); at.increment(error)) {
+    if (fits(text_of(at->path().filename())) && !at->is_directory(ignored))
       found.push_back(text_of(at->path()));
-  if (error || found.empty())
-    return error ? Failure{folder, "read the folder", error.message()}
-                 : Failure{folder, "check it", std::string("there are no ") + what + " in it"};
+    if (!deep)
+      at.disable_recursion_pending();
+  }
+  if (error)
+    throw Failure{folder, "read the folder", error.message()};
+  if (found.empty())
+    throw Failure{folder, "check it", "there are no " + what + " in it"};
   std::ranges::sort(found);
   return found;
 }
 
 // The texts of the templates in a folder.
-Result<Texts> read_templates(const std::string& folder, const std::string& edition) {
+Texts read_templates(const std::string& folder, const std::string& edition) {
   const auto fits = [&](const std::string& name) {
     return is_template_name(name) && (edition.empty() || ascii_lower(name[0]) == edition[0]);
   };
-  const auto paths = list<fs::directory_iterator>(folder, fits, "templates");
-  if (!paths)
-    return paths.failure();
   Texts texts;
-  for (const std::string& path : *paths) {
-    auto text = read(path, largest_template);
-    if (!text)
-      return text.failure();
-    texts[name_of(path)] = *std::move(text);
-  }
+  for (const std::string& path : list(folder, false, fits, "templates"))
+    texts[name_of(path)] = read(path);
   return texts;
 }
 
 // The maps that an argument stands for: a map, those in a folder and its folders, or those with a
 // name that has a "*", which the command prompt of Windows leaves to the program.
-Result<std::vector<std::string>> find_maps(const std::string& argument) {
+std::vector<std::string> find_maps(const std::string& argument) {
   const fs::path path = path_of(argument);
-  const std::string name = text_of(path.filename()), folder = text_of(path.parent_path());
-  const auto star = name.find('*');
   std::error_code error;
-  if (fs::is_directory(path, error))
-    return list<fs::recursive_directory_iterator>(
-        argument, [](const std::string& file) { return matches_pattern(file, "*.galaxy"); },
-        "maps");
-  if (star == name.npos || fs::exists(path, error))
-    return std::vector{argument};
+  const bool all = fs::is_directory(path, error);
+  const std::string name = all ? "*.galaxy" : text_of(path.filename());
+  const std::string folder = all ? argument : text_of(path.parent_path());
+  const auto star = name.find('*');
+  if (star == name.npos || (!all && fs::exists(path, error)))
+    return {argument};
   const auto fits = [&](const std::string& file) {
     return file.size() + 1 >= name.size() && file.starts_with(name.substr(0, star)) &&
            matches_pattern(file, name.substr(star));
   };
-  return list<fs::directory_iterator>(folder.empty() ? "." : folder, fits, "such maps");
+  return list(folder.empty() ? "." : folder, all, fits, all ? "maps" : "such maps");
 }
 
-// Checks the maps that the options name; what is to be shown of them behind the findings.
-Result<std::string> check_maps(const Options& options, Checker& checker) {
-  std::vector<std::string> arguments = options.names;
-  if (!arguments.empty())
-    arguments.erase(arguments.begin());
-  if (!options.trace.empty())
-    arguments.push_back(options.trace);
+// Checks the maps that the arguments name; what is to be shown of them behind the findings.
+std::string check_maps(const Arguments& arguments, Checker& checker) {
+  std::vector<std::string> names = arguments.names;
+  const std::string traced = arguments.value("--trace");
+  if (!traced.empty())
+    names.push_back(traced);
   std::string shown;
-  for (const std::string& argument : arguments) {
-    const auto maps = find_maps(argument);
-    if (!maps)
-      return maps.failure();
-    for (const std::string& path : *maps) {
-      auto text = read(path, largest_map);
-      if (!text)
-        return text.failure();
-      const Map map{path, LineArray::split(*std::move(text))};
+  for (std::size_t i = 1; i < names.size(); ++i)
+    for (const std::string& path : find_maps(names[i])) {
+      const Map map{path, LineArray::split(read(path))};
       const auto run = checker.add(map);
-      if (options.diff && run && run->result)
+      if (arguments.has("--diff") && run && run->result)
         shown += unified_diff(*run);
-      if (argument == options.trace)
-        shown += run ? trace(*run) : argument + ": it is not converted\n";
+      if (names[i] == traced)
+        shown += run ? trace(*run) : traced + ": it is not converted\n";
     }
-  }
   return shown;
 }
 
-// Checks what the options name. The exit status, or what could not be read or written.
-Result<int> check(const Options& options) {
-  const std::string folder = options.names.empty() ? "" : options.names[0];
-  const auto texts = read_templates(folder.empty() ? "." : folder, options.edition);
-  if (!texts)
-    return texts.failure();
-  Checker checker(find_editions(folder, *texts));
-  const auto shown = check_maps(options, checker);
-  if (!shown)
-    return shown.failure();
+// Checks what the arguments name; whether there are findings that count for the exit status.
+bool check(const Arguments& arguments) {
+  const std::string& folder = arguments.names[0];
+  Checker checker(find_editions(
+      folder, read_templates(folder.empty() ? "." : folder, arguments.value("--edition"))));
+  const std::string shown = check_maps(arguments, checker);
   const char *no_colour = std::getenv("NO_COLOR"), *terminal = std::getenv("TERM");
   const bool escape = output_has_colours(), dumb = terminal && std::string_view(terminal) == "dumb";
   const bool colours = escape && !dumb && (!no_colour || !*no_colour);
-  if (!print(checker.report(colours) + (escape ? printable_lines(*shown) : *shown)))
-    return Failure{"standard output", "write the findings", "it is closed or full"};
-  const bool fault = checker.count(Severity::error) > 0 ||
-                     (options.strict && checker.count(Severity::warning) > 0);
-  return fault ? 1 : 0;
+  if (!print(checker.report(colours) + (escape ? printable_lines(shown) : shown)))
+    throw Failure{"standard output", "write the findings", "it is closed or full"};
+  return checker.count(Severity::error) > 0 ||
+         (arguments.has("--strict") && checker.count(Severity::warning) > 0);
 }
 
-int run(const std::vector<std::string>& arguments) {
-  Options options;
-  if (const std::string fault = parse(arguments, options); !fault.empty()) {
+int run(const std::vector<std::string>& given) {
+  Arguments arguments;
+  if (const std::string fault = parse(given, arguments); !fault.empty()) {
     print_error("vora-template-check: " + fault + "\r\n" + usage);
     return 2;
   }
-  if (options.help)
+  if (arguments.has("-h") || arguments.has("--help"))
     return print(usage + help) ? 0 : 2;
-  if (options.version)
+  if (arguments.has("--version"))
     return print("vora-template-check " VERSION "\n") ? 0 : 2;
-  if (const Rule* rule = find_rule(options.explain))
+  if (const Rule* rule = find_rule(arguments.value("--explain")))
     return print(explain(*rule)) && print("\n") ? 0 : 2;
-  const auto status = check(options);
-  if (!status)
-    print_error(status.failure().text());
-  return status ? *status : 2;
+  try {
+    return check(arguments) ? 1 : 0;
+  } catch (const Failure& failure) {
+    print_error(failure.text());
+    return 2;
+  }
 }
 
 }  // namespace

@@ -10,48 +10,6 @@ Place place_of(const MapRun& run, const Pass& pass, std::size_t line) {
   return {run.map.path, pass.origins[std::min(line, pass.origins.size() - 1)].line};
 }
 
-// Calls `visit` with each block and its pass.
-template <class Visit> void for_each_block(const MapRun& run, const Visit& visit) {
-  for (const Pass& pass : run.passes)
-    for (const Block& block : pass.blocks)
-      visit(pass, block);
-}
-
-// A value that an output line copies.
-struct Copy {
-  const Pass& pass;
-  const Block& block;
-  std::size_t line, source;  // of the new template, and of the map
-  const OutputLine& output;
-  std::string_view text, input;  // these lines
-
-  // Where the copy begins in the map's line.
-  std::size_t begin() const {
-    if (output.marker == Marker::rest)
-      return std::min(input.size(), output.text.size() - 1);
-    return input.size() -
-           std::min<std::size_t>(output.marker == Marker::last_two ? 2 : 1, input.size());
-  }
-};
-
-// Calls `visit` with each value that is copied; it returns what is wrong, empty if nothing is.
-template <class Visit>
-void report_copies(const MapRun& run, const Report& report, const Visit& visit) {
-  for_each_block(run, [&](const Pass& pass, const Block& block) {
-    const NewTemplate& current = pass.pair.current;
-    for (auto [i, end] = pass.output_of(block); i < end; ++i) {
-      const OutputLine& output = current.output[i];
-      if (output.marker != Marker::rest && !is_aligned(output.marker))
-        continue;
-      const std::size_t k = pass.source_of(block, i);
-      const std::string fault =
-          visit(Copy{pass, block, i, k, output, current.lines[i], pass.input[k]});
-      if (!fault.empty())
-        report({current.filename, i}, quote(current.lines[i]) + fault, place_of(run, pass, k));
-    }
-  });
-}
-
 void report_block(const MapRun& run, const Pass& pass, const Block& block, std::size_t line,
                   const Report& report, const std::string& text) {
   const std::size_t header = pass.header_of(block);
@@ -61,18 +19,38 @@ void report_block(const MapRun& run, const Pass& pass, const Block& block, std::
          place_of(run, pass, line));
 }
 
-// Whether the copy loses a part of the value in its line, or doubles the blank before it.
-bool misses_value(const Copy& copy) {
-  const auto line = copy.input;
-  const std::size_t at = copy.begin();
-  const bool rest = copy.output.marker == Marker::rest;
-  if (at == line.size())
-    return rest && stripped(line).find(' ') != line.npos;
-  if (at == 0 || is_blank(line[at - 1]) || (rest && is_blank(line[at])))
-    return at > 0 && rest && is_blank(line[at]);
-  const char before = line[at - 1], first = line[at];
-  const bool in_number = is_digit(first) && (is_digit(before) || before == '.' || before == '-');
-  return in_number || (is_letter(first) && is_letter(before)) || (first == '"' && !rest);
+// Reports what `fault_of` finds, if anything, about the copies of values: it gets the block and its
+// pass, the output line and the map's line.
+template <class FaultOf>
+void report_copies(const MapRun& run, const Report& report, const FaultOf& fault_of) {
+  for (const Pass& pass : run.passes)
+    for (const Block& block : pass.blocks)
+      for (auto [i, end] = pass.output_of(block); i < end; ++i) {
+        const NewTemplate& current = pass.pair.current;
+        const std::size_t k = pass.source_of(block, i);
+        const bool copies = has_value(current.output[i].marker);
+        const std::string fault = copies ? fault_of(pass, block, i, k) : "";
+        if (!fault.empty())
+          report({current.filename, i}, quote(current.lines[i]) + fault, place_of(run, pass, k));
+      }
+}
+
+// Where the copy begins in the map's line.
+std::size_t copy_start(const OutputLine& output, std::string_view line) {
+  if (output.marker == Marker::rest)
+    return std::min(line.size(), output.text.size() - 1);
+  const std::size_t count = output.marker == Marker::last_two ? 2 : 1;
+  return line.size() - std::min(count, line.size());
+}
+
+// Whether the copy from `at` on loses a part of the value in its line, or doubles the blank before.
+bool misses_value(std::string_view line, std::size_t at, bool rest) {
+  const auto in_value = [](char c) {
+    return is_letter(c) || is_digit(c) || c == '.' || c == '-' || c == '"';
+  };
+  if (at == line.size() || is_blank(line[at]))
+    return rest && at > 0 && stripped(line).find(' ') != line.npos;
+  return at > 0 && in_value(line[at - 1]) && in_value(line[at]);
 }
 
 // What follows the first word of a line.
@@ -82,10 +60,9 @@ std::string_view value_in(std::string_view line) {
 
 // Whether one of the lines begins with a word.
 bool has_word(const LineArray& lines, LineRange range, std::string_view word) {
-  for (std::size_t i = range.begin; i < range.end; ++i)
-    if (first_word(lines[i]) == word)
-      return true;
-  return false;
+  while (range.begin < range.end && first_word(lines[range.begin]) != word)
+    ++range.begin;
+  return range.begin < range.end;
 }
 
 bool writes_nothing(const Pass& pass, const Block& block) {
@@ -100,29 +77,25 @@ bool writes_nothing(const Pass& pass, const Block& block) {
 // is lost if it is less indented than the first, or if current maps, or other sections, have lines
 // of its word and the section is not one that writes nothing.
 std::string loss_of(const MapRun& run, const Pass& pass, const Block& block, std::size_t k) {
-  const auto [begin, end] = pass.output_of(block);
-  const auto line = pass.input[k], word = first_word(line);
-  const std::size_t i = std::min(begin + (k - block.line), end - 1);
-  const OutputLine& output = pass.pair.current.output[i];
-  const bool aligned = i - begin == k - block.line,
-             written = has_word(pass.pair.current.lines, {begin, end}, word);
-  if (word.empty() || (aligned && output.marker == Marker::dropped) ||
-      (k == block.line && pass.pair.old.lines[block.recognised_by].size() >= line.size()))
+  const OldTemplate& old = pass.pair.old;
+  const NewTemplate& current = pass.pair.current;
+  const LineRange lines = pass.output_of(block);
+  const auto line = pass.input[k], word = first_word(line), value = value_in(line);
+  const std::size_t i = lines.begin + (k - block.line);
+  const OutputLine output = i < lines.end ? current.output[i] : OutputLine{"", Marker::none};
+  const bool whole = k == block.line && old.lines[block.recognised_by].size() >= line.size();
+  if (word.empty() || has_value(output.marker) || output.marker == Marker::dropped || whole)
     return "";
-  const auto value = value_in(line), constant = value_in(output.text);
-  if (aligned && output.marker == Marker::none && !value.empty() && !constant.empty() &&
-      value != constant && (first_word(output.text) == word || !written))
+  const auto constant = value_in(output.text);
+  const bool written = has_word(current.lines, lines, word);
+  if (!value.empty() && !constant.empty() && value != constant &&
+      (first_word(output.text) == word || !written))
     return " loses its value, as " + quote(output.text) + " is written, in a block";
-  if (aligned && output.marker != Marker::none)
-    return "";
-  const std::size_t t = pass.is_fix ? 0 : matchline(pass.pair.old, line);
-  const bool kept = run.edition.shown() && run.edition.shown()->has_word(word);
+  const bool known = (run.edition.shown() && run.edition.shown()->words.contains(word)) ||
+                     (!pass.pair.is_fix && recognises(old, matchline(old, line)));
   const bool outdented = depth(line) < depth(pass.input[block.line]);
-  return k > block.line && !written &&
-                 (outdented ||
-                  (!writes_nothing(pass, block) && (kept || recognises(pass.pair.old, t))))
-             ? " is lost in a block"
-             : "";
+  const bool lost = outdented || (known && !writes_nothing(pass, block));
+  return k > block.line && !written && lost ? " is lost in a block" : "";
 }
 
 // Reports a line of the result where the template writes it, or where the map has it.
@@ -173,9 +146,12 @@ void line_order(const MapRun& run, const Report& report) {
 }
 
 void cut_value(const MapRun& run, const Report& report) {
-  report_copies(run, report, [](const Copy& copy) {
-    return misses_value(copy)
-               ? " copies " + quote(copy.input.substr(copy.begin())) + " of " + quote(copy.input)
+  report_copies(run, report, [](const Pass& pass, const Block&, std::size_t i, std::size_t k) {
+    const OutputLine& output = pass.pair.current.output[i];
+    const auto line = pass.input[k];
+    const std::size_t at = copy_start(output, line);
+    return misses_value(line, at, output.marker == Marker::rest)
+               ? " copies " + quote(line.substr(at)) + " of " + quote(line)
                : "";
   });
 }
@@ -183,43 +159,46 @@ void cut_value(const MapRun& run, const Report& report) {
 // The line of the value begins with another word, and that one or the output's is at home elsewhere
 // in the block: the line has not only been renamed.
 void other_value(const MapRun& run, const Report& report) {
-  report_copies(run, report, [](const Copy& copy) {
-    const auto& [pass, block, line, source, output, text, input] = copy;
-    const auto word = first_word(text), taken = first_word(input);
-    const LineRange lines{block.line, block.line + block.count};
-    const bool other = word != taken && !word.empty() && !taken.empty() && source < lines.end &&
-                       (has_word(pass.input, lines, word) ||
-                        has_word(pass.pair.current.lines, pass.output_of(block), taken));
-    return other ? " takes its value from " + quote(input) : "";
-  });
+  report_copies(
+      run, report, [](const Pass& pass, const Block& block, std::size_t i, std::size_t k) {
+        const LineArray& output = pass.pair.current.lines;
+        const auto word = first_word(output[i]), taken = first_word(pass.input[k]);
+        const LineRange lines{block.line, block.line + block.count};
+        const bool at_home =
+            has_word(pass.input, lines, word) || has_word(output, pass.output_of(block), taken);
+        return word != taken && !word.empty() && !taken.empty() && k < lines.end && at_home
+                   ? " takes its value from " + quote(pass.input[k])
+                   : "";
+      });
 }
 
 // The version line is to lose its value.
 void lost_line(const MapRun& run, const Report& report) {
-  for_each_block(run, [&](const Pass& pass, const Block& block) {
-    for (std::size_t k = block.line; k < block.line + block.count; ++k)
-      if (pass.origins[k].line != 1)
-        if (const auto loss = loss_of(run, pass, block, k); !loss.empty())
+  for (const Pass& pass : run.passes)
+    for (const Block& block : pass.blocks)
+      for (std::size_t k = block.line; k < block.line + block.count; ++k)
+        if (const auto loss = loss_of(run, pass, block, k);
+            !loss.empty() && pass.origins[k].line != 1)
           report_block(run, pass, block, k, report, loss);
-  });
 }
 
 // The output ends in a fixed line, and the map has that line right behind the block.
 void stays_behind(const MapRun& run, const Report& report) {
-  for_each_block(run, [&](const Pass& pass, const Block& block) {
-    const std::size_t after = block.line + block.count, end = pass.output_of(block).end;
-    const auto last = unindented(pass.pair.current.lines[end - 1]);
-    if (block.count > 0 && pass.pair.current.output[end - 1].marker == Marker::none &&
-        !last.empty() && unindented(pass.input[after]) == last &&
-        unindented(pass.input[after - 1]) != last)
-      report_block(run, pass, block, after, report, " stays behind a block");
-  });
+  for (const Pass& pass : run.passes)
+    for (const Block& block : pass.blocks) {
+      const std::size_t after = block.line + block.count, end = pass.output_of(block).end;
+      const auto last = unindented(pass.pair.current.lines[end - 1]);
+      if (block.count > 0 && pass.pair.current.output[end - 1].marker == Marker::none &&
+          !last.empty() && unindented(pass.input[after]) == last &&
+          unindented(pass.input[after - 1]) != last)
+        report_block(run, pass, block, after, report, " stays behind a block");
+    }
 }
 
 void past_map_end(const MapRun& run, const Report& report) {
-  for_each_block(run, [&](const Pass& pass, const Block& block) {
-    if (pass.pair.old.counts[pass.section_of(block)] >
-        static_cast<long long>(pass.input.size() - block.line))
-      report_block(run, pass, block, block.line, report, ", near the map's end, begins a block");
-  });
+  for (const Pass& pass : run.passes)
+    for (const Block& block : pass.blocks)
+      if (pass.pair.old.counts[pass.section_of(block)] >
+          static_cast<long long>(pass.input.size() - block.line))
+        report_block(run, pass, block, block.line, report, ", near the map's end, begins a block");
 }

@@ -1,4 +1,3 @@
-// Converts a map in memory and keeps what happened.
 #include "check/map_run.h"
 
 #include "engine/numbers.h"
@@ -6,11 +5,6 @@
 #include <algorithm>
 
 namespace {
-
-Failure no_templates(const EditionTemplates& edition, const std::string& version, bool fix) {
-  return {template_name(edition.letter, true, fix, version), "read it", "the file is missing",
-          Failure::Kind::missing};
-}
 
 // Where the lines of a pass's result come from.
 std::vector<Origin> origins_after(const Pass& pass) {
@@ -36,11 +30,11 @@ std::vector<Origin> origins_after(const Pass& pass) {
 
 // Runs one more pass over `input`. Lone CR and LF in templates and maps can make new line ends, so
 // the input may have other lines than were written.
-void add_pass(MapRun& run, const Pair& pair, bool is_fix, const LineArray& input) {
+void add_pass(MapRun& run, const Pair& pair, const LineArray& input) {
   run.origins.resize(input.size(), {0});
-  run.passes.push_back({pair, is_fix, input, std::move(run.origins), {}});
+  run.passes.push_back({pair, input, std::move(run.origins), {}});
   Pass& pass = run.passes.back();
-  run.result = (is_fix ? fix_pass : first_pass)(pair.old, pair.current, input, &pass.blocks);
+  run.result = (pair.is_fix ? fix_pass : first_pass)(pair.old, pair.current, input, &pass.blocks);
   run.origins = run.result ? origins_after(pass) : std::vector<Origin>();
 }
 
@@ -57,20 +51,20 @@ bool is_current(const EditionTemplates& edition, const LineArray& lines) {
 }
 
 MapRun convert(const EditionTemplates& edition, const Map& map) {
+  const auto missing = [&](bool fix, const std::string& version) {
+    return missing_template(template_name(edition.letter, true, fix, version));
+  };
   const std::string version(version_of(map.lines[1]));
-  MapRun run{edition, map, {}, nullptr, no_templates(edition, version, false), {}, {}};
+  MapRun run{edition, map, {}, nullptr, missing(false, version), {}, {}};
   for (std::size_t line = 0; line < map.lines.size(); ++line)
     run.origins.push_back({line});
-  const auto pair = edition.pairs.find(version);
-  if (pair == edition.pairs.end())
-    return run;
-  run.passes.reserve(2);
-  add_pass(run, pair->second, false, map.lines);
+  if (const Pair* pair = edition.find(false, version))
+    add_pass(run, *pair, map.lines);
   if (run.result && edition.letter == EditionTemplates::expansion) {
     run.between = std::make_unique<LineArray>(LineArray::split(*std::move(run.result)));
-    run.result = no_templates(edition, number_text(edition.baseline.version.value_or(0)), true);
-    if (edition.fix())
-      add_pass(run, *edition.fix(), true, *run.between);
+    run.result = missing(true, number_text(edition.baseline.version.value_or(0)));
+    if (const Pair* fix = edition.fix())
+      add_pass(run, *fix, *run.between);
   }
   if (run.result)
     run.lines = LineArray::split(*run.result);

@@ -1,12 +1,8 @@
 // Converts a map in memory and keeps what happened.
 #pragma once
 
-#include "check/sections.h"
+#include "check/edition_templates.h"
 #include "engine/passes.h"
-
-#include <memory>
-#include <string>
-#include <vector>
 
 struct Map {
   std::string path;  // as named on the command line
@@ -23,7 +19,6 @@ struct Origin {
 // One pass over a map.
 struct Pass {
   const Pair& pair;
-  bool is_fix;
   const LineArray& input;
   std::vector<Origin> origins;  // of the input's lines
   Blocks blocks;
@@ -62,3 +57,12 @@ bool is_current(const EditionTemplates& edition, const LineArray& lines);
 
 // `edition`, which has a current version, and `map` must outlive the result.
 MapRun convert(const EditionTemplates& edition, const Map& map);
+
+// What happens to each line of the map: for each pass which section it became, what was written
+// from where, and for lines that were copied the recognition line that nearly matched. Other copied
+// lines are only counted.
+std::string trace(const MapRun& run);
+
+// The changes of a conversion that succeeded, as a unified diff with three lines of context; empty
+// if there are none.
+std::string unified_diff(const MapRun& run);

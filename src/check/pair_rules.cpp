@@ -27,23 +27,6 @@ std::vector<Out> outputs_of(const NewTemplate& current) {
   return outputs;
 }
 
-using Names = std::vector<std::string>;
-
-Names names_of(const Template& file, const std::vector<std::size_t>& heads) {
-  Names names;
-  for (const std::size_t head : heads)
-    names.push_back(section_name(file.lines[head]));
-  return names;
-}
-
-// Whether a file has nothing but a title and remarks.
-bool is_idle(const Template& file) {
-  bool idle = !is_header(file.lines[0]);
-  for (std::size_t i = 1; i < file.lines.size(); ++i)
-    idle = idle && is_remark(file.lines[i]);
-  return idle;
-}
-
 Place count_place(const Template& file, std::size_t head) {
   return {file.filename, head, is_header(file.lines[head]) ? file.lines[head].find('$') + 2 : 0};
 }
@@ -52,7 +35,7 @@ Place count_place(const Template& file, std::size_t head) {
 // word of the baseline was meant to be written.
 std::string marker_fault(const EditionTemplates& edition, const Out& out) {
   const auto text = stripped(out.output.text), word = first_word(text);
-  if (out.is_dropped() && edition.shown() && edition.shown()->has_word(word) &&
+  if (out.is_dropped() && edition.shown() && edition.shown()->words.contains(word) &&
       word.size() + 1 == text.size())
     return quote(out.text) + " writes nothing: the markers are \" #\", \"##\" and \" &\"";
   if (!out.is_dropped() && (text.ends_with('#') || text.ends_with(" &")))
@@ -65,43 +48,58 @@ std::string marker_fault(const EditionTemplates& edition, const Out& out) {
 }
 
 // What is odd about a recognition line, compared with the lines of the baseline; empty if nothing.
+// Where it has no indentation, that of the baseline's lines is left out.
 std::string oddity_of(const Baseline& baseline, std::string_view line) {
-  const auto begun = baseline.words_like(line);
-  if (line.starts_with(' ') && !baseline.has_start(" "))
+  std::set<std::string_view> begun;  // the words that it is the beginning of
+  for (const std::string_view text : baseline.texts) {
+    const auto like = is_blank(line.front()) ? text : unindented(text);
+    if (like == line || (like.starts_with(line) && !is_letter(like[line.size()])))
+      return "";
+    if (like.starts_with(line))
+      begun.insert(first_word(text));
+  }
+  const auto is_spaced = [](std::string_view text) { return text.starts_with(' '); };
+  if (is_spaced(line) && std::ranges::none_of(baseline.texts, is_spaced))
     return "begins with a blank, but no line of the baseline does";
   if (begun.size() > 1)
     return "begins lines of " + quote(*begun.begin()) + " and of " + quote(*begun.rbegin());
-  const auto known = baseline.misspelt(first_word(line));
-  return known.empty() ? "" : "has other capital letters than " + quote(known) + " in the baseline";
+  const auto word = first_word(line);
+  const auto known = std::ranges::find(baseline.words, lowered(word), lowered);
+  return known == baseline.words.end() || baseline.words.contains(word)
+             ? ""
+             : "has other capital letters than " + quote(*known) + " in the baseline";
 }
 
 }  // namespace
 
 // It stands where the names begin to differ: most likely a section is missing or too many there.
 void section_count(const EditionTemplates&, const Pair& pair, const Report& report) {
-  const Names old = names_of(pair.old, pair.old.oldheads);
-  const Names current = names_of(pair.current, pair.current.newheads);
-  const auto differ = std::ranges::mismatch(old, current).in2 - current.begin();
-  const auto s = std::min(static_cast<std::size_t>(differ), current.size() - 1);
+  const auto &old = pair.old.oldheads, &current = pair.current.newheads;
+  const auto name_in = [](const Template& file) {
+    return [&](std::size_t head) { return section_name(file.lines[head]); };
+  };
+  const auto differ =
+      std::ranges::mismatch(current, old, {}, name_in(pair.current), name_in(pair.old)).in1;
   if (old.size() != current.size())
-    report({pair.current.filename, pair.current.newheads[s]},
+    report({pair.current.filename, differ == current.end() ? current.back() : *differ},
            "the sections differ from here on: there are " + std::to_string(old.size()) + " in " +
                name_of(pair.old.filename) + ", but " + std::to_string(current.size()) + " here");
 }
 
 // A pair of titles and remarks does nothing, which may be meant.
 void bad_count(const EditionTemplates&, const Pair& pair, const Report& report) {
-  const auto check = [&](const Template& file, std::size_t head, bool below_1) {
-    if (!has_number(count_text(file.lines[head])))
-      report(count_place(file, head), "there is no count");
-    else if (below_1)
-      report(count_place(file, head), "the first map with this section ends the program");
-  };
-  const bool idle = is_idle(pair.old) && is_idle(pair.current);
-  for (std::size_t s = 0; s < pair.old.oldheads.size() && !idle; ++s)
-    check(pair.old, pair.old.oldheads[s], false);
-  for (std::size_t s = 0; s < pair.current.newheads.size() && !idle; ++s)
-    check(pair.current, pair.current.newheads[s], pair.current.counts[s] < 1);
+  std::size_t i = 1;
+  while (is_remark(pair.old.lines[i]))
+    ++i;
+  for (const Template* file : pair.files()) {
+    const bool is_new = file == &pair.current;
+    const auto& heads = is_new ? pair.current.newheads : pair.old.oldheads;
+    for (std::size_t s = 0; s < heads.size() && i < pair.old.lines.size(); ++s)
+      if (!has_number(count_text(file->lines[heads[s]])))
+        report(count_place(*file, heads[s]), "there is no count");
+      else if (is_new && file->counts[s] < 1)
+        report(count_place(*file, heads[s]), "the first map with this section ends the program");
+  }
 }
 
 void count_past_end(const EditionTemplates&, const Pair& pair, const Report& report) {
@@ -148,20 +146,20 @@ void shadowed(const EditionTemplates& edition, const Pair& pair, const Report& r
 
 void odd_recognition(const EditionTemplates& edition, const Pair& pair, const Report& report) {
   const OldTemplate& old = pair.old;
-  std::vector<std::size_t> counts(old.oldheads.size());
+  std::map<std::size_t, std::size_t> counts;  // of the recognition lines of each section
   for (std::size_t i = 1; i < old.lines.size(); ++i) {
     if (!recognises(old, i))
       continue;
     ++counts[sectionof(old, i)];
-    if (const auto oddity = edition.shown() ? oddity_of(*edition.shown(), old.lines[i]) : "";
-        !oddity.empty())
+    const auto oddity = edition.shown() ? oddity_of(*edition.shown(), old.lines[i]) : "";
+    if (!oddity.empty())
       report({old.filename, i}, quote(old.lines[i]) + " " + oddity);
   }
-  for (std::size_t s = 0; s < counts.size() && &pair == edition.fix(); ++s)
-    if (counts[s] == 1 || counts[s] == 2)
-      report({old.filename, old.oldheads[s]},
+  for (const auto& [section, count] : counts)
+    if (count < 3 && &pair == edition.fix())
+      report({old.filename, old.oldheads[section]},
              "three lines have to be recognised, but the section has only " +
-                 counted(counts[s], "recognition line"));
+                 counted(count, "recognition line"));
 }
 
 void dead_marker(const EditionTemplates& edition, const Pair& pair, const Report& report) {
@@ -193,7 +191,7 @@ void unknown_output(const EditionTemplates& edition, const Pair& pair, const Rep
     const auto word = first_word(out.text);
     if (shown && !out.is_dropped() &&
         (edition.is_last(pair) ? shown->kinds(out.output).empty()
-                               : !words.contains(word) && !shown->has_word(word)))
+                               : !words.contains(word) && !shown->words.contains(word)))
       report({pair.current.filename, out.line},
              quote(out.text) + " begins like no line of the baseline");
   }

@@ -1,4 +1,3 @@
-// The rules: what there is to find, in one table.
 #include "check/rules.h"
 
 #include "check/rule_pages.h"

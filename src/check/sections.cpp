@@ -1,4 +1,3 @@
-// What the rules ask about the lines of templates.
 #include "check/sections.h"
 
 #include "check/finding.h"
@@ -6,20 +5,32 @@
 
 #include <algorithm>
 
+namespace {
+
+// A line without indentation, in which every run of tabs and blanks is one blank.
+std::string loosened(std::string_view line) {
+  std::string text;
+  for (const char c : unindented(line))
+    if (!is_blank(c) || !text.ends_with(' '))
+      text += is_blank(c) ? ' ' : c;
+  return text;
+}
+
+}  // namespace
+
 std::string lowered(std::string_view line) {
   std::string text(line);
   std::ranges::transform(text, text.begin(), ascii_lower);
   return text;
 }
 
-bool is_blank(char c) { return c == ' ' || c == '\t'; }
-bool is_digit(char c) { return c >= '0' && c <= '9'; }
 bool is_letter(char c) {
   const char lower = ascii_lower(c);
   return !is_ascii(c) || (lower >= 'a' && lower <= 'z');
 }
 
-std::string one_line_fault(std::string_view text) {
+std::string one_line_fault(const LineArray& lines) {
+  const auto text = lines.text();
   if (text.empty() || text.find(LineArray::line_end) != text.npos)
     return "";
   const bool utf16 = text.starts_with("\xFF\xFE") || text.find('\0') != text.npos;
@@ -52,14 +63,6 @@ std::string section_name(std::string_view header) {
 bool recognises(const OldTemplate& old, std::size_t i) {
   const auto line = old.lines[i];
   return i > 0 && !line.empty() && !is_header(line) && !is_remark(line);
-}
-
-std::string loosened(std::string_view line) {
-  std::string text;
-  for (const char c : unindented(line))
-    if (!is_blank(c) || !text.ends_with(' '))
-      text += is_blank(c) ? ' ' : c;
-  return text;
 }
 
 // No loosened line begins with a tab.
@@ -95,8 +98,7 @@ LineRange body_of(const NewTemplate& current, std::size_t s) {
 
 LineRange output_of(const NewTemplate& current, std::size_t s) {
   const auto [begin, end] = body_of(current, s);
-  if (begin == end)
-    return {begin, end};
-  const auto count = std::clamp(current.counts[s], 0LL, static_cast<long long>(end - begin));
+  const auto lines = static_cast<long long>(end - begin);
+  const auto count = lines > 0 ? std::clamp(current.counts[s], 0LL, lines) : 0;
   return {begin, begin + static_cast<std::size_t>(count)};
 }

@@ -1,25 +1,24 @@
 // What the rules ask about the lines of templates.
 #pragma once
 
-#include "check/edition_templates.h"
+#include "engine/templates.h"
 
-#include <string>
-#include <string_view>
+constexpr std::string_view byte_order_mark = "\xEF\xBB\xBF";
 
+// Whether the marker takes its value from the aligned line; and whether it takes one at all.
 constexpr bool is_aligned(Marker marker) {
   return marker == Marker::last_character || marker == Marker::last_two;
 }
+constexpr bool has_value(Marker marker) { return is_aligned(marker) || marker == Marker::rest; }
 
-bool is_blank(char c);
-bool is_digit(char c);
+constexpr bool is_blank(char c) { return c == ' ' || c == '\t'; }
+constexpr bool is_digit(char c) { return c >= '0' && c <= '9'; }
 bool is_letter(char c);  // so is every byte beyond ASCII
 
 std::string lowered(std::string_view line);  // ASCII alone
 
-constexpr std::string_view byte_order_mark = "\xEF\xBB\xBF";
-
-// Why a text counts as one line; empty if it does not.
-std::string one_line_fault(std::string_view text);
+// Why a file counts as one line; empty if it does not.
+std::string one_line_fault(const LineArray& lines);
 
 // Whether a line is its writer's own remark: it begins with "=" and is no header.
 bool is_remark(std::string_view line);
@@ -40,9 +39,6 @@ std::string section_name(std::string_view header);
 // Whether line `i` is there to recognise lines of a map: not the title, a header, a remark or
 // empty.
 bool recognises(const OldTemplate& old, std::size_t i);
-
-// A line without indentation, in which every run of tabs and blanks is one blank.
-std::string loosened(std::string_view line);
 
 // A template for `near_line`, which finds the last recognition line that `line` begins with,
 // whatever the case of letters, the tabs and the blanks; 0 when there is none, or it has another

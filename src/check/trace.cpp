@@ -1,7 +1,5 @@
-// What happens to a map, line by line.
-#include "check/trace.h"
-
 #include "check/finding.h"
+#include "check/map_run.h"
 
 namespace {
 
@@ -14,7 +12,7 @@ std::string near_match(const Pass& pass, const OldTemplate& loose, std::size_t k
   const OldTemplate& old = pass.pair.old;
   const auto line = pass.input[k];
   if (const std::size_t t = matchline(old, line); t > 0)  // in the first pass a count is 0
-    return pass.is_fix
+    return pass.pair.is_fix
                ? place(old, t) + " recognises it, but one of the next two lines is not recognised"
                : "";
   if (const std::size_t t = near_line(loose, line); t > 0)
@@ -41,7 +39,8 @@ std::string copied(const Pass& pass, const OldTemplate& loose, std::size_t k, st
 }
 
 std::string block_text(const Pass& pass, const Block& block) {
-  const auto& [old, current] = pass.pair;
+  const OldTemplate& old = pass.pair.old;
+  const NewTemplate& current = pass.pair.current;
   std::string out, text = std::to_string(block.line + 1) + ": " + quote(pass.input[block.line]) +
                           " begins section " + section_name(old.lines[pass.header_of(block)]) +
                           " of " + counted(block.count, "line") + ": " +
@@ -52,9 +51,9 @@ std::string block_text(const Pass& pass, const Block& block) {
   std::size_t written = 0;
   for (auto [i, end] = pass.output_of(block); i < end; ++i) {
     const Marker marker = current.output[i].marker;
-    const bool dropped = marker == Marker::dropped, value = !dropped && marker != Marker::none;
-    text += "    " + (dropped ? "nothing" : quote(lines[written++])) + ": " + place(current, i) +
-            (value ? ", value of " + line_number(pass.source_of(block, i)) : "") + "\n";
+    text += "    " + (marker == Marker::dropped ? "nothing" : quote(lines[written++])) + ": " +
+            place(current, i) +
+            (has_value(marker) ? ", value of " + line_number(pass.source_of(block, i)) : "") + "\n";
   }
   return text;
 }
@@ -64,7 +63,7 @@ std::string block_text(const Pass& pass, const Block& block) {
 std::string trace(const MapRun& run) {
   std::string text;
   for (const Pass& pass : run.passes) {
-    text += (pass.is_fix ? "The result" : run.map.path) + ", by " +
+    text += (pass.pair.is_fix ? "The result" : run.map.path) + ", by " +
             name_of(pass.pair.old.filename) + " and " + name_of(pass.pair.current.filename) + ":\n";
     const OldTemplate loose = loose_template(pass.pair.old);
     std::size_t k = 0;

@@ -1,7 +1,7 @@
-// The difference between a map and its conversion.
-#include "check/unified_diff.h"
+#include "check/map_run.h"
 
 #include <algorithm>
+#include <span>
 
 namespace {
 
@@ -31,23 +31,20 @@ std::vector<Step> compare(const MapRun& run) {
              current = split(*run.result, LineArray::line_end);
   std::vector<Step> steps;
   std::size_t i = 0, j = 0;  // the lines compared so far
-  const auto add = [&](char sign, std::string_view line) {
-    for (const std::string_view piece : split(line, "\n"))
-      steps.push_back({sign, piece});
-  };
-  const auto change_until = [&](std::size_t old_end, std::size_t new_end) {
-    while (i < old_end)
-      add('-', old[i++]);
-    while (j < new_end)
-      add('+', current[j++]);
+  const auto add_until = [&](char sign, const auto& lines, std::size_t& at, std::size_t end) {
+    for (; at < end; ++at)
+      for (const std::string_view piece : split(lines[at], "\n"))
+        steps.push_back({sign, piece});
   };
   for (std::size_t k = 0; k < run.origins.size(); ++k)
     if (const std::size_t from = run.origins[k].line; from >= i && old[from] == current[k]) {
-      change_until(from, k);
-      add(' ', old[i++]);
+      add_until('-', old, i, from);
+      add_until('+', current, j, k);
+      add_until(' ', old, i, from + 1);
       ++j;
     }
-  change_until(old.size(), current.size());
+  add_until('-', old, i, old.size());
+  add_until('+', current, j, current.size());
   return steps;
 }
 
@@ -57,27 +54,23 @@ std::string range(std::size_t before, std::size_t count) {
          (count == 1 ? "" : "," + std::to_string(count));
 }
 
-// The steps that are near a change.
-std::vector<bool> near_changes(const std::vector<Step>& steps) {
-  std::vector<bool> near(steps.size());
-  for (std::size_t i = 0; i < steps.size(); ++i)
-    for (std::size_t k = i - std::min(i, context);
-         steps[i].sign != ' ' && k < std::min(i + context + 1, steps.size()); ++k)
-      near[k] = true;
-  return near;
-}
+bool is_change(const Step& step) { return step.sign != ' '; }
 
 }  // namespace
 
 std::string unified_diff(const MapRun& run) {
   const auto steps = compare(run);
-  const auto shown = near_changes(steps);
+  const auto near_change = [&](std::size_t i) {
+    const std::size_t begin = i - std::min(i, context),
+                      end = std::min(i + context + 1, steps.size());
+    return std::ranges::any_of(std::span(steps).subspan(begin, end - begin), is_change);
+  };
   std::string out;
   std::size_t old_line = 0, new_line = 0;
   for (std::size_t i = 0; i < steps.size(); ++i) {
     std::string hunk;
     std::size_t removed = 0, added = 0;
-    for (; i < steps.size() && shown[i]; ++i) {
+    for (; i < steps.size() && near_change(i); ++i) {
       const auto& [sign, line] = steps[i];
       hunk.append(1, sign).append(line);
       hunk += line.ends_with('\n') ? "" : "\n\\ No newline at end of file\n";

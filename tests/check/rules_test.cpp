@@ -1,5 +1,4 @@
 // What the checker finds beside the examples of docs/templates.md.
-#include "check/trace.h"
 #include "tests/check/check_texts.h"
 
 #include <gtest/gtest.h>

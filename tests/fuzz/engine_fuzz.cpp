@@ -1,8 +1,6 @@
 // Runs templates and a map through both passes, and the checker over them. The input is an old
 // template, a new template and a map, separated by NUL bytes, with lines that end in CR LF.
 #include "check/checker.h"
-#include "check/trace.h"
-#include "check/unified_diff.h"
 #include "engine/passes.h"
 #include "engine/templates.h"
 
