@@ -108,7 +108,16 @@ void Checker::note_matches(const MapRun& run) {
   }
 }
 
-std::string Checker::subject() const {
+std::string Checker::report(bool colours) {
+  const Report report(findings, "unmatched");
+  std::set<std::string> checked;
+  for (const auto& [pair, lines] : unmatched) {
+    checked.insert({pair->old.filename, pair->current.filename});
+    for (const auto& [line, near] : lines)
+      report({pair->old.filename, line},
+             quote(pair->old.lines[line]) + " recognises no line of the given maps" + near);
+  }
+  findings.heed_remarks(checked);
   std::size_t pairs = 0;
   for (const EditionTemplates& edition : editions)
     pairs += edition.pairs.size();
@@ -124,18 +133,5 @@ std::string Checker::subject() const {
                                     {unknown, " of no known edition"}})
     if (count > 0)
       text += std::exchange(separator, ", ") + std::to_string(count) + what;
-  return text;
-}
-
-std::string Checker::report(bool colours) {
-  const Report report(findings, "unmatched");
-  std::set<std::string> checked;
-  for (const auto& [pair, lines] : unmatched) {
-    checked.insert({pair->old.filename, pair->current.filename});
-    for (const auto& [line, near] : lines)
-      report({pair->old.filename, line},
-             quote(pair->old.lines[line]) + " recognises no line of the given maps" + near);
-  }
-  findings.heed_remarks(checked);
-  return findings.report(colours) + subject() + "; " + findings.summary() + "\n";
+  return findings.report(colours) + text + "; " + findings.summary() + "\n";
 }

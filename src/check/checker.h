@@ -23,7 +23,6 @@ public:
 private:
   const EditionTemplates* edition_of(const Map& map);
   void note_matches(const MapRun& run);
-  std::string subject() const;
 
   std::vector<EditionTemplates> editions;
   Findings findings;

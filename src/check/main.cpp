@@ -31,25 +31,23 @@ constexpr const char* help =
     "  -h, --help       show this text\n"
     "  --version        show the version\n"
     "\n"
-    "Findings are FILE:LINE: error|warning: TEXT [RULE]. A map is of the edition whose\n"
-    "baseline begins with the same line, or whose old templates do where no baseline\n"
-    "does; others are counted, but not checked. The exit status is 0 if there are no\n"
-    "errors, 1 if there are, and 2 for a wrong argument or a file that cannot be read.\n";
+    "The exit status is 0 if there are no errors, 1 if there are, and 2 for a wrong\n"
+    "argument or a file that cannot be read.\n";
 
 struct Arguments {
   std::map<std::string, std::string> options;  // the values of those that are given
-  std::vector<std::string> names;              // the folder, "" by default, then the maps
+  std::vector<std::string> names;              // the folder, then the maps
 
   bool has(const char* option) const { return options.contains(option); }
   std::string value(const char* option) const { return has(option) ? options.at(option) : ""; }
 };
 
 // Parses the arguments; what is wrong with them, empty if nothing is.
-std::string parse(const std::vector<std::string>& arguments, Arguments& parsed) {
+std::string parse(const std::vector<std::string>& given, Arguments& parsed) {
   static const std::map<std::string, bool> takes_value{
       {"--diff", false}, {"--strict", false}, {"-h", false},       {"--help", false},
       {"--trace", true}, {"--edition", true}, {"--explain", true}, {"--version", false}};
-  for (auto at = arguments.begin(); at != arguments.end(); ++at) {
+  for (auto at = given.begin(); at != given.end(); ++at) {
     const auto equals = std::min(at->find('='), at->size());
     const auto option = takes_value.find(at->substr(0, equals));
     if (at->empty())
@@ -57,28 +55,30 @@ std::string parse(const std::vector<std::string>& arguments, Arguments& parsed) 
     if (at->front() != '-') {
       parsed.names.push_back(*at);
     } else if (*at == "--") {
-      parsed.names.insert(parsed.names.end(), std::next(at), arguments.end());
+      parsed.names.insert(parsed.names.end(), std::next(at), given.end());
       break;
     } else if (option == takes_value.end() || (equals < at->size() && !option->second)) {
       return "there is no option \"" + *at + "\"";
     } else {
-      std::string& value = parsed.options[option->first];
-      if (equals < at->size())
-        value = at->substr(equals + 1);
-      else if (option->second && std::next(at) != arguments.end())
-        value = *++at;
+      const bool follows = equals == at->size() && option->second && std::next(at) != given.end();
+      const std::string value = follows ? *++at : at->substr(std::min(equals + 1, at->size()));
       if (option->second && value.empty())
         return option->first + " needs a value";
+      parsed.options[option->first] = value;
     }
   }
-  if (parsed.names.empty())
-    parsed.names.emplace_back();
-  const auto edition = parsed.value("--edition"), rule = parsed.value("--explain");
+  return "";
+}
+
+// What is wrong with the values of arguments; empty if nothing is.
+std::string fault_of(const Arguments& arguments) {
+  const auto edition = arguments.value("--edition"), rule = arguments.value("--explain");
   if (!edition.empty() && edition != "v" && edition != "t")
     return "there is no edition \"" + edition + "\"";
   if (!rule.empty() && !find_rule(rule))
     return "there is no rule \"" + rule + "\"";
-  return parsed.has("--diff") && parsed.names.size() < 2 ? "--diff needs a folder and a map" : "";
+  const bool no_map = arguments.names.size() < 2;
+  return arguments.has("--diff") && no_map ? "--diff needs a folder and a map" : "";
 }
 
 fs::path path_of(const std::string& name) { return {std::u8string(name.begin(), name.end())}; }
@@ -158,9 +158,9 @@ std::vector<std::string> find_maps(const std::string& argument) {
 // Checks the maps that the arguments name; what is to be shown of them behind the findings.
 std::string check_maps(const Arguments& arguments, Checker& checker) {
   std::vector<std::string> names = arguments.names;
-  const std::string traced = arguments.value("--trace");
-  if (!traced.empty())
-    names.push_back(traced);
+  names.resize(std::max<std::size_t>(names.size(), 1));
+  if (arguments.has("--trace"))
+    names.push_back(arguments.value("--trace"));
   std::string shown;
   for (std::size_t i = 1; i < names.size(); ++i)
     for (const std::string& path : find_maps(names[i])) {
@@ -168,15 +168,15 @@ std::string check_maps(const Arguments& arguments, Checker& checker) {
       const auto run = checker.add(map);
       if (arguments.has("--diff") && run && run->result)
         shown += unified_diff(*run);
-      if (names[i] == traced)
-        shown += run ? trace(*run) : traced + ": it is not converted\n";
+      if (names[i] == arguments.value("--trace"))
+        shown += run ? trace(*run) : path + ": it is not converted\n";
     }
   return shown;
 }
 
 // Checks what the arguments name; whether there are findings that count for the exit status.
 bool check(const Arguments& arguments) {
-  const std::string& folder = arguments.names[0];
+  const std::string folder = arguments.names.empty() ? "" : arguments.names[0];
   Checker checker(find_editions(
       folder, read_templates(folder.empty() ? "." : folder, arguments.value("--edition"))));
   const std::string shown = check_maps(arguments, checker);
@@ -191,7 +191,10 @@ bool check(const Arguments& arguments) {
 
 int run(const std::vector<std::string>& given) {
   Arguments arguments;
-  if (const std::string fault = parse(given, arguments); !fault.empty()) {
+  std::string fault = parse(given, arguments);
+  if (fault.empty())
+    fault = fault_of(arguments);
+  if (!fault.empty()) {
     print_error("vora-template-check: " + fault + "\r\n" + usage);
     return 2;
   }

@@ -65,13 +65,6 @@ bool has_word(const LineArray& lines, LineRange range, std::string_view word) {
   return range.begin < range.end;
 }
 
-bool writes_nothing(const Pass& pass, const Block& block) {
-  auto [i, end] = pass.output_of(block);
-  while (i < end && pass.pair.current.output[i].marker == Marker::dropped)
-    ++i;
-  return i == end;
-}
-
 // What is lost of line `k` in a block; empty if it is written or meant. A line that is dropped in
 // its place is meant, and so is one that is recognised with its value. Another line inside a block
 // is lost if it is less indented than the first, or if current maps, or other sections, have lines
@@ -79,7 +72,7 @@ bool writes_nothing(const Pass& pass, const Block& block) {
 std::string loss_of(const MapRun& run, const Pass& pass, const Block& block, std::size_t k) {
   const OldTemplate& old = pass.pair.old;
   const NewTemplate& current = pass.pair.current;
-  const LineRange lines = pass.output_of(block);
+  LineRange lines = pass.output_of(block);
   const auto line = pass.input[k], word = first_word(line), value = value_in(line);
   const std::size_t i = lines.begin + (k - block.line);
   const OutputLine output = i < lines.end ? current.output[i] : OutputLine{"", Marker::none};
@@ -94,7 +87,9 @@ std::string loss_of(const MapRun& run, const Pass& pass, const Block& block, std
   const bool known = (run.edition.shown() && run.edition.shown()->words.contains(word)) ||
                      (!pass.pair.is_fix && recognises(old, matchline(old, line)));
   const bool outdented = depth(line) < depth(pass.input[block.line]);
-  const bool lost = outdented || (known && !writes_nothing(pass, block));
+  while (lines.begin < lines.end && current.output[lines.begin].marker == Marker::dropped)
+    ++lines.begin;
+  const bool lost = outdented || (known && lines.begin < lines.end);
   return k > block.line && !written && lost ? " is lost in a block" : "";
 }
 
@@ -182,23 +177,9 @@ void lost_line(const MapRun& run, const Report& report) {
           report_block(run, pass, block, k, report, loss);
 }
 
-// The output ends in a fixed line, and the map has that line right behind the block.
-void stays_behind(const MapRun& run, const Report& report) {
-  for (const Pass& pass : run.passes)
-    for (const Block& block : pass.blocks) {
-      const std::size_t after = block.line + block.count, end = pass.output_of(block).end;
-      const auto last = unindented(pass.pair.current.lines[end - 1]);
-      if (block.count > 0 && pass.pair.current.output[end - 1].marker == Marker::none &&
-          !last.empty() && unindented(pass.input[after]) == last &&
-          unindented(pass.input[after - 1]) != last)
-        report_block(run, pass, block, after, report, " stays behind a block");
-    }
-}
-
 void past_map_end(const MapRun& run, const Report& report) {
   for (const Pass& pass : run.passes)
     for (const Block& block : pass.blocks)
-      if (pass.pair.old.counts[pass.section_of(block)] >
-          static_cast<long long>(pass.input.size() - block.line))
+      if (std::cmp_greater(pass.pair.old.counts[pass.section_of(block)], block.count))
         report_block(run, pass, block, block.line, report, ", near the map's end, begins a block");
 }

@@ -106,7 +106,7 @@ void count_past_end(const EditionTemplates&, const Pair& pair, const Report& rep
   const NewTemplate& current = pair.current;
   for (std::size_t s = 0; s < current.newheads.size(); ++s)
     if (const auto [begin, end] = body_of(current, s);
-        current.counts[s] > static_cast<long long>(end - begin))
+        std::cmp_greater(current.counts[s], end - begin))
       report(count_place(current, current.newheads[s]),
              s + 1 == current.newheads.size()
                  ? "it runs past the file's end: the first map with this section ends the program"
@@ -176,7 +176,7 @@ void dead_marker(const EditionTemplates& edition, const Pair& pair, const Report
 void value_behind(const EditionTemplates&, const Pair& pair, const Report& report) {
   for (const auto& [section, distance, line, output, text] : outputs_of(pair.current))
     if (is_aligned(output.marker) && distance > 0 && section < pair.old.counts.size() &&
-        static_cast<long long>(distance) >= pair.old.counts[section])
+        std::cmp_greater_equal(distance, pair.old.counts[section]))
       report({pair.current.filename, line, output.text.size() + 1},
              quote(text) + " takes its value from behind the block");
 }

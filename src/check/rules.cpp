@@ -44,8 +44,6 @@ constexpr Rule table[] = {
     {"other-value", warning, "a value that is taken from another line", none, none, other_value},
     {"lost-line", warning, "a line of a block, or its value, that is not written", none, none,
      lost_line},
-    {"stays-behind", warning, "the last line of a block stands behind it", none, none,
-     stays_behind},
     {"past-map-end", error, "a block that runs past the map's end", none, none, past_map_end},
     {"needless-remark", warning, "a remark that silences nothing"},
 };

@@ -43,4 +43,4 @@ EditionRule line_ends, odd_bytes, missing_pair, bad_version, version_gap, no_ver
     forgotten_word;
 PairRule section_count, bad_count, count_past_end, count_too_small, empty_line, shadowed,
     odd_recognition, dead_marker, value_behind, unknown_output, output_order;
-MapRule unknown_line, line_order, cut_value, other_value, lost_line, stays_behind, past_map_end;
+MapRule unknown_line, line_order, cut_value, other_value, lost_line, past_map_end;
