@@ -1,7 +1,5 @@
 #include "check/checker.h"
 
-#include "engine/numbers.h"
-
 #include <algorithm>
 #include <utility>
 
@@ -16,7 +14,7 @@ std::string fault_of(const MapRun& run) {
   return is_current(run.edition, run.lines)
              ? ""
              : "its version is " + quote(version_of(run.lines[1])) + " afterwards, not " +
-                   number_text(*run.edition.baseline.version);
+                   number_text(run.edition.baseline.version.value_or(0));
 }
 
 }  // namespace
@@ -69,10 +67,12 @@ std::optional<MapRun> Checker::add(const Map& map) {
   if (map.lines[0].starts_with(byte_order_mark))
     Report(findings, "odd-bytes")(start, "it begins with a byte order mark", start);
   const EditionTemplates* edition = edition_of(map);
-  if (edition && map.lines.size() < 2)
+  const bool cut = edition && map.lines.size() < 2;
+  if (cut)
     Report(findings, "not-current")(start, "it has no second line", start);
-  if (!edition || !is_old(*edition, map.lines)) {
-    ++(!edition ? unknown : map.lines.size() < 2 ? failed : current);
+  if (!edition || cut ||
+      numeric_value(version_of(map.lines[1])) >= edition->baseline.version.value_or(0)) {
+    ++(!edition ? unknown : cut ? failed : current);
     return std::nullopt;
   }
   MapRun run = convert(*edition, map);

@@ -1,7 +1,6 @@
 // The rules about the files of an edition.
 #include "check/finding.h"
 #include "check/map_run.h"
-#include "engine/numbers.h"
 
 #include <algorithm>
 #include <cmath>

@@ -3,6 +3,7 @@
 #include "check/map_run.h"
 
 #include <algorithm>
+#include <ranges>
 
 namespace {
 
@@ -60,9 +61,8 @@ std::string_view value_in(std::string_view line) {
 
 // Whether one of the lines begins with a word.
 bool has_word(const LineArray& lines, LineRange range, std::string_view word) {
-  while (range.begin < range.end && first_word(lines[range.begin]) != word)
-    ++range.begin;
-  return range.begin < range.end;
+  return std::ranges::any_of(std::views::iota(range.begin, range.end),
+                             [&](std::size_t i) { return first_word(lines[i]) == word; });
 }
 
 // What is lost of line `k` in a block; empty if it is written or meant. A line that is dropped in
@@ -72,7 +72,7 @@ bool has_word(const LineArray& lines, LineRange range, std::string_view word) {
 std::string loss_of(const MapRun& run, const Pass& pass, const Block& block, std::size_t k) {
   const OldTemplate& old = pass.pair.old;
   const NewTemplate& current = pass.pair.current;
-  LineRange lines = pass.output_of(block);
+  const LineRange lines = pass.output_of(block);
   const auto line = pass.input[k], word = first_word(line), value = value_in(line);
   const std::size_t i = lines.begin + (k - block.line);
   const OutputLine output = i < lines.end ? current.output[i] : OutputLine{"", Marker::none};
@@ -87,9 +87,9 @@ std::string loss_of(const MapRun& run, const Pass& pass, const Block& block, std
   const bool known = (run.edition.shown() && run.edition.shown()->words.contains(word)) ||
                      (!pass.pair.is_fix && recognises(old, matchline(old, line)));
   const bool outdented = depth(line) < depth(pass.input[block.line]);
-  while (lines.begin < lines.end && current.output[lines.begin].marker == Marker::dropped)
-    ++lines.begin;
-  const bool lost = outdented || (known && lines.begin < lines.end);
+  const auto writes = [&](std::size_t at) { return current.output[at].marker != Marker::dropped; };
+  const bool any = std::ranges::any_of(std::views::iota(lines.begin, lines.end), writes);
+  const bool lost = outdented || (known && any);
   return k > block.line && !written && lost ? " is lost in a block" : "";
 }
 

@@ -1,7 +1,5 @@
 #include "check/map_run.h"
 
-#include "engine/numbers.h"
-
 #include <algorithm>
 
 namespace {
@@ -9,22 +7,18 @@ namespace {
 // Where the lines of a pass's result come from.
 std::vector<Origin> origins_after(const Pass& pass) {
   std::vector<Origin> origins;
-  std::size_t k = 0;
-  const auto copy_until = [&](std::size_t end) {
-    for (; k < end; ++k)
-      origins.push_back(pass.origins[k]);
-  };
+  auto copied = pass.origins.begin();  // up to here
   for (const Block& block : pass.blocks) {
-    copy_until(block.line);
-    k += block.count;
+    const auto first = pass.origins.begin() + static_cast<std::ptrdiff_t>(block.line);
+    origins.insert(origins.end(), copied, first);
+    copied = first + static_cast<std::ptrdiff_t>(block.count);
     const std::size_t last = block.line + std::max<std::size_t>(block.count, 1) - 1;
-    const auto [begin, end] = pass.output_of(block);
-    for (std::size_t i = begin; i < end; ++i)
+    for (auto [i, end] = pass.output_of(block); i < end; ++i)
       if (pass.pair.current.output[i].marker != Marker::dropped)
         origins.push_back(
-            {pass.origins[std::min(block.line + i - begin, last)].line, &pass.pair, i});
+            {pass.origins[std::min(pass.aligned_with(block, i), last)].line, &pass.pair, i});
   }
-  copy_until(pass.origins.size());
+  origins.insert(origins.end(), copied, pass.origins.end());
   return origins;
 }
 
@@ -39,11 +33,6 @@ void add_pass(MapRun& run, const Pair& pair, const LineArray& input) {
 }
 
 }  // namespace
-
-bool is_old(const EditionTemplates& edition, const LineArray& lines) {
-  return edition.baseline.version && lines.size() > 1 &&
-         numeric_value(version_of(lines[1])) < *edition.baseline.version;
-}
 
 bool is_current(const EditionTemplates& edition, const LineArray& lines) {
   const auto version = version_of(lines[1]);

@@ -33,10 +33,12 @@ struct Pass {
     return ::output_of(pair.current, section_of(block));
   }
 
-  // Where line `i` of these takes its value from: the block's first line, or the aligned one.
+  // The line that line `i` of these is aligned with, and the one that it takes its value from.
+  std::size_t aligned_with(const Block& block, std::size_t i) const {
+    return block.line + i - output_of(block).begin;
+  }
   std::size_t source_of(const Block& block, std::size_t i) const {
-    const bool rest = pair.current.output[i].marker == Marker::rest;
-    return block.line + (rest ? 0 : i - output_of(block).begin);
+    return pair.current.output[i].marker == Marker::rest ? block.line : aligned_with(block, i);
   }
 };
 
@@ -51,8 +53,7 @@ struct MapRun {
   std::vector<Origin> origins;  // of these lines
 };
 
-// Whether a map of these lines would be converted, and whether it is of the current version.
-bool is_old(const EditionTemplates& edition, const LineArray& lines);
+// Whether a map of these lines is of the current version.
 bool is_current(const EditionTemplates& edition, const LineArray& lines);
 
 // `edition`, which has a current version, and `map` must outlive the result.

@@ -1,7 +1,6 @@
 // The rules about pairs of templates.
+#include "check/edition_templates.h"
 #include "check/finding.h"
-#include "check/sections.h"
-#include "engine/numbers.h"
 
 #include <algorithm>
 

@@ -1,9 +1,7 @@
-#include "check/rules.h"
-
+#include "check/finding.h"
 #include "check/rule_pages.h"
 
 #include <algorithm>
-#include <string>
 
 namespace {
 
