@@ -24,7 +24,7 @@ Checker::Checker(std::vector<EditionTemplates> editions_in) : editions(std::move
     for (const Template* file : edition.files())
       findings.read_remarks(file->filename, file->lines);
     for (const Rule& rule : all_rules()) {
-      const Report report(findings, rule.name);
+      const Report report{findings, &rule};
       if (rule.of_edition)
         rule.of_edition(edition, report);
       for (const Pair& pair : edition.pairs)
@@ -44,7 +44,7 @@ const EditionTemplates* Checker::edition_of(const Map& map) {
       same.push_back(&edition);
     else if (edition.baseline.version && std::ranges::any_of(edition.pairs, has_title))
       similar.push_back(&edition);
-  const Report report(findings, "unknown-edition");
+  const Report report{findings, find_rule("unknown-edition")};
   const Place seen{map.path, 0};
   const auto& found = same.empty() ? similar : same;
   if (same.size() > 1)
@@ -63,13 +63,13 @@ const EditionTemplates* Checker::edition_of(const Map& map) {
 std::optional<MapRun> Checker::add(const Map& map) {
   const Place start{map.path, 0};
   if (const auto fault = one_line_fault(map.lines); !fault.empty())
-    Report(findings, "line-ends")(start, fault, start);
+    Report{findings, find_rule("line-ends")}(start, fault, start);
   if (map.lines[0].starts_with(byte_order_mark))
-    Report(findings, "odd-bytes")(start, "it begins with a byte order mark", start);
+    Report{findings, find_rule("odd-bytes")}(start, "it begins with a byte order mark", start);
   const EditionTemplates* edition = edition_of(map);
   const bool cut = edition && map.lines.size() < 2;
   if (cut)
-    Report(findings, "not-current")(start, "it has no second line", start);
+    Report{findings, find_rule("not-current")}(start, "it has no second line", start);
   if (!edition || cut ||
       numeric_value(version_of(map.lines[1])) >= edition->baseline.version.value_or(0)) {
     ++(!edition ? unknown : cut ? failed : current);
@@ -77,13 +77,13 @@ std::optional<MapRun> Checker::add(const Map& map) {
   }
   MapRun run = convert(*edition, map);
   if (const auto fault = fault_of(run); !fault.empty())
-    Report(findings, "not-current")({map.path, 1}, fault, {map.path, 1});
+    Report{findings, find_rule("not-current")}({map.path, 1}, fault, {map.path, 1});
   ++(run.result ? converted : failed);
   if (run.result)
     note_matches(run);
   for (const Rule& rule : all_rules())
     if (rule.of_map && run.result)
-      rule.of_map(run, {findings, rule.name});
+      rule.of_map(run, {findings, &rule});
   return run;
 }
 
@@ -109,7 +109,7 @@ void Checker::note_matches(const MapRun& run) {
 }
 
 std::string Checker::report(bool colours) {
-  const Report report(findings, "unmatched");
+  const Report report{findings, find_rule("unmatched")};
   std::set<std::string> checked;
   for (const auto& [pair, lines] : unmatched) {
     checked.insert({pair->old.filename, pair->current.filename});

@@ -74,7 +74,7 @@ void Findings::heed_remarks(const std::set<std::string>& checked) {
         return remark.used = true;
     return false;
   });
-  const Report report(*this, "needless-remark");
+  const Report report{*this, find_rule("needless-remark")};
   for (const Remark& remark : remarks) {
     const Rule* rule = find_rule(remark.rule);
     if (!rule)
@@ -109,11 +109,9 @@ std::string Findings::summary() const {
 
 void Report::operator()(const Place& place, const std::string& text, const Place& seen,
                         const std::string& key) const {
-  std::string what = key;
-  if (key.empty() && place.file != seen.file)
-    what = text_of(place);
-  if (key.empty() && (place.file == seen.file || seen.file.empty()))
-    what += "\n" + text;
+  const bool in_map = place.file == seen.file;
+  const std::string at = in_map ? "" : text_of(place) + " ";
+  const std::string what = !key.empty() ? key : at + (in_map || seen.file.empty() ? text : "");
   Finding& finding =
       findings.kept.try_emplace(rule->name + ("\n" + what), Finding{rule, place, text, seen, {}})
           .first->second;

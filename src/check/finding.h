@@ -10,7 +10,7 @@
 struct EditionTemplates;
 struct Pair;
 struct MapRun;
-class Report;
+struct Report;
 
 // What finds it: in an edition's files, in a pair of which both files are there and have lines, in
 // the conversion of a map that succeeded.
@@ -81,7 +81,7 @@ public:
   std::string summary() const;
 
 private:
-  friend class Report;
+  friend struct Report;
   struct Remark {
     Place place;
     std::string rule;
@@ -97,16 +97,12 @@ private:
 // Takes the findings of one rule: what is wrong at a place and, if a map shows it, where in the
 // first such map. That is reported once for all maps: for each place of a template, and for each
 // text, or key if it is given, about a line of the map.
-class Report {
-public:
-  Report(Findings& findings_in, const char* name) : findings(findings_in), rule(find_rule(name)) {}
+struct Report {
+  Findings& findings;
+  const Rule* rule;
 
   void operator()(const Place& place, const std::string& text, const Place& seen = {"", 0},
                   const std::string& key = "") const;
-
-private:
-  Findings& findings;
-  const Rule* rule;
 };
 
 // "1 line", "2 lines".

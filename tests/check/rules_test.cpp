@@ -242,7 +242,7 @@ TEST(Findings, AreOneForAllMaps) {
 
 TEST(Findings, AreFitForATerminal) {
   Findings findings;
-  const Report report(findings, "shadowed");
+  const Report report{findings, find_rule("shadowed")};
   report({"\x1B[2J.txt", 6, 3}, quote("\tcolour\xC2\x9B") + " stands there");
   EXPECT_EQ(findings.report(false),
             "\\x1B[2J.txt:7:3: error: \"\\tcolour\\xC2\\x9B\" stands there [shadowed]\n");
