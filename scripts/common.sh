@@ -29,11 +29,15 @@ find_missing() {
   done
 }
 
-# Installs the Debian packages that are missing. Needs network and root only if there are any.
+# Installs the Debian packages that are missing. Needs network and root only if there are any. A
+# script that installs waits for another of this tree that does.
 need() {
   local missing root=()
   find_missing "$@"
   [ ${#missing[@]} -gt 0 ] || return 0
+  mkdir -p build
+  exec {installing}> build/installing
+  flock "$installing"
   if [ "$(id -u)" -ne 0 ]; then root=(sudo); fi
   if [ ${#root[@]} -gt 0 ] && ! { command -v sudo > /dev/null && sudo true; }; then
     printf '%s\n' 'Packages are missing. As an administrator, run:' \
@@ -45,6 +49,7 @@ need() {
   say "installing ${missing[*]}"
   "${root[@]}" env DEBIAN_FRONTEND=noninteractive \
     apt-get install -y --no-install-recommends "${missing[@]}"
+  exec {installing}>&-
 }
 
 # Says what is left out, and fails, where one of the packages cannot be had.

@@ -327,6 +327,9 @@ explained "$scratch/other drive" "the Wine prefix $scratch/other drive cannot be
 its system.reg cannot be read: Too many levels of symbolic links"
 explained "$home/Games/without" "the game is not registered in the Wine prefix $home/Games/without"
 explained $'/none\r\nAll is well.' "the Wine prefix /none\\x0D\\x0AAll is well. cannot be used: there is no such folder"
+sed -i.whole 's/^"Path"="[^"]*/"Path"="C:\\\xe9/' "$library/1/pfx/system.reg"  # and "\\": 4 characters
+explained "$library/1/pfx" "the game is not registered in the Wine prefix $library/1/pfx"
+mv "$library/1/pfx/system.reg.whole" "$library/1/pfx/system.reg"
 sed -i 's/^"Path"="[^"]*/&\\r\\nAll is well./' "$library/1/pfx/system.reg"
 explained "$library/1/pfx" "the folder that the game is registered in is missing"
 rm "$scratch/data/targetvoraver.txt"

@@ -190,6 +190,12 @@ without_game() { # the folder that the game is registered in is missing
 prepare=without_game start
 answered 2 ''
 cp data/targetvoraver.txt "$scratch/data"
+without_user_folder() {
+  echo 'not a folder' > "$scratch/machine/drive_c/here"
+  sed -i 's/^"Local AppData"=.*/"Local AppData"="C:\\\\here"/' "$scratch/machine/user.reg"
+}
+prepare=without_user_folder start /silent
+answered 1 'The folder does not exist'
 start --help
 answered 1 'Usage: vora-map-updater [/silent] (see man vora-map-updater)'
 
