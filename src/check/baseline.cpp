@@ -1,3 +1,4 @@
+// What a current map looks like, line by line.
 #include "check/baseline.h"
 
 #include "check/finding.h"

@@ -1,3 +1,4 @@
+// Checks templates, and the conversion of maps by them.
 #include "check/checker.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// The templates of a folder, by edition and version.
 #include "check/edition_templates.h"
 
 #include "platform/path_rules.h"

@@ -1,3 +1,4 @@
+// What the checker has found, with its places.
 #include "check/finding.h"
 
 #include "check/sections.h"

@@ -34,6 +34,10 @@ constexpr const char* help =
     "The exit status is 0 if there are no errors, 1 if there are, and 2 for a wrong\n"
     "argument or a file that cannot be read.\n";
 
+// Larger files are refused.
+constexpr std::uintmax_t largest_template = 16 << 20;  // bytes
+constexpr std::uintmax_t largest_map = LineArray::max_text_size;
+
 struct Arguments {
   std::map<std::string, std::string> options;  // the values of those that are given
   std::vector<std::string> names;              // the folder, then the maps
@@ -90,12 +94,12 @@ std::string text_of(const fs::path& path) {
 
 // The functions below throw the `Failure` to read what is named.
 
-std::string read(const std::string& name) {
+std::string read(const std::string& name, std::uintmax_t largest) {
   const fs::path path = path_of(name);
   std::error_code error;
   const bool regular = fs::is_regular_file(path, error);
   const std::uintmax_t size = regular ? fs::file_size(path, error) : 0;
-  if (size > LineArray::max_text_size)
+  if (size > largest)
     throw Failure{name, "read it", "it is too large"};
   std::ifstream file(path, std::ios::binary);
   std::string text(size, 0);
@@ -133,7 +137,7 @@ Texts read_templates(const std::string& folder, const std::string& edition) {
   };
   Texts texts;
   for (const std::string& path : list(folder, false, fits, "templates"))
-    texts[name_of(path)] = read(path);
+    texts[name_of(path)] = read(path, largest_template);
   return texts;
 }
 
@@ -164,7 +168,7 @@ std::string check_maps(const Arguments& arguments, Checker& checker) {
   std::string shown;
   for (std::size_t i = 1; i < names.size(); ++i)
     for (const std::string& path : find_maps(names[i])) {
-      const Map map{path, LineArray::split(read(path))};
+      const Map map{path, LineArray::split(read(path, largest_map))};
       const auto run = checker.add(map);
       if (arguments.has("--diff") && run && run->result)
         shown += unified_diff(*run);

@@ -46,12 +46,13 @@ std::size_t copy_start(const OutputLine& output, std::string_view line) {
 
 // Whether the copy from `at` on loses a part of the value in its line, or doubles the blank before.
 bool misses_value(std::string_view line, std::size_t at, bool rest) {
-  const auto in_value = [](char c) {
-    return is_letter(c) || is_digit(c) || c == '.' || c == '-' || c == '"';
-  };
-  if (at == line.size() || is_blank(line[at]))
-    return rest && at > 0 && stripped(line).find(' ') != line.npos;
-  return at > 0 && in_value(line[at - 1]) && in_value(line[at]);
+  if (at == line.size())
+    return rest && stripped(line).find(' ') != line.npos;
+  if (at == 0 || is_blank(line[at - 1]) || (rest && is_blank(line[at])))
+    return at > 0 && rest && is_blank(line[at]);
+  const char before = line[at - 1], first = line[at];
+  const bool in_number = is_digit(first) && (is_digit(before) || before == '.' || before == '-');
+  return in_number || (is_letter(first) && is_letter(before)) || (first == '"' && !rest);
 }
 
 // What follows the first word of a line.

@@ -1,3 +1,4 @@
+// Converts a map in memory and keeps what happened.
 #include "check/map_run.h"
 
 #include <algorithm>

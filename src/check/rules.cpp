@@ -1,3 +1,4 @@
+// The rules: what there is to find, in one table.
 #include "check/finding.h"
 #include "check/rule_pages.h"
 

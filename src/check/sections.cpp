@@ -1,3 +1,4 @@
+// What the rules ask about the lines of templates.
 #include "check/sections.h"
 
 #include "check/finding.h"

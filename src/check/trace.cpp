@@ -1,3 +1,4 @@
+// What happens to a map, line by line.
 #include "check/finding.h"
 #include "check/map_run.h"
 

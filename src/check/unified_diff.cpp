@@ -1,3 +1,4 @@
+// The difference between a map and its conversion.
 #include "check/map_run.h"
 
 #include <algorithm>

@@ -11,15 +11,22 @@
 #include <filesystem>
 #include <set>
 #include <string_view>
+#include <tuple>
 #include <utility>
 
 #include <fcntl.h>
+#include <nlohmann/json.hpp>
+#include <sys/stat.h>
 
 namespace fs = std::filesystem;
 
 namespace {
 
 using Texts = std::vector<std::string>;
+
+Texts vdf_paths(std::string_view text);
+Texts yaml_prefixes(std::string_view text);
+Texts json_prefixes(std::string_view text);
 
 // All places are below the user's home. "*" stands for every name of that ending.
 
@@ -30,10 +37,9 @@ constexpr const char* steam_libraries[] = {
     "snap/steam/common/.local/share/Steam",
 };
 
-// Below a Steam library: its prefixes, and the file that names more libraries behind a key.
+// Below a Steam library: its prefixes, and the file that names more libraries.
 constexpr char steam_prefixes[] = "steamapps/compatdata/*/pfx";
 constexpr char steam_library_list[] = "steamapps/libraryfolders.vdf";
-constexpr char steam_library_key[] = R"("path")";
 
 constexpr const char* prefix_folders[] = {
     "Games/*",  // Lutris
@@ -49,37 +55,92 @@ constexpr const char* prefix_folders[] = {
     "Games/umu/*",
 };
 
-// Files that name prefixes behind a key.
+// Files that name prefixes.
 constexpr struct {
-  const char *files, *key;
+  const char* files;
+  Texts (*named)(std::string_view text);
 } prefix_lists[] = {
-    {".local/share/lutris/games/*.yml", "prefix:"},
-    {".config/lutris/games/*.yml", "prefix:"},
-    {".var/app/net.lutris.Lutris/data/lutris/games/*.yml", "prefix:"},
-    {".var/app/net.lutris.Lutris/config/lutris/games/*.yml", "prefix:"},
-    {".config/heroic/GamesConfig/*.json", R"("winePrefix")"},
-    {".var/app/com.heroicgameslauncher.hgl/config/heroic/GamesConfig/*.json", R"("winePrefix")"},
+    {".local/share/lutris/games/*.yml", yaml_prefixes},
+    {".config/lutris/games/*.yml", yaml_prefixes},
+    {".var/app/net.lutris.Lutris/data/lutris/games/*.yml", yaml_prefixes},
+    {".var/app/net.lutris.Lutris/config/lutris/games/*.yml", yaml_prefixes},
+    {".config/heroic/GamesConfig/*.json", json_prefixes},
+    {".var/app/com.heroicgameslauncher.hgl/config/heroic/GamesConfig/*.json", json_prefixes},
 };
 
 constexpr std::size_t max_list_size = 1 << 20;  // of a launcher's file, in bytes
 constexpr std::size_t max_named = 100;          // paths taken from one file
 constexpr std::size_t max_entries = 10'000;     // names taken from one folder
 
-// Takes a value off the front of a text: what stands in quotes, in which a backslash comes before a
-// quote or a backslash; else the rest of the line. Blanks and a colon may come first.
-std::string take_value(std::string_view& text) {
-  text.remove_prefix(std::min(text.find_first_not_of(" \t:"), text.size()));
-  const bool quoted = text.starts_with('"') || text.starts_with('\'');
-  const char close = quoted ? text.front() : '\n';
-  std::string value;
-  std::size_t at = quoted ? 1 : 0;
-  for (; at < text.size() && text[at] != close && text[at] != '\n'; ++at) {
-    if (quoted && text[at] == '\\' && at + 1 < text.size())
+std::string_view take_line(std::string_view& text) {
+  const auto end = std::min(text.find('\n'), text.size());
+  const auto line = text.substr(0, end);
+  text.remove_prefix(std::min(end + 1, text.size()));
+  return line;
+}
+
+std::string_view trim(std::string_view text) {
+  constexpr std::string_view blanks = " \t\r";
+  text.remove_prefix(std::min(text.find_first_not_of(blanks), text.size()));
+  return text.substr(0, text.find_last_not_of(blanks) + 1);
+}
+
+// Takes a text in double quotes off the front; a backslash stands before a quote or a backslash.
+std::string take_quoted(std::string_view& text) {
+  std::string taken;
+  text = trim(text);
+  if (!text.starts_with('"'))
+    return taken;
+  std::size_t at = 1;
+  for (; at < text.size() && text[at] != '"'; ++at) {
+    if (text[at] == '\\' && at + 1 < text.size())
       ++at;
-    value += text[at];
+    taken += text[at];
   }
-  text.remove_prefix(at);
-  return quoted ? value : value.substr(0, value.find_last_not_of(" \t\r") + 1);
+  text.remove_prefix(std::min(at + 1, text.size()));
+  return taken;
+}
+
+// Not a parser of Steam's format: scans for lines that set "path", one setting a line, as Steam
+// writes them.
+Texts vdf_paths(std::string_view text) {
+  Texts paths;
+  while (!text.empty()) {
+    auto line = take_line(text);
+    if (take_quoted(line) == "path")
+      paths.push_back(take_quoted(line));
+  }
+  return paths;
+}
+
+// Not a parser of YAML: scans for lines "prefix: value", plain or in quotes, as Lutris writes them.
+Texts yaml_prefixes(std::string_view text) {
+  constexpr std::string_view key = "prefix:";
+  Texts prefixes;
+  while (!text.empty()) {
+    auto line = trim(take_line(text));
+    if (!line.starts_with(key))
+      continue;
+    line = trim(line.substr(key.size()));
+    const bool quoted = line.size() > 1 && line.front() == line.back() &&
+                        (line.front() == '"' || line.front() == '\'');
+    prefixes.emplace_back(quoted ? line.substr(1, line.size() - 2) : line);
+  }
+  return prefixes;
+}
+
+// The "winePrefix" of each game in a file of Heroic.
+Texts json_prefixes(std::string_view text) {
+  Texts prefixes;
+  const auto games = nlohmann::json::parse(text, nullptr, false);
+  if (!games.is_object())
+    return prefixes;
+  for (const auto& game : games) {
+    const auto prefix = game.is_object() ? game.find("winePrefix") : game.end();
+    if (prefix != game.end() && prefix->is_string())
+      prefixes.push_back(prefix->get<std::string>());
+  }
+  return prefixes;
 }
 
 // The names in a folder that match `pattern`; "*" matches no hidden ones.
@@ -106,60 +167,68 @@ std::vector<fs::path> expand(const fs::path& base, std::string_view pattern) {
   return paths;
 }
 
-// The absolute paths to which a launcher's file sets a key; "~" stands for the user's home. Not a
-// parser of any format: scans for the key, behind which every launcher writes its value on the same
-// line. What is found by mistake is no Wine prefix with the game.
-std::set<fs::path> named_in(const fs::path& file, std::string_view key, const std::string& home) {
-  std::set<fs::path> paths;
+// The absolute paths that a launcher's file names; "~" stands for the user's home.
+std::vector<fs::path> named_in(const fs::path& file, Texts (*named)(std::string_view text),
+                               const std::string& home) {
   const auto text = read_regular_file(file.string(), max_list_size);
-  std::string_view rest = text ? std::string_view(*text) : "";
-  for (auto at = rest.find(key); at != rest.npos; at = rest.find(key)) {
-    rest.remove_prefix(at + key.size());
-    std::string path = take_value(rest);
-    if (path.starts_with("~/"))
-      path.replace(0, 1, home);
-    if (path.starts_with('/') && path.find('\0') == path.npos && paths.size() < max_named)
-      paths.insert((fs::path(path).lexically_normal() / "").parent_path());  // spelled in one way
+  const auto names = text ? named(*text) : Texts();
+  std::set<fs::path> known;
+  std::vector<fs::path> paths;
+  for (const auto& name : names) {
+    const std::string path = name.starts_with("~/") ? home + name.substr(1) : name;
+    const auto spelled = (fs::path(path).lexically_normal() / "").parent_path();  // in one way
+    if (path.starts_with('/') && path.find('\0') == std::string::npos && paths.size() < max_named &&
+        known.insert(spelled).second)
+      paths.emplace_back(path);
   }
   return paths;
+}
+
+void add(std::vector<fs::path>& paths, const std::vector<fs::path>& more) {
+  paths.insert(paths.end(), more.begin(), more.end());
 }
 
 // All paths where a launcher's prefix may be.
 std::vector<fs::path> candidates(const std::string& home) {
   std::vector<fs::path> found;
-  const auto add = [&](const fs::path& base, std::string_view pattern) {
-    const auto paths = expand(base, pattern);
-    found.insert(found.end(), paths.begin(), paths.end());
-  };
   for (const char* const place : steam_libraries) {
     const auto library = fs::path(home) / place;
-    add(library, steam_prefixes);
-    for (const auto& other : named_in(library / steam_library_list, steam_library_key, home))
-      add(other, steam_prefixes);
+    add(found, expand(library, steam_prefixes));
+    for (const auto& other : named_in(library / steam_library_list, vdf_paths, home))
+      add(found, expand(other, steam_prefixes));
   }
   for (const char* const place : prefix_folders)
-    add(home, place);
+    add(found, expand(home, place));
   for (const auto& list : prefix_lists)
     for (const auto& file : expand(home, list.files))
-      for (const auto& prefix : named_in(file, list.key, home)) {
-        add(prefix, "");
-        add(prefix, "pfx");  // a launcher with Proton names the folder above
-      }
+      for (const auto& prefix : named_in(file, list.named, home))
+        add(found, {prefix, prefix / "pfx"});  // a launcher with Proton names the folder above
   return found;
+}
+
+// When a prefix was last used, in seconds and nanoseconds.
+std::pair<std::time_t, long> last_use(const fs::path& prefix) {
+  struct stat status{};
+  if (::stat((prefix / "user.reg").c_str(), &status) != 0)
+    return {};
+  return {status.st_mtim.tv_sec, status.st_mtim.tv_nsec};
 }
 
 }  // namespace
 
 std::vector<std::string> launcher_prefixes(const std::string& home) {
-  std::set<fs::path> known;
-  std::vector<std::pair<fs::file_time_type, std::string>> by_use;
+  std::set<std::pair<dev_t, ino_t>> known;
+  std::vector<std::pair<std::pair<std::time_t, long>, std::string>> by_use;
   for (const auto& path : candidates(home)) {
-    std::error_code missing;
-    if (is_prefix(path) && known.insert(fs::canonical(path, missing)).second)
-      by_use.emplace_back(fs::last_write_time(path / "user.reg", missing), path.string());
+    struct stat status{};
+    if (is_prefix(path) && ::stat(path.c_str(), &status) == 0 &&
+        known.emplace(status.st_dev, status.st_ino).second)
+      by_use.emplace_back(last_use(path), path.string());
   }
   std::sort(by_use.rbegin(), by_use.rend());
-  std::vector<std::string> prefixes(by_use.size());
-  std::ranges::transform(by_use, prefixes.begin(), [](auto& use) { return std::move(use.second); });
+  std::vector<std::string> prefixes;
+  prefixes.reserve(by_use.size());
+  for (auto& [use, prefix] : by_use)
+    prefixes.push_back(std::move(prefix));
   return prefixes;
 }

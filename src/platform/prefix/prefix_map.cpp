@@ -152,7 +152,7 @@ int PrefixMap::descriptor_of(const std::string& entry) {
 
 // The file stays open for its lock. After a flush a failing close loses nothing.
 Result<bool> PrefixMap::make_temporary(const std::string& entry, std::string_view content) {
-  Written& made = written[entry];
+  Written& made = written[entry];  // before the file, which missing memory would leave behind
   made.file = open_at(folder, entry, O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW, 0600);
   if (!made.file && errno == EEXIST)
     return false;
