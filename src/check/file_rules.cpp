@@ -112,7 +112,7 @@ void version_line(const EditionTemplates& edition, const Report& report) {
 // to know its word, or one that is written for it, or its maps keep the line.
 void forgotten_word(const EditionTemplates& edition, const Report& report) {
   std::map<std::string_view, std::string> gone;                       // where it is recognised
-  std::map<std::string_view, std::set<std::string_view>> successors;  // the words that it becomes
+  std::map<std::string_view, std::set<std::string_view>> successors;  // what is written for it
   for (const Pair& pair : edition.pairs | std::views::reverse) {
     if (pair.is_fix || !edition.shown())
       continue;

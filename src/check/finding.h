@@ -24,7 +24,7 @@ enum class Severity { error, warning };
 struct Rule {
   const char* name;  // docs/templates.md has a section of that name
   Severity severity;
-  const char* text;  // what it finds, in one line
+  const char* text;  // of one line
 
   // What finds it; where there is nothing, the checker itself does, in maps.
   EditionRule* of_edition = nullptr;

@@ -33,7 +33,7 @@ struct Pass {
     return ::output_of(pair.current, section_of(block));
   }
 
-  // The line that line `i` of these is aligned with, and the one that it takes its value from.
+  // The map's line beside line `i` of the new template, and the one whose value that line copies.
   std::size_t aligned_with(const Block& block, std::size_t i) const {
     return block.line + i - output_of(block).begin;
   }

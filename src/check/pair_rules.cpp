@@ -49,7 +49,7 @@ std::string marker_fault(const EditionTemplates& edition, const Out& out) {
 // What is odd about a recognition line, compared with the lines of the baseline; empty if nothing.
 // Where it has no indentation, that of the baseline's lines is left out.
 std::string oddity_of(const Baseline& baseline, std::string_view line) {
-  std::set<std::string_view> begun;  // the words that it is the beginning of
+  std::set<std::string_view> begun;  // first words of lines that `line` begins
   for (const std::string_view text : baseline.texts) {
     const auto like = is_blank(line.front()) ? text : unindented(text);
     if (like == line || (like.starts_with(line) && !is_letter(like[line.size()])))

@@ -1,4 +1,4 @@
-// Letter case, as the system of the machine that the program works on defines it.
+// Case-insensitive comparison folds both texts in the way of the machine that keeps the maps.
 #pragma once
 
 #include <string>
