@@ -232,7 +232,7 @@ Result<Done> MapReplacement::place_backup() {
     if (const auto now = own_state(); !now)
       return now.failure();
     if (replaces_older)
-      if (auto checked = check_backup(); !checked)
+      if (auto checked = check_older_backup(); !checked)
         return checked;
     const auto renamed = with_action(backup_action(), [&] {
       return replaces_older ? made->rename(backup, "") : made->rename_no_replace(backup);
@@ -244,6 +244,15 @@ Result<Done> MapReplacement::place_backup() {
   if (auto checked = check_made(backup); !checked)
     return checked;
   return note_unflushed(backup_is_hard_link ? map.name : backup, backup);
+}
+
+// What somebody has put in its place meanwhile is not replaced.
+Result<Done> MapReplacement::check_older_backup() {
+  const auto now = map.state_of(older_backup);
+  if (!now)
+    return now.failure();
+  return *now == older_state ? Result<Done>(Done{})
+                             : failure("its older backup " + older_backup + " has changed");
 }
 
 // Another file may have had the map's name when the link was made, and file systems that give each
@@ -263,16 +272,13 @@ Result<Done> MapReplacement::check_made(const std::string& name) {
   return Done{};
 }
 
-// What somebody has put in the place of the older backup is not replaced. Later, between its flush
-// and the replacement of the map, somebody may have removed or changed the new one.
+// Between its flush and the replacement somebody may have removed or changed the backup.
 Result<Done> MapReplacement::check_backup() {
   const auto now = with_action("check its backup " + backup, [&] { return map.state_of(backup); });
   if (!now)
     return now.failure();
-  const bool is_older = made && !placed;
-  return (is_older ? *now == older_state : is_own_backup(*now))
-             ? Result<Done>(Done{})
-             : failure("its backup " + backup + " has changed");
+  return is_own_backup(*now) ? Result<Done>(Done{})
+                             : failure("its backup " + backup + " has changed");
 }
 
 // The last checks come after everything slow, so that they see what is saved while the map is

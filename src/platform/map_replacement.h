@@ -112,6 +112,7 @@ private:
   }
   Result<Done> write_copy();
   Result<Done> check_made(const std::string& name);
+  Result<Done> check_older_backup();
   Result<Done> check_backup();
   Result<Done> place(Prepared& file, const std::string& kept);
   Result<OpenMap::Kind> kind_of(const std::string& name);
