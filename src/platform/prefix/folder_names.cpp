@@ -22,6 +22,8 @@ OpenMap::FileState state_of(const Descriptor& folder) {
   return stat_of(folder, status) ? file_state(status) : OpenMap::FileState{};
 }
 
+std::size_t hash(const std::string& name) { return std::hash<std::string>()(lowercase(name)); }
+
 }  // namespace
 
 bool for_each_name(const Descriptor& folder, const Visit& visit) {
@@ -43,44 +45,38 @@ bool for_each_name(const Descriptor& folder, const Visit& visit) {
 }
 
 std::string find_name(const Descriptor& folder, const std::string& name) {
-  FolderNames::Known known;
-  return has_name(folder, name) ? name : FolderNames::of(folder, known).find(folder, name);
+  if (has_name(folder, name))
+    return name;
+  const std::string wanted = lowercase(name);
+  std::string first;
+  for_each_name(open_at(folder, ".", O_RDONLY | O_DIRECTORY),
+                [&](const char* other, unsigned char) {
+                  if (lowercase(other) == wanted && (first.empty() || other < first))
+                    first = other;
+                });
+  return first;
 }
 
-FolderNames& FolderNames::of(const Descriptor& folder, Known& known) {
-  const auto now = state_of(folder);
-  FolderNames& names = known[{now.device, now.file}];
-  if (names.complete && names.state == now)
-    return names;
-  names.state = now;
-  names.read(folder);
-  return names;
+std::shared_ptr<FolderNames> FolderNames::of(const Descriptor& folder,
+                                             std::shared_ptr<FolderNames>& last) {
+  if (!last || !last->complete || last->state != state_of(folder))
+    last = std::make_shared<FolderNames>(folder);
+  return last;
 }
 
-void FolderNames::read(const Descriptor& folder) {
+FolderNames::FolderNames(const Descriptor& folder) : state(state_of(folder)) {
   struct statx attributes;
   is_append_only = ::statx(folder.get(), "", AT_EMPTY_PATH, 0, &attributes) == 0 &&
                    (attributes.stx_attributes & STATX_ATTR_APPEND);
-  folded_names.clear();
   complete = for_each_name(open_at(folder, ".", O_RDONLY | O_DIRECTORY),
                            [&](const char* name, unsigned char) { added(name); });
 }
 
 std::string FolderNames::find(const Descriptor& folder, const std::string& name) const {
-  if (has_name(folder, name))
-    return name;
-  const std::string wanted = lowercase(name);
-  const std::size_t hash = std::hash<std::string>()(wanted);
-  for (auto known = folded_names.lower_bound({hash, ""});
-       known != folded_names.end() && known->first == hash; ++known)
-    if (lowercase(known->second) == wanted && has_name(folder, known->second))
-      return known->second;
-  return "";
+  return hashes.contains(hash(name)) || has_name(folder, name) ? find_name(folder, name) : "";
 }
 
-void FolderNames::added(const std::string& name) {
-  folded_names.emplace(std::hash<std::string>()(lowercase(name)), name);
-}
+void FolderNames::added(const std::string& name) { hashes.insert(hash(name)); }
 
 void FolderNames::changed(const Descriptor& folder) { state = state_of(folder); }
 

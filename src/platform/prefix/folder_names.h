@@ -5,12 +5,10 @@
 #include "platform/prefix/descriptor.h"
 
 #include <cstddef>
-#include <cstdint>
 #include <functional>
-#include <map>
-#include <set>
+#include <memory>
 #include <string>
-#include <utility>
+#include <unordered_set>
 
 // Calls `visit` with each name in a folder and its type (DT_REG, DT_DIR, ...), except "." and "..".
 // The folder must be newly opened for reading. False, with errno set, if it cannot be read to its
@@ -25,12 +23,12 @@ std::string find_name(const Descriptor& folder, const std::string& name);
 // Remembers the names in one folder, so that many lookups read it once.
 class FolderNames {
 public:
-  // Folders by device and inode.
-  using Known = std::map<std::pair<std::uint64_t, std::uint64_t>, FolderNames>;
+  // The names of an open folder: `last`, unless that is of another folder, or the folder has been
+  // changed since the last call of `changed`. Then it is read, and becomes the last one.
+  static std::shared_ptr<FolderNames> of(const Descriptor& folder,
+                                         std::shared_ptr<FolderNames>& last);
 
-  // The names of an open folder, from `known` if they are there. The folder is read if they are
-  // not, or if it has been changed since the last call of `changed`.
-  static FolderNames& of(const Descriptor& folder, Known& known);
+  explicit FolderNames(const Descriptor& folder);
 
   // Same result as `find_name`.
   std::string find(const Descriptor& folder, const std::string& name) const;
@@ -47,11 +45,9 @@ public:
   std::string folded(const std::string& name) const;
 
 private:
-  void read(const Descriptor& folder);
-
   OpenMap::FileState state{};  // of the folder, when its names were all known
   bool complete = false;       // the names were read to the folder's end
   bool is_append_only = false;
-  // Each name behind the hash of itself in lower case; ordered, so that no choice of names is slow.
-  std::set<std::pair<std::size_t, std::string>> folded_names;
+  // Of the names in lower case. Most lookups miss, which these answer without a second reading.
+  std::unordered_set<std::size_t> hashes;
 };

@@ -24,11 +24,12 @@ char32_t lower_letter(char32_t letter) {
 }  // namespace
 
 std::string lowercase(std::string_view text) {
-  std::string result;
-  if (std::all_of(text.begin(), text.end(), is_ascii)) {  // as most names are
-    std::transform(text.begin(), text.end(), std::back_inserter(result), ascii_lower);
+  std::string result(text);
+  if (std::ranges::all_of(text, is_ascii)) {  // as most names are
+    std::ranges::transform(text, result.begin(), ascii_lower);
     return result;
   }
+  result.clear();
   while (true) {
     const auto invalid = utf8::find_invalid(text.begin(), text.end());
     for (auto at = text.begin(); at != invalid;)
