@@ -57,11 +57,15 @@ std::string find_name(const Descriptor& folder, const std::string& name) {
   return first;
 }
 
-std::shared_ptr<FolderNames> FolderNames::of(const Descriptor& folder,
-                                             std::shared_ptr<FolderNames>& last) {
-  if (!last || !last->complete || last->state != state_of(folder))
-    last = std::make_shared<FolderNames>(folder);
-  return last;
+std::shared_ptr<FolderNames> FolderNames::of(const Descriptor& folder, Known& known) {
+  const auto now = state_of(folder);
+  auto& in_use = known.in_use[{now.device, now.file}];
+  auto names = in_use.lock();
+  if (!names)
+    in_use = names = std::make_shared<FolderNames>(folder);
+  else if (!names->complete || names->state != now)
+    *names = FolderNames(folder);
+  return known.last = names;
 }
 
 FolderNames::FolderNames(const Descriptor& folder) : state(state_of(folder)) {

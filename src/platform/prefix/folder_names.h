@@ -5,10 +5,13 @@
 #include "platform/prefix/descriptor.h"
 
 #include <cstddef>
+#include <cstdint>
 #include <functional>
+#include <map>
 #include <memory>
 #include <string>
 #include <unordered_set>
+#include <utility>
 
 // Calls `visit` with each name in a folder and its type (DT_REG, DT_DIR, ...), except "." and "..".
 // The folder must be newly opened for reading. False, with errno set, if it cannot be read to its
@@ -23,10 +26,15 @@ std::string find_name(const Descriptor& folder, const std::string& name);
 // Remembers the names in one folder, so that many lookups read it once.
 class FolderNames {
 public:
-  // The names of an open folder: `last`, unless that is of another folder, or the folder has been
-  // changed since the last call of `changed`. Then it is read, and becomes the last one.
-  static std::shared_ptr<FolderNames> of(const Descriptor& folder,
-                                         std::shared_ptr<FolderNames>& last);
+  // The names of folders that are in use, by device and inode, and those that were asked for last.
+  struct Known {
+    std::map<std::pair<std::uint64_t, std::uint64_t>, std::weak_ptr<FolderNames>> in_use;
+    std::shared_ptr<FolderNames> last;
+  };
+
+  // The names of an open folder, from `known` if they are there. The folder is read if they are
+  // not, or if it has been changed since the last call of `changed`.
+  static std::shared_ptr<FolderNames> of(const Descriptor& folder, Known& known);
 
   explicit FolderNames(const Descriptor& folder);
 

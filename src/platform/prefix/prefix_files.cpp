@@ -158,7 +158,7 @@ Result<Files::OpenedFile> PrefixFiles::open_file(const std::string& path) {
   if (!S_ISREG(status.st_mode) || hidden_names.contain(location.folder, location.name))
     return OpenedFile{};
   return OpenedFile{
-      std::make_unique<PrefixMap>(path, file, std::move(location), status, last_names),
+      std::make_unique<PrefixMap>(path, file, std::move(location), status, known_names),
       PrefixMap::content_of(file, status)};
 }
 

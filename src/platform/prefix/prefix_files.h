@@ -41,5 +41,5 @@ private:
   Disk& disk;
   Paths paths;
   HiddenNames hidden_names;
-  std::shared_ptr<FolderNames> last_names;  // of the folder of the map that was locked last
+  FolderNames::Known known_names;
 };

@@ -65,10 +65,10 @@ bool is_shortage(int error) {
 
 PrefixMap::PrefixMap(std::string path_in, std::shared_ptr<const Descriptor> file_in,
                      Location location, const struct stat& status_in,
-                     std::shared_ptr<FolderNames>& last_names_in)
+                     FolderNames::Known& known_names_in)
     : OpenMap(std::move(path_in), std::move(location.name), ""), file(std::move(file_in)),
       folder_path(std::move(location.folder)), status(status_in), state(file_state(status)),
-      last_names(last_names_in) {}
+      known_names(known_names_in) {}
 
 PrefixMap::~PrefixMap() {
   if (names)
@@ -86,7 +86,7 @@ Result<OpenMap::FileState> PrefixMap::lock() {
   folder = open_path(file->disk(), folder_path + "/", O_RDONLY | O_DIRECTORY);
   if (!folder)
     return Failure{path, "open its folder", system_reason()};
-  names = FolderNames::of(folder, last_names);
+  names = FolderNames::of(folder, known_names);
   if (names->append_only())
     return failure("nothing may be renamed in its folder");
   locked = file->disk().lock(file->get()) == 0;

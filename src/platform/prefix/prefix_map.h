@@ -17,10 +17,10 @@
 
 class PrefixMap : public OpenMap {
 public:
-  // `file_in` is open, and `status_in` its status from just before it is read. `last_names_in`
-  // must outlive the object: see `FolderNames::of`.
+  // `file_in` is open, and `status_in` its status from just before it is read. `known_names_in`
+  // must outlive the object.
   PrefixMap(std::string path_in, std::shared_ptr<const Descriptor> file_in, Location location,
-            const struct stat& status_in, std::shared_ptr<FolderNames>& last_names_in);
+            const struct stat& status_in, FolderNames::Known& known_names_in);
   ~PrefixMap() override;
 
   Result<FileState> lock() override;
@@ -62,7 +62,7 @@ private:
   const struct stat status;
   const FileState state;
   Descriptor folder;  // open once the map is locked
-  std::shared_ptr<FolderNames>& last_names;
+  FolderNames::Known& known_names;
   std::shared_ptr<FolderNames> names;      // of the folder, once the map is locked
   std::map<std::string, Written> written;  // by name
   std::vector<Descriptor> others;          // what is flushed
