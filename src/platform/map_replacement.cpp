@@ -92,7 +92,7 @@ Result<Done> MapReplacement::check_map() {
   if (!state.settled)
     if (auto compared = compare_map(); !compared)
       return compared;
-  return check_state();
+  return check_unchanged(map.name, state, changed());
 }
 
 // The map must be as it was read: what somebody else has saved since must not be lost. A state that
@@ -117,12 +117,13 @@ Result<OpenMap::FileState> MapReplacement::own_state() {
   return now;
 }
 
-// The map's name must be that of the file that was read, and nobody may have written to that file.
-Result<Done> MapReplacement::check_state() {
-  const auto now = map.state_of(map.name);
+// The name must still be that file's, and nobody may have written to it.
+Result<Done> MapReplacement::check_unchanged(const std::string& name,
+                                             const OpenMap::FileState& before, Failure changed) {
+  const auto now = map.state_of(name);
   if (!now)
     return now.failure();
-  return *now == state ? Result<Done>(Done{}) : changed();
+  return *now == before ? Result<Done>(Done{}) : std::move(changed);
 }
 
 Result<Done> MapReplacement::place_companions() {
@@ -231,8 +232,9 @@ Result<Done> MapReplacement::place_backup() {
   if (made) {
     if (const auto now = own_state(); !now)
       return now.failure();
-    if (replaces_older)
-      if (auto checked = check_older_backup(); !checked)
+    if (replaces_older)  // what somebody has put in its place meanwhile is not replaced
+      if (auto checked = check_unchanged(older_backup, older_state, older_backup_changed());
+          !checked)
         return checked;
     const auto renamed = with_action(backup_action(), [&] {
       return replaces_older ? made->rename(backup, "") : made->rename_no_replace(backup);
@@ -244,15 +246,6 @@ Result<Done> MapReplacement::place_backup() {
   if (auto checked = check_made(backup); !checked)
     return checked;
   return note_unflushed(backup_is_hard_link ? map.name : backup, backup);
-}
-
-// What somebody has put in its place meanwhile is not replaced.
-Result<Done> MapReplacement::check_older_backup() {
-  const auto now = map.state_of(older_backup);
-  if (!now)
-    return now.failure();
-  return *now == older_state ? Result<Done>(Done{})
-                             : failure("its older backup " + older_backup + " has changed");
 }
 
 // Another file may have had the map's name when the link was made, and file systems that give each
@@ -292,7 +285,7 @@ Result<Done> MapReplacement::replace() {
       return compared;
   if (auto checked = check_backup(); !checked)
     return checked;
-  if (auto checked = check_state(); !checked)
+  if (auto checked = check_unchanged(map.name, state, changed()); !checked)
     return checked;
   return place(prepared.back(), backup);
 }

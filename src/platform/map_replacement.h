@@ -102,7 +102,8 @@ private:
   Result<Done> write_temporary(const NewFile& file, const std::string& name);
   Result<Done> compare_map();
   Result<OpenMap::FileState> own_state();
-  Result<Done> check_state();
+  Result<Done> check_unchanged(const std::string& name, const OpenMap::FileState& before,
+                               Failure changed);
   Result<bool> holds(const std::string& name, std::string_view content);
   Result<Done> move_aside(OpenMap::Kind kind);
   bool is_placeholder(const std::string& name);
@@ -112,7 +113,6 @@ private:
   }
   Result<Done> write_copy();
   Result<Done> check_made(const std::string& name);
-  Result<Done> check_older_backup();
   Result<Done> check_backup();
   Result<Done> place(Prepared& file, const std::string& kept);
   Result<OpenMap::Kind> kind_of(const std::string& name);
@@ -121,6 +121,9 @@ private:
   std::string backup_action() const { return "make its backup " + backup; }
   Failure failure(std::string reason) const { return {map.path, "convert it", std::move(reason)}; }
   Failure changed() const { return failure("it has changed since it was read"); }
+  Failure older_backup_changed() const {
+    return failure("its older backup " + older_backup + " has changed");
+  }
 
   const std::unique_ptr<OpenMap> owned_map;
   OpenMap& map = *owned_map;
