@@ -1,9 +1,9 @@
 # The program on Linux, for a Windows machine that is kept in a folder.
 set(machine prefix)
 layer(prefix BELOW platform SOURCES
-  platform/prefix/code_page.cpp platform/prefix/console.cpp platform/prefix/disk.cpp platform/prefix/folder_names.cpp platform/prefix/descriptor.cpp
-  platform/prefix/hidden_names.cpp platform/prefix/launcher_prefixes.cpp
-  platform/prefix/letter_case.cpp platform/prefix/library.cpp
+  platform/prefix/code_page.cpp platform/prefix/console.cpp platform/prefix/descriptor.cpp
+  platform/prefix/disk.cpp platform/prefix/folder_names.cpp platform/prefix/hidden_names.cpp
+  platform/prefix/launcher_prefixes.cpp platform/prefix/letter_case.cpp platform/prefix/library.cpp
   platform/prefix/machine.cpp platform/prefix/process.cpp platform/prefix/paths.cpp
   platform/prefix/prefix_check.cpp platform/prefix/prefix_files.cpp platform/prefix/prefix_map.cpp
   platform/prefix/prefix_system.cpp platform/prefix/processor.cpp
