@@ -23,13 +23,10 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   const std::string name = cut(rest);
   const std::string text(rest);
   static_cast<void>(find_value(text, key, name));
-  static_cast<void>(without_key(text, key));
-  static_cast<void>(without_value(text, key, name));
-  const RegistryValue value{.type = RegistryValue::Type::number, .number = 7};
-  static_cast<void>(with_value(text, key, name, value));
-  const auto found =
-      find_value(with_value(text, "Game\\Maps", "Path", value), "Game\\Maps", "Path");
-  if (!found || found->number != 7)
+  static_cast<void>(without(text, key, name));
+  const auto edited = with_value(text, key, name, "7", "REG_DWORD");
+  const auto found = find_value(*edited, key, name);
+  if (!found || found->text != "7")
     std::abort();
   return 0;
 }

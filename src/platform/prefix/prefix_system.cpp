@@ -26,20 +26,15 @@ constexpr char windows_nt[] = R"(HKEY_LOCAL_MACHINE\Software\Microsoft\Windows N
 constexpr char explorer[] =
     R"(HKEY_CURRENT_USER\Software\Microsoft\Windows\CurrentVersion\Explorer\)";
 
-// Where Windows sets variables of the user's session by name.
+// Where variables are set by name: those of the user's session by Windows, which come before those
+// that it makes from other values, then the user's and the machine's.
 constexpr char session_key[] = R"(HKEY_CURRENT_USER\Volatile Environment\)";
+constexpr char user_key[] = R"(HKEY_CURRENT_USER\Environment\)";
+constexpr char machine_key[] =
+    R"(HKEY_LOCAL_MACHINE\System\CurrentControlSet\Control\Session Manager\Environment\)";
 
-// Where the user and the machine set variables by name, and where the code page is named. In Wine
-// 10 the current control set is a registry symlink to the first, which holds the keys.
-constexpr const char* variable_keys[] = {
-    R"(HKEY_CURRENT_USER\Environment\)",
-    R"(HKEY_LOCAL_MACHINE\System\CurrentControlSet\Control\Session Manager\Environment\)",
-    R"(HKEY_LOCAL_MACHINE\System\ControlSet001\Control\Session Manager\Environment\)",
-};
-constexpr const char* code_page_keys[] = {
-    R"(HKEY_LOCAL_MACHINE\System\CurrentControlSet\Control\Nls\CodePage\ACP)",
-    R"(HKEY_LOCAL_MACHINE\System\ControlSet001\Control\Nls\CodePage\ACP)",
-};
+constexpr char code_page[] =
+    R"(HKEY_LOCAL_MACHINE\System\CurrentControlSet\Control\Nls\CodePage\ACP)";
 
 // The variables that Windows makes from other values below a key. Wine's user always has the same
 // identifier.
@@ -74,19 +69,15 @@ const char* folder_name(std::uint32_t csidl) {
   return csidl == Csidl::documents ? "Personal" : nullptr;
 }
 
-// A variable: what Windows makes itself comes before what the user and the machine set. `name` is
-// in lower case.
+// A variable, by its name in lower case.
 std::optional<RegistryValue> find_variable(Registry& registry, const std::string& name) {
   std::vector<std::string> places{session_key + name};
   for (const auto& [variable, value] : made_variables)
     if (variable == name)
       places.push_back(software + std::string(value));
-  for (const char* const key : variable_keys)
-    places.push_back(key + name);
+  places.insert(places.end(), {user_key + name, machine_key + name});
   for (const std::string& place : places)
-    if (auto value = registry.read(place);
-        value && (value->type == RegistryValue::Type::text ||
-                  value->type == RegistryValue::Type::expandable_text))
+    if (auto value = registry.read(place))
       return value;
   return std::nullopt;
 }
@@ -110,19 +101,8 @@ PrefixSystem::PrefixSystem(const Machine& machine, std::string argument_line)
 
 std::optional<std::string> PrefixSystem::reg_read(const std::string& value_path) {
   const auto value = registry.read(value_path);
-  if (!value)
-    return std::nullopt;
   Variables known;
-  switch (value->type) {
-  case RegistryValue::Type::text:
-    return value->text;
-  case RegistryValue::Type::expandable_text:
-    return expand(value->text, known);
-  case RegistryValue::Type::number:
-    return std::to_string(value->number);
-  default:
-    return std::nullopt;
-  }
+  return value ? std::optional(expand(*value, known)) : std::nullopt;
 }
 
 std::string PrefixSystem::explain_unregistered(const std::string& subject) {
@@ -170,15 +150,16 @@ std::optional<std::string> PrefixSystem::registry_variable(const std::string& na
     return root ? std::optional(root->substr(0, 2)) : std::nullopt;
   }
   const auto value = find_variable(registry, name);
-  if (!value)
-    return processor_variable(name, !registry.is_32_bit());
-  if (value->type == RegistryValue::Type::text)
-    return value->text;
-  return expand(value->text, known);
+  return value ? std::optional(expand(*value, known))
+               : processor_variable(name, !registry.is_32_bit());
 }
 
-// Replaces every %NAME% that is set, as long as the result is not too long.
-std::string PrefixSystem::expand(std::string_view text, Variables& known) {
+// The text of a value, in which every %NAME% that is set is replaced if its type asks for it, as
+// long as the result is not too long.
+std::string PrefixSystem::expand(const RegistryValue& value, Variables& known) {
+  if (!value.expandable)
+    return value.text;
+  std::string_view text = value.text;
   std::string result;
   while (!text.empty()) {
     const auto open = std::min(text.find('%'), text.size());
@@ -187,10 +168,10 @@ std::string PrefixSystem::expand(std::string_view text, Variables& known) {
     const auto close = text.find('%', 1);
     if (close == std::string_view::npos)
       return result.append(text);
-    const auto value = variable(std::string(text.substr(1, close - 1)), known);
-    const bool replaced = value && result.size() + value->size() <= longest_result;
+    const auto found = variable(std::string(text.substr(1, close - 1)), known);
+    const bool replaced = found && result.size() + found->size() <= longest_result;
     // If no such variable is set, the second "%" may start the next name.
-    result += replaced ? *value : std::string(text.substr(0, close));
+    result += replaced ? *found : std::string(text.substr(0, close));
     text.remove_prefix(replaced ? close + 1 : close);
   }
   return result;
@@ -265,11 +246,7 @@ bool PrefixSystem::interrupted() { return ::interrupted(); }
 std::string PrefixSystem::decode(std::string_view bytes) {
   if (utf8::is_valid(bytes))
     return std::string(bytes);
-  std::optional<std::string> page;
-  for (const char* const key : code_page_keys)
-    if (!page)
-      page = reg_read(key);
-  return from_code_page(page.value_or(""), bytes);
+  return from_code_page(reg_read(code_page).value_or(""), bytes);
 }
 
 std::string PrefixSystem::lowercase(std::string_view text) { return ::lowercase(text); }

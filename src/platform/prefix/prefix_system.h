@@ -60,7 +60,7 @@ private:
 
   std::optional<std::string> variable(const std::string& name, Variables& known);
   std::optional<std::string> registry_variable(const std::string& name, Variables& known);
-  std::string expand(std::string_view text, Variables& known);
+  std::string expand(const RegistryValue& value, Variables& known);
   std::string registered_folder(const std::string& name);
   std::string default_local_app_data();
   void make_folder(const std::string& path);

@@ -5,54 +5,10 @@
 #include "platform/prefix/prefix_files.h"
 #include "platform/replacing.h"
 
-#include <charconv>
-#include <cstddef>
-#include <cstdint>
-#include <limits>
 #include <string_view>
 #include <utility>
 
-namespace {
-
 namespace fs = std::filesystem;
-
-// A decimal number of 32 bits, signed or unsigned.
-std::optional<std::uint32_t> parse_number(const std::string& data) {
-  std::int64_t number = 0;
-  const char* const end = data.data() + data.size();
-  const auto [stop, error] = std::from_chars(data.data(), end, number);
-  const bool fits = number >= std::numeric_limits<std::int32_t>::min() &&
-                    number <= std::numeric_limits<std::uint32_t>::max();
-  if (error != std::errc{} || stop != end || !fits)
-    return std::nullopt;
-  return static_cast<std::uint32_t>(number);
-}
-
-std::string little_endian(std::uint32_t number) {
-  std::string bytes;
-  for (unsigned shift = 0; shift < 32; shift += 8)
-    bytes += static_cast<char>(number >> shift);
-  return bytes;
-}
-
-std::optional<RegistryValue> make_value(const std::string& data, const std::string& type) {
-  using Type = RegistryValue::Type;
-  const auto lowered = lowercase(type);
-  if (lowered.empty() || lowered == "reg_sz")
-    return RegistryValue{.type = Type::text, .text = data};
-  if (lowered == "reg_expand_sz")
-    return RegistryValue{.type = Type::expandable_text, .text = data};
-  const auto number = parse_number(data);
-  if (!number)
-    return std::nullopt;
-  if (lowered == "reg_dword")
-    return RegistryValue{.type = Type::number, .number = *number};
-  if (lowered != "reg_binary")
-    return std::nullopt;
-  return RegistryValue{.type = Type::binary, .bytes = little_endian(*number)};
-}
-
-}  // namespace
 
 const std::string& Registry::Hive::read() {
   if (text)
@@ -69,19 +25,12 @@ const std::string& Registry::Hive::read() {
 bool Registry::Hive::change(const Edit& edit) {
   std::error_code missing;
   const auto real = fs::canonical(file, missing);
-  throw_if_out_of_memory(missing.value());
-  const std::string path = Paths::unix_namespace + (missing ? file : real).string();
-  PrefixFiles files{Machine{file.parent_path().string(), "", ""}};
-  static_cast<void>(files.list(path.substr(0, path.rfind('/')), "*"));  // removes stale temporaries
-  auto opened = files.open_map(path);
-  if (!opened && !opened.failure().missing())
-    return false;
-  const auto changed = edit(opened ? (*opened)->text : "");
+  PrefixFiles files{Machine{real.parent_path().string(), "", ""}};
+  auto opened = files.open_map(Paths::unix_namespace + real.string());
+  const auto changed = opened ? edit((*opened)->text) : std::nullopt;
   if (!changed)
     return false;
   text.reset();
-  if (!opened)
-    return bool(files.write(path, *changed));
   OpenMap& old = **opened;
   Replacement replacement{std::move(old.text), {{old.name, *changed}}, "", ""};
   ReplacementBatch batch(files);
@@ -105,8 +54,13 @@ std::optional<Registry::Place> Registry::find_place(const std::string& value_pat
 }
 
 std::optional<RegistryValue> Registry::read(const std::string& value_path) {
+  constexpr std::string_view current_set = "CurrentControlSet", first_set = "ControlSet001";
   const auto place = find_place(value_path);
-  return place ? find_value(place->hive.read(), place->key, place->name) : std::nullopt;
+  auto value = place ? find_value(place->hive.read(), place->key, place->name) : std::nullopt;
+  const auto at = value_path.find(current_set);
+  if (value || at == std::string::npos)
+    return value;
+  return read(std::string(value_path).replace(at, current_set.size(), first_set));
 }
 
 bool Registry::is_32_bit() {
@@ -116,21 +70,14 @@ bool Registry::is_32_bit() {
 bool Registry::write(const std::string& value_path, const std::string& data,
                      const std::string& type) {
   const auto place = find_place(value_path);
-  const auto value = make_value(data, type);
-  if (!place || !value)
-    return false;
-  return place->hive.change([&](std::string_view text) {
-    return std::optional(with_value(text, place->key, place->name, *value));
+  return place && place->hive.change([&](std::string_view text) {
+    return with_value(text, place->key, place->name, data, type);
   });
 }
 
 bool Registry::remove(const std::string& value_path) {
   const auto place = find_place(value_path);
-  if (!place || (place->key.empty() && place->name.empty()))
-    return false;
-  return place->hive.change([&](std::string_view text) {
-    auto changed = place->name.empty() ? without_key(text, place->key)
-                                       : without_value(text, place->key, place->name);
-    return changed == text ? std::nullopt : std::optional(std::move(changed));
-  });
+  return place && !(place->key.empty() && place->name.empty()) &&
+         place->hive.change(
+             [&](std::string_view text) { return without(text, place->key, place->name); });
 }

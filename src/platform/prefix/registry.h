@@ -22,7 +22,8 @@ public:
 
   // The value, or nullopt if there is none. Each file is read on first use, and again after a
   // change; one that is missing, unreadable or larger than 1 GiB counts as empty. %NAME% in an
-  // expandable text is not expanded.
+  // expandable text is not expanded. In Wine 10 the current control set is a registry symlink to
+  // the first, which holds the keys: what is not in the one is looked up in the other.
   std::optional<RegistryValue> read(const std::string& value_path);
 
   // Whether the prefix is a 32-bit Windows, which Wine notes in a line of system.reg.
@@ -33,12 +34,9 @@ public:
   const std::optional<Failure>& machine_failure() const { return local_machine.failure; }
   const std::optional<Failure>& user_failure() const { return current_user.failure; }
 
-  // Sets a value, creating its key if needed. `type` is REG_SZ, REG_EXPAND_SZ, REG_DWORD or
-  // REG_BINARY, case-insensitive; the empty text means REG_SZ. The data of the last two is a
-  // decimal number of 32 bits, signed or not; REG_BINARY stores it as four bytes, little-endian.
-  // The file is read anew, and replaced in one step with its permissions kept. False, with nothing
-  // changed, for any other type or data, a file that cannot be read or that another program writes,
-  // a missing prefix, or a failed write.
+  // Sets a value, like `with_value`. The file is read anew, and replaced in one step with its
+  // permissions kept. False, with nothing changed, for any other type or data, a file that is
+  // missing, that cannot be read or that another program writes, or a failed write.
   bool write(const std::string& value_path, const std::string& data, const std::string& type);
 
   // Deletes a value, or for a path that ends in "\" the key with everything below it. False, with

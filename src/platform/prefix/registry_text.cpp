@@ -1,5 +1,5 @@
-// Parses and edits the registry's text line by line. A key's header is unescaped and folded only if
-// a cheap comparison does not rule it out, which keeps a search through megabytes fast.
+// Finds and edits the lines of the registry's text. Keys and names are compared in the form in
+// which Wine writes them, which keeps a search through megabytes fast.
 #include "platform/prefix/registry_text.h"
 
 #include "platform/letter_case.h"
@@ -7,8 +7,12 @@
 
 #include <algorithm>
 #include <array>
+#include <cctype>
 #include <charconv>
 #include <cstddef>
+#include <cstdint>
+#include <cstdio>
+#include <limits>
 #include <utility>
 #include <vector>
 
@@ -17,21 +21,86 @@
 namespace {
 
 constexpr auto npos = std::string_view::npos;
+using Parts = std::vector<std::string_view>;
 
-// Wine's letters for control characters, indexed by code; '.' for a character without one.
-constexpr std::string_view control_names = ".......abtnvfr.............e....";
+std::string hexadecimal(std::uint32_t number, int least_digits) {
+  std::array<char, 16> text{};
+  std::snprintf(text.data(), text.size(), "%0*x", least_digits, number);
+  return text.data();
+}
 
-// UTF-16 as UTF-8; a surrogate without its partner becomes U+FFFD.
-std::string to_utf8(std::u16string units) {
-  const auto is_lead = [&](std::size_t i) { return units[i] >= 0xD800 && units[i] < 0xDC00; };
-  const auto is_trail = [&](std::size_t i) { return units[i] >= 0xDC00 && units[i] < 0xE000; };
+// As Wine escapes a text: a code has four digits only where another digit follows. `marks` are
+// escaped, too.
+std::string escape(std::string_view text, std::string_view marks) {
+  const auto units = utf8::utf8to16(utf8::replace_invalid(text));
+  std::string escaped;
   for (std::size_t i = 0; i < units.size(); ++i) {
-    if (is_lead(i) && i + 1 < units.size() && is_trail(i + 1))
-      ++i;
-    else if (is_lead(i) || is_trail(i))
-      units[i] = 0xFFFD;
+    const char c = static_cast<char>(units[i]);
+    const char16_t next = units[i + 1];  // NUL after the last
+    if (units[i] < 0x20 || units[i] > 0x7F)
+      escaped += "\\x" + hexadecimal(units[i], next < 0x80 && std::isxdigit(next) ? 4 : 1);
+    else if (c == '\\' || marks.find(c) != npos)
+      escaped += {'\\', c};
+    else
+      escaped += c;
   }
-  return utf8::utf16to8(units);
+  return escaped;
+}
+
+bool starts_with(std::string_view text, std::string_view start) {
+  return std::ranges::equal(text.substr(0, start.size()), start, {}, ascii_lower, ascii_lower);
+}
+
+// The lines of each key of that path, its header first; with those of the keys below it if asked
+// for.
+Parts find_keys(std::string_view text, std::string_view path, bool with_subkeys = false) {
+  const auto start = "[" + escape(path, "[]");
+  const auto header = start + "]", subkey_start = start + "\\\\";
+  Parts keys;
+  for (auto begin = text.find("\n["); begin != npos;) {
+    const auto end = text.find("\n[", begin + 1);
+    const auto lines = text.substr(begin + 1, end - begin);
+    if (starts_with(lines, header) || (with_subkeys && starts_with(lines, subkey_start)))
+      keys.push_back(lines);
+    begin = end;
+  }
+  return keys;
+}
+
+std::size_t line_length(std::string_view text) {
+  return std::min(text.find('\n'), text.size() - 1) + 1;
+}
+
+// What the lines of each definition of the value begin with, up to its data.
+std::string value_start(std::string_view name) {
+  return name.empty() ? "@=" : "\"" + escape(name, "\"") + "\"=";
+}
+
+// The lines of each definition of the value: hexadecimal data continues after a backslash.
+Parts find_values(std::string_view text, std::string_view key, std::string_view name) {
+  const auto start = value_start(name);
+  Parts values;
+  for (auto lines : find_keys(text, key))
+    while (!lines.empty()) {
+      auto length = line_length(lines);
+      if (starts_with(lines, start)) {
+        while (length < lines.size() && lines.substr(0, length).ends_with("\\\n"))
+          length += line_length(lines.substr(length));
+        values.push_back(lines.substr(0, length));
+      }
+      lines.remove_prefix(length);
+    }
+  return values;
+}
+
+std::string without_parts(std::string_view text, const Parts& removed) {
+  std::string kept;
+  for (const auto part : removed) {
+    const auto before = static_cast<std::size_t>(part.data() - text.data());
+    kept += text.substr(0, before);
+    text.remove_prefix(before + part.size());
+  }
+  return kept.append(text);
 }
 
 bool take(std::string_view& text, std::string_view start) {
@@ -52,326 +121,104 @@ std::optional<std::uint32_t> take_number(std::string_view& text, std::size_t mos
   return number;
 }
 
-// Takes a numeric escape, \xHHHH or \OOO, off the front of `text`: a UTF-16 unit.
-std::optional<char16_t> take_unit(std::string_view& text) {
-  auto rest = text;
-  const bool hex = take(rest, "\\x");
-  if (!hex && !take(rest, "\\"))
-    return std::nullopt;
-  const auto unit = hex ? take_number(rest, 4, 16) : take_number(rest, 3, 8);
-  if (!unit)
-    return std::nullopt;
-  text = rest;
-  return static_cast<char16_t>(*unit);
+// Takes what follows a backslash off the front of `text`: \xHHHH, \OOO, a control character's
+// letter, or the character itself. Returns a UTF-16 unit.
+char16_t take_escaped(std::string_view& text) {
+  constexpr std::string_view letters = "abtnvfre", controls = "\a\b\t\n\v\f\r\x1b";
+  auto digits = text;
+  const bool is_hexadecimal = take(digits, "x");
+  if (const auto unit = take_number(digits, is_hexadecimal ? 4 : 3, is_hexadecimal ? 16 : 8)) {
+    text = digits;
+    return static_cast<char16_t>(*unit);
+  }
+  const char c = text.front();
+  text.remove_prefix(1);
+  const auto letter = letters.find(c);
+  return static_cast<unsigned char>(letter == npos ? c : controls[letter]);
 }
 
-// Takes any other escape off the front of `text`: one character.
-char take_character(std::string_view& text) {
-  const char c = text.size() > 1 ? text[1] : '\\';
-  text.remove_prefix(std::min<std::size_t>(text.size(), 2));
-  const auto control = c == '.' ? npos : control_names.find(c);
-  return control == npos ? c : static_cast<char>(control);
+std::string to_utf8(const std::u16string& units) try {
+  return utf8::utf16to8(units);
+} catch (const utf8::invalid_utf16&) {  // a surrogate without its partner
+  return "\uFFFD";
 }
 
-std::string unescape(std::string_view escaped) {
+// A text in quotes, unescaped; nullopt if it has no end.
+std::optional<std::string> parse_quoted(std::string_view data) {
+  if (!take(data, "\""))
+    return std::nullopt;
   std::string text;
-  while (true) {
-    const auto plain = std::min(escaped.find('\\'), escaped.size());
-    text += escaped.substr(0, plain);
-    escaped.remove_prefix(plain);
-    if (escaped.empty())
-      return text;
-    std::u16string units;  // of several escapes in a row: two may be one character
-    while (const auto unit = take_unit(escaped))
-      units += *unit;
-    if (units.empty())
-      text += take_character(escaped);
-    else
-      text += to_utf8(std::move(units));
-  }
-}
-
-// The position of the unescaped character `close`, from `from` on.
-std::size_t find_closing(std::string_view text, std::size_t from, char close) {
-  for (std::size_t at = from; at < text.size(); ++at) {
-    if (text[at] == close)
-      return at;
-    if (text[at] == '\\')
-      ++at;
-  }
-  return npos;
-}
-
-// A quick test on plain characters; an escape or a non-ASCII character ends it undecided.
-bool cannot_start_with(std::string_view escaped, std::string_view lowered) {
-  for (const char wanted : lowered) {
-    if (escaped.empty())
-      return true;
-    const char next = ascii_lower(escaped.front());
-    if (!is_ascii(next) || !is_ascii(wanted) || (next == '\\' && !escaped.starts_with("\\\\")))
-      return false;
-    if (next != wanted)
-      return true;
-    escaped.remove_prefix(next == '\\' ? 2 : 1);
-  }
-  return false;
-}
-
-// Lines of the text from `begin` to `end`: those of a key, whose values begin at `body`, or those
-// of a value, whose data begins there.
-struct Lines {
-  std::size_t begin, body, end;
-};
-
-// Whether a path stands for its key alone or also for all keys below it.
-enum class Depth { key, subtree };
-
-std::size_t line_end(std::string_view text, std::size_t from) {
-  const auto at = text.find('\n', from);
-  return at == npos ? text.size() : at + 1;
-}
-
-// The start of the next line that begins with "[", at or after `from`; the text's end if there is
-// none. Searches for brackets because they are rarer than line ends.
-std::size_t find_header(std::string_view text, std::size_t from) {
-  auto at = text.find('[', from);
-  while (at != npos && at > 0 && text[at - 1] != '\n')
-    at = text.find('[', at + 1);
-  return std::min(at, text.size());
-}
-
-// Whether a key's header, without its "[", names the key `lowered` or, if asked for, one below it.
-bool matches(std::string_view header, const std::string& lowered, Depth depth) {
-  const auto close = cannot_start_with(header, lowered) ? npos : find_closing(header, 0, ']');
-  if (close == npos)
-    return false;
-  const auto path = lowercase(unescape(header.substr(0, close)));
-  return path == lowered || (depth == Depth::subtree && path.starts_with(lowered + "\\"));
-}
-
-// The lines of the matching keys, in the order of the text.
-std::vector<Lines> find_keys(std::string_view text, std::string_view path, Depth depth) {
-  const auto lowered = lowercase(path);
-  std::vector<Lines> keys;
-  for (std::size_t begin = find_header(text, 0), end = begin; begin < text.size(); begin = end) {
-    end = find_header(text, begin + 1);
-    const auto body = line_end(text, begin);
-    if (matches(text.substr(begin + 1, body - begin - 1), lowered, depth))
-      keys.push_back({begin, body, end});
-  }
-  return keys;
-}
-
-// The position of the data on a line; nullopt if the line does not define the value.
-std::optional<std::size_t> find_data(std::string_view line, const std::string& lowered_name) {
-  const bool unnamed = line.starts_with('@');
-  if (!unnamed && !line.starts_with('"'))
-    return std::nullopt;
-  const auto close = unnamed ? 0 : find_closing(line, 1, '"');
-  if (close == npos)
-    return std::nullopt;
-  const auto name = unnamed ? std::string_view() : line.substr(1, close - 1);
-  if (cannot_start_with(name, lowered_name) || lowercase(unescape(name)) != lowered_name)
-    return std::nullopt;
-  const auto equals = line.find_first_not_of(" \t", close + 1);
-  if (equals == npos || line[equals] != '=')
-    return std::nullopt;
-  return std::min(line.find_first_not_of(" \t", equals + 1), line.size());
-}
-
-// Hexadecimal data continues on the next line after a backslash.
-bool is_continued(std::string_view line) {
-  return line.ends_with("\\\n") || line.ends_with("\\\r\n");
-}
-
-// The end of a value that starts on the line [begin, end), its continuation lines included.
-std::size_t end_of_value(std::string_view text, std::size_t begin, std::size_t end) {
-  while (end < text.size() && is_continued(text.substr(begin, end - begin))) {
-    begin = end;
-    end = line_end(text, begin);
-  }
-  return end;
-}
-
-// Every definition of the value, in the order of the text.
-std::vector<Lines> find_values(std::string_view text, std::string_view key, std::string_view name) {
-  const auto lowered = lowercase(name);
-  std::vector<Lines> values;
-  for (const Lines& section : find_keys(text, key, Depth::key)) {
-    const auto lines = text.substr(0, section.end);
-    for (std::size_t begin = section.body, end = begin; begin < section.end; begin = end) {
-      end = line_end(lines, begin);
-      const auto data = find_data(lines.substr(begin, end - begin), lowered);
-      if (!data)
-        continue;
-      if (lines.substr(begin + *data).starts_with("hex"))
-        end = end_of_value(lines, begin, end);
-      values.push_back({begin, begin + *data, end});
+  std::u16string units;  // of several escapes in a row: two may be one character
+  while (!data.empty()) {
+    const char c = data.front();
+    data.remove_prefix(1);
+    if (c == '\\' && !data.empty()) {
+      units += take_escaped(data);
+      continue;
     }
+    text += to_utf8(std::exchange(units, {}));
+    if (c == '"')
+      return text;
+    text += c;
   }
-  return values;
+  return std::nullopt;
 }
 
-RegistryValue::Type type_for(std::uint32_t number) {
-  using Type = RegistryValue::Type;
-  constexpr std::array types{Type::other, Type::text, Type::expandable_text, Type::binary,
-                             Type::number};
-  return number < types.size() ? types[number] : Type::other;
-}
-
-// Takes "tag:" or "tag(N):" off the front of a value's data. Returns N, or `plain` for "tag:".
-std::optional<std::uint32_t> take_tag(std::string_view& data, std::string_view tag,
-                                      std::uint32_t plain) {
-  auto rest = data;
-  if (!take(rest, tag))
-    return std::nullopt;
-  const bool numbered = take(rest, "(");
-  const auto number = numbered ? take_number(rest, 8, 16) : std::optional(plain);
-  if (!number || !take(rest, numbered ? "):" : ":"))
-    return std::nullopt;
-  data = rest;
-  return number;
-}
-
-std::optional<RegistryValue> quoted_value(std::string_view data, RegistryValue::Type type) {
-  using Type = RegistryValue::Type;
-  const auto close = data.starts_with('"') ? find_closing(data, 1, '"') : npos;
-  if (close == npos)
-    return std::nullopt;
-  if (type != Type::text && type != Type::expandable_text)
-    return RegistryValue{.type = Type::other};
-  auto text = unescape(data.substr(1, close - 1));
-  text.resize(std::min(text.find('\0'), text.size()));
-  return RegistryValue{.type = type, .text = std::move(text)};
-}
-
-std::optional<RegistryValue> number_value(std::string_view digits) {
-  const auto number = take_number(digits, 8, 16);
-  if (!number || digits.find_first_not_of(" \t\r\n") != npos)
-    return std::nullopt;
-  return RegistryValue{.type = RegistryValue::Type::number, .number = *number};
-}
-
-// Bytes of one or two hexadecimal digits, separated by commas.
-std::optional<std::string> parse_bytes(std::string_view data) {
-  const auto has_more = [&] {
-    data.remove_prefix(std::min(data.find_first_not_of(" \t\r\n\\"), data.size()));
-    return !data.empty();
-  };
-  std::string bytes;
-  while (has_more()) {
-    const auto byte = take_number(data, 2, 16);
-    if (!byte || (has_more() && !take(data, ",")))
-      return std::nullopt;
-    bytes += static_cast<char>(*byte);
-  }
-  return bytes;
-}
-
-// Little-endian UTF-16, up to its NUL.
-std::string from_utf16(std::string_view bytes) {
+// Bytes of little-endian UTF-16, in hexadecimal digits.
+std::string parse_bytes(std::string_view data) {
   std::u16string units;
-  for (std::size_t at = 0; at + 1 < bytes.size(); at += 2)
-    units += static_cast<char16_t>(static_cast<unsigned char>(bytes[at]) |
-                                   static_cast<unsigned char>(bytes[at + 1]) << 8);
-  units.resize(std::min(units.find(u'\0'), units.size()));
-  return to_utf8(std::move(units));
+  for (int shift = 0; const auto byte = take_number(data, 2, 16); shift ^= 8) {
+    if (shift == 0)
+      units += u'\0';
+    units.back() = static_cast<char16_t>(units.back() | *byte << shift);
+    data.remove_prefix(std::min(data.find_first_not_of(", \\\r\n"), data.size()));
+  }
+  return to_utf8(units);
 }
-
-RegistryValue bytes_value(std::string bytes, RegistryValue::Type type) {
-  using Type = RegistryValue::Type;
-  if (type == Type::text || type == Type::expandable_text)
-    return {.type = type, .text = from_utf16(bytes)};
-  if (type == Type::binary)
-    return {.type = type, .bytes = std::move(bytes)};
-  if (type != Type::number || bytes.size() != 4)
-    return {.type = Type::other};
-  std::uint32_t number = 0;
-  for (auto byte = bytes.rbegin(); byte != bytes.rend(); ++byte)
-    number = number << 8 | static_cast<unsigned char>(*byte);
-  return {.type = type, .number = number};
-}
-
-// Whether the registry may be cut off within this number or these bytes.
-bool is_truncated(std::string_view data) { return !data.ends_with('\n') || is_continued(data); }
 
 std::optional<RegistryValue> parse_value(std::string_view data) {
-  if (data.starts_with('"'))
-    return quoted_value(data, RegistryValue::Type::text);
-  if (const auto type = take_tag(data, "str", 1))
-    return quoted_value(data, type_for(*type));
-  if (is_truncated(data))
-    return std::nullopt;
-  if (take(data, "dword:"))
-    return number_value(data);
-  const auto type = take_tag(data, "hex", 3);
-  if (!type)
-    return std::nullopt;
-  auto bytes = parse_bytes(data);
-  if (!bytes)
-    return std::nullopt;
-  return bytes_value(std::move(*bytes), type_for(*type));
-}
-
-std::string digits(std::uint32_t number, int base, std::size_t least) {
-  std::array<char, 32> buffer{};
-  const auto end = std::to_chars(buffer.data(), buffer.data() + buffer.size(), number, base).ptr;
-  const std::string text(buffer.data(), end);
-  return std::string(least - std::min(least, text.size()), '0') + text;
-}
-
-// Numbers have their full width, so that any character may follow.
-std::string escape(std::string_view text, std::string_view quotes) {
-  std::string escaped;
-  for (const char16_t unit : utf8::utf8to16(utf8::replace_invalid(text))) {
-    const char c = static_cast<char>(unit);
-    if (unit > 0x7F)
-      escaped += "\\x" + digits(unit, 16, 4);
-    else if (unit < 0x20)
-      escaped += "\\" + digits(unit, 8, 3);
-    else if (c == '\\' || quotes.find(c) != npos)
-      escaped += {'\\', c};
-    else
-      escaped += c;
+  if (take(data, "dword:")) {
+    const auto number = take_number(data, 8, 16);
+    return number ? std::optional(RegistryValue{std::to_string(*number)}) : std::nullopt;
   }
-  return escaped;
+  const bool expandable = data.starts_with("hex(2):") || take(data, "str(2):");
+  // Wine writes a text as bytes if it does not end in NUL.
+  const auto text = take(data, "hex(1):") || take(data, "hex(2):")
+                        ? std::optional(parse_bytes(data))
+                        : parse_quoted(data);
+  if (!text)
+    return std::nullopt;
+  return RegistryValue{text->substr(0, text->find('\0')), expandable};
 }
 
-std::string write_bytes(std::string_view bytes) {
-  std::string text;
-  for (const char byte : bytes)
-    text += (text.empty() ? "" : ",") + digits(static_cast<unsigned char>(byte), 16, 2);
-  return text;
+// A decimal number of 32 bits, signed or unsigned.
+std::optional<std::uint32_t> parse_number(const std::string& data) {
+  std::int64_t number = 0;
+  const char* const end = data.data() + data.size();
+  const auto [stop, error] = std::from_chars(data.data(), end, number);
+  const bool fits = number >= std::numeric_limits<std::int32_t>::min() &&
+                    number <= std::numeric_limits<std::uint32_t>::max();
+  if (error != std::errc{} || stop != end || !fits)
+    return std::nullopt;
+  return static_cast<std::uint32_t>(number);
 }
 
-std::string write_value(std::string_view name, const RegistryValue& value) {
-  using Type = RegistryValue::Type;
-  const std::string line = name.empty() ? "@=" : "\"" + escape(name, "\"") + "\"=";
-  if (value.type == Type::number)
-    return line + "dword:" + digits(value.number, 16, 8) + "\n";
-  if (value.type == Type::binary)
-    return line + "hex:" + write_bytes(value.bytes) + "\n";
-  return line + (value.type == Type::text ? "\"" : "str(2):\"") + escape(value.text, "\"") + "\"\n";
-}
-
-// The text with [begin, end) replaced by `lines`. Ends the line before them if it has no end.
-std::string replaced(std::string_view text, std::size_t begin, std::size_t end,
-                     std::string_view lines) {
-  std::string result(text.substr(0, begin));
-  if (!result.empty() && !result.ends_with('\n'))
-    result += '\n';
-  return result.append(lines).append(text.substr(end));
-}
-
-// The text without those of its lines.
-std::string without(std::string_view text, const std::vector<Lines>& removed) {
-  std::string kept;
-  std::size_t from = 0;
-  for (const Lines& lines : removed) {
-    kept += text.substr(from, lines.begin - from);
-    from = lines.end;
-  }
-  return kept.append(text.substr(from));
+// The data as Wine writes it; nullopt if it is not of the type.
+std::optional<std::string> write_data(const std::string& data, const std::string& type) {
+  const auto lowered = lowercase(type);
+  if (lowered.empty() || lowered == "reg_sz")
+    return "\"" + escape(data, "\"") + "\"";
+  if (lowered == "reg_expand_sz")
+    return "str(2):\"" + escape(data, "\"") + "\"";
+  const auto number = parse_number(data);
+  if (number && lowered == "reg_dword")
+    return "dword:" + hexadecimal(*number, 8);
+  if (!number || lowered != "reg_binary")
+    return std::nullopt;
+  std::string bytes = "hex:";
+  for (int shift = 0; shift < 32; shift += 8)
+    bytes += (shift == 0 ? "" : ",") + hexadecimal(*number >> shift & 0xFF, 2);
+  return bytes;
 }
 
 }  // namespace
@@ -379,29 +226,33 @@ std::string without(std::string_view text, const std::vector<Lines>& removed) {
 std::optional<RegistryValue> find_value(std::string_view registry, std::string_view key,
                                         std::string_view name) {
   std::optional<RegistryValue> last;
-  for (const Lines& found : find_values(registry, key, name))
-    if (auto value = parse_value(registry.substr(found.body, found.end - found.body)))
+  for (const auto lines : find_values(registry, key, name))
+    if (auto value = parse_value(lines.substr(value_start(name).size())))
       last = std::move(value);
   return last;
 }
 
-std::string with_value(std::string_view registry, std::string_view key, std::string_view name,
-                       const RegistryValue& value) {
-  const auto line = write_value(name, value);
-  if (const auto values = find_values(registry, key, name); !values.empty())
-    return replaced(registry, values.back().begin, values.back().end, line);
-  if (const auto keys = find_keys(registry, key, Depth::key); !keys.empty())
-    return replaced(registry, keys.back().body, keys.back().body, line);
-  if (registry.empty())
-    registry = "WINE REGISTRY Version 2\n";
-  const auto section = "\n[" + escape(key, "[]") + "]\n" + line;
-  return replaced(registry, registry.size(), registry.size(), section);
+std::optional<std::string> with_value(std::string_view registry, std::string_view key,
+                                      std::string_view name, const std::string& data,
+                                      const std::string& type) {
+  const auto written = write_data(data, type);
+  if (!written)
+    return std::nullopt;
+  auto text = without_parts(registry, find_values(registry, key, name));
+  if (text.empty())
+    text = "WINE REGISTRY Version 2";
+  if (!text.ends_with('\n'))
+    text += '\n';
+  if (find_keys(text, key).empty())
+    text += "\n[" + escape(key, "[]") + "]\n";
+  const auto lines = find_keys(text, key).back();
+  const auto body = static_cast<std::size_t>(lines.data() - text.data()) + line_length(lines);
+  return text.insert(body, value_start(name) + *written + "\n");
 }
 
-std::string without_value(std::string_view registry, std::string_view key, std::string_view name) {
-  return without(registry, find_values(registry, key, name));
-}
-
-std::string without_key(std::string_view registry, std::string_view key) {
-  return without(registry, find_keys(registry, key, Depth::subtree));
+std::optional<std::string> without(std::string_view registry, std::string_view key,
+                                   std::string_view name) {
+  const auto found =
+      name.empty() ? find_keys(registry, key, true) : find_values(registry, key, name);
+  return found.empty() ? std::nullopt : std::optional(without_parts(registry, found));
 }
