@@ -91,50 +91,30 @@ Offset find_address(Image& image, const Headers& headers, Offset address, Offset
   throw Lacking();
 }
 
-constexpr int unfit = 4;  // ranks last
-
-// The target of a resource directory's numbered entry whose number ranks lowest, the first of
-// those.
-template <typename Rank> Offset find_entry(Image& image, Offset directory, Rank rank) {
+// The target of a resource directory's entry of that number, or of its first numbered one.
+Offset find_entry(Image& image, Offset directory, std::optional<std::uint32_t> number) {
   const Offset named = image.word(directory + 12);
   const Offset numbered = image.word(directory + 14);
-  int lowest = unfit;
-  Offset best = 0;
   for (Offset i = named; i < named + numbered; ++i) {
     const Offset entry = directory + 16 + 8 * i;
-    if (const int ranked = rank(image.dword(entry)); ranked < lowest) {
-      lowest = ranked;
-      best = entry;
-    }
+    if (!number || image.dword(entry) == *number)
+      return image.dword(entry + 4);
   }
-  require(lowest != unfit);
-  return image.dword(best + 4);
+  throw Lacking();
 }
 
 // The directory below the entry of that number.
 Offset find_directory(Image& image, Offset resources, Offset directory, std::uint32_t number) {
-  const auto rank = [&](std::uint32_t found) { return found == number ? 0 : unfit; };
-  const Offset target = find_entry(image, directory, rank);
+  const Offset target = find_entry(image, directory, number);
   require(target & subdirectory);
   return resources + (target & ~subdirectory);
-}
-
-// How early Windows takes a language: the neutral one, English of the United States, other English,
-// then the first of the others.
-int language_rank(std::uint32_t language) {
-  constexpr std::uint32_t primary = 0x3FF, english = 0x09, united_states = 0x0409;
-  if (language == 0)
-    return 0;
-  if (language == united_states)
-    return 1;
-  return (language & primary) == english ? 2 : 3;
 }
 
 // The data entry of the version resource: below the type comes a name, below that a language.
 Offset find_data_entry(Image& image, Offset resources) {
   const Offset names = find_directory(image, resources, resources, version_type);
   const Offset languages = find_directory(image, resources, names, version_name);
-  const Offset entry = find_entry(image, languages, language_rank);
+  const Offset entry = find_entry(image, languages, std::nullopt);
   require(!(entry & subdirectory));
   return resources + entry;
 }
