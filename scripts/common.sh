@@ -3,7 +3,7 @@
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 
 # What builds the program for each system, its package included.
-linux_packages=(g++ cmake make dpkg-dev libutfcpp-dev nlohmann-json3-dev qt6-base-dev)
+linux_packages=(g++ cmake make dpkg-dev libutfcpp-dev qt6-base-dev)
 windows_packages=(cmake make g++-mingw-w64-x86-64-posix zip)
 # The release of clang whose formatter, linter and fuzzer are used: Debian 12 and 13 both have it.
 llvm=19

@@ -13,9 +13,8 @@ file(RELATIVE_PATH prefix_from_program /${CMAKE_INSTALL_BINDIR} /)
 target_compile_definitions(prefix PRIVATE
   PREFIXFROMPROGRAM="${prefix_from_program}"
   DATAFOLDER="${CMAKE_INSTALL_DATADIR}/vora-map-updater")
-find_package(nlohmann_json REQUIRED)
 find_package(utf8cpp REQUIRED)
-target_link_libraries(prefix PRIVATE nlohmann_json::nlohmann_json utf8::cpp ${CMAKE_DL_LIBS})
+target_link_libraries(prefix PRIVATE utf8::cpp ${CMAKE_DL_LIBS})
 layer(console BELOW ui SOURCES ui/console/console_screen.cpp ui/console/progress.cpp)
 
 set(window_library vora-map-updater-window.so)

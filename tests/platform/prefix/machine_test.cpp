@@ -183,12 +183,11 @@ TEST_F(MachineSearch, SkipsWhatIsNoPrefixOrMalformed) {
 
 TEST_F(MachineSearch, TakesNoMoreThanAHundredPathsFromAFile) {
   const std::string prefix = make_prefix("disk", true);
-  const std::string list = (home / ".config/lutris/games/1.yml").string();
   std::string lines;
-  for (int i = 0; i < 99; ++i)
-    lines += "prefix: /nowhere" + std::to_string(i) + "\nprefix: /nowhere0\n";
-  write_file(list, lines + "prefix: " + prefix + "\n");
-  EXPECT_EQ(find().folder, prefix);
-  write_file(list, lines + "prefix: /nowhere\nprefix: " + prefix + "\n");
-  EXPECT_EQ(find().folder, own);
+  for (const auto& [count, folder] : {std::pair(99, prefix), std::pair(1, own)}) {
+    for (int i = 0; i < count; ++i)
+      lines.insert(0, "prefix: /nowhere\n");
+    write_file(home / ".config/lutris/games/1.yml", lines + "prefix: " + prefix + "\n");
+    EXPECT_EQ(find().folder, folder);
+  }
 }
