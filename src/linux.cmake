@@ -3,10 +3,10 @@ set(machine prefix)
 layer(prefix BELOW platform SOURCES
   platform/prefix/code_page.cpp platform/prefix/console.cpp platform/prefix/descriptor.cpp
   platform/prefix/disk.cpp platform/prefix/folder_names.cpp platform/prefix/hidden_names.cpp
-  platform/prefix/launcher_prefixes.cpp platform/prefix/letter_case.cpp platform/prefix/library.cpp
-  platform/prefix/machine.cpp platform/prefix/process.cpp platform/prefix/paths.cpp
-  platform/prefix/prefix_check.cpp platform/prefix/prefix_files.cpp platform/prefix/prefix_map.cpp
-  platform/prefix/prefix_system.cpp platform/prefix/processor.cpp
+  platform/prefix/launcher_prefixes.cpp platform/prefix/letter_case.cpp
+  platform/prefix/machine.cpp platform/prefix/paths.cpp platform/prefix/prefix_files.cpp
+  platform/prefix/prefix_map.cpp platform/prefix/prefix_system.cpp platform/prefix/process.cpp
+  platform/prefix/processor.cpp
   platform/prefix/registry.cpp platform/prefix/registry_text.cpp
   platform/prefix/version_resource.cpp)
 file(RELATIVE_PATH prefix_from_program /${CMAKE_INSTALL_BINDIR} /)

@@ -8,12 +8,6 @@
 
 #include <iconv.h>
 
-namespace {
-
-constexpr std::string_view replacement_character = "\xEF\xBF\xBD";  // U+FFFD
-
-}  // namespace
-
 std::string from_code_page(const std::string& page, std::string_view text) {
   const iconv_t named = iconv_open("UTF-8", (page == "65001" ? "UTF-8" : "CP" + page).c_str());
   const bool known = reinterpret_cast<std::intptr_t>(named) != -1;
@@ -33,7 +27,7 @@ std::string from_code_page(const std::string& page, std::string_view text) {
     result.append(piece.data(), end);
     if (!stuck)
       continue;
-    result += replacement_character;
+    result += "\uFFFD";
     ++next;
     --left;
   }

@@ -3,7 +3,7 @@
 #include "platform/prefix/launcher_prefixes.h"
 
 #include "platform/prefix/descriptor.h"
-#include "platform/prefix/prefix_check.h"
+#include "platform/prefix/machine.h"
 
 #include <algorithm>
 #include <climits>

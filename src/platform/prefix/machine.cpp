@@ -1,13 +1,12 @@
-// Locates the Wine prefix and the program's own folders.
+// Locates the Wine prefix and the program's own folders, and tells what is wrong with a folder that
+// is no prefix.
 #include "platform/prefix/machine.h"
 
 #include "platform/prefix/descriptor.h"
 #include "platform/prefix/launcher_prefixes.h"
-#include "platform/prefix/prefix_check.h"
 
 #include <cstdlib>
 #include <filesystem>
-#include <optional>
 #include <utility>
 
 #include <pwd.h>
@@ -16,6 +15,41 @@
 namespace fs = std::filesystem;
 
 namespace {
+
+bool is_there(const fs::path& path) {
+  std::error_code ignored;
+  return fs::exists(path, ignored);
+}
+
+// The innermost Wine prefix that contains `folder`, which may be the prefix itself.
+std::optional<std::string> prefix_around(fs::path folder) {
+  for (; !folder.empty(); folder = folder.parent_path()) {
+    if (is_prefix(folder))
+      return folder.string();
+    if (folder == folder.root_path())
+      break;
+  }
+  return std::nullopt;
+}
+
+std::string suggest(const fs::path& folder) {
+  const auto around = prefix_around(folder);
+  if (is_prefix(folder / "pfx"))
+    return "; did you mean " + (folder / "pfx").string() + "?";
+  if (around && *around != folder)
+    return "; did you mean " + *around + "?";
+  return "";
+}
+
+// Why nothing was read of the registry; empty if something was.
+std::string registry_problem(const fs::path& folder, const std::optional<Failure>& unread) {
+  if (unread)
+    return "its system.reg cannot be read: " + unread->reason;
+  if (is_there(folder / "system.reg"))
+    return "";
+  std::error_code ignored;
+  return fs::is_directory(folder, ignored) ? "it has no system.reg" : "there is no such folder";
+}
 
 std::string user_home() {
   if (const char* home = std::getenv("HOME"); home && *home)
@@ -41,15 +75,11 @@ std::optional<std::string> given_prefix(const Machine& machine) {
   return prefix_around(machine.program_folder);
 }
 
-bool same_folder(const std::string& one, const std::string& other) {
-  std::error_code missing;
-  return fs::equivalent(one, other, missing);
-}
-
 // Of the user's prefixes, one with the game: the user's own, or else a launcher's.
 void search_prefix(Machine& machine, const HasGame& has_game) {
   const std::string home = user_home();
   const std::string own = home + "/.wine";
+  std::error_code missing;
   std::vector<std::string> found;
   const auto ask = [&](const std::string& prefix) {
     machine.folder = prefix;
@@ -58,7 +88,7 @@ void search_prefix(Machine& machine, const HasGame& has_game) {
   };
   ask(own);
   for (const std::string& prefix : launcher_prefixes(home))
-    if (!same_folder(prefix, own))
+    if (!fs::equivalent(prefix, own, missing))
       ask(prefix);
   machine.folder = found.empty() ? own : found.front();
   machine.chosen = found.size() > 1 || machine.folder != own;
@@ -80,4 +110,17 @@ Machine find_machine(const HasGame& has_game) {
   while (machine.folder.size() > 1 && machine.folder.ends_with('/'))
     machine.folder.pop_back();
   return machine;
+}
+
+bool is_prefix(const fs::path& folder) {
+  return is_there(folder / "system.reg") &&
+         (is_there(folder / "dosdevices") || is_there(folder / "drive_c"));
+}
+
+std::string explain_unregistered(const fs::path& folder, const std::optional<Failure>& unread,
+                                 const std::string& subject) {
+  const std::string problem = registry_problem(folder, unread);
+  if (problem.empty())
+    return subject + " is not registered in the Wine prefix " + folder.string() + suggest(folder);
+  return "the Wine prefix " + folder.string() + " cannot be used: " + problem + suggest(folder);
 }

@@ -1,7 +1,11 @@
 // Locates the Wine prefix and the program's own folders.
 #pragma once
 
+#include "platform/result.h"
+
+#include <filesystem>
 #include <functional>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -23,3 +27,13 @@ using HasGame = std::function<bool(const Machine& machine)>;
 // game, the most recently used one; else `~/.wine`. Where the prefix is neither named nor around a
 // folder, all that have the game are found.
 Machine find_machine(const HasGame& has_game);
+
+// Whether the folder holds `system.reg`, and `dosdevices` or `drive_c`.
+bool is_prefix(const std::filesystem::path& folder);
+
+// Why `subject` ("the game") is not registered in the Wine prefix that `folder` should be, in one
+// line: the folder or its registry is missing or cannot be read, or has no record of it. Suggests a
+// prefix in `pfx` below the folder, or one that contains it. `unread` is why the registry, which is
+// there, was not read.
+std::string explain_unregistered(const std::filesystem::path& folder,
+                                 const std::optional<Failure>& unread, const std::string& subject);

@@ -7,9 +7,7 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <cstdlib>
 #include <filesystem>
-#include <memory>
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -18,12 +16,10 @@ namespace {
 
 // The path with all symlinks resolved, without a final "/"; nullopt if it does not exist.
 std::optional<std::string> resolve_symlinks(const std::string& path) {
-  const std::unique_ptr<char, decltype(&std::free)> real(::realpath(path.c_str(), nullptr),
-                                                         &std::free);
-  if (real)
-    return real.get() == std::string_view("/") ? "" : real.get();
-  throw_if_out_of_memory(errno);
-  return std::nullopt;
+  std::error_code failed;
+  const auto real = std::filesystem::canonical(path, failed);
+  throw_if_out_of_memory(failed.value());
+  return failed ? std::nullopt : std::optional(real == "/" ? "" : real.string());
 }
 
 // Every symlink "x:" in the folder `dosdevices` is a drive.

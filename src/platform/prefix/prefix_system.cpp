@@ -4,7 +4,6 @@
 #include "platform/letter_case.h"
 #include "platform/prefix/code_page.h"
 #include "platform/prefix/descriptor.h"
-#include "platform/prefix/prefix_check.h"
 #include "platform/prefix/process.h"
 #include "platform/prefix/processor.h"
 #include "platform/prefix/version_resource.h"

@@ -1,9 +1,11 @@
-// The process: how it is set up before anything else happens, and the signals that ask it to end.
+// The process: how it is set up before anything else happens, the signals that ask it to end, and
+// the libraries that it loads while it runs.
 #include "platform/prefix/process.h"
 
 #include <csignal>
 #include <cstdlib>
 
+#include <dlfcn.h>
 #include <fcntl.h>
 #include <malloc.h>
 #include <sys/ioctl.h>
@@ -61,6 +63,14 @@ void restart_without(std::span<const char* const> variables, char** argv) {
     ::unsetenv(variable);
   ::execv("/proc/self/exe", argv);
   std::abort();
+}
+
+Result<void*> load_symbol(const std::string& library, const char* symbol) {
+  void* const loaded = ::dlopen(library.c_str(), RTLD_NOW);
+  void* const address = loaded ? ::dlsym(loaded, symbol) : nullptr;
+  if (!address)
+    return Failure{library, "load it", ::dlerror()};
+  return address;
 }
 
 int stderr_columns() {

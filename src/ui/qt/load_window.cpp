@@ -2,7 +2,6 @@
 #include "ui/qt/load_window.h"
 
 #include "platform/console.h"
-#include "platform/prefix/library.h"
 #include "platform/prefix/process.h"
 
 #include <cstdlib>
