@@ -136,21 +136,17 @@ std::optional<std::string> PrefixSystem::variable(const std::string& name, Varia
     return std::nullopt;
   // It counts as not set while its own value is expanded, so that a cycle ends.
   const auto [entry, added] = known.try_emplace(::lowercase(name));
-  if (added)
-    entry->second = registry_variable(entry->first, known);
-  return entry->second;
-}
-
-// `name` is in lower case.
-std::optional<std::string> PrefixSystem::registry_variable(const std::string& name,
-                                                           Variables& known) {
-  if (name == "systemdrive") {
+  if (!added)
+    return entry->second;
+  if (entry->first == "systemdrive") {
     const auto root = variable("SystemRoot", known);
-    return root ? std::optional(root->substr(0, 2)) : std::nullopt;
+    entry->second = root ? std::optional(root->substr(0, 2)) : std::nullopt;
+  } else {
+    const auto value = find_variable(registry, entry->first);
+    entry->second = value ? std::optional(expand(*value, known))
+                          : processor_variable(entry->first, !registry.is_32_bit());
   }
-  const auto value = find_variable(registry, name);
-  return value ? std::optional(expand(*value, known))
-               : processor_variable(name, !registry.is_32_bit());
+  return entry->second;
 }
 
 // The text of a value, in which every %NAME% that is set is replaced if its type asks for it, as
@@ -204,11 +200,7 @@ std::string PrefixSystem::registered_folder(const std::string& name) {
   for (const char* const key : {R"(Shell Folders\)", R"(User Shell Folders\)"})
     if (const auto path = reg_read(std::string(explorer) + key + name); path && !path->empty())
       return *path;
-  return name == local_app_data ? default_local_app_data() : "";
-}
-
-std::string PrefixSystem::default_local_app_data() {
-  const std::string profile = environment("USERPROFILE");
+  const std::string profile = name == local_app_data ? environment("USERPROFILE") : "";
   if (profile.empty())
     return "";
   const auto version = os_version();

@@ -59,10 +59,8 @@ private:
   using Variables = std::map<std::string, std::optional<std::string>>;
 
   std::optional<std::string> variable(const std::string& name, Variables& known);
-  std::optional<std::string> registry_variable(const std::string& name, Variables& known);
   std::string expand(const RegistryValue& value, Variables& known);
   std::string registered_folder(const std::string& name);
-  std::string default_local_app_data();
   void make_folder(const std::string& path);
 
   Paths paths;
