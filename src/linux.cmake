@@ -24,8 +24,7 @@ add_executable(vora-map-updater main.cpp ui/qt/load_window.cpp)
 target_link_libraries(vora-map-updater PRIVATE console prefix)
 target_compile_definitions(vora-map-updater PRIVATE
   WINDOWLIBRARY="${window_library}" WINDOWENTRY="${window_entry}"
-  LIBRARYFOLDER="${CMAKE_INSTALL_LIBDIR}/vora-map-updater"
-  PREFIXFROMPROGRAM="${prefix_from_program}")
+  LIBRARYFOLDER="${CMAKE_INSTALL_LIBDIR}/vora-map-updater")
 set_target_properties(vora-map-updater PROPERTIES
   RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR} ENABLE_EXPORTS ON)
 

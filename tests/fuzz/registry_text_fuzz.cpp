@@ -24,8 +24,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   const std::string text(rest);
   static_cast<void>(find_value(text, key, name));
   static_cast<void>(without(text, key, name));
-  const auto edited = with_value(text, key, name, "7", "REG_DWORD");
-  const auto found = find_value(*edited, key, name);
+  const auto edited = with_value(text, key, name, "7", "REG_DWORD").value();
+  const auto found = find_value(edited, key, name);
   if (!found || found->text != "7")
     std::abort();
   return 0;

@@ -131,6 +131,7 @@ std::vector<std::string> launcher_prefixes(const std::string& home) {
         by_use.emplace_back(fs::last_write_time(prefix / "user.reg", missing), prefix.string());
   std::ranges::sort(by_use, std::greater());
   std::vector<std::string> prefixes;
+  prefixes.reserve(by_use.size());
   for (auto& [use, prefix] : by_use)
     prefixes.push_back(std::move(prefix));
   return prefixes;

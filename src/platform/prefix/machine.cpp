@@ -112,6 +112,14 @@ Machine find_machine(const HasGame& has_game) {
   return machine;
 }
 
+std::vector<fs::path> installations(const fs::path& program_folder) {
+  std::vector<fs::path> folders = {(program_folder / PREFIXFROMPROGRAM).lexically_normal()};
+  for (const char* const usual : {"/usr/local/", "/usr/"})
+    if (folders.front() != usual)
+      folders.emplace_back(usual);
+  return folders;
+}
+
 bool is_prefix(const fs::path& folder) {
   return is_there(folder / "system.reg") &&
          (is_there(folder / "dosdevices") || is_there(folder / "drive_c"));

@@ -28,6 +28,10 @@ using HasGame = std::function<bool(const Machine& machine)>;
 // folder, all that have the game are found.
 Machine find_machine(const HasGame& has_game);
 
+// Where the program may be installed: around itself and, when it was copied alone, in the usual
+// folders.
+std::vector<std::filesystem::path> installations(const std::filesystem::path& program_folder);
+
 // Whether the folder holds `system.reg`, and `dosdevices` or `drive_c`.
 bool is_prefix(const std::filesystem::path& folder);
 

@@ -113,14 +113,11 @@ std::string PrefixSystem::explain_unread_user() {
   return failure ? prefix_folder + "/user.reg: " + failure->reason : "";
 }
 
-// The data files lie in the installation that the program is of, or in a usual one.
 std::string PrefixSystem::installed_folder(const std::string& file) {
-  const fs::path own = fs::path(program_folder) / PREFIXFROMPROGRAM / DATAFOLDER;
   std::error_code unreadable;  // counts as missing
-  for (const fs::path& folder :
-       {own.lexically_normal(), fs::path("/usr/local") / DATAFOLDER, fs::path("/usr") / DATAFOLDER})
-    if (fs::exists(folder / file, unreadable))
-      return folder.string();
+  for (const fs::path& installation : installations(program_folder))
+    if (fs::exists(installation / DATAFOLDER / file, unreadable))
+      return (installation / DATAFOLDER).string();
   return "";
 }
 

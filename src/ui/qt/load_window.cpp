@@ -2,27 +2,17 @@
 #include "ui/qt/load_window.h"
 
 #include "platform/console.h"
+#include "platform/prefix/machine.h"
 #include "platform/prefix/process.h"
 
 #include <cstdlib>
 #include <filesystem>
-#include <vector>
 
 namespace fs = std::filesystem;
 
 namespace {
 
 constexpr const char* display_variables[] = {"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM"};
-
-// Where the program may be installed: around itself and, when it was copied alone, in the usual
-// folders.
-std::vector<fs::path> installations(const fs::path& program_folder) {
-  std::vector<fs::path> folders = {(program_folder / PREFIXFROMPROGRAM).lexically_normal()};
-  for (const char* const usual : {"/usr/local/", "/usr/"})
-    if (folders.front() != usual)
-      folders.emplace_back(usual);
-  return folders;
-}
 
 // The library's path, beside the program or in an installation; empty, with a message on stderr,
 // when it is missing.

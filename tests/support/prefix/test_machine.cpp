@@ -23,7 +23,7 @@ constexpr char shell[] = "Software\\Microsoft\\Windows\\CurrentVersion\\Explorer
 void add_value(const fs::path& hive, const std::string& key, const std::string& name,
                const std::string& text) {
   const std::string before = fs::exists(hive) ? read_file(hive) : "";
-  write_file(hive, *with_value(before, key, name, text, "REG_SZ"));
+  write_file(hive, with_value(before, key, name, text, "REG_SZ").value());
 }
 
 }  // namespace
