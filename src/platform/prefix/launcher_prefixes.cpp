@@ -84,12 +84,13 @@ std::string_view first_value(std::string_view text) {
   return line.substr(0, line.find_last_not_of(" \t\r") + 1);
 }
 
-// The absolute paths that a launcher's file names; "~" stands for the user's home. Not a parser of
-// VDF, YAML or JSON: looks for the key, as the launchers write it in each.
+// The absolute paths that a launcher's file names, each once; "~" stands for the user's home. Not a
+// parser of VDF, YAML or JSON: looks for the key, as the launchers write it in each. A path with a
+// quote or a backslash in it is missed.
 Folders named_in(const fs::path& file, std::string_view key, const std::string& home) {
   const auto content = read_regular_file(file.string(), max_list_size);
   const std::string text = content ? content->c_str() : "";
-  Folders paths;
+  std::set<fs::path> paths;
   for (auto at = text.find(key); at != text.npos && paths.size() < max_named;
        at = text.find(key, at)) {
     at = std::min(text.find_first_not_of(": \t", at + key.size()), text.size());
@@ -97,9 +98,9 @@ Folders named_in(const fs::path& file, std::string_view key, const std::string& 
     if (path.starts_with("~/"))
       path.replace(0, 1, home);
     if (path.starts_with('/') && path.size() < PATH_MAX)
-      paths.emplace_back(path);
+      paths.insert((fs::path(path) / "").lexically_normal().parent_path());  // in one spelling
   }
-  return paths;
+  return {paths.begin(), paths.end()};
 }
 
 // All folders that may be a launcher's prefix or, as those of Proton, have one named "pfx".

@@ -186,7 +186,7 @@ TEST_F(MachineSearch, TakesNoMoreThanAHundredPathsFromAFile) {
   std::string lines;
   for (const auto& [count, folder] : {std::pair(99, prefix), std::pair(1, own)}) {
     for (int i = 0; i < count; ++i)
-      lines.insert(0, "prefix: /nowhere\n");
+      lines.insert(0, "prefix: /nowhere" + std::to_string(lines.size()) + "\nprefix: /nowhere0/\n");
     write_file(home / ".config/lutris/games/1.yml", lines + "prefix: " + prefix + "\n");
     EXPECT_EQ(find().folder, folder);
   }
