@@ -53,15 +53,14 @@ std::vector<std::size_t> Baseline::kinds(const OutputLine& output) const {
 }
 
 std::string Baseline::missing(std::size_t a, std::size_t b) const {
-  const auto ends = [&](std::size_t kind) {
-    return openers.contains(kind) || closers.contains(kind);
-  };
+  std::size_t behind = 0;  // the line behind the first `a` since a block began or ended
   for (std::size_t i = 0; i < order.size() && !closers.contains(a); ++i) {
-    std::size_t j = i + 1;
-    while (order[i] == a && j < order.size() && !ends(order[j]) && (j == i + 1 || order[j] != b))
-      ++j;
-    if (i + 1 < j && j < order.size() && order[j] == b)
-      return ", which has " + quote(texts[order[i + 1]]) + " between";
+    if (order[i] == b && behind > 0)
+      return ", which has " + quote(texts[order[behind]]) + " between";
+    if (behind > 0 && (openers.contains(order[i]) || closers.contains(order[i])))
+      behind = 0;
+    if (order[i] == a && behind == 0)
+      behind = i + 1;
   }
   return "";
 }

@@ -26,8 +26,9 @@ struct Baseline : Template {
   // Whether a line of the kind `b` follows one of the kind `a` anywhere.
   bool follows(std::size_t a, std::size_t b) const { return following.contains({a, b}); }
 
-  // Says which line is missing between lines of two kinds, as the end of a sentence about the
-  // baseline; empty when there is none. None is missing where another block may begin or end.
+  // Says which line is missing between lines of two kinds that do not follow each other, as the end
+  // of a sentence about the baseline; empty when there is none. None is missing where another block
+  // may begin or end.
   std::string missing(std::size_t a, std::size_t b) const;
 
   // Whether a line of the kind `b` may stand behind one of the kind `a`, by the indentation: in the
