@@ -7,32 +7,32 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
-#include <exception>
 #include <filesystem>
 #include <fstream>
-#include <map>
+#include <stdexcept>
 
 namespace fs = std::filesystem;
 
 namespace {
 
 const std::string usage = "usage: vora-template-check [OPTION...] [FOLDER [MAP...]]";
-constexpr const char* help =
-    "\n\n"
-    "Checks the structure templates in FOLDER, the current folder by default. Each MAP\n"
-    "is converted in memory, and what happens to it is checked, too; a folder stands for\n"
-    "the maps in it. Nothing is written.\n"
-    "\n"
-    "  --diff           show what the conversion changes, as a unified diff\n"
-    "  --trace MAP      show what happens to each line of a map\n"
-    "  --edition v|t    check the templates of the base game or of Tarnfall only\n"
-    "  --strict         warnings count for the exit status, too\n"
-    "  --explain RULE   show what a rule finds\n"
-    "  -h, --help       show this text\n"
-    "  --version        show the version\n"
-    "\n"
-    "The exit status is 0 if there are no errors, 1 if there are, and 2 for a wrong\n"
-    "argument or a file that cannot be read.\n";
+constexpr const char* help = R"(
+
+Checks the structure templates in FOLDER, the current folder by default. Each MAP
+is converted in memory, and what happens to it is checked, too; a folder stands for
+the maps in it. Nothing is written.
+
+  --diff           show what the conversion changes, as a unified diff
+  --trace MAP      show what happens to each line of a map
+  --edition v|t    check the templates of the base game or of Tarnfall only
+  --strict         warnings count for the exit status, too
+  --explain RULE   show what a rule finds
+  -h, --help       show this text
+  --version        show the version
+
+The exit status is 0 if there are no errors, 1 if there are, and 2 for a wrong
+argument or a file that cannot be read.
+)";
 
 // Larger files are refused.
 constexpr std::uintmax_t largest_template = 16 << 20;  // bytes
@@ -40,49 +40,47 @@ constexpr std::uintmax_t largest_map = LineArray::max_text_size;
 
 struct Arguments {
   std::map<std::string, std::string> options;  // the values of those that are given
-  std::vector<std::string> names;              // the folder, then the maps
+  std::vector<std::string> names;              // the folder, empty for the current one; the maps
 
   bool has(const char* option) const { return options.contains(option); }
   std::string value(const char* option) const { return has(option) ? options.at(option) : ""; }
 };
 
-// Parses the arguments; what is wrong with them, empty if nothing is.
-std::string parse(const std::vector<std::string>& given, Arguments& parsed) {
-  static const std::map<std::string, bool> takes_value{
-      {"--diff", false}, {"--strict", false}, {"-h", false},       {"--help", false},
-      {"--trace", true}, {"--edition", true}, {"--explain", true}, {"--version", false}};
+// Parses the arguments. Throws what is wrong with them as a `std::invalid_argument`.
+Arguments parse(const std::vector<std::string>& given) {
+  static const std::set<std::string> flags{"--diff", "--strict", "-h", "--help", "--version"};
+  static const std::set<std::string> with_value{"--trace", "--edition", "--explain"};
+  Arguments parsed;
   for (auto at = given.begin(); at != given.end(); ++at) {
-    const auto equals = std::min(at->find('='), at->size());
-    const auto option = takes_value.find(at->substr(0, equals));
+    const std::string option = at->substr(0, at->find('='));
     if (at->empty())
-      return "an argument is empty";
+      throw std::invalid_argument("an argument is empty");
     if (at->front() != '-') {
       parsed.names.push_back(*at);
     } else if (*at == "--") {
       parsed.names.insert(parsed.names.end(), std::next(at), given.end());
       break;
-    } else if (option == takes_value.end() || (equals < at->size() && !option->second)) {
-      return "there is no option \"" + *at + "\"";
+    } else if (flags.contains(*at)) {
+      parsed.options[*at] = "";
+    } else if (!with_value.contains(option)) {
+      throw std::invalid_argument("there is no option \"" + *at + "\"");
     } else {
-      const bool follows = equals == at->size() && option->second && std::next(at) != given.end();
-      const std::string value = follows ? *++at : at->substr(std::min(equals + 1, at->size()));
-      if (option->second && value.empty())
-        return option->first + " needs a value";
-      parsed.options[option->first] = value;
+      const bool inside = option.size() < at->size(), last = std::next(at) == given.end();
+      parsed.options[option] = inside ? at->substr(option.size() + 1) : last ? "" : *++at;
+      if (parsed.options[option].empty())
+        throw std::invalid_argument(option + " needs a value");
     }
   }
-  return "";
-}
-
-// What is wrong with the values of arguments; empty if nothing is.
-std::string fault_of(const Arguments& arguments) {
-  const auto edition = arguments.value("--edition"), rule = arguments.value("--explain");
+  if (parsed.names.empty())
+    parsed.names.push_back("");
+  const auto edition = parsed.value("--edition"), rule = parsed.value("--explain");
   if (!edition.empty() && edition != "v" && edition != "t")
-    return "there is no edition \"" + edition + "\"";
+    throw std::invalid_argument("there is no edition \"" + edition + "\"");
   if (!rule.empty() && !find_rule(rule))
-    return "there is no rule \"" + rule + "\"";
-  const bool no_map = arguments.names.size() < 2;
-  return arguments.has("--diff") && no_map ? "--diff needs a folder and a map" : "";
+    throw std::invalid_argument("there is no rule \"" + rule + "\"");
+  if (parsed.has("--diff") && parsed.names.size() < 2)
+    throw std::invalid_argument("--diff needs a folder and a map");
+  return parsed;
 }
 
 fs::path path_of(const std::string& name) { return {std::u8string(name.begin(), name.end())}; }
@@ -97,14 +95,13 @@ std::string text_of(const fs::path& path) {
 std::string read(const std::string& name, std::uintmax_t largest) {
   const fs::path path = path_of(name);
   std::error_code error;
-  const bool regular = fs::is_regular_file(path, error);
-  const std::uintmax_t size = regular ? fs::file_size(path, error) : 0;
-  if (size > largest)
+  const std::uintmax_t size = fs::file_size(path, error);
+  if (!error && size > largest)
     throw Failure{name, "read it", "it is too large"};
+  std::string text(error ? 0 : size, 0);
   std::ifstream file(path, std::ios::binary);
-  std::string text(size, 0);
-  file.read(text.data(), static_cast<std::streamsize>(size));
-  if (!regular || error || !file)
+  file.read(text.data(), static_cast<std::streamsize>(text.size()));
+  if (error || !file)
     throw Failure{name, "read it", "it is missing, no file or not accessible"};
   return text;
 }
@@ -162,7 +159,6 @@ std::vector<std::string> find_maps(const std::string& argument) {
 // Checks the maps that the arguments name; what is to be shown of them behind the findings.
 std::string check_maps(const Arguments& arguments, Checker& checker) {
   std::vector<std::string> names = arguments.names;
-  names.resize(std::max<std::size_t>(names.size(), 1));
   if (arguments.has("--trace"))
     names.push_back(arguments.value("--trace"));
   std::string shown;
@@ -178,9 +174,15 @@ std::string check_maps(const Arguments& arguments, Checker& checker) {
   return shown;
 }
 
-// Checks what the arguments name; whether there are findings that count for the exit status.
-bool check(const Arguments& arguments) {
-  const std::string folder = arguments.names.empty() ? "" : arguments.names[0];
+// Does what the arguments ask for; the exit status.
+int run(const Arguments& arguments) {
+  if (arguments.has("-h") || arguments.has("--help"))
+    return print(usage + help) ? 0 : 2;
+  if (arguments.has("--version"))
+    return print("vora-template-check " VERSION "\n") ? 0 : 2;
+  if (const Rule* rule = find_rule(arguments.value("--explain")))
+    return print(explain(*rule)) && print("\n") ? 0 : 2;
+  const std::string& folder = arguments.names[0];
   Checker checker(find_editions(
       folder, read_templates(folder.empty() ? "." : folder, arguments.value("--edition"))));
   const std::string shown = check_maps(arguments, checker);
@@ -189,40 +191,22 @@ bool check(const Arguments& arguments) {
   const bool colours = escape && !dumb && (!no_colour || !*no_colour);
   if (!print(checker.report(colours) + (escape ? printable_lines(shown) : shown)))
     throw Failure{"standard output", "write the findings", "it is closed or full"};
-  return checker.count(Severity::error) > 0 ||
-         (arguments.has("--strict") && checker.count(Severity::warning) > 0);
-}
-
-int run(const std::vector<std::string>& given) {
-  Arguments arguments;
-  std::string fault = parse(given, arguments);
-  if (fault.empty())
-    fault = fault_of(arguments);
-  if (!fault.empty()) {
-    print_error("vora-template-check: " + fault + "\r\n" + usage);
-    return 2;
-  }
-  if (arguments.has("-h") || arguments.has("--help"))
-    return print(usage + help) ? 0 : 2;
-  if (arguments.has("--version"))
-    return print("vora-template-check " VERSION "\n") ? 0 : 2;
-  if (const Rule* rule = find_rule(arguments.value("--explain")))
-    return print(explain(*rule)) && print("\n") ? 0 : 2;
-  try {
-    return check(arguments) ? 1 : 0;
-  } catch (const Failure& failure) {
-    print_error(failure.text());
-    return 2;
-  }
+  const bool strict = arguments.has("--strict");
+  return checker.count(Severity::error) + (strict ? checker.count(Severity::warning) : 0) > 0 ? 1
+                                                                                              : 0;
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
   try {
-    return run(command_line(argc, argv));
+    return run(parse(command_line(argc, argv)));
+  } catch (const std::invalid_argument& fault) {
+    print_error("vora-template-check: " + std::string(fault.what()) + "\r\n" + usage);
+  } catch (const Failure& failure) {
+    print_error(failure.text());
   } catch (const std::exception& error) {  // out of memory, or a name that is no UTF-8 on Windows
     std::fprintf(stderr, "vora-template-check: %s\n", error.what());
-    return 2;
   }
+  return 2;
 }
