@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <random>
 
 namespace {
@@ -56,31 +57,21 @@ void spoil(Lines& lines) {
   const std::size_t at = below(lines.size());
   const auto place = lines.begin() + static_cast<std::ptrdiff_t>(at);
   std::string& line = lines[at];
-  switch (below(8)) {
-  case 0:
-    lines.erase(place);
-    break;
-  case 1:
-    lines.insert(place, any(lines));
-    break;
-  case 2:
-    std::swap(line, lines[below(lines.size())]);
-    break;
-  case 3:
-    line.resize(below(line.size() + 1));
-    break;
-  case 4:
-    lines.insert(place, any({"", "= more $1", "v", "version 9", "planet", "\t"}));
-    break;
-  case 5:
-    line += any({"#", " &", "##", " ", "$1", "\n", "\r"});
-    break;
-  case 6:
-    line = line.substr(0, line.find('$') + 1) + any({"0", "1", "2", "9", "-1", "x", "0.5"});
-    break;
-  default:
-    line = any({"V", "m", "$", " "}) + line.substr(std::min<std::size_t>(1, line.size()));
-  }
+  const std::function<void()> changes[] = {
+      [&] { lines.erase(place); },
+      [&] { lines.insert(place, any(lines)); },
+      [&] { std::swap(line, lines[below(lines.size())]); },
+      [&] { line.resize(below(line.size() + 1)); },
+      [&] { lines.insert(place, any({"", "= more $1", "v", "version 9", "planet", "\t"})); },
+      [&] { line += any({"#", " &", "##", " ", "$1", "\n", "\r"}); },
+      [&] {
+        line = line.substr(0, line.find('$') + 1) + any({"0", "1", "2", "9", "-1", "x", "0.5"});
+      },
+      [&] {
+        line = any({"V", "m", "$", " "}) + line.substr(std::min<std::size_t>(1, line.size()));
+      },
+  };
+  changes[below(std::size(changes))]();
   if (lines.empty())
     lines.push_back("Map");
 }
