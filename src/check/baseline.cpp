@@ -3,7 +3,6 @@
 
 #include "check/finding.h"
 #include "check/sections.h"
-#include "engine/numbers.h"
 
 #include <algorithm>
 

@@ -1,6 +1,7 @@
 // What a current map looks like, line by line.
 #pragma once
 
+#include "engine/numbers.h"
 #include "engine/templates.h"
 
 #include <set>
@@ -13,6 +14,9 @@ struct Baseline : Template {
   std::optional<double> version;        // the current one
   std::vector<std::string_view> texts;  // sorted: by the kinds, which the empty text precedes
   std::set<std::string_view> words;     // that lines begin with
+
+  // The current version as the names of the fix pair have it; "0" when there is none.
+  std::string version_text() const { return number_text(version.value_or(0)); }
 
   // Whether there are lines behind the version line. Without these nothing is known of maps.
   bool shows_map() const { return order.size() > 2; }

@@ -8,30 +8,23 @@ namespace {
 
 // What keeps a map from being one of the current version; empty if nothing does.
 std::string fault_of(const MapRun& run) {
-  if (!run.result) {
-    const Failure& failure = run.result.failure();
-    return "it cannot be converted: " + quote(name_of(failure.path)) + ": " + failure.reason;
-  }
+  if (!run.result)
+    return "it cannot be converted: " + quote(name_of(run.result.failure().path)) + ": " +
+           run.result.failure().reason;
   return is_current(run.edition, run.lines)
              ? ""
              : "its version is " + quote(version_of(run.lines[1])) + " afterwards, not " +
-                   number_text(run.edition.baseline.version.value_or(0));
+                   run.edition.baseline.version_text();
 }
 
 }  // namespace
 
 Checker::Checker(std::vector<EditionTemplates> editions_in) : editions(std::move(editions_in)) {
   for (const EditionTemplates& edition : editions) {
-    for (const Template* file : edition.files())
-      findings.read_remarks(file->filename, file->lines);
-    for (const Rule& rule : all_rules()) {
-      const Report report{findings, &rule};
-      if (rule.of_edition)
-        rule.of_edition(edition, report);
-      for (const Pair& pair : edition.pairs)
-        if (rule.of_pair && pair.is_readable())
-          rule.of_pair(edition, pair, report);
-    }
+    check_files(edition, findings);
+    for (const Pair& pair : edition.pairs)
+      if (pair.is_readable())
+        check_pair(edition, pair, findings);
   }
 }
 
@@ -45,46 +38,44 @@ const EditionTemplates* Checker::edition_of(const Map& map) {
       same.push_back(&edition);
     else if (edition.baseline.version && std::ranges::any_of(edition.pairs, has_title))
       similar.push_back(&edition);
-  const Report report{findings, find_rule("unknown-edition")};
-  const Place seen{map.path, 0};
+  const Place seen{map.path};
   const auto& found = same.empty() ? similar : same;
+  const auto report = [&](const std::string& file, const std::string& text) {
+    findings.add("unknown-edition", {file}, text, seen);
+  };
   if (same.size() > 1)
-    report({same[1]->baseline.filename, 0},
-           "it begins like " + name_of(same[0]->baseline.filename) +
-               ": name the edition of their maps with --edition",
-           seen);
+    report(same[1]->baseline.filename, "it begins like " + name_of(same[0]->baseline.filename) +
+                                           ": name the edition of their maps with --edition");
   else if (found.size() != 1)
-    report(seen, quote(title) + " is the first line of no baseline: it is not checked", seen);
+    report(map.path, quote(title) + " is the first line of no baseline: it is not checked");
   else if (same.empty())
-    report({found[0]->baseline.filename, 0},
-           "its maps begin with " + quote(title) + ", as old templates do", seen);
+    report(found[0]->baseline.filename,
+           "its maps begin with " + quote(title) + ", as old templates do");
   return found.size() == 1 ? found[0] : nullptr;
 }
 
 std::optional<MapRun> Checker::add(const Map& map) {
-  const Place start{map.path, 0};
+  const Place start{map.path}, second{map.path, 1};
   if (const auto fault = one_line_fault(map.lines); !fault.empty())
-    Report{findings, find_rule("line-ends")}(start, fault, start);
+    findings.add("line-ends", start, fault, start);
   if (map.lines[0].starts_with(byte_order_mark))
-    Report{findings, find_rule("odd-bytes")}(start, "it begins with a byte order mark", start);
+    findings.add("odd-bytes", start, "it begins with a byte order mark", start);
   const EditionTemplates* edition = edition_of(map);
   const bool cut = edition && map.lines.size() < 2;
   if (cut)
-    Report{findings, find_rule("not-current")}(start, "it has no second line", start);
-  if (!edition || cut ||
-      numeric_value(version_of(map.lines[1])) >= edition->baseline.version.value_or(0)) {
+    findings.add("not-current", start, "it has no second line", start);
+  if (!edition || cut || numeric_value(version_of(map.lines[1])) >= edition->baseline.version) {
     ++(!edition ? unknown : cut ? failed : current);
     return std::nullopt;
   }
   MapRun run = convert(*edition, map);
   if (const auto fault = fault_of(run); !fault.empty())
-    Report{findings, find_rule("not-current")}({map.path, 1}, fault, {map.path, 1});
+    findings.add("not-current", second, fault, second);
   ++(run.result ? converted : failed);
-  if (run.result)
+  if (run.result) {
     note_matches(run);
-  for (const Rule& rule : all_rules())
-    if (rule.of_map && run.result)
-      rule.of_map(run, {findings, &rule});
+    check_map(run, findings);
+  }
   return run;
 }
 
@@ -103,36 +94,36 @@ void Checker::note_matches(const MapRun& run) {
     for (std::size_t k = 0; k < pass.input.size() && !lines.empty(); ++k)
       if (const auto found = lines.find(near_line(loose, pass.input[k]));
           found != lines.end() && found->second.empty() && matchline(old, pass.input[k]) == 0)
-        found->second = ": " + line_number(pass.origins[k].line) + " of " + name_of(run.map.path) +
-                        " has other " + difference(pass.input[k], old.lines[found->first]) + ": " +
+        found->second = ": " + line_number(pass.origins[k].line, run.map.path) +
+                        difference(pass.input[k], old.lines[found->first]) + ": " +
                         quote(pass.input[k]);
   }
 }
 
 std::string Checker::report(bool colours) {
-  const Report report{findings, find_rule("unmatched")};
   std::set<std::string> checked;
   for (const auto& [pair, lines] : unmatched) {
     checked.insert({pair->old.filename, pair->current.filename});
     for (const auto& [line, near] : lines)
-      report({pair->old.filename, line},
-             quote(pair->old.lines[line]) + " recognises no line of the given maps" + near);
+      findings.add("unmatched", {pair->old.filename, line},
+                   quote(pair->old.lines[line]) + " recognises no line of the given maps" + near);
   }
   findings.heed_remarks(checked);
-  std::size_t pairs = 0;
+  std::size_t unused = 0, pairs = 0, maps = 0;
   for (const EditionTemplates& edition : editions)
     pairs += edition.pairs.size();
-  const std::size_t maps = converted + failed + current + unknown,
-                    unused = maps > 0 ? pairs - unmatched.size() : 0;
-  std::string text = counted(pairs, "pair") +
-                     (unused > 0 ? ", " + std::to_string(unused) + " without a map" : "") + "; " +
-                     counted(maps, "map"),
-              separator = ": ";
+  std::string list;
   for (const auto& [count, what] : {std::pair(converted, " converted"),
                                     {failed, " not converted"},
                                     {current, " current"},
                                     {unknown, " of no known edition"}})
-    if (count > 0)
-      text += std::exchange(separator, ", ") + std::to_string(count) + what;
-  return findings.report(colours) + text + "; " + findings.summary() + "\n";
+    if (count > 0) {
+      list += (maps > 0 ? ", " : ": ") + std::to_string(count) + what;
+      maps += count;
+    }
+  if (maps > 0)
+    unused = pairs - unmatched.size();
+  return findings.report(colours) + counted(pairs, "pair") +
+         (unused > 0 ? ", " + std::to_string(unused) + " without a map" : "") + "; " +
+         counted(maps, "map") + list + "; " + findings.summary() + "\n";
 }

@@ -4,6 +4,12 @@
 #include "check/finding.h"
 #include "check/map_run.h"
 
+// What the rules find in the files of an edition, in a pair of which both files are there and have
+// lines, and in the conversion of a map that succeeded.
+void check_files(const EditionTemplates& edition, Findings& findings);
+void check_pair(const EditionTemplates& edition, const Pair& pair, Findings& findings);
+void check_map(const MapRun& run, Findings& findings);
+
 class Checker {
 public:
   // Checks the templates themselves.

@@ -5,7 +5,6 @@
 
 #include <algorithm>
 #include <regex>
-#include <tuple>
 
 namespace {
 
@@ -18,29 +17,6 @@ std::optional<std::smatch> parse(const std::string& name) {
       std::regex::icase);
   std::smatch parts;
   return std::regex_match(name, parts, pattern) ? std::optional(parts) : std::nullopt;
-}
-
-EditionTemplates find_edition(char letter, const std::string& folder, const Texts& texts) {
-  const auto read = [&](const auto& make, bool old, bool fix, const std::string& version) {
-    std::string name = template_name(letter, old, fix, version);
-    Result<std::string> text = missing_template(name);
-    if (const auto found = texts.find(name); found != texts.end())
-      std::tie(name, text) = *found;
-    const bool joined = folder.empty() || is_separator(folder.back());
-    return make(folder + (joined ? "" : "/") + name, std::move(text));
-  };
-  EditionTemplates edition{letter, Baseline(read(index_new, false, false, "0")), {}};
-  for (const auto& [name, text] : texts)
-    if (const auto parts = parse(name); parts && ascii_lower(name[0]) == letter) {
-      const bool fix = (*parts)[1].matched;
-      const std::string version = (*parts)[2];
-      if ((fix || version != "0") && !edition.find(fix, version))
-        edition.pairs.push_back({version, fix, read(index_old, true, fix, version),
-                                 read(index_new, false, fix, version)});
-    }
-  std::ranges::sort(edition.pairs, {},
-                    [](const Pair& pair) { return std::pair(pair.number(), pair.version); });
-  return edition;
 }
 
 }  // namespace
@@ -67,19 +43,37 @@ std::vector<const Template*> EditionTemplates::files() const {
 
 bool is_template_name(const std::string& name) { return parse(name).has_value(); }
 
-std::string template_name(char letter, bool old, bool fix, const std::string& version) {
+Failure missing_template(char letter, bool old, bool fix, const std::string& version) {
   const std::string kind = old ? "oldstruct" : "newstruct";
-  return letter + kind + (fix ? "fix" : "") + version + ".txt";
-}
-
-Failure missing_template(const std::string& name) {
+  const std::string name = letter + kind + (fix ? "fix" : "") + version + ".txt";
   return {name, "read it", "the file is missing", Failure::Kind::missing};
 }
 
 std::vector<EditionTemplates> find_editions(const std::string& folder, const Texts& texts) {
+  const bool joined = folder.empty() || is_separator(folder.back());
+  const auto read = [&](const auto& make, char letter, bool old, bool fix,
+                        const std::string& version) {
+    const Failure missing = missing_template(letter, old, fix, version);
+    std::pair<std::string, Result<std::string>> file(missing.path, missing);
+    if (const auto found = texts.find(file.first); found != texts.end())
+      file = *found;
+    return make(folder + (joined ? "" : "/") + file.first, std::move(file.second));
+  };
   std::vector<EditionTemplates> editions;
-  for (const char letter : {'v', EditionTemplates::expansion})
-    if (EditionTemplates edition = find_edition(letter, folder, texts); !edition.files().empty())
+  for (const char letter : {'v', EditionTemplates::expansion}) {
+    EditionTemplates edition{letter, Baseline(read(index_new, letter, false, false, "0")), {}};
+    for (const auto& [name, text] : texts)
+      if (const auto parts = parse(name); parts && ascii_lower(name[0]) == letter) {
+        const bool fix = (*parts)[1].matched;
+        const std::string version = (*parts)[2];
+        if ((fix || version != "0") && !edition.find(fix, version))
+          edition.pairs.push_back({version, fix, read(index_old, letter, true, fix, version),
+                                   read(index_new, letter, false, fix, version)});
+      }
+    std::ranges::sort(edition.pairs, {},
+                      [](const Pair& pair) { return std::pair(pair.number(), pair.version); });
+    if (!edition.files().empty())
       editions.push_back(std::move(edition));
+  }
   return editions;
 }

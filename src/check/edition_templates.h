@@ -3,7 +3,6 @@
 
 #include "check/baseline.h"
 #include "check/sections.h"
-#include "engine/numbers.h"
 
 #include <array>
 #include <map>
@@ -39,7 +38,12 @@ struct EditionTemplates {
 
   // The pair for a version, and that of the fix pass that maps go through; null when there is none.
   const Pair* find(bool fix, const std::string& version) const;
-  const Pair* fix() const { return find(true, number_text(baseline.version.value_or(0))); }
+  const Pair* fix() const { return find(true, baseline.version_text()); }
+
+  // Whether maps that are older than the current format go through a pair.
+  bool uses(const Pair& pair) const {
+    return pair.is_fix ? &pair == fix() : pair.number() < baseline.version;
+  }
 
   // The files that are there.
   std::vector<const Template*> files() const;
@@ -54,9 +58,8 @@ struct EditionTemplates {
 // Whether a file of that name may belong to an edition. Names are case-insensitive.
 bool is_template_name(const std::string& name);
 
-// The name of a template, and the failure to read one that is missing.
-std::string template_name(char letter, bool old, bool fix, const std::string& version);
-Failure missing_template(const std::string& name);
+// The failure to read a template that is missing. Its path is the template's name.
+Failure missing_template(char letter, bool old, bool fix, const std::string& version);
 
 // Sorts the files of a folder, whose texts are given by their names, into the editions that have
 // any. Files of other names are ignored. Paths in the result are `folder` and a name.

@@ -1,6 +1,7 @@
 // What the checker has found, with its places.
 #include "check/finding.h"
 
+#include "check/rules.h"
 #include "check/sections.h"
 #include "platform/printable.h"
 
@@ -37,14 +38,27 @@ std::string line_of(const Finding& finding, bool colours) {
   const bool error = rule->severity == Severity::error;
   return coloured(printable(text_of(place)) + ":" + column, "1", colours) + " " +
          coloured(error ? "error:" : "warning:", error ? "1;31" : "1;35", colours) + " " +
-         printable(text + shown_in(finding)) + " [" + rule->name + "]\n";
+         printable(text + shown_in(finding)) + " [" + std::string(rule->name) + "]\n";
 }
 
 }  // namespace
 
+const Rule* find_rule(std::string_view name) {
+  const auto found = std::ranges::find(rule_table, name, &Rule::name);
+  return found == std::end(rule_table) ? nullptr : found;
+}
+
+std::string_view explain(const Rule& rule) {
+  const std::string title = "### " + std::string(rule.name) + "\n\n";
+  const std::string_view pages = rule_pages;
+  const auto page = pages.substr(pages.find(title) + title.size());
+  return page.substr(0, page.find("\n```"));
+}
+
 // A remark is above what it silences, with nothing but other remarks between. The first section
 // begins with the file.
-void Findings::read_remarks(const std::string& file, const LineArray& lines) {
+void Findings::read_remarks(const Template& file) {
+  const LineArray& lines = file.lines;
   const auto next_header = [&](std::size_t i) {
     while (i < lines.size() && !is_header(lines[i]))
       ++i;
@@ -60,9 +74,21 @@ void Findings::read_remarks(const std::string& file, const LineArray& lines) {
     const std::string rule(stripped(lines[i].substr(remark_start.size())));
     const bool all = first == lines.size();
     const std::size_t end = all || is_header(lines[below]) ? next_header(below + 1) : below + 1;
-    const Place place{file, i};
+    const Place place{file.filename, i};
     remarks.push_back({place, rule, all || below == first ? 0 : below, end});
   }
+}
+
+void Findings::add(std::string_view rule, const Place& place, const std::string& text,
+                   const Place& seen, const std::string& key) {
+  const bool in_map = place.file == seen.file;
+  const std::string at = in_map ? "" : text_of(place) + " ";
+  const std::string what = !key.empty() ? key : at + (in_map || seen.file.empty() ? text : "");
+  Finding& finding = kept.try_emplace(std::string(rule) + "\n" + what,
+                                      Finding{find_rule(rule), place, text, seen, {}})
+                         .first->second;
+  if (!seen.file.empty())
+    finding.maps.insert(seen.file);
 }
 
 void Findings::heed_remarks(const std::set<std::string>& checked) {
@@ -75,13 +101,12 @@ void Findings::heed_remarks(const std::set<std::string>& checked) {
         return remark.used = true;
     return false;
   });
-  const Report report{*this, find_rule("needless-remark")};
   for (const Remark& remark : remarks) {
     const Rule* rule = find_rule(remark.rule);
     if (!rule)
-      report(remark.place, "there is no rule " + quote(remark.rule));
-    else if (!remark.used && (!rule->needs_maps() || checked.contains(remark.place.file)))
-      report(remark.place, "it silences nothing");
+      add("needless-remark", remark.place, "there is no rule " + quote(remark.rule));
+    else if (!remark.used && (!rule->in_maps || checked.contains(remark.place.file)))
+      add("needless-remark", remark.place, "it silences nothing");
   }
 }
 
@@ -108,23 +133,13 @@ std::string Findings::summary() const {
          (silenced > 0 ? ", " + std::to_string(silenced) + " silenced" : "");
 }
 
-void Report::operator()(const Place& place, const std::string& text, const Place& seen,
-                        const std::string& key) const {
-  const bool in_map = place.file == seen.file;
-  const std::string at = in_map ? "" : text_of(place) + " ";
-  const std::string what = !key.empty() ? key : at + (in_map || seen.file.empty() ? text : "");
-  Finding& finding =
-      findings.kept.try_emplace(rule->name + ("\n" + what), Finding{rule, place, text, seen, {}})
-          .first->second;
-  if (!seen.file.empty())
-    finding.maps.insert(seen.file);
-}
-
 std::string counted(std::size_t count, const std::string& noun) {
   return std::to_string(count) + " " + noun + (count == 1 ? "" : "s");
 }
 
-std::string line_number(std::size_t index) { return "line " + std::to_string(index + 1); }
+std::string line_number(std::size_t index, const std::string& path) {
+  return "line " + std::to_string(index + 1) + (path.empty() ? "" : " of " + name_of(path));
+}
 
 std::string quote(std::string_view line) {
   return '"' + printable(line.substr(0, longest_quote)) +

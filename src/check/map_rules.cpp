@@ -1,58 +1,29 @@
 // The rules about the conversion of maps.
-#include "check/finding.h"
-#include "check/map_run.h"
+#include "check/checker.h"
 
 #include <algorithm>
-#include <ranges>
 
 namespace {
 
-Place place_of(const MapRun& run, const Pass& pass, std::size_t line) {
-  return {run.map.path, pass.origins[std::min(line, pass.origins.size() - 1)].line};
-}
-
-void report_block(const MapRun& run, const Pass& pass, const Block& block, std::size_t line,
-                  const Report& report, const std::string& text) {
-  const std::size_t header = pass.header_of(block);
-  report({pass.pair.old.filename, header},
-         quote(pass.input[line]) + text + " of section " +
-             section_name(pass.pair.old.lines[header]),
-         place_of(run, pass, line));
-}
-
-// Reports what `fault_of` finds, if anything, about the copies of values: it gets the block and its
-// pass, the output line and the map's line.
-template <class FaultOf>
-void report_copies(const MapRun& run, const Report& report, const FaultOf& fault_of) {
-  for (const Pass& pass : run.passes)
-    for (const Block& block : pass.blocks)
-      for (auto [i, end] = pass.output_of(block); i < end; ++i) {
-        const NewTemplate& current = pass.pair.current;
-        const std::size_t k = pass.source_of(block, i);
-        const bool copies = has_value(current.output[i].marker);
-        const std::string fault = copies ? fault_of(pass, block, i, k) : "";
-        if (!fault.empty())
-          report({current.filename, i}, quote(current.lines[i]) + fault, place_of(run, pass, k));
-      }
-}
-
-// Where the copy begins in the map's line.
-std::size_t copy_start(const OutputLine& output, std::string_view line) {
-  if (output.marker == Marker::rest)
-    return std::min(line.size(), output.text.size() - 1);
-  const std::size_t count = output.marker == Marker::last_two ? 2 : 1;
-  return line.size() - std::min(count, line.size());
-}
-
 // Whether the copy from `at` on loses a part of the value in its line, or doubles the blank before.
 bool misses_value(std::string_view line, std::size_t at, bool rest) {
-  if (at == line.size())
-    return rest && stripped(line).find(' ') != line.npos;
-  if (at == 0 || is_blank(line[at - 1]) || (rest && is_blank(line[at])))
-    return at > 0 && rest && is_blank(line[at]);
+  if (at == 0 || at == line.size())
+    return at > 0 && rest && stripped(line).find(' ') != line.npos;
   const char before = line[at - 1], first = line[at];
+  if (is_blank(before) || is_blank(first))
+    return rest && is_blank(first);
   const bool in_number = is_digit(first) && (is_digit(before) || before == '.' || before == '-');
   return in_number || (is_letter(first) && is_letter(before)) || (first == '"' && !rest);
+}
+
+// What is wrong with the copy of the value in a map's line; empty if nothing is.
+std::string cut_of(const OutputLine& output, std::string_view line) {
+  const bool rest = output.marker == Marker::rest;
+  const std::size_t count = output.marker == Marker::last_two ? 2 : 1;
+  const std::size_t at = rest ? std::min(line.size(), output.text.size() - 1)
+                              : line.size() - std::min(count, line.size());
+  return misses_value(line, at, rest) ? " copies " + quote(line.substr(at)) + " of " + quote(line)
+                                      : "";
 }
 
 // What follows the first word of a line.
@@ -62,8 +33,17 @@ std::string_view value_in(std::string_view line) {
 
 // Whether one of the lines begins with a word.
 bool has_word(const LineArray& lines, LineRange range, std::string_view word) {
-  return std::ranges::any_of(std::views::iota(range.begin, range.end),
-                             [&](std::size_t i) { return first_word(lines[i]) == word; });
+  return std::ranges::any_of(range, [&](std::size_t i) { return first_word(lines[i]) == word; });
+}
+
+// Whether output line `i` takes its value from line `k` of another word, and that word or the
+// output's is at home elsewhere in the block: the line has not only been renamed.
+bool is_other_value(const Pass& pass, const Block& block, std::size_t i, std::size_t k) {
+  const LineArray& output = pass.pair.current.lines;
+  const auto word = first_word(output[i]), taken = first_word(pass.input[k]);
+  const LineRange lines{block.line, block.line + block.count};
+  return word != taken && !word.empty() && !taken.empty() && k < block.line + block.count &&
+         (has_word(pass.input, lines, word) || has_word(output, pass.output_of(block), taken));
 }
 
 // What is lost of line `k` in a block; empty if it is written or meant. A line that is dropped in
@@ -75,8 +55,9 @@ std::string loss_of(const MapRun& run, const Pass& pass, const Block& block, std
   const NewTemplate& current = pass.pair.current;
   const LineRange lines = pass.output_of(block);
   const auto line = pass.input[k], word = first_word(line), value = value_in(line);
-  const std::size_t i = lines.begin + (k - block.line);
-  const OutputLine output = i < lines.end ? current.output[i] : OutputLine{"", Marker::none};
+  const std::size_t d = k - block.line;
+  const OutputLine output =
+      d < lines.size() ? current.output[lines[d]] : OutputLine{"", Marker::none};
   const bool whole = k == block.line && old.lines[block.recognised_by].size() >= line.size();
   if (word.empty() || has_value(output.marker) || output.marker == Marker::dropped || whole)
     return "";
@@ -89,98 +70,87 @@ std::string loss_of(const MapRun& run, const Pass& pass, const Block& block, std
                      (!pass.pair.is_fix && recognises(old, matchline(old, line)));
   const bool outdented = depth(line) < depth(pass.input[block.line]);
   const auto writes = [&](std::size_t at) { return current.output[at].marker != Marker::dropped; };
-  const bool any = std::ranges::any_of(std::views::iota(lines.begin, lines.end), writes);
+  const bool any = std::ranges::any_of(lines, writes);
   const bool lost = outdented || (known && any);
   return k > block.line && !written && lost ? " is lost in a block" : "";
 }
 
-// Reports a line of the result where the template writes it, or where the map has it.
-void report_result(const MapRun& run, std::size_t j, const std::string& key,
-                   const std::string& text, const Report& report) {
-  const auto& [line, writer, output] = run.origins[j];
-  const Place seen{run.map.path, line};
-  report(writer ? Place{writer->current.filename, output} : seen, text, seen, writer ? "" : key);
+void check_block(const MapRun& run, const Pass& pass, const Block& block, Findings& findings) {
+  const OldTemplate& old = pass.pair.old;
+  const NewTemplate& current = pass.pair.current;
+  const auto place_of = [&](std::size_t k) {
+    return Place{run.map.path, pass.origins[std::min(k, pass.origins.size() - 1)].line};
+  };
+  const auto report = [&](const char* rule, std::size_t k, const std::string& fault) {
+    const std::size_t header = pass.header_of(block);
+    findings.add(rule, {old.filename, header},
+                 quote(pass.input[k]) + fault + " of section " + section_name(old, header),
+                 place_of(k));
+  };
+  if (std::cmp_greater(old.counts[pass.section_of(block)], block.count))
+    report("past-map-end", block.line, ", near the map's end, begins a block");
+  for (std::size_t k = block.line; k < block.line + block.count; ++k)
+    if (const auto loss = loss_of(run, pass, block, k);
+        !loss.empty() && pass.origins[k].line != 1)  // the version line is to lose its value
+      report("lost-line", k, loss);
+  for (const std::size_t i : pass.output_of(block)) {
+    if (!has_value(current.output[i].marker))
+      continue;
+    const std::size_t k = pass.source_of(block, i);
+    const std::string line = quote(current.lines[i]),
+                      cut = cut_of(current.output[i], pass.input[k]);
+    if (!cut.empty())
+      findings.add("cut-value", {current.filename, i}, line + cut, place_of(k));
+    if (is_other_value(pass, block, i, k))
+      findings.add("other-value", {current.filename, i},
+                   line + " takes its value from " + quote(pass.input[k]), place_of(k));
+  }
+}
+
+// What templates write was held against the baseline already, unless a value is in it. Lines that
+// follow each other in the map, too, are as they were: only a missing one is reported.
+void check_result(const MapRun& run, const Baseline& shown, Findings& findings) {
+  // A line is reported where the template writes it, or where the map has it.
+  const auto report = [&](const char* rule, const Origin& origin, const std::string& text,
+                          const std::string& key) {
+    const Place seen{run.map.path, origin.line};
+    const Pair* writer = origin.writer;
+    findings.add(rule, writer ? Place{writer->current.filename, origin.output} : seen, text, seen,
+                 writer ? "" : key);
+  };
+  std::size_t b = 0;  // the kind; of the first line nothing is asked
+  for (std::size_t j = 1; j < run.lines.size(); ++j) {
+    const auto line = run.lines[j];
+    const std::size_t a = std::exchange(b, shown.kind(line));
+    const Origin &before = run.origins[j - 1], &origin = run.origins[j];
+    const bool written = origin.writer && run.edition.is_last(*origin.writer);
+    if (b == 0 && !unindented(line).empty() &&
+        (!written || origin.writer->current.output[origin.output].marker == Marker::rest))
+      report("unknown-line", origin, quote(line) + " begins like no line of the baseline",
+             std::string(line.substr(0, line.find_first_of(" 0123456789"))));
+    const bool same_block =
+        written && origin.writer == before.writer && origin.output > before.output;
+    if (a == 0 || b == 0 || same_block || shown.follows(a, b))
+      continue;
+    const auto word = [&](std::size_t i) { return first_word(run.map.lines[i]); };
+    const std::size_t i = std::max<std::size_t>(origin.line, 1);
+    const bool followed =
+        word(i - 1) == first_word(run.lines[j - 1]) || (a == b && word(i - 1) == word(i));
+    const auto missing = shown.missing(a, b);
+    if (!missing.empty() || (!followed && !shown.may_follow(a, b)))
+      report("output-order", before.writer ? before : origin,
+             quote(line) + " does not follow " + quote(run.lines[j - 1]) + " in the baseline" +
+                 missing,
+             std::to_string(a) + " " + std::to_string(b));
+  }
 }
 
 }  // namespace
 
-// What templates write was held against the baseline already, unless a value is in it.
-void unknown_line(const MapRun& run, const Report& report) {
-  for (std::size_t j = 1; run.edition.shown() && j < run.lines.size(); ++j) {
-    const auto line = run.lines[j];
-    const auto& [from, writer, output] = run.origins[j];
-    if (run.edition.shown()->kind(line) == 0 && !unindented(line).empty() &&
-        (!writer || !run.edition.is_last(*writer) ||
-         writer->current.output[output].marker == Marker::rest))
-      report_result(run, j, std::string(line.substr(0, line.find_first_of(" 0123456789"))),
-                    quote(line) + " begins like no line of the baseline", report);
-  }
-}
-
-// Lines that follow each other in the map, too, are as they were: only a missing one is reported.
-void line_order(const MapRun& run, const Report& report) {
-  const Baseline* shown = run.edition.shown();
-  std::size_t b = 0;  // of the first line nothing is asked
-  for (std::size_t j = 1; shown && j < run.lines.size(); ++j) {
-    const std::size_t a = std::exchange(b, shown->kind(run.lines[j]));
-    const auto &before = run.origins[j - 1], &origin = run.origins[j];
-    const bool same_block = origin.writer && origin.writer == before.writer &&
-                            origin.output > before.output && run.edition.is_last(*origin.writer);
-    if (a == 0 || b == 0 || same_block || shown->follows(a, b))
-      continue;
-    const auto word = [&](std::size_t line) { return first_word(run.map.lines[line]); };
-    const std::size_t i = std::max<std::size_t>(origin.line, 1);
-    const bool followed =
-        word(i - 1) == first_word(run.lines[j - 1]) || (a == b && word(i - 1) == word(i));
-    const auto missing = shown->missing(a, b);
-    if (!missing.empty() || (!followed && !shown->may_follow(a, b)))
-      report_result(run, before.writer ? j - 1 : j, std::to_string(a) + " " + std::to_string(b),
-                    quote(run.lines[j]) + " does not follow " + quote(run.lines[j - 1]) +
-                        " in the baseline" + missing,
-                    report);
-  }
-}
-
-void cut_value(const MapRun& run, const Report& report) {
-  report_copies(run, report, [](const Pass& pass, const Block&, std::size_t i, std::size_t k) {
-    const OutputLine& output = pass.pair.current.output[i];
-    const auto line = pass.input[k];
-    const std::size_t at = copy_start(output, line);
-    return misses_value(line, at, output.marker == Marker::rest)
-               ? " copies " + quote(line.substr(at)) + " of " + quote(line)
-               : "";
-  });
-}
-
-// The line of the value begins with another word, and that one or the output's is at home elsewhere
-// in the block: the line has not only been renamed.
-void other_value(const MapRun& run, const Report& report) {
-  report_copies(
-      run, report, [](const Pass& pass, const Block& block, std::size_t i, std::size_t k) {
-        const LineArray& output = pass.pair.current.lines;
-        const auto word = first_word(output[i]), taken = first_word(pass.input[k]);
-        const LineRange lines{block.line, block.line + block.count};
-        const bool at_home =
-            has_word(pass.input, lines, word) || has_word(output, pass.output_of(block), taken);
-        return word != taken && !word.empty() && !taken.empty() && k < lines.end && at_home
-                   ? " takes its value from " + quote(pass.input[k])
-                   : "";
-      });
-}
-
-// The version line is to lose its value.
-void lost_line(const MapRun& run, const Report& report) {
+void check_map(const MapRun& run, Findings& findings) {
   for (const Pass& pass : run.passes)
     for (const Block& block : pass.blocks)
-      for (std::size_t k = block.line; k < block.line + block.count; ++k)
-        if (const auto loss = loss_of(run, pass, block, k);
-            !loss.empty() && pass.origins[k].line != 1)
-          report_block(run, pass, block, k, report, loss);
-}
-
-void past_map_end(const MapRun& run, const Report& report) {
-  for (const Pass& pass : run.passes)
-    for (const Block& block : pass.blocks)
-      if (std::cmp_greater(pass.pair.old.counts[pass.section_of(block)], block.count))
-        report_block(run, pass, block, block.line, report, ", near the map's end, begins a block");
+      check_block(run, pass, block, findings);
+  if (run.edition.shown())
+    check_result(run, run.edition.baseline, findings);
 }

@@ -14,7 +14,7 @@ std::vector<Origin> origins_after(const Pass& pass) {
     origins.insert(origins.end(), copied, first);
     copied = first + static_cast<std::ptrdiff_t>(block.count);
     const std::size_t last = block.line + std::max<std::size_t>(block.count, 1) - 1;
-    for (auto [i, end] = pass.output_of(block); i < end; ++i)
+    for (const std::size_t i : pass.output_of(block))
       if (pass.pair.current.output[i].marker != Marker::dropped)
         origins.push_back(
             {pass.origins[std::min(pass.aligned_with(block, i), last)].line, &pass.pair, i});
@@ -23,13 +23,17 @@ std::vector<Origin> origins_after(const Pass& pass) {
   return origins;
 }
 
-// Runs one more pass over `input`. Lone CR and LF in templates and maps can make new line ends, so
-// the input may have other lines than were written.
-void add_pass(MapRun& run, const Pair& pair, const LineArray& input) {
+// Runs one more pass over `input`, with the pair of a version. Lone CR and LF in templates and maps
+// can make new line ends, so the input may have other lines than were written.
+void add_pass(MapRun& run, bool fix, const std::string& version, const LineArray& input) {
+  const Pair* pair = run.edition.find(fix, version);
+  run.result = missing_template(run.edition.letter, true, fix, version);
+  if (!pair)
+    return;
   run.origins.resize(input.size(), {0});
-  run.passes.push_back({pair, input, std::move(run.origins), {}});
+  run.passes.push_back({*pair, input, std::move(run.origins), {}});
   Pass& pass = run.passes.back();
-  run.result = (pair.is_fix ? fix_pass : first_pass)(pair.old, pair.current, input, &pass.blocks);
+  run.result = (fix ? fix_pass : first_pass)(pair->old, pair->current, input, &pass.blocks);
   run.origins = run.result ? origins_after(pass) : std::vector<Origin>();
 }
 
@@ -41,20 +45,13 @@ bool is_current(const EditionTemplates& edition, const LineArray& lines) {
 }
 
 MapRun convert(const EditionTemplates& edition, const Map& map) {
-  const auto missing = [&](bool fix, const std::string& version) {
-    return missing_template(template_name(edition.letter, true, fix, version));
-  };
-  const std::string version(version_of(map.lines[1]));
-  MapRun run{edition, map, {}, nullptr, missing(false, version), {}, {}};
+  MapRun run{edition, map, {}, nullptr, std::string(), {}, {}};
   for (std::size_t line = 0; line < map.lines.size(); ++line)
     run.origins.push_back({line});
-  if (const Pair* pair = edition.find(false, version))
-    add_pass(run, *pair, map.lines);
+  add_pass(run, false, std::string(version_of(map.lines[1])), map.lines);
   if (run.result && edition.letter == EditionTemplates::expansion) {
     run.between = std::make_unique<LineArray>(LineArray::split(*std::move(run.result)));
-    run.result = missing(true, number_text(edition.baseline.version.value_or(0)));
-    if (const Pair* fix = edition.fix())
-      add_pass(run, *fix, *run.between);
+    add_pass(run, true, edition.baseline.version_text(), *run.between);
   }
   if (run.result)
     run.lines = LineArray::split(*run.result);

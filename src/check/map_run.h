@@ -35,7 +35,7 @@ struct Pass {
 
   // The map's line beside line `i` of the new template, and the one whose value that line copies.
   std::size_t aligned_with(const Block& block, std::size_t i) const {
-    return block.line + i - output_of(block).begin;
+    return block.line + i - *output_of(block).begin();
   }
   std::size_t source_of(const Block& block, std::size_t i) const {
     return pair.current.output[i].marker == Marker::rest ? block.line : aligned_with(block, i);

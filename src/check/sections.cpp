@@ -56,8 +56,8 @@ std::string_view first_word(std::string_view line) {
   return line.substr(0, line.find_first_of(" \t#&"));
 }
 
-std::string section_name(std::string_view header) {
-  const auto name = header.substr(0, header.find('$'));
+std::string section_name(const Template& file, std::size_t head) {
+  const auto name = file.lines[head].substr(0, file.lines[head].find('$'));
   return quote(stripped(name.substr(name.starts_with('=') ? 1 : 0)));
 }
 
@@ -84,22 +84,22 @@ std::size_t near_line(const OldTemplate& loose, std::string_view line) {
 
 std::string difference(std::string_view line, std::string_view recognition) {
   if (loosened(line).starts_with(loosened(recognition)))
-    return "tabs or blanks";
+    return " has other tabs or blanks";
   const bool same = lowered(line).starts_with(lowered(recognition));
-  return same ? "capital letters" : "capital letters, and tabs or blanks";
+  return same ? " has other capital letters" : " has other capital letters, and tabs or blanks";
 }
 
 LineRange body_of(const NewTemplate& current, std::size_t s) {
   if (s >= current.newheads.size())
-    return {0, 0};
+    return {};
   const bool last = s + 1 == current.newheads.size();
   const std::size_t end = last ? current.lines.size() : current.newheads[s + 1];
   return {std::min(current.newheads[s] + 1, end), end};
 }
 
 LineRange output_of(const NewTemplate& current, std::size_t s) {
-  const auto [begin, end] = body_of(current, s);
-  const auto lines = static_cast<long long>(end - begin);
+  const LineRange body = body_of(current, s);
+  const auto lines = static_cast<long long>(body.size());
   const auto count = lines > 0 ? std::clamp(current.counts[s], 0LL, lines) : 0;
-  return {begin, begin + static_cast<std::size_t>(count)};
+  return {*body.begin(), *body.begin() + static_cast<std::size_t>(count)};
 }

@@ -3,6 +3,8 @@
 
 #include "engine/templates.h"
 
+#include <ranges>
+
 constexpr std::string_view byte_order_mark = "\xEF\xBB\xBF";
 
 // Whether the marker takes its value from the aligned line; and whether it takes one at all.
@@ -34,7 +36,7 @@ std::size_t depth(std::string_view line);
 std::string_view first_word(std::string_view line);
 
 // The name of a section, in quotes: what stands before the "$" of its header, without the "=".
-std::string section_name(std::string_view header);
+std::string section_name(const Template& file, std::size_t head);
 
 // Whether line `i` is there to recognise lines of a map: not the title, a header, a remark or
 // empty.
@@ -46,13 +48,12 @@ bool recognises(const OldTemplate& old, std::size_t i);
 OldTemplate loose_template(const OldTemplate& old);
 std::size_t near_line(const OldTemplate& loose, std::string_view line);
 
-// In what `line` differs from a recognition line that was found for it.
+// In what `line` differs from a recognition line that was found for it: " has other tabs or
+// blanks".
 std::string difference(std::string_view line, std::string_view recognition);
 
-// The lines `begin` up to but not including `end`.
-struct LineRange {
-  std::size_t begin, end;
-};
+// The numbers of lines that follow each other.
+using LineRange = std::ranges::iota_view<std::size_t, std::size_t>;
 
 // The lines behind the header of section `s`, up to the next header or the file's end, and those of
 // them that its count makes its output; none if there is no such section.

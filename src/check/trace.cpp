@@ -4,22 +4,18 @@
 
 namespace {
 
-std::string place(const Template& file, std::size_t i) {
-  return line_number(i) + " of " + name_of(file.filename);
-}
-
 // Why a line was copied that nearly began a block; empty if it did not nearly.
 std::string near_match(const Pass& pass, const OldTemplate& loose, std::size_t k) {
   const OldTemplate& old = pass.pair.old;
   const auto line = pass.input[k];
   if (const std::size_t t = matchline(old, line); t > 0)  // in the first pass a count is 0
-    return pass.pair.is_fix
-               ? place(old, t) + " recognises it, but one of the next two lines is not recognised"
-               : "";
+    return pass.pair.is_fix ? line_number(t, old.filename) +
+                                  " recognises it, but one of the next two lines is not recognised"
+                            : "";
   if (const std::size_t t = near_line(loose, line); t > 0)
-    return place(old, t) + " has other " + difference(line, old.lines[t]);
+    return line_number(t, old.filename) + difference(line, old.lines[t]);
   const bool title = k > 0 && !old.lines[0].empty() && line.starts_with(old.lines[0]);
-  return title ? place(old, 0) + " is the title, which recognises nothing" : "";
+  return title ? line_number(0, old.filename) + " is the title, which recognises nothing" : "";
 }
 
 // The lines `k` up to but not including `end`, which were copied.
@@ -43,17 +39,17 @@ std::string block_text(const Pass& pass, const Block& block) {
   const OldTemplate& old = pass.pair.old;
   const NewTemplate& current = pass.pair.current;
   std::string out, text = std::to_string(block.line + 1) + ": " + quote(pass.input[block.line]) +
-                          " begins section " + section_name(old.lines[pass.header_of(block)]) +
-                          " of " + counted(block.count, "line") + ": " +
-                          place(old, block.recognised_by) + "\n";
+                          " begins section " + section_name(old, pass.header_of(block)) + " of " +
+                          counted(block.count, "line") + ": " +
+                          line_number(block.recognised_by, old.filename) + "\n";
   static_cast<void>(
       bool(rewritesection(old, current, pass.section_of(block), pass.input, block.line, out)));
   const LineArray lines = LineArray::split(std::move(out));
   std::size_t written = 0;
-  for (auto [i, end] = pass.output_of(block); i < end; ++i) {
+  for (const std::size_t i : pass.output_of(block)) {
     const Marker marker = current.output[i].marker;
     text += "    " + (marker == Marker::dropped ? "nothing" : quote(lines[written++])) + ": " +
-            place(current, i) +
+            line_number(i, current.filename) +
             (has_value(marker) ? ", value of " + line_number(pass.source_of(block, i)) : "") + "\n";
   }
   return text;

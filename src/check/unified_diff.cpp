@@ -2,7 +2,7 @@
 #include "check/map_run.h"
 
 #include <algorithm>
-#include <span>
+#include <ranges>
 
 namespace {
 
@@ -55,16 +55,14 @@ std::string range(std::size_t before, std::size_t count) {
          (count == 1 ? "" : "," + std::to_string(count));
 }
 
-bool is_change(const Step& step) { return step.sign != ' '; }
-
 }  // namespace
 
 std::string unified_diff(const MapRun& run) {
   const auto steps = compare(run);
   const auto near_change = [&](std::size_t i) {
-    const std::size_t begin = i - std::min(i, context),
-                      end = std::min(i + context + 1, steps.size());
-    return std::ranges::any_of(std::span(steps).subspan(begin, end - begin), is_change);
+    const std::size_t before = std::min(i, context);
+    auto near = steps | std::views::drop(i - before) | std::views::take(before + 1 + context);
+    return std::ranges::any_of(near, [](const Step& step) { return step.sign != ' '; });
   };
   std::string out;
   std::size_t old_line = 0, new_line = 0;

