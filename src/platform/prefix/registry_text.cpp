@@ -48,7 +48,16 @@ std::string escape(std::string_view text, std::string_view marks) {
 }
 
 bool starts_with(std::string_view text, std::string_view start) {
-  return std::ranges::equal(text.substr(0, start.size()), start, {}, ascii_lower, ascii_lower);
+  const auto equal = [](char a, char b) { return a == b || ascii_lower(a) == ascii_lower(b); };
+  return std::ranges::equal(text.substr(0, start.size()), start, equal);
+}
+
+// The next line that begins with "[": brackets are searched for, as they are rarer than line ends.
+std::size_t find_header(std::string_view text, std::size_t from) {
+  auto at = text.find('[', from);
+  while (at != npos && text[at - 1] != '\n')
+    at = text.find('[', at + 1);
+  return std::min(at, text.size());
 }
 
 // The lines of each key of that path, its header first; with those of the keys below it if asked
@@ -57,12 +66,11 @@ Parts find_keys(std::string_view text, std::string_view path, bool with_subkeys 
   const auto start = "[" + escape(path, "[]");
   const auto header = start + "]", subkey_start = start + "\\\\";
   Parts keys;
-  for (auto begin = text.find("\n["); begin != npos;) {
-    const auto end = text.find("\n[", begin + 1);
-    const auto lines = text.substr(begin + 1, end - begin);
+  for (auto begin = find_header(text, 1), end = begin; begin < text.size(); begin = end) {
+    end = find_header(text, begin + 1);
+    const auto lines = text.substr(begin, end - begin);
     if (starts_with(lines, header) || (with_subkeys && starts_with(lines, subkey_start)))
       keys.push_back(lines);
-    begin = end;
   }
   return keys;
 }
