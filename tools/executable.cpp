@@ -2,6 +2,7 @@
 // their data entry and the version block.
 #include "executable.h"
 
+#include <initializer_list>
 #include <string_view>
 
 namespace {
@@ -9,86 +10,72 @@ namespace {
 constexpr std::uint32_t resource_address = 0x1000;  // where the section lies in memory
 constexpr std::uint32_t subdirectory = 0x80000000;
 
-void put_text(std::string& bytes, std::size_t offset, std::string_view text) {
-  bytes.replace(offset, text.size(), text);
+// A number of two or four bytes. What a shorter one overwrites with zeros comes after it.
+struct Field {
+  std::uint32_t offset, value;
+};
+
+void put_fields(std::string& bytes, std::uint32_t start, std::initializer_list<Field> fields) {
+  for (const Field& field : fields)
+    put32(bytes, start + field.offset, field.value);
 }
 
 void put_headers(std::string& bytes, const ExecutableLayout& at, const Executable& options) {
-  put_text(bytes, 0, "MZ");
-  put32(bytes, 0x3C, static_cast<std::uint32_t>(at.header));
-  put_text(bytes, at.header, "PE");
-  put16(bytes, at.header + 4, options.wide ? 0x8664 : 0x014C);    // the processor
-  put16(bytes, at.header + 6, options.version_resource ? 1 : 0);  // the number of sections
-  put16(bytes, at.header + 20, static_cast<std::uint16_t>(at.section_table - at.optional));
-  put16(bytes, at.header + 22, options.wide ? 0x0022 : 0x0102);  // an executable image
-}
-
-void put_optional(std::string& bytes, const ExecutableLayout& at, const Executable& options) {
-  put16(bytes, at.optional, options.wide ? 0x20B : 0x10B);
-  put32(bytes, at.optional + (options.wide ? 24 : 28), 0x400000);  // the preferred address
-  put32(bytes, at.optional + 32, 0x1000);                          // alignment in memory
-  put32(bytes, at.optional + 36, 0x200);                           // alignment in the file
-  put16(bytes, at.optional + 40, 6);                               // the least system, 6.0
-  put16(bytes, at.optional + 48, 6);                               // the least subsystem, 6.0
-  put32(bytes, at.optional + 56, options.version_resource ? 0x2000 : 0x1000);  // size in memory
-  put32(bytes, at.optional + 60, 0x200);  // size of the headers
-  put16(bytes, at.optional + 68, 2);      // a program with windows
-  put32(bytes, at.directories - 4, 16);   // the number of directories
+  const bool wide = options.wide, section = options.version_resource;
+  put_fields(bytes, 0, {{0, 'M' | 'Z' << 8}, {0x3C, at.header}});
+  put_fields(bytes, at.header,
+             {{0, 'P' | 'E' << 8},
+              {4, wide ? 0x8664u : 0x014Cu},  // the processor
+              {6, section ? 1u : 0u},         // the number of sections
+              {20, at.section_table - at.optional},
+              {22, wide ? 0x0022u : 0x0102u}});  // an executable image
+  put_fields(bytes, at.optional,
+             {{0, wide ? 0x20Bu : 0x10Bu},
+              {wide ? 24u : 28u, 0x400000},       // the preferred address
+              {32, 0x1000},                       // alignment in memory
+              {36, 0x200},                        // alignment in the file
+              {40, 6},                            // the least system, 6.0
+              {48, 6},                            // the least subsystem, 6.0
+              {56, section ? 0x2000u : 0x1000u},  // size in memory
+              {60, 0x200},                        // size of the headers
+              {68, 2}});                          // a program with windows
+  put32(bytes, at.directories - 4, 16);           // the number of directories
 }
 
 void put_section(std::string& bytes, const ExecutableLayout& at) {
-  const auto size = static_cast<std::uint32_t>(at.end - at.resources);
-  put32(bytes, at.directories + 2 * 8, resource_address);
-  put32(bytes, at.directories + 2 * 8 + 4, size);
-  put_text(bytes, at.section_table, ".rsrc");
-  put32(bytes, at.section_table + 8, size);  // in memory
-  put32(bytes, at.section_table + 12, resource_address);
-  put32(bytes, at.section_table + 16, size);  // in the file
-  put32(bytes, at.section_table + 20, static_cast<std::uint32_t>(at.resources));
-  put32(bytes, at.section_table + 36, 0x40000040);  // readable data
+  const std::uint32_t size = at.end - at.resources;
+  put_fields(bytes, at.directories + 2 * 8, {{0, resource_address}, {4, size}});
+  bytes.replace(at.section_table, 5, ".rsrc");
+  put_fields(bytes, at.section_table,
+             {{8, size},  // in memory
+              {12, resource_address},
+              {16, size},  // in the file
+              {20, at.resources},
+              {36, 0x40000040}});  // readable data
+  // Directories of one numbered entry each.
+  const auto inside = [&](std::uint32_t offset) { return offset - at.resources; };
+  put_fields(bytes, at.types, {{14, 1}, {16, 16}, {20, inside(at.names) | subdirectory}});
+  put_fields(bytes, at.names, {{14, 1}, {16, 1}, {20, inside(at.languages) | subdirectory}});
+  put_fields(bytes, at.languages, {{14, 1}, {16, 0x0409}, {20, inside(at.data_entry)}});
+  put_fields(bytes, at.data_entry, {{0, resource_address + inside(at.version_info)}, {4, 92}});
 }
 
-// A resource directory of one numbered entry.
-void put_directory(std::string& bytes, std::size_t offset, std::uint32_t number,
-                   std::uint32_t target) {
-  put16(bytes, offset + 14, 1);
-  put32(bytes, offset + 16, number);
-  put32(bytes, offset + 20, target);
-}
-
-void put_directories(std::string& bytes, const ExecutableLayout& at) {
-  const auto inside = [&](std::size_t offset) {
-    return static_cast<std::uint32_t>(offset - at.resources);
-  };
-  put_directory(bytes, at.types, 16, inside(at.names) | subdirectory);     // RT_VERSION
-  put_directory(bytes, at.names, 1, inside(at.languages) | subdirectory);  // VS_VERSION_INFO
-  put_directory(bytes, at.languages, 0x0409, inside(at.data_entry));       // English
-  put32(bytes, at.data_entry, resource_address + inside(at.version_info));
-  put32(bytes, at.data_entry + 4, 92);
-}
-
-void put_version(std::string& bytes, std::size_t offset, const VersionParts& parts) {
-  put16(bytes, offset + 2, parts[0]);  // two doublewords, the higher part in the higher half
-  put16(bytes, offset, parts[1]);
-  put16(bytes, offset + 6, parts[2]);
-  put16(bytes, offset + 4, parts[3]);
-}
-
-void put_version_info(std::string& bytes, const ExecutableLayout& at, const Executable& options) {
-  put16(bytes, at.version_info, 92);      // the block's length
-  put16(bytes, at.version_info + 2, 52);  // that of its value
-  std::size_t letter = at.version_info + 6;
-  for (const char c : std::string_view("VS_VERSION_INFO")) {
-    put16(bytes, letter, static_cast<std::uint16_t>(c));
-    letter += 2;
-  }
-  put32(bytes, at.fixed_info, 0xFEEF04BD);
-  put32(bytes, at.fixed_info + 4, 0x00010000);  // the record's own version
-  put_version(bytes, at.fixed_info + 8, options.file_version);
-  put_version(bytes, at.fixed_info + 16, options.product_version);
-  put32(bytes, at.fixed_info + 24, 0x3F);     // all flags are valid
-  put32(bytes, at.fixed_info + 32, 0x40004);  // for Windows NT
-  put32(bytes, at.fixed_info + 36, 1);        // an application
+void put_version(std::string& bytes, const ExecutableLayout& at, const VersionParts& product) {
+  const auto joined = [](std::uint32_t high, std::uint32_t low) { return high << 16 | low; };
+  constexpr std::string_view key = "VS_VERSION_INFO";
+  put_fields(bytes, at.version_info, {{0, 92}, {2, 52}});  // the lengths of the block, of its value
+  for (std::size_t i = 0; i < key.size(); ++i)
+    put16(bytes, at.version_info + 6 + 2 * i, static_cast<std::uint16_t>(key[i]));
+  put_fields(bytes, at.fixed_info,
+             {{0, 0xFEEF04BD},
+              {4, 0x00010000},    // the record's own version
+              {8, joined(9, 8)},  // the file's version: taking it for the product's shows
+              {12, joined(7, 6)},
+              {16, joined(product[0], product[1])},
+              {20, joined(product[2], product[3])},
+              {24, 0x3F},     // all flags are valid
+              {32, 0x40004},  // for Windows NT
+              {36, 1}});      // an application
 }
 
 }  // namespace
@@ -107,11 +94,9 @@ std::string Executable::bytes() const {
   const ExecutableLayout at(wide);
   std::string bytes(version_resource ? at.end : at.resources, '\0');
   put_headers(bytes, at, *this);
-  put_optional(bytes, at, *this);
-  if (!version_resource)
-    return bytes;
-  put_section(bytes, at);
-  put_directories(bytes, at);
-  put_version_info(bytes, at, *this);
+  if (version_resource) {
+    put_section(bytes, at);
+    put_version(bytes, at, product_version);
+  }
   return bytes;
 }

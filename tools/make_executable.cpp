@@ -9,7 +9,6 @@
 #include <optional>
 #include <sstream>
 #include <string>
-#include <string_view>
 
 namespace {
 
@@ -23,23 +22,18 @@ std::optional<VersionParts> read_version(const std::string& text) {
   return stream.peek() == EOF ? std::optional(parts) : std::nullopt;
 }
 
-int fail(std::string_view message) {
-  std::cerr << "make_executable: " << message << '\n';
-  return EXIT_FAILURE;
-}
-
 }  // namespace
 
 int main(int argc, char** argv) {
-  if (argc != 3)
-    return fail(
-        "usage: make_executable FILE VERSION, for example make_executable game.exe 1.2.3.4");
-  const auto version = read_version(argv[2]);
-  if (!version)
-    return fail(std::string(argv[2]) +
-                " is not a version: four numbers up to 65535, joined by \".\"");
-  std::ofstream file(argv[1], std::ios::binary | std::ios::trunc);
-  file << Executable{.product_version = *version}.bytes();
+  const auto version = argc == 3 ? read_version(argv[2]) : std::nullopt;
+  if (!version) {
+    std::cerr << "usage: make_executable FILE VERSION, for example game.exe 1.2.3.4\n";
+    return EXIT_FAILURE;
+  }
+  std::ofstream file(argv[1], std::ios::binary);
+  file << Executable{*version}.bytes();
   file.close();
-  return file ? EXIT_SUCCESS : fail(std::string("cannot write ") + argv[1]);
+  if (!file)
+    std::cerr << "make_executable: cannot write " << argv[1] << '\n';
+  return file ? EXIT_SUCCESS : EXIT_FAILURE;
 }
