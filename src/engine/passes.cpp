@@ -6,8 +6,9 @@
 
 namespace {
 
-Failure failure(const Template& file, std::string reason) {
-  return {file.filename, "write the section", std::move(reason)};
+Failure failure(const Template& file, std::string reason,
+                Failure::Kind kind = Failure::Kind::other) {
+  return {file.filename, "write the section", std::move(reason), kind};
 }
 
 std::string_view last_characters(std::string_view line, std::size_t count) {
@@ -40,7 +41,8 @@ std::optional<Failure> find_fault(const OldTemplate& oldtemplate, const NewTempl
   for (const Template* file :
        {static_cast<const Template*>(&oldtemplate), static_cast<const Template*>(&newtemplate)})
     if (const auto& unread = file->failure)
-      return failure(*file, (unread->missing() ? "" : "it cannot be read: ") + unread->reason);
+      return failure(*file, (unread->missing() ? "" : "it cannot be read: ") + unread->reason,
+                     unread->kind);
   const auto fault = [&](const std::string& what, std::string_view header) {
     return failure(newtemplate, header.empty() ? what : what + ": " + std::string(header));
   };
@@ -55,35 +57,27 @@ std::optional<Failure> find_fault(const OldTemplate& oldtemplate, const NewTempl
   return std::nullopt;
 }
 
-// A map on its way into the new format: what is written so far, and the line in hand. Lines that
-// are carried over are pending until a block follows, so that a run of them is copied in one piece.
-struct PassInProgress {
-  const OldTemplate& oldtemplate;
-  const NewTemplate& newtemplate;
-  const LineArray& galaxylines;
-  Blocks* blocks;
+// A block starts where `in_a_row` lines in a row are recognised; the last lines, too few for that,
+// are carried over. Such lines are pending until a block follows, so that a run of them is copied
+// in one piece.
+Result<std::string> run_pass(const OldTemplate& oldtemplate, const NewTemplate& newtemplate,
+                             const LineArray& galaxylines, Blocks* blocks, std::size_t in_a_row) {
   std::string out;
-  std::size_t k = 0;
-  std::size_t pending = 0;  // the first pending line; `k` when there is none
-
-  std::size_t match(std::size_t line) const { return matchline(oldtemplate, galaxylines[line]); }
-
-  void carry_over() { ++k; }
-
-  void write_pending() {
+  out.reserve(galaxylines.text().size());
+  std::size_t k = 0, pending = 0;  // the line in hand, and the first that is not written yet
+  const auto write_pending = [&] {
     if (pending < k)
       out.append(galaxylines.piece(pending, k)).append(LineArray::line_end);
-    pending = k;
-  }
-
-  std::string finish() {
-    write_pending();
-    return std::move(out);
-  }
-
-  // Writes the section of template line `t` and skips the block. A block of less than one line
-  // leaves the line in hand to be carried over, so that nothing is lost.
-  std::optional<Failure> rewrite(std::size_t t) {
+  };
+  while (k + in_a_row <= galaxylines.size()) {
+    const std::size_t t = matchline(oldtemplate, galaxylines[k]);
+    bool starts = t != 0;
+    for (std::size_t i = 1; starts && i < in_a_row; ++i)
+      starts = matchline(oldtemplate, galaxylines[k + i]) != 0;
+    if (!starts) {
+      ++k;
+      continue;
+    }
     write_pending();
     const auto count =
         rewritesection(oldtemplate, newtemplate, sectionof(oldtemplate, t), galaxylines, k, out);
@@ -91,19 +85,17 @@ struct PassInProgress {
       return count.failure();
     if (out.size() > LineArray::max_text_size)
       return failure(newtemplate, "it makes the map larger than 1 GiB");
-    const std::size_t line = k;
-    if (*count < 1) {
-      carry_over();
-    } else {
-      k += static_cast<std::size_t>(
-          std::min(*count, static_cast<long long>(galaxylines.size() - k)));
-      pending = k;
-    }
+    const auto left = static_cast<long long>(galaxylines.size() - k);
+    const auto block = static_cast<std::size_t>(std::clamp(*count, 0LL, left));
     if (blocks)
-      blocks->push_back({line, pending - line, t});
-    return std::nullopt;
+      blocks->push_back({k, block, t});
+    pending = k + block;
+    k += std::max<std::size_t>(block, 1);  // the line of an empty block is carried over
   }
-};
+  k = galaxylines.size();
+  write_pending();
+  return out;
+}
 
 }  // namespace
 
@@ -121,30 +113,10 @@ Result<long long> rewritesection(const OldTemplate& oldtemplate, const NewTempla
 
 Result<std::string> first_pass(const OldTemplate& oldtemplate, const NewTemplate& newtemplate,
                                const LineArray& galaxylines, Blocks* blocks) {
-  PassInProgress pass{oldtemplate, newtemplate, galaxylines, blocks, {}};
-  pass.out.reserve(galaxylines.text().size());
-  while (pass.k < galaxylines.size()) {
-    const std::size_t t = pass.match(pass.k);
-    if (t == 0)
-      pass.carry_over();
-    else if (auto fault = pass.rewrite(t))
-      return *std::move(fault);
-  }
-  return pass.finish();
+  return run_pass(oldtemplate, newtemplate, galaxylines, blocks, 1);
 }
 
 Result<std::string> fix_pass(const OldTemplate& oldtemplate, const NewTemplate& newtemplate,
                              const LineArray& galaxylines, Blocks* blocks) {
-  PassInProgress pass{oldtemplate, newtemplate, galaxylines, blocks, {}};
-  pass.out.reserve(galaxylines.text().size());
-  while (pass.k + 2 < galaxylines.size()) {
-    const std::size_t t = pass.match(pass.k);
-    if (t == 0 || pass.match(pass.k + 1) == 0 || pass.match(pass.k + 2) == 0)
-      pass.carry_over();
-    else if (auto fault = pass.rewrite(t))
-      return *std::move(fault);
-  }
-  for (int last = 0; last < 2 && pass.k < galaxylines.size(); ++last)
-    pass.carry_over();
-  return pass.finish();
+  return run_pass(oldtemplate, newtemplate, galaxylines, blocks, 3);
 }

@@ -16,7 +16,7 @@ struct Block {
 using Blocks = std::vector<Block>;
 
 // In all of these a failure's path is the template's file name, and its reason says why the
-// template cannot write a section that the map asks for.
+// template cannot write a section that the map asks for; it is `missing` when the template is.
 
 // Appends section `s` of the new template to `out`, with the values of the block of map lines that
 // starts at line `k`; a value beyond the map's end is empty. Returns the number of lines that the
