@@ -18,14 +18,11 @@ TEST(Numbers, NumericValues) {
   EXPECT_EQ(numeric_value("0." + std::string(5000, '0') + "1"), 0);
 }
 
-TEST(Numbers, WholePartsStopAtTheLimits) {
+TEST(Numbers, WholePartsStopAtTheLimitsAndTextsAreTheShortest) {
   EXPECT_EQ(whole_part(2.9), 2);
   EXPECT_EQ(whole_part(-2.9), -2);
   EXPECT_EQ(whole_part(1e300), std::numeric_limits<long long>::max());
   EXPECT_EQ(whole_part(-1e300), std::numeric_limits<long long>::min());
-}
-
-TEST(Numbers, NumbersInTheirShortestForm) {
   EXPECT_EQ(number_text(12), "12");
   EXPECT_EQ(number_text(0.5), "0.5");
   EXPECT_EQ(number_text(std::numeric_limits<double>::max()).size(), 309u);
