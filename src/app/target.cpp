@@ -2,11 +2,11 @@
 #include "app/target.h"
 
 #include "convert/line_reader.h"
+#include "convert/original_maps.h"
 #include "platform/registry_and_folders.h"
 
 namespace {
 
-constexpr char target_file[] = "targetvoraver.txt";
 constexpr char infofile[] = "info.txt";
 
 // Lines of the target file, counted from 0.

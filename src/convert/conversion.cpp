@@ -3,7 +3,6 @@
 
 #include "convert/line_reader.h"
 #include "convert/original_maps.h"
-#include "convert/template_error.h"
 #include "convert/template_files.h"
 #include "engine/numbers.h"
 #include "engine/passes.h"
@@ -12,7 +11,11 @@
 #include "platform/printable.h"
 #include "platform/replacing.h"
 
+#include <algorithm>
+#include <map>
 #include <new>
+#include <ranges>
+#include <set>
 
 namespace {
 
@@ -24,8 +27,36 @@ std::string companion(const std::string& path, const char* ending) {
 
 bool is_unreadable(const Template& file) { return file.failure && !file.failure->missing(); }
 
-bool is_shortage(const Result<Done>& outcome) {
-  return !outcome && outcome.failure().kind == Failure::Kind::shortage;
+bool is_of_version(Form1& form, const std::string& path, std::string_view version) {
+  if (is_original(form, path))
+    return false;
+  auto text = form.files.read(path);
+  const auto lines = text ? LineArray::split(*std::move(text)) : LineArray();
+  return lines.size() > 1 && version_of(lines[1]) == version;
+}
+
+// That the map at `path`, of that format version as it stands in the map, cannot be converted
+// because of a template. A missing file comes first.
+std::string template_error(const std::string& path, std::string_view version,
+                           const Failure& fault) {
+  const std::string map =
+      path + ": the map is of version \"" + std::string(version) + "\" and cannot be converted";
+  if (fault.missing())
+    return "Template " + fault.path + " is missing: " + map;
+  return map + ": template " + fault.path + ": " + fault.reason;
+}
+
+// What to do with the found maps of that version, to follow "No further map was converted". Reads
+// each found map once, to count them, so that none may be open.
+std::string advise_to_move(Form1& form, std::string_view version) {
+  const std::set<std::string> found(form.foundlist.begin(), form.foundlist.end() - 1);
+  const auto count = std::ranges::count_if(found, [&](const std::string& path) {
+    return !form.system.interrupted() && is_of_version(form, path, version);
+  });
+  if (count < 2)
+    return ": move this one elsewhere and run again for the others";
+  return ": " + std::to_string(count) +
+         " of the found maps are of that version; move them elsewhere and run again for the others";
 }
 
 // A map that is being converted.
@@ -53,19 +84,12 @@ public:
   long converted = 0;  // maps that were replaced
 
 private:
-  // A map of the batch, or one that was skipped since the last commit.
-  struct Pending {
-    std::size_t index;
-    Result<Done> outcome;  // a failure when it is not in the batch
-  };
-
   std::string explain_no_version(const Failure& failure) const;
-  void convert_or_skip(std::size_t index);
   bool try_to_convert(std::size_t index);
   bool convert_map(std::size_t index);
   bool convert(MapInHand map);
   bool skip(std::size_t index, Failure failure) {
-    pending.push_back({index, std::move(failure)});
+    skipped.insert_or_assign(index, std::move(failure));
     return true;
   }
   bool is_expansion() const { return form.edition == expansion_letter; }
@@ -73,18 +97,17 @@ private:
   bool add_to_batch(MapInHand map, std::string_view first, std::string_view result);
   void commit();
   void commit_batch();
-  void note_outcome(const Pending& map);
   [[noreturn]] void stop(MapInHand map, const Failure& fault, bool others = false);
   void back_up_unconverted(MapInHand map);
 
   Form1& form;
   TemplateFiles templates;
   ReplacementBatch batch;
-  std::vector<Pending> pending;
-  std::vector<Pending> retries;    // maps to be tried again alone, and why they failed
-  double formatver = 0;            // once `read_baseline` has read it
-  long converted_before_last = 0;  // of the maps that were found before the last one
-  std::vector<Failure> skipped;
+  std::vector<std::size_t> in_batch;       // the maps of the batch, in order
+  std::vector<std::size_t> retries;        // those to be tried again alone
+  std::map<std::size_t, Failure> skipped;  // why maps failed, also those to be tried again
+  double formatver = 0;                    // once `read_baseline` has read it
+  long converted_before_last = 0;          // of the maps that were found before the last one
 };
 
 bool Run::read_baseline() {
@@ -114,21 +137,16 @@ void Run::convert_found() {
   form.converting = true;
   for (std::size_t i = 0; i + 1 < form.foundlist.size() && !form.system.interrupted(); ++i) {
     form.screen.show_alive();
-    convert_or_skip(i);
+    while (!try_to_convert(i))
+      commit();
   }
   commit();
   form.converting = false;
 }
 
 // Converts the found map number `index` unless it is to stay as it is. A map that cannot be
-// converted, for want of memory too, is skipped. One may have to wait until the batch is committed,
-// and is read again then.
-void Run::convert_or_skip(std::size_t index) {
-  while (!try_to_convert(index))
-    commit();
-}
-
-// False when the map must be tried again after a commit.
+// converted, for want of memory too, is skipped. False when it has to wait until the batch is
+// committed, and must be tried, and read, again then.
 bool Run::try_to_convert(std::size_t index) {
   try {
     return convert_map(index);
@@ -148,9 +166,7 @@ bool Run::convert_map(std::size_t index) {
   if (opened && !batch.has_room((*opened)->text.size()))
     return false;
   auto galaxylines = opened ? LineArray::split(std::move((*opened)->text)) : LineArray();
-  const auto versiontext = version_of(galaxylines[1]);
-  const double filever = numeric_value(versiontext);
-  if (filever >= formatver)
+  if (numeric_value(version_of(galaxylines[1])) >= formatver)
     return true;
   if (!opened)
     return skip(index, opened.failure());
@@ -158,16 +174,17 @@ bool Run::convert_map(std::size_t index) {
     return skip(index,
                 {path, "convert it",
                  ends_lines_in_lf(galaxylines.text()) ? needs_cr_lf : "it has no second line"});
-  templates.loadold(versiontext);
-  templates.loadnew(versiontext);
   return convert({index, *std::move(opened), std::move(galaxylines)});
 }
 
 bool Run::convert(MapInHand map) {
-  auto result = first_pass(templates.oldtemplate(), templates.newtemplate(), map.galaxylines);
+  const auto version = version_of(map.galaxylines[1]);
+  const OldTemplate& oldtemplate = templates.loadold(version);
+  const NewTemplate& newtemplate = templates.loadnew(version);
+  auto result = first_pass(oldtemplate, newtemplate, map.galaxylines);
   if (!result)
     stop(std::move(map), result.failure(),
-         !is_unreadable(templates.oldtemplate()) && !is_unreadable(templates.newtemplate()));
+         !is_unreadable(oldtemplate) && !is_unreadable(newtemplate));
   LineArray first_lines;
   if (is_expansion() && !form.debugmode) {
     first_lines = LineArray::split(*std::move(result));
@@ -181,9 +198,9 @@ bool Run::convert(MapInHand map) {
 }
 
 Result<std::string> Run::fix(const LineArray& lines) {
-  templates.loadoldfix(formatver);
-  templates.loadnewfix(formatver);
-  return fix_pass(templates.oldtemplate(), templates.newtemplate(), lines);
+  const OldTemplate& oldtemplate = templates.loadoldfix(formatver);
+  const NewTemplate& newtemplate = templates.loadnewfix(formatver);
+  return fix_pass(oldtemplate, newtemplate, lines);
 }
 
 bool Run::add_to_batch(MapInHand map, std::string_view first, std::string_view result) {
@@ -195,12 +212,12 @@ bool Run::add_to_batch(MapInHand map, std::string_view first, std::string_view r
     replacement.backup = companion(path, "old");
   if (is_expansion() && !form.debugmode)
     replacement.companions = {{companion(path, "fix"), first}};
-  pending.reserve(pending.size() + 1);  // what the batch has must not be missing here
+  in_batch.reserve(in_batch.size() + 1);  // what the batch has must not be missing here
   const bool alone = batch.empty();
   const auto added = batch.add(std::move(map.file), std::move(replacement));
-  if (!added && !alone)
-    return false;
-  pending.push_back({map.index, added});
+  if (!added)
+    return alone && skip(map.index, added.failure());
+  in_batch.push_back(map.index);
   return true;
 }
 
@@ -208,37 +225,30 @@ bool Run::add_to_batch(MapInHand map, std::string_view first, std::string_view r
 // map could not have beside the others, such as room on the disk, it gets alone.
 void Run::commit() {
   commit_batch();
-  while (!retries.empty()) {
-    const std::size_t index = retries.front().index;
-    retries.erase(retries.begin());
+  for (const std::size_t index : std::exchange(retries, {})) {
+    skipped.erase(index);
     try_to_convert(index);
     commit_batch();
   }
 }
 
 void Run::commit_batch() {
-  if (pending.empty())
-    return;
-  auto outcomes = batch.commit();
-  auto next = outcomes.begin();
-  for (Pending& map : std::exchange(pending, {})) {
-    const bool in_batch = bool(map.outcome);
-    if (in_batch)
-      map.outcome = std::move(*next++);
-    if (in_batch && outcomes.size() > 1 && is_shortage(map.outcome))
-      retries.push_back(std::move(map));
-    else
-      note_outcome(map);
+  const auto outcomes = batch.commit();
+  const auto indexes = std::exchange(in_batch, {});
+  for (std::size_t i = 0; i < outcomes.size(); ++i) {
+    const std::size_t index = indexes[i];
+    if (!outcomes[i]) {
+      skip(index, outcomes[i].failure());
+      if (outcomes.size() > 1 && outcomes[i].failure().kind == Failure::Kind::shortage)
+        retries.push_back(index);
+      continue;
+    }
+    ++converted;
+    converted_before_last += index + 2 < form.foundlist.size();
+    form.Text2.append(std::string(filename(form.foundlist[index])) + "\r\n");
   }
-  form.Label4.set_text(std::to_string(converted_before_last));
-}
-
-void Run::note_outcome(const Pending& map) {
-  if (!map.outcome)
-    return skipped.push_back(map.outcome.failure());
-  ++converted;
-  converted_before_last += map.index + 2 < form.foundlist.size();
-  form.Text2.append(std::string(filename(form.foundlist[map.index])) + "\r\n");
+  if (!outcomes.empty())
+    form.Label4.set_text(std::to_string(converted_before_last));
 }
 
 // Ends the program for a template that cannot write what the map asks of it. `others`: maps of
@@ -246,10 +256,8 @@ void Run::note_outcome(const Pending& map) {
 void Run::stop(MapInHand map, const Failure& fault, bool others) {
   try {
     commit_batch();
-    for (const Pending& retry : std::exchange(retries, {}))
-      note_outcome(retry);
     const std::string version(version_of(map.galaxylines[1]));
-    const std::string text = template_error(form, map.file->path, version, fault);
+    const std::string text = template_error(map.file->path, version, fault);
     if (!form.debugmode)
       back_up_unconverted(std::move(map));
     form.system.defer_interrupts(false);  // a signal may end the wait for an answer
@@ -272,14 +280,16 @@ void Run::back_up_unconverted(MapInHand map) {
   if (done)
     done = batch.commit().front();
   if (!done)
-    skipped.push_back(done.failure());
+    skip(map.index, done.failure());
 }
 
 void Run::report_skipped() {
+  const auto failures = std::views::values(skipped);
   report_troubles(form,
                   "1 template cannot be used:", "templates cannot be used:", templates.unusable());
-  report_troubles(form, "1 map could not be converted and was skipped:",
-                  "maps could not be converted and were skipped:", skipped);
+  report_troubles(
+      form, "1 map could not be converted and was skipped:",
+      "maps could not be converted and were skipped:", {failures.begin(), failures.end()});
 }
 
 }  // namespace

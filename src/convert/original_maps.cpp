@@ -36,7 +36,7 @@ void loadoriginalmaps(Form1& form) {
     report_trouble(form, found.failure());
   const bool missing = found && found->empty();
   form.list_problem = missing                               ? explain(list_file)
-                      : form.missingdata && !form.debugmode ? explain("targetvoraver.txt")
+                      : form.missingdata && !form.debugmode ? explain(target_file)
                                                             : "";
   if (!form.list_problem.empty() && form.unattended)
     form.screen.print_error(form.list_problem);

@@ -5,6 +5,9 @@
 
 #include <string_view>
 
+// The target file (see app/target.h). Without it the list is empty.
+inline constexpr char target_file[] = "targetvoraver.txt";
+
 // Reads the list into `originalmaps`; a line that is no UTF-8 is in the system's code page. When
 // its file is missing, or `missingdata` is set already, the list is a single empty entry and
 // `missingdata` is set; then `list_problem` says why, except in debug mode. In a silent run it is

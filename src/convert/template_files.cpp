@@ -5,34 +5,34 @@
 #include "engine/numbers.h"
 
 template <class Kind, class Index>
-const Kind* TemplateFiles::load(std::map<std::string, Kind>& loaded, std::string filename,
+const Kind& TemplateFiles::load(std::map<std::string, Kind>& loaded, std::string filename,
                                 Index index) {
   auto text = files.read(filename);
   const auto before = loaded.find(filename);
   const bool same = before != loaded.end() && bool(text) == !before->second.failure &&
                     (!text || *text == before->second.lines.text());
   if (same)
-    return &before->second;
+    return before->second;
   if (text && ends_lines_in_lf(*text))
     unusable_templates.push_back({filename, "use it", needs_cr_lf});
   Kind made = index(filename, std::move(text));
-  return &(loaded[std::move(filename)] = std::move(made));
+  return loaded[std::move(filename)] = std::move(made);
 }
 
-void TemplateFiles::loadold(std::string_view ver) {
-  current_old = load(loaded_old, edition + "oldstruct" + std::string(ver) + ".txt", index_old);
+const OldTemplate& TemplateFiles::loadold(std::string_view ver) {
+  return load(loaded_old, edition + "oldstruct" + std::string(ver) + ".txt", index_old);
 }
 
-void TemplateFiles::loadnew(std::string_view ver) {
-  current_new = load(loaded_new, edition + "newstruct" + std::string(ver) + ".txt", index_new);
+const NewTemplate& TemplateFiles::loadnew(std::string_view ver) {
+  return load(loaded_new, edition + "newstruct" + std::string(ver) + ".txt", index_new);
 }
 
-void TemplateFiles::loadoldfix(double ver) {
-  current_old = load(loaded_old, edition + "oldstructfix" + number_text(ver) + ".txt", index_old);
+const OldTemplate& TemplateFiles::loadoldfix(double ver) {
+  return loadold("fix" + number_text(ver));
 }
 
-void TemplateFiles::loadnewfix(double ver) {
-  current_new = load(loaded_new, edition + "newstructfix" + number_text(ver) + ".txt", index_new);
+const NewTemplate& TemplateFiles::loadnewfix(double ver) {
+  return loadnew("fix" + number_text(ver));
 }
 
 Result<double> TemplateFiles::initnew() {

@@ -61,10 +61,9 @@ TEST(TemplateFiles, AreReadAnewOnceTheirFilesChange) {
   TemplateFiles templates(program.files, "t");
   for (const long long count : {1, 5}) {
     write_file(machine.data / "toldstruct12.txt", "a$" + std::to_string(count));
-    templates.loadold("12");
-    EXPECT_EQ(templates.oldtemplate().counts[0], count);
+    EXPECT_EQ(templates.loadold("12").counts[0], count);
   }
   fs::remove(machine.data / "toldstruct12.txt");
-  templates.loadold("12");
-  EXPECT_TRUE(templates.oldtemplate().failure && templates.oldtemplate().lines.size() == 11);
+  const OldTemplate& missing = templates.loadold("12");
+  EXPECT_TRUE(missing.failure && missing.lines.size() == 11);
 }
