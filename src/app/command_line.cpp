@@ -4,7 +4,7 @@
 #include "platform/printable.h"
 
 #include <algorithm>
-#include <iterator>
+#include <ranges>
 
 namespace {
 
@@ -13,20 +13,13 @@ constexpr const char* silent_arguments[] = {"-s", "/s", "/silent", "-silent"};
 // The text split at every single space; no pieces for the empty text.
 std::vector<std::string> pieces(const std::string& text) {
   std::vector<std::string> result;
-  if (text.empty())
-    return result;
-  std::size_t start = 0;
-  for (auto space = text.find(' '); space != std::string::npos; space = text.find(' ', start)) {
-    result.push_back(text.substr(start, space - start));
-    start = space + 1;
-  }
-  result.push_back(text.substr(start));
+  for (const auto piece : std::views::split(text, ' '))
+    result.emplace_back(piece.begin(), piece.end());
   return result;
 }
 
 bool asks_for_silence(System& system, const std::string& piece) {
-  return std::find(std::begin(silent_arguments), std::end(silent_arguments),
-                   system.lowercase(piece)) != std::end(silent_arguments);
+  return std::ranges::count(silent_arguments, system.lowercase(piece)) > 0;
 }
 
 void switch_silent(Form1& form) {
@@ -52,9 +45,9 @@ void switch_silent(Form1& form) {
 }  // namespace
 
 bool will_be_silent(System& system) {
-  const std::vector<std::string> all = pieces(system.argument_text());
-  return std::any_of(all.begin(), all.end(),
-                     [&](const std::string& piece) { return asks_for_silence(system, piece); });
+  return std::ranges::any_of(pieces(system.argument_text()), [&](const std::string& piece) {
+    return asks_for_silence(system, piece);
+  });
 }
 
 void examine_arguments(Form1& form) {

@@ -24,26 +24,8 @@ const EditionData& data(Edition edition) {
   return edition == Edition::base ? base_data : expansion_data;
 }
 
-void write_button_selection(Form1& form, Edition edition) {
-  const std::string own = App_Path(form.system);
-  for (const std::string& line : {form.pathlist[1], form.pathlist[0], form.homefolder, own})
-    write_info(form, line);
-  write_info(form, "");
-  if (edition == Edition::base) {
-    write_info(form, first_file(form.files, form.pathlist[1]));
-    write_info(form, first_file(form.files, form.pathlist[0]));
-  }
-  write_info(form, first_file(form.files, own));
-}
-
-}  // namespace
-
-std::string executable(const Form1& form, Edition edition) {
-  return form.versionfolder + data(edition).executable;
-}
-
-bool is_base_registered(const std::string& path) { return length_in_characters(path) > 4; }
-
+// Sets `gamepath` to the installation folder of the edition: for the base edition the bundle's
+// folder, else the base game's; unchanged when neither is registered.
 void set_gamepath(Form1& form, Edition edition) {
   if (edition == Edition::expansion) {
     form.gamepath = form.expansionpath;
@@ -54,15 +36,9 @@ void set_gamepath(Form1& form, Edition edition) {
       form.gamepath = path;
 }
 
-void set_edition(Form1& form, Edition edition) {
-  form.edition = data(edition).letter;
-  if (edition == Edition::expansion)
-    form.homefolder =
-        getmydocs(form.system, [&](const std::string& text) { show_trouble(form, text); });
-}
-
-void set_folders(Form1& form, Edition edition, bool fallback) {
-  set_gamepath(form, edition);
+// Sets both search roots. With `fallback` the program's own folder becomes program space when there
+// is no file at the user space root.
+void set_roots(Form1& form, Edition edition, bool fallback) {
   form.pathlist[1] = form.gamepath;
   form.pathlist[0] = form.homefolder + data(edition).user_folder;
   if (isvista(form.system) || iswin7(form.system))
@@ -71,23 +47,67 @@ void set_folders(Form1& form, Edition edition, bool fallback) {
     form.pathlist[1] = App_Path(form.system);
 }
 
-void show_roots(Form1& form) {
+// Writes to the diagnostic file what was selected, at start-up with labels.
+void write_selection(Form1& form, Edition edition, bool labelled) {
+  const std::string own = App_Path(form.system);
+  const auto write = [&](const char* label, const std::string& text) {
+    write_info(form, (labelled ? label : "") + text);
+  };
+  write("pathlist(1)", form.pathlist[1]);
+  write("pathlist(0)", form.pathlist[0]);
+  write("home ", form.homefolder);
+  write("App_Path()", own);
+  write("", "");
+  if (labelled || edition == Edition::base) {
+    write("Dir(pathlist(1))", first_file(form.files, form.pathlist[1]));
+    write("Dir(pathlist(0))", first_file(form.files, form.pathlist[0]));
+  }
+  write("Dir(App_Path())", first_file(form.files, own));
+}
+
+}  // namespace
+
+std::string executable(const Form1& form, Edition edition) {
+  return form.versionfolder + data(edition).executable;
+}
+
+bool is_base_registered(const std::string& path) { return length_in_characters(path) > 4; }
+
+void set_versionfolder(Form1& form) {
+  form.versionfolder = form.gamepath;
+  form.installfolder = form.gamepath;
+  write_info(form, form.versionfolder);
+}
+
+void read_release_of(Form1& form, Edition edition) {
+  form.foundversion = getexeversion(form.system, executable(form, edition));
+}
+
+void select_edition(Form1& form, Edition edition, bool at_startup) {
+  const bool expansion = edition == Edition::expansion;
+  form.edition = data(edition).letter;
+  if (expansion)
+    form.homefolder =
+        getmydocs(form.system, [&](const std::string& text) { show_trouble(form, text); });
+  set_gamepath(form, edition);
+  if (!at_startup || !expansion || !form.debugmode)
+    set_roots(form, edition, at_startup || !expansion);
   form.Command4.set_tooltip(form.pathlist[1]);
   form.Command5.set_tooltip(form.pathlist[0]);
+  write_selection(form, edition, at_startup);
+  // When the user folder cannot be shown the list stays as it is; nothing else depends on it.
+  if (!at_startup)
+    static_cast<void>(form.Dir1.set_path(form.pathlist[0]));
+  loadoriginalmaps(form);
+  if (at_startup && !expansion)
+    return;
+  set_versionfolder(form);
+  read_release_of(form, at_startup ? Edition::base : edition);
+  write_info(form, form.foundversion);
 }
 
 void selectedition(Form1& form, Edition edition) {
   form.Command6.set_enabled(false);
   form.Command7.set_enabled(false);
-  set_edition(form, edition);
-  set_folders(form, edition, edition == Edition::base);
-  show_roots(form);
-  write_button_selection(form, edition);
-  // When the user folder cannot be shown the list stays as it is; nothing else depends on it.
-  static_cast<void>(form.Dir1.set_path(form.pathlist[0]));
-  loadoriginalmaps(form);
-  form.versionfolder = form.gamepath;
-  write_info(form, form.versionfolder);
-  form.foundversion = getexeversion(form.system, executable(form, edition));
-  write_info(form, form.foundversion);
+  select_edition(form, edition, false);
 }

@@ -5,26 +5,23 @@
 
 enum class Edition { base, expansion };
 
-// Full path of the edition's executable in `versionfolder`.
-std::string executable(const Form1& form, Edition edition);
-
-// Sets `gamepath` to the installation folder of the edition: for the base edition the bundle's
-// folder, else the base game's; unchanged when neither is registered.
-void set_gamepath(Form1& form, Edition edition);
-
-// Sets the edition letter and, for the expansion, `homefolder`.
-void set_edition(Form1& form, Edition edition);
-
 // Whether a base edition counts as registered, by its folder text, which ends in "\".
 bool is_base_registered(const std::string& path);
 
-// Sets `gamepath` and both search roots. With `fallback` the program's own folder becomes program
-// space when there is no file at the user space root.
-void set_folders(Form1& form, Edition edition, bool fallback);
+// Takes the game's executables from `gamepath` from now on.
+void set_versionfolder(Form1& form);
 
-// Shows the search roots as the tool tips of their buttons.
-void show_roots(Form1& form);
+// Full path of the edition's executable.
+std::string executable(const Form1& form, Edition edition);
 
-// Does what an edition's button does: switches everything that depends on the edition, and disables
-// both edition buttons for good.
+// Reads the release of that executable into `foundversion`.
+void read_release_of(Form1& form, Edition edition);
+
+// Switches everything that depends on the edition. At start-up the directory list stays where it
+// is, in debug mode the expansion gets no search roots, and the release that is read, for the
+// diagnostic file of the expansion alone, is that of the base game's executable.
+void select_edition(Form1& form, Edition edition, bool at_startup);
+
+// Does what an edition's button does: selects the edition, and disables both edition buttons for
+// good.
 void selectedition(Form1& form, Edition edition);

@@ -3,8 +3,6 @@
 
 #include "app/edition.h"
 #include "app/target.h"
-#include "convert/original_maps.h"
-#include "platform/executable_release.h"
 #include "platform/path_rules.h"
 #include "platform/printable.h"
 #include "platform/registry_and_folders.h"
@@ -34,65 +32,9 @@ bool any_registered(const std::string& base, const std::string& bundle,
          is_expansion_registered(expansion);
 }
 
-void find_base(Form1& form, const std::string& path) {
-  if (!is_base_registered(path) || !direxists(form.files, path))
-    return;
-  form.Command6.set_enabled(true);
-  form.basefound = true;
-}
-
-void find_expansion(Form1& form) {
-  if (!form.expansionregistered || !direxists(form.files, form.expansionpath))
-    return;
-  form.Command7.set_enabled(true);
-  form.expansionfound = true;
-}
-
-void set_found(Form1& form) {
-  form.bothfound = form.basefound && form.expansionfound;
-  form.expansiononly = form.expansionfound && !form.basefound;
-  if (form.expansiononly)
-    set_gamepath(form, Edition::expansion);
-  else if (form.basefound && !form.bothfound)
-    set_gamepath(form, Edition::base);
-}
-
-void write_startup_selection(Form1& form) {
-  const std::string own = App_Path(form.system);
-  write_info(form, "pathlist(1)" + form.pathlist[1]);
-  write_info(form, "pathlist(0)" + form.pathlist[0]);
-  write_info(form, "home " + form.homefolder);
-  write_info(form, "App_Path()" + own);
-  write_info(form, "");
-  write_info(form, "Dir(pathlist(1))" + first_file(form.files, form.pathlist[1]));
-  write_info(form, "Dir(pathlist(0))" + first_file(form.files, form.pathlist[0]));
-  write_info(form, "Dir(App_Path())" + first_file(form.files, own));
-}
-
-void set_versionfolder(Form1& form) {
-  form.versionfolder = form.gamepath;
-  form.installfolder = form.gamepath;
-  write_info(form, form.versionfolder);
-}
-
-void read_release_of(Form1& form, Edition edition) {
-  form.foundversion = getexeversion(form.system, executable(form, edition));
-}
-
-void select(Form1& form, Edition edition) {
-  const bool expansion = edition == Edition::expansion;
-  set_edition(form, edition);
-  if (!expansion || !form.debugmode)
-    set_folders(form, edition, true);
-  show_roots(form);
-  write_startup_selection(form);
-  loadoriginalmaps(form);
-  if (!expansion)
-    return;
-  // Also read the release of the base game's executable, for the diagnostic file.
-  set_versionfolder(form);
-  read_release_of(form, Edition::base);
-  write_info(form, form.foundversion);
+// The only edition that was found, or the base edition when none was.
+Edition found_edition(const Form1& form) {
+  return form.expansiononly ? Edition::expansion : Edition::base;
 }
 
 std::string mismatch_message(const Form1& form, const std::string& target) {
@@ -119,16 +61,10 @@ std::string explain_missing_release(Form1& form) {
     return explain_missing_game(form);
   if (!form.foundversion.empty())
     return "";
-  const std::string path =
-      executable(form, form.expansiononly ? Edition::expansion : Edition::base);
+  const std::string path = executable(form, found_edition(form));
   const auto content = form.files.read(path);
   return "The game's release is not known: " +
          printable(content ? path + ": it is no program with a version" : content.failure().text());
-}
-
-void print_missing_game(Form1& form) {
-  if (const std::string reason = explain_missing_game(form); !reason.empty())
-    form.screen.print_error(reason);
 }
 
 }  // namespace
@@ -139,10 +75,16 @@ void find_installations(Form1& form, bool is_64bit) {
       is_expansion_registered(form.expansionpath) && direxists(form.files, form.expansionpath);
   form.basepath = registered_path(form.system, is_64bit, base_key);
   form.bundlepath = registered_path(form.system, is_64bit, bundle_key);
-  find_base(form, form.basepath);
-  find_base(form, form.bundlepath);
-  find_expansion(form);
-  set_found(form);
+  for (const std::string& path : {form.basepath, form.bundlepath})
+    if (is_base_registered(path) && direxists(form.files, path))
+      form.basefound = true;
+  form.expansionfound = form.expansionregistered;
+  form.bothfound = form.basefound && form.expansionfound;
+  form.expansiononly = form.expansionfound && !form.basefound;
+  if (form.basefound)
+    form.Command6.set_enabled(true);
+  if (form.expansionfound)
+    form.Command7.set_enabled(true);
 }
 
 bool game_is_registered(System& system, Files& files) {
@@ -152,30 +94,30 @@ bool game_is_registered(System& system, Files& files) {
 }
 
 void decide_edition(Form1& form) {
-  if (form.bothfound) {
-    form.Command6.set_visible(true);
-    form.Command7.set_visible(true);
-    return;
-  }
-  select(form, form.expansionfound ? Edition::expansion : Edition::base);
+  if (!form.bothfound)
+    return select_edition(form, found_edition(form), true);
+  form.Command6.set_visible(true);
+  form.Command7.set_visible(true);
 }
 
 void read_release(Form1& form) {
   set_versionfolder(form);
-  if (form.expansionfound)
-    read_release_of(form, Edition::expansion);
-  if (form.basefound)
-    read_release_of(form, Edition::base);
+  if (form.basefound || form.expansionfound)
+    read_release_of(form, found_edition(form));
   write_info(form, "voraversion" + form.foundversion);
 }
 
 void check_release(Form1& form) {
   const auto required = required_release(form);
-  if (!required)
-    return print_missing_game(form);
-  if (form.foundversion == *required)
+  if (required && form.foundversion == *required)
     return;
-  if (const std::string reason = explain_missing_release(form); !reason.empty())
+  const std::string reason = required ? explain_missing_release(form) : explain_missing_game(form);
+  if (!required) {
+    if (!reason.empty())
+      form.screen.print_error(reason);
+    return;
+  }
+  if (!reason.empty())
     show_trouble(form, reason);
   end_with_message(form, mismatch_message(form, *required));
 }

@@ -122,10 +122,15 @@ TEST(Startup, SelectsTheEditionThatIsInstalledAloneOrClickedOn) {
     EXPECT_TRUE(program.screen.messages.empty());
     EXPECT_EQ(form.File1.pattern(), "*.galaxy");
     EXPECT_TRUE(program.screen.shown);
+    EXPECT_EQ(form.Drive1.tooltip(),
+              machine.prefix.empty() ? "" : "Wine prefix: " + machine.prefix.string());
   }
 }
 
 TEST(Startup, RegisteredFoldersMustExistAndBeLongEnough) {
+  for (const std::string path : {"C:\xC3\xA9\\", "C:\xE2\x82\xAC\\", "C:\xF0\x9F\x8C\x8C\\"})
+    EXPECT_FALSE(is_base_registered(path)) << path;  // in characters
+  EXPECT_TRUE(is_base_registered("C:\xC3\xA9\xC3\xA9\\"));
   TestMachine machine;
   const std::string key = "Software\\Wow6432Node\\Orbwright\\Paxhollow\\";
   machine.set_registry(key + "vora", "Path", "C:\\gone");
@@ -199,39 +204,26 @@ TEST(Startup, ChecksTheReleaseOfTheInstalledGame) {
                        "in the default location of\r\nC:\\Games\\vora\\\r\n"
                        "local apps is\r\nC:\\users\\me\\AppData\\Local:\r\n"
                        "and the vora user directory is\r\nC:\\Games\\vora\\";
+  const std::string target = "1.2.3.4\r\n", lines = "\r\n\r\n\r\n\r\n";
+  constexpr VersionParts newer{1, 2, 3, 5};
   const struct {
     const char* name;
     std::vector<std::string> installed;
     VersionParts release;
-    const char* target;
+    std::string target;
     bool list;
     std::string reported;  // how the message begins
   } cases[] = {
-      {"right", {"vora"}, {1, 2, 3, 4}, "1.2.3.4\r\n", true, right},
-      {"wrong", {"vora"}, {1, 2, 3, 5}, "1.2.3.4\r\n", true, whole},
-      {"compared as texts", {"vora"}, {1, 2, 3, 4}, "1.2.3.04\r\n", true, wrong},
-      {"no list of own maps", {"vora"}, {1, 2, 3, 5}, "1.2.3.4\r\n", false, right},
-      {"debug with a blank",
-       {"vora"},
-       {1, 2, 3, 5},
-       "1.2.3.4\r\n\r\n\r\n\r\n\r\n\r\ndebug \r\n",
-       true,
-       wrong},
-      {"no target line", {"vora"}, {1, 2, 3, 5}, "", true, wrong},
-      {"expansion: its own line",
-       {"voratarnfall"},
-       {1, 2, 3, 4},
-       "x\r\n\r\n\r\n\r\n1.2.3.4\r\n",
-       true,
-       right},
-      {"expansion: the base game's line",
-       {"voratarnfall"},
-       {1, 2, 3, 4},
-       "1.2.3.4\r\n",
-       true,
-       wrong},
-      {"both editions", {"vora", "voratarnfall"}, {9, 9, 9, 9}, "1.2.3.4\r\n", true, right},
-      {"nothing installed", {}, {}, "1.2.3.4\r\n", true, wrong},
+      {"right", {"vora"}, base_release, target, true, right},
+      {"wrong", {"vora"}, newer, target, true, whole},
+      {"compared as texts", {"vora"}, base_release, "1.2.3.04\r\n", true, wrong},
+      {"no list of own maps", {"vora"}, newer, target, false, right},
+      {"debug with a blank", {"vora"}, newer, target + lines + "\r\ndebug \r\n", true, wrong},
+      {"no target line", {"vora"}, newer, "", true, wrong},
+      {"expansion: its own line", {"voratarnfall"}, base_release, lines + target, true, right},
+      {"expansion: the base game's", {"voratarnfall"}, base_release, target, true, wrong},
+      {"both editions", {"vora", "voratarnfall"}, newer, target, true, right},
+      {"nothing installed", {}, {}, target, true, wrong},
       {"nothing installed, empty target", {}, {}, "\r\n", true, right},
   };
   for (const auto& c : cases) {
@@ -305,21 +297,6 @@ TEST(Startup, NothingToWorkOnIsTrouble) {
     EXPECT_TRUE(program.screen.messages.empty());
     EXPECT_EQ(program.screen.errors.back().starts_with("Nothing was done: "), !templates);
   }
-}
-
-TEST(Startup, TheDriveListNamesTheWinePrefix) {
-  const TestMachine machine;
-  Program program(machine);
-  program.run([&] { load_form(program.form); });
-  EXPECT_EQ(program.form.Drive1.tooltip(),
-            machine.prefix.empty() ? "" : "Wine prefix: " + machine.prefix.string());
-}
-
-TEST(Startup, CountsThePathsCharacters) {
-  EXPECT_FALSE(is_base_registered("C:\xC3\xA9\\"));
-  EXPECT_FALSE(is_base_registered("C:\xE2\x82\xAC\\"));
-  EXPECT_FALSE(is_base_registered("C:\xF0\x9F\x8C\x8C\\"));
-  EXPECT_TRUE(is_base_registered("C:\xC3\xA9\xC3\xA9\\"));
 }
 
 // What is wrong with the data files is reported, and the run goes on; only a missing list is no
