@@ -9,14 +9,8 @@ namespace {
 struct Folder {
   std::string path;  // without "\" at its end
   std::vector<Entry> entries{};
-  std::size_t next = 0;  // the first entry after the subfolder that was walked last
+  std::size_t next = 0;  // the first entry that was not examined for a subfolder to walk
 };
-
-std::string without_backslash(std::string path) {
-  if (path.ends_with('\\'))
-    path.pop_back();
-  return path;
-}
 
 // Remembers a folder that exists and cannot be searched. Without a root a whole drive is searched,
 // where there are always such folders.
@@ -35,20 +29,6 @@ Folder list_folder(Form1& form, std::string path, const std::string& pattern) {
   return folder;
 }
 
-// The next subfolder to walk, null when there is none.
-const Entry* next_subfolder(Folder& folder) {
-  while (folder.next < folder.entries.size())
-    if (const Entry& entry = folder.entries[folder.next++]; entry.folder && !entry.link)
-      return &entry;
-  return nullptr;
-}
-
-void add_files(const Folder& folder, std::vector<std::string>& list) {
-  for (const Entry& entry : folder.entries)
-    if (!entry.folder && !entry.link)
-      list.insert(list.end() - 1, folder.path + "\\" + entry.name);
-}
-
 // Walks a tree depth first, with a stack of its own: an untrusted tree may be very deep.
 void walk(Form1& form, const std::string& pattern, const std::string& top,
           std::vector<std::string>& list) {
@@ -57,19 +37,17 @@ void walk(Form1& form, const std::string& pattern, const std::string& top,
   while (!open.empty()) {
     if (form.system.interrupted())
       end_interrupted(form, 0);
-    if (const Entry* below = next_subfolder(open.back())) {
+    Folder& folder = open.back();
+    if (folder.next == folder.entries.size()) {
+      for (const Entry& entry : folder.entries)
+        if (!entry.folder && !entry.link)
+          list.insert(list.end() - 1, folder.path + "\\" + entry.name);
+      open.pop_back();
+    } else if (const Entry& entry = folder.entries[folder.next++]; entry.folder && !entry.link) {
       form.screen.process_messages();
-      open.push_back(list_folder(form, open.back().path + "\\" + below->name, pattern));
-      continue;
+      open.push_back(list_folder(form, folder.path + "\\" + entry.name, pattern));
     }
-    add_files(open.back(), list);
-    open.pop_back();
   }
-}
-
-// The parent of `folder`; a drive root is its own parent.
-std::string parent_folder(const std::string& folder) {
-  return folder.substr(0, afterlast(folder, '\\') - 1);
 }
 
 // Fills `foundlist` with the maps below both roots.
@@ -94,11 +72,12 @@ void findfiles(Form1& form, const std::string& pattern, const std::string& root,
   const auto top = form.files.full_path(root.ends_with('\\') ? root : root + "\\");
   if (!top)
     return add_unsearched(form, top.failure());
-  walk(form, pattern, without_backslash(*top), list);
-  // Files may have come or gone where the lists are already. When the parent cannot be shown they
-  // stay as they are.
+  const bool is_drive_root = top->ends_with('\\');
+  walk(form, pattern, top->substr(0, top->size() - is_drive_root), list);
+  // The lists show the parent; a drive root is its own. Files may have come or gone where they are
+  // already. When the parent cannot be shown they stay as they are.
   const std::string before = form.Dir1.path();
-  if (form.Dir1.set_path(parent_folder(*top)) && form.Dir1.path() == before)
+  if (form.Dir1.set_path(top->substr(0, afterlast(*top, '\\') - 1)) && form.Dir1.path() == before)
     form.File1.set_path(before);
 }
 
