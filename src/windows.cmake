@@ -3,8 +3,8 @@ set(machine windows)
 layer(windows BELOW platform SOURCES
   platform/windows/console.cpp
   platform/windows/find_file.cpp platform/windows/handle.cpp platform/windows/letter_case.cpp
-  platform/windows/name_lock.cpp platform/windows/paths.cpp platform/windows/retry_budget.cpp
-  platform/windows/script_shell.cpp platform/windows/system_library.cpp
+  platform/windows/name_lock.cpp platform/windows/paths.cpp
+  platform/windows/script_shell.cpp
   platform/windows/wide_text.cpp platform/windows/windows_files.cpp
   platform/windows/windows_map.cpp platform/windows/windows_system.cpp)
 target_link_libraries(windows PUBLIC ole32 oleaut32 shell32 uuid)

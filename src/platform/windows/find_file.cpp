@@ -6,10 +6,16 @@
 
 namespace {
 
-struct CloseFind {
-  using pointer = HANDLE;
+struct FindCloser {
   void operator()(HANDLE find) const { FindClose(find); }
 };
+using Find = std::unique_ptr<void, FindCloser>;
+
+Find find_first(const std::wstring& path, WIN32_FIND_DATAW& entry, DWORD flags) {
+  const HANDLE find = FindFirstFileExW(path.c_str(), FindExInfoBasic, &entry, FindExSearchNameMatch,
+                                       nullptr, flags);
+  return Find(find == INVALID_HANDLE_VALUE ? nullptr : find);
+}
 
 // An empty drive root has not even a ".".
 bool is_empty(DWORD error) { return error == ERROR_FILE_NOT_FOUND || error == ERROR_NO_MORE_FILES; }
@@ -18,28 +24,19 @@ bool is_empty(DWORD error) { return error == ERROR_FILE_NOT_FOUND || error == ER
 
 std::optional<WIN32_FIND_DATAW> find_file(const std::wstring& path) {
   WIN32_FIND_DATAW entry;
-  const HANDLE find =
-      FindFirstFileExW(path.c_str(), FindExInfoBasic, &entry, FindExSearchNameMatch, nullptr, 0);
-  if (find == INVALID_HANDLE_VALUE)
-    return std::nullopt;
-  FindClose(find);
-  return entry;
+  return find_first(path, entry, 0) ? std::optional(entry) : std::nullopt;
 }
 
 bool for_each_entry(const std::wstring& folder,
                     const std::function<void(const WIN32_FIND_DATAW&)>& visit) {
   const std::wstring all = folder + (folder.ends_with(L'\\') ? L"*" : L"\\*");
   WIN32_FIND_DATAW entry;
-  const HANDLE first = FindFirstFileExW(all.c_str(), FindExInfoBasic, &entry, FindExSearchNameMatch,
-                                        nullptr, FIND_FIRST_EX_LARGE_FETCH);
-  if (first == INVALID_HANDLE_VALUE)
-    return is_empty(GetLastError());
-  const std::unique_ptr<HANDLE, CloseFind> find(first);
-  do {
+  const Find find = find_first(all, entry, FIND_FIRST_EX_LARGE_FETCH);
+  for (bool found = bool(find); found; found = FindNextFileW(find.get(), &entry)) {
     const std::wstring_view name = entry.cFileName;
     if (name != L"." && name != L"..")
       visit(entry);
-  } while (FindNextFileW(find.get(), &entry));
+  }
   return is_empty(GetLastError());
 }
 

@@ -1,4 +1,5 @@
-// Windows handles that close themselves, and basic operations on open files.
+// Windows handles that close themselves, basic operations on open files, and how long the program
+// waits for files that another program holds open.
 #include "platform/windows/handle.h"
 
 #include "platform/windows/wide_text.h"
@@ -7,21 +8,41 @@
 
 namespace {
 
+constexpr DWORD longest_wait = 480;  // milliseconds; 945 in all
+
 DWORD piece(std::size_t size) {
   return static_cast<DWORD>(std::min<std::size_t>(size, 1 << 20));  // of one call
 }
 
+using Errors = std::initializer_list<DWORD>;
+constexpr Errors missing_errors = {ERROR_FILE_NOT_FOUND, ERROR_PATH_NOT_FOUND};
+
+// What another map of the batch may have used up, and will have given back.
+constexpr DWORD disk_quota_exceeded = 1295;  // ERROR_DISK_QUOTA_EXCEEDED; some headers lack it
+constexpr Errors shortage_errors = {ERROR_DISK_FULL,           ERROR_HANDLE_DISK_FULL,
+                                    ERROR_NOT_ENOUGH_MEMORY,   ERROR_OUTOFMEMORY,
+                                    ERROR_TOO_MANY_OPEN_FILES, ERROR_NO_SYSTEM_RESOURCES,
+                                    disk_quota_exceeded};
+
+bool is_one_of(Errors errors, DWORD error) { return std::ranges::count(errors, error) > 0; }
+
 }  // namespace
 
-bool Handle::close() {
-  const HANDLE closing = std::exchange(handle, INVALID_HANDLE_VALUE);
-  return closing == INVALID_HANDLE_VALUE || CloseHandle(closing);
+bool RetryBudget::retry(std::initializer_list<DWORD> errors, const std::function<bool()>& attempt) {
+  for (;; next *= 2) {
+    if (attempt())
+      return true;
+    if (next > longest_wait || !is_one_of(errors, GetLastError()))
+      return false;
+    wait(next);
+  }
 }
 
 Handle open_file(const std::wstring& path, DWORD access, DWORD creation, DWORD flags) {
-  return Handle(CreateFileW(path.c_str(), access,
-                            FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
-                            creation, flags, nullptr));
+  const HANDLE file =
+      CreateFileW(path.c_str(), access, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
+                  nullptr, creation, flags, nullptr);
+  return Handle(file == INVALID_HANDLE_VALUE ? nullptr : file);
 }
 
 Handle open_with_retry(RetryBudget& retry_budget, const std::wstring& path, DWORD access,
@@ -36,7 +57,7 @@ Handle open_with_retry(RetryBudget& retry_budget, const std::wstring& path, DWOR
 
 std::optional<BY_HANDLE_FILE_INFORMATION> file_information(const Handle& file) {
   BY_HANDLE_FILE_INFORMATION information;
-  if (!GetFileInformationByHandle(file.get(), &information))
+  if (!file || !GetFileInformationByHandle(file.get(), &information))
     return std::nullopt;
   return information;
 }
@@ -68,8 +89,7 @@ std::optional<std::size_t> read_all(const Handle& file, char* buffer, std::size_
   return done;
 }
 
-std::string system_reason() {
-  const DWORD error = GetLastError();
+std::string system_reason(DWORD error) {
   wchar_t words[512];
   const DWORD length =
       FormatMessageW(FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS, nullptr, error, 0,
@@ -77,4 +97,16 @@ std::string system_reason() {
   std::string text = narrow({words, length});
   text.erase(text.find_last_not_of(". \r\n") + 1);
   return text.empty() ? "error " + std::to_string(error) : text;
+}
+
+bool is_no_text(const std::string& path) { return path.find("\xEF\xBF\xBD") != path.npos; }
+
+Failure last_failure(const std::string& path, const char* action) {
+  const DWORD error = GetLastError();
+  const bool missing = is_one_of(missing_errors, error);
+  if (missing && is_no_text(path))
+    return {path, action, no_text};
+  const auto other =
+      is_one_of(shortage_errors, error) ? Failure::Kind::shortage : Failure::Kind::other;
+  return {path, action, system_reason(error), missing ? Failure::Kind::missing : other};
 }

@@ -39,7 +39,7 @@ Handle lock_name(const std::wstring& folder, const std::wstring& name) {
   // The mutex of another user is denied.
   if (error != ERROR_ALREADY_EXISTS && error != ERROR_ACCESS_DENIED)
     return lock;
-  lock = Handle();
+  lock.reset();
   SetLastError(ERROR_ALREADY_EXISTS);
   return lock;
 }

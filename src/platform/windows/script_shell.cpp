@@ -4,22 +4,26 @@
 #include "platform/windows/wide_text.h"
 
 #include <cstdint>
+#include <iterator>
 #include <vector>
 
-Variant::Variant(const std::string& text) {
-  const std::wstring wide = widen(text);
-  VariantInit(&value);
-  value.vt = VT_BSTR;
-  value.bstrVal = SysAllocStringLen(wide.data(), static_cast<UINT>(wide.size()));
-}
+namespace {
 
-std::optional<std::string> Variant::text() const {
-  if (value.vt == VT_BSTR)
-    return narrow({value.bstrVal ? value.bstrVal : L"", SysStringLen(value.bstrVal)});
-  if (value.vt == VT_I4)
-    return std::to_string(static_cast<std::uint32_t>(value.lVal));
-  return std::nullopt;
-}
+// A value of any type that a method takes or returns.
+struct Variant : VARIANT {
+  Variant() : VARIANT() {}  // of type VT_EMPTY
+  explicit Variant(const std::string& text) : VARIANT() {
+    const std::wstring wide = widen(text);
+    vt = VT_BSTR;
+    bstrVal = SysAllocStringLen(wide.data(), static_cast<UINT>(wide.size()));
+  }
+  Variant(const Variant&) = delete;
+  Variant& operator=(const Variant&) = delete;
+  ~Variant() { VariantClear(this); }
+};
+static_assert(sizeof(Variant) == sizeof(VARIANT), "an array of them is passed to a method");
+
+}  // namespace
 
 std::optional<ScriptShell> ScriptShell::create() {
   CLSID identifier;
@@ -31,21 +35,22 @@ std::optional<ScriptShell> ScriptShell::create() {
   return ScriptShell(static_cast<IDispatch*>(created));
 }
 
-std::optional<Variant> ScriptShell::call(const wchar_t* method,
-                                         std::initializer_list<std::string> arguments) const {
+std::optional<std::string> ScriptShell::call(const wchar_t* method,
+                                             std::initializer_list<std::string> arguments) const {
   std::wstring name = method;
   wchar_t* names = name.data();
   DISPID identifier = 0;
   if (FAILED(object->GetIDsOfNames(IID_NULL, &names, 1, LOCALE_USER_DEFAULT, &identifier)))
     return std::nullopt;
-  const std::vector<Variant> values(arguments.begin(), arguments.end());
-  std::vector<VARIANT> passed;  // the last argument first, as Invoke expects them
-  for (auto value = values.rbegin(); value != values.rend(); ++value)
-    passed.push_back(value->get());
-  DISPPARAMS parameters{passed.data(), nullptr, static_cast<UINT>(passed.size()), 0};
+  std::vector<Variant> values(std::rbegin(arguments), std::rend(arguments));  // the last one first
+  DISPPARAMS parameters{values.data(), nullptr, static_cast<UINT>(values.size()), 0};
   Variant result;
   if (FAILED(object->Invoke(identifier, IID_NULL, LOCALE_USER_DEFAULT, DISPATCH_METHOD, &parameters,
-                            result.out(), nullptr, nullptr)))
+                            &result, nullptr, nullptr)))
     return std::nullopt;
-  return result;
+  if (result.vt == VT_BSTR)
+    return narrow({result.bstrVal ? result.bstrVal : L"", SysStringLen(result.bstrVal)});
+  if (result.vt == VT_I4)
+    return std::to_string(static_cast<std::uint32_t>(result.lVal));
+  return result.vt == VT_EMPTY ? std::optional<std::string>("") : std::nullopt;
 }

@@ -25,33 +25,15 @@ private:
   const bool ready;
 };
 
-// A value of any type that a method takes or returns.
-class Variant {
-public:
-  Variant() { VariantInit(&value); }
-  explicit Variant(const std::string& text);
-  Variant(Variant&& other) noexcept : value(other.value) { VariantInit(&other.value); }
-  Variant& operator=(Variant&&) = delete;
-  ~Variant() { VariantClear(&value); }
-
-  const VARIANT& get() const { return value; }
-  VARIANT* out() { return &value; }
-
-  // A text as it is, a number in decimal; nullopt for any other type.
-  std::optional<std::string> text() const;
-
-private:
-  VARIANT value;
-};
-
 class ScriptShell {
 public:
   // Creates a new "WScript.Shell" object; nullopt when the system has none.
   static std::optional<ScriptShell> create();
 
-  // Calls a method with text arguments; nullopt when it raises an error.
-  std::optional<Variant> call(const wchar_t* method,
-                              std::initializer_list<std::string> arguments) const;
+  // Calls a method with text arguments. Its result: a text as it is, a number in decimal, the empty
+  // text for none; nullopt for one of another type, and when the method raises an error.
+  std::optional<std::string> call(const wchar_t* method,
+                                  std::initializer_list<std::string> arguments) const;
 
 private:
   struct Release {

@@ -2,13 +2,15 @@
 // program's own folder may hold another library of that name.
 #pragma once
 
+#include "platform/windows/wide_text.h"
+
 #include <windows.h>
 
-// The address of a function of a library in the system's folder; null where there is none. The
-// library stays loaded.
-FARPROC find_system_function(const wchar_t* library, const char* name);
-
-// The same as a pointer to a function of the type `Function`.
+// A function of a library in the system's folder, by a pointer to its type `Function`; null where
+// there is none. The library stays loaded.
 template <class Function> Function* system_function(const wchar_t* library, const char* name) {
-  return reinterpret_cast<Function*>(reinterpret_cast<void*>(find_system_function(library, name)));
+  const std::wstring path = system_text(GetSystemDirectoryW) + L"\\" + library;
+  const HMODULE loaded = LoadLibraryW(path.c_str());
+  return loaded ? reinterpret_cast<Function*>(reinterpret_cast<void*>(GetProcAddress(loaded, name)))
+                : nullptr;
 }

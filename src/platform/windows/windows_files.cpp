@@ -22,23 +22,10 @@ constexpr unsigned files_of_a_budget = 64;
 // Every map that these files have opened is of this machine.
 WindowsMap& map_of(const Unflushed& file) { return static_cast<WindowsMap&>(file.map); }
 
-// U+FFFD stands for what is no character in a name: a file of such a name is not found by it.
-constexpr char no_text[] = "its name is no text: it has an unpaired surrogate";
-bool is_no_text(const std::string& path) { return path.find("\xEF\xBF\xBD") != path.npos; }
-
-Failure failure(const std::string& path, const char* action) {
-  const DWORD error = GetLastError();
-  const bool missing = error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND;
-  if (missing && is_no_text(path))
-    return {path, action, no_text};
-  return {path, action, system_reason(), missing ? Failure::Kind::missing : Failure::Kind::other};
-}
-
-// Information about what a path leads to, symlinks followed; nullopt when there is nothing.
-std::optional<BY_HANDLE_FILE_INFORMATION> follow(const std::wstring& path) {
-  const Handle file =
-      open_file(path, FILE_READ_ATTRIBUTES, OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS);
-  return file ? file_information(file) : std::nullopt;
+// Information about what a path leads to, symlinks followed; nullopt when it cannot be opened.
+std::optional<BY_HANDLE_FILE_INFORMATION> follow(const std::wstring& path,
+                                                 DWORD access = FILE_READ_ATTRIBUTES) {
+  return file_information(open_file(path, access, OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS));
 }
 
 bool is_folder(DWORD attributes) { return attributes & FILE_ATTRIBUTE_DIRECTORY; }
@@ -57,21 +44,6 @@ std::optional<Entry> make_entry(const WIN32_FIND_DATAW& found, const std::wstrin
     return std::nullopt;
   entry.folder = is_folder(target->dwFileAttributes);
   return entry;
-}
-
-// Locates a folder and checks that it can be listed.
-Result<AbsolutePath> find_folder(const std::string& folder) {
-  auto location = locate(folder);
-  if (!location)
-    return location;
-  const Handle open =
-      open_file(location->wide(), FILE_LIST_DIRECTORY, OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS);
-  const auto information = open ? file_information(open) : std::nullopt;
-  if (!information)
-    return failure(folder, "open the folder");
-  if (!is_folder(information->dwFileAttributes))
-    return Failure{folder, "open the folder", "it is not a folder"};
-  return location;
 }
 
 std::wstring with_backslash(std::wstring folder) {
@@ -107,7 +79,7 @@ Result<Files::Listing> WindowsFiles::read_folder(const std::string& folder,
       listing.entries.push_back(*std::move(entry));
   });
   if (!complete)
-    return failure(folder, "list the folder");
+    return last_failure(folder, "list the folder");
   sort_entries(listing.entries, lowercase);
   return listing;
 }
@@ -124,9 +96,14 @@ void WindowsFiles::remove_stale_temporary(const std::string& folder, const std::
 }
 
 Result<std::string> WindowsFiles::full_path(const std::string& folder) {
-  auto location = find_folder(folder);
+  const auto location = locate(folder);
   if (!location)
     return location.failure();
+  const auto information = follow(location->wide(), FILE_LIST_DIRECTORY);
+  if (!information)
+    return last_failure(folder, "open the folder");
+  if (!is_folder(information->dwFileAttributes))
+    return Failure{folder, "open the folder", "it is not a folder"};
   AbsolutePath spelled{location->root, {}};
   for (const std::string& name : location->names) {
     spelled.names.push_back(name);
@@ -152,9 +129,9 @@ Result<Files::OpenedFile> WindowsFiles::open_file(const std::string& path) {
       open_with_retry(*read_budget, location->wide(), GENERIC_READ, OPEN_EXISTING, 0));
   if (*file && GetFileType(file->get()) != FILE_TYPE_DISK)
     return OpenedFile{};
-  auto content = *file ? WindowsMap::content_of(file) : std::nullopt;
+  auto content = WindowsMap::content_of(file);
   if (!content)
-    return failure(path, "read it");
+    return last_failure(path, "read it");
   location->names.pop_back();
   return OpenedFile{
       std::make_unique<WindowsMap>(path, location->wide(), std::move(found->name), "", read_budget),
@@ -174,12 +151,11 @@ void WindowsFiles::flush(std::span<Unflushed> files) {
       errors[i] = GetLastError();
   });
   for (std::size_t i = 0; i < files.size(); ++i) {
-    SetLastError(errors[i]);
     if (!handles[i])
       files[i].flushed = handles[i].failure();
     else if (errors[i] != ERROR_SUCCESS)
-      files[i].flushed =
-          Failure{files[i].map.path, "flush it", system_reason(), Failure::Kind::unconfirmed};
+      files[i].flushed = Failure{files[i].map.path, "flush it", system_reason(errors[i]),
+                                 Failure::Kind::unconfirmed};
   }
 }
 
@@ -194,17 +170,17 @@ Result<bool> WindowsFiles::write_text(const std::string& path, std::string_view 
                                 writing == Writing::at_end ? FILE_APPEND_DATA : GENERIC_WRITE,
                                 writing == Writing::new_file ? CREATE_NEW : OPEN_ALWAYS,
                                 FILE_ATTRIBUTE_NORMAL | FILE_FLAG_OPEN_REPARSE_POINT);
-  const auto information = file ? file_information(file) : std::nullopt;
+  const auto information = file_information(file);
   if (!information)
-    return failure(path, "write it");
+    return last_failure(path, "write it");
   const auto found = find_file(wide);
   if (found && is_link(*found))
     return Failure{path, "write it", "it is a link"};
   if (information->nNumberOfLinks > 1)
     return false;
   const bool truncated = writing == Writing::at_end || SetEndOfFile(file.get());
-  if (!truncated || !write_all(file, text) || !file.close())
-    return failure(path, "write it");
+  if (!truncated || !write_all(file, text) || !close(file))
+    return last_failure(path, "write it");
   return true;
 }
 
@@ -213,6 +189,6 @@ Result<Done> WindowsFiles::remove_text(const std::string& path) {
   if (!location)
     return location.failure();
   if (!DeleteFileW(location->wide().c_str()))
-    return failure(path, "write it");
+    return last_failure(path, "write it");
   return Done{};
 }

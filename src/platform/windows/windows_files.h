@@ -2,7 +2,7 @@
 #pragma once
 
 #include "platform/files.h"
-#include "platform/windows/retry_budget.h"
+#include "platform/windows/handle.h"
 
 #include <memory>
 

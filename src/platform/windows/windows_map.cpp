@@ -46,15 +46,6 @@ private:
 
 std::uint64_t joined(DWORD high, DWORD low) { return std::uint64_t{high} << 32 | low; }
 
-// What another map of the batch may have used up, and will have given back.
-bool is_shortage(DWORD error) {
-  constexpr DWORD disk_quota_exceeded = 1295;  // ERROR_DISK_QUOTA_EXCEEDED; some headers lack it
-  return error == ERROR_DISK_FULL || error == ERROR_HANDLE_DISK_FULL ||
-         error == ERROR_NOT_ENOUGH_MEMORY || error == ERROR_OUTOFMEMORY ||
-         error == ERROR_TOO_MANY_OPEN_FILES || error == ERROR_NO_SYSTEM_RESOURCES ||
-         error == disk_quota_exceeded;
-}
-
 bool is_taken(DWORD error) { return error == ERROR_ALREADY_EXISTS || error == ERROR_FILE_EXISTS; }
 
 }  // namespace
@@ -73,9 +64,10 @@ WindowsMap::WindowsMap(std::string path_in, std::wstring folder_in, std::string 
       folder(folder_in.ends_with(L'\\') ? std::move(folder_in) : folder_in + L"\\"),
       retry_budget(std::move(retry_in)) {}
 
-Failure WindowsMap::last_error() const {
-  const auto kind = is_shortage(GetLastError()) ? Failure::Kind::shortage : Failure::Kind::other;
-  return {path, "convert it", system_reason(), kind};
+Failure WindowsMap::last_error() const { return last_failure(path, "convert it"); }
+
+Result<bool> WindowsMap::false_if_taken() const {
+  return is_taken(GetLastError()) ? Result<bool>(false) : last_error();
 }
 
 std::wstring WindowsMap::path_of(const std::string& entry) const { return folder + widen(entry); }
@@ -87,10 +79,8 @@ std::string WindowsMap::spelled(const std::string& entry) {
 
 Result<bool> WindowsMap::lock_entry(const std::string& entry) {
   Handle taken = lock_name(folder, widen(entry));
-  if (!taken && is_taken(GetLastError()))
-    return false;
   if (!taken)
-    return last_error();
+    return false_if_taken();
   locks.push_back(std::move(taken));
   return true;
 }
@@ -132,8 +122,6 @@ Result<OpenMap::Kind> WindowsMap::kind_of(const std::string& entry) {
 
 Result<OpenMap::FileState> WindowsMap::state_of(const std::string& entry) {
   const Handle file = open_file(path_of(entry), FILE_READ_ATTRIBUTES, OPEN_EXISTING, 0);
-  if (!file)
-    return last_error();
   const auto about = file_information(file);
   if (!about)
     return last_error();
@@ -160,7 +148,7 @@ Result<std::optional<OpenMap::Content>> WindowsMap::open_to_read(const std::stri
     return std::optional<Content>();
   const auto file = std::make_shared<const Handle>(
       open_with_retry(*retry_budget, path_of(entry), GENERIC_READ, OPEN_EXISTING, 0));
-  auto content = *file ? content_of(file) : std::nullopt;
+  auto content = content_of(file);
   if (!content)
     return last_error();
   return content;
@@ -179,15 +167,13 @@ Result<bool> WindowsMap::make_temporary(const std::string& entry, std::string_vi
   if (!ours || !*ours)
     return ours;
   Handle file = open_file(path_of(entry), GENERIC_WRITE, CREATE_NEW, FILE_ATTRIBUTE_HIDDEN);
-  if (!file && is_taken(GetLastError()))
-    return false;
   if (!file)
-    return last_error();
-  if (write_all(file, content) && file.close() &&
+    return false_if_taken();
+  if (write_all(file, content) && close(file) &&
       set_attributes(path_of(entry), (map_attributes & permissions) | FILE_ATTRIBUTE_HIDDEN))
     return true;
   Failure failure = last_error();
-  static_cast<void>(file.close());
+  file.reset();
   remove(entry);
   return failure;
 }
@@ -235,11 +221,7 @@ Result<Done> WindowsMap::rename(const std::string& from, const std::string& to,
 
 Result<bool> WindowsMap::rename_no_replace(const std::string& from, const std::string& to) {
   unhide(from);
-  if (move_file(from, to, 0))
-    return true;
-  if (is_taken(GetLastError()))
-    return false;
-  return last_error();
+  return move_file(from, to, 0) ? Result<bool>(true) : false_if_taken();
 }
 
 // File systems without hard links fail with many different errors.

@@ -47,6 +47,9 @@ private:
   // Takes the lock of a name; false when another run holds it.
   Result<bool> lock_entry(const std::string& entry);
 
+  // What comes of a call that failed: false when the name is taken, else `last_error`.
+  Result<bool> false_if_taken() const;
+
   // Unhides a temporary file, just before it is renamed.
   void unhide(const std::string& entry);
 

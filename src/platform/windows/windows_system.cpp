@@ -23,13 +23,16 @@ constexpr char no_script_host[] =
     "The program goes on as if no edition of the game were registered.";
 
 // The functions of version.dll, a name under which games have libraries of their own.
-template <class Function> Function* version_function(const char* name) {
-  return system_function<Function>(L"version.dll", name);
+template <class Function> Function* version_function(const std::string& name) {
+  return system_function<Function>(L"version.dll", name.c_str());
 }
 
-// A file's version information, by the functions for a name of its kind; empty when there is none.
-template <class Name, class Size, class Information>
-std::string ask_information(const Name& name, Size* size_of, Information* information) {
+// A file's version information, by the functions for a name of its kind, which end in `letter`;
+// empty when there is none.
+template <class Size, class Information, class Name>
+std::string ask_information(const std::string& letter, const Name& name) {
+  static const auto size_of = version_function<Size>("GetFileVersionInfoSize" + letter);
+  static const auto information = version_function<Information>("GetFileVersionInfo" + letter);
   DWORD unused = 0;
   const DWORD size = size_of ? size_of(name.c_str(), &unused) : 0;
   std::string block(size, '\0');
@@ -38,17 +41,11 @@ std::string ask_information(const Name& name, Size* size_of, Information* inform
 
 // By the file's name in the code page, where it has one.
 std::string version_information(const std::string& path) {
-  static const auto size_a =
-      version_function<decltype(GetFileVersionInfoSizeA)>("GetFileVersionInfoSizeA");
-  static const auto size_w =
-      version_function<decltype(GetFileVersionInfoSizeW)>("GetFileVersionInfoSizeW");
-  static const auto information_a =
-      version_function<decltype(GetFileVersionInfoA)>("GetFileVersionInfoA");
-  static const auto information_w =
-      version_function<decltype(GetFileVersionInfoW)>("GetFileVersionInfoW");
   if (const auto name = code_page_path(path))
-    return ask_information(*name, size_a, information_a);
-  return ask_information(widen(path), size_w, information_w);
+    return ask_information<decltype(GetFileVersionInfoSizeA), decltype(GetFileVersionInfoA)>("A",
+                                                                                             *name);
+  return ask_information<decltype(GetFileVersionInfoSizeW), decltype(GetFileVersionInfoW)>(
+      "W", widen(path));
 }
 
 }  // namespace
@@ -70,8 +67,7 @@ std::optional<ScriptShell> WindowsSystem::shell() {
 
 std::optional<std::string> WindowsSystem::reg_read(const std::string& value_path) {
   const auto object = shell();
-  const auto value = object ? object->call(L"RegRead", {value_path}) : std::nullopt;
-  return value ? value->text() : std::nullopt;
+  return object ? object->call(L"RegRead", {value_path}) : std::nullopt;
 }
 
 bool WindowsSystem::reg_write(const std::string& value_path, const std::string& data,
@@ -151,12 +147,10 @@ std::vector<std::string> WindowsSystem::drives() {
 }
 
 std::string WindowsSystem::app_folder() {
-  std::wstring path(MAX_PATH, L'\0');
-  DWORD length = 0;
-  while ((length = GetModuleFileNameW(nullptr, path.data(), static_cast<DWORD>(path.size()))) ==
-         path.size())
-    path.resize(path.size() * 2);
-  const std::string program = narrow({path.data(), length});
+  constexpr DWORD longest = 1 << 15;  // a path has fewer characters
+  std::wstring path(longest, L'\0');
+  path.resize(GetModuleFileNameW(nullptr, path.data(), longest));
+  const std::string program = narrow(path);
   const std::string folder = program.substr(0, program.rfind('\\'));
   return folder.ends_with(':') ? folder + "\\" : folder;
 }

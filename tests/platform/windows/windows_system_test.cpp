@@ -53,14 +53,6 @@ TEST_F(WindowsSystemTest, ReadsAndWritesTheRegistryAsTheScriptHostDoes) {
   EXPECT_TRUE(notices.empty());
 }
 
-TEST_F(WindowsSystemTest, KnowsTheVersionThatTheNameTableHas) {
-  const auto version = system.os_version();
-  ASSERT_TRUE(version);
-  EXPECT_EQ(version->platform, 2u);
-  EXPECT_EQ(version->major, 6u);
-  EXPECT_LE(version->minor, 2u);
-}
-
 TEST_F(WindowsSystemTest, FindsTheUsersFoldersWhateverTheirNames) {
   for (const char* name : {"plain", "Łukasz", "Дмитрий", "漢字"}) {
     const std::string expected = folder + name;
@@ -91,6 +83,8 @@ TEST_F(WindowsSystemTest, ReadsProductVersions) {
 }
 
 TEST_F(WindowsSystemTest, KnowsItsSurroundings) {
+  const auto version = system.os_version();  // one that the table of names has
+  EXPECT_TRUE(version && version->platform == 2 && version->major == 6 && version->minor <= 2);
   SetEnvironmentVariableW(L"VORATEST", L"Ж value");
   EXPECT_EQ(system.environment("voratest"), "Ж value");
   SetEnvironmentVariableW(L"VORATEST", nullptr);
