@@ -12,23 +12,9 @@ namespace fs = std::filesystem;
 
 namespace {
 
-// A file system without locks, as some network file systems are.
-class NoLocks : public Disk {
-public:
-  int lock(int) override {
-    errno = ENOLCK;
-    return -1;
-  }
-};
-
 class Batches : public testing::Test {
 protected:
   Batches() { machine.write_data(); }
-
-  std::string numbered(int i) const {
-    return std::string(old_map).insert(std::string_view(old_map).find("Foo") + 3,
-                                       std::to_string(i));
-  }
 
   // One of the maps that may be there, in a few folders; some differ in letter case alone.
   fs::path some_map() {
@@ -53,15 +39,15 @@ protected:
     case 2:
       return fs::create_hard_link(some_file(), map);
     case 3:
-      return write_file(fs::path(map).replace_extension("GALold"), numbered(content));
+      return write_file(fs::path(map).replace_extension("GALold"), numbered(old_map, content));
     case 4:
       fs::create_directories(fs::path(map).replace_extension("galfix"));
       return;
     case 5:
-      write_file(fs::path(map).replace_extension("galold"), numbered(content));
+      write_file(fs::path(map).replace_extension("galold"), numbered(old_map, content));
       [[fallthrough]];
     default:
-      return write_file(map, numbered(content));
+      return write_file(map, numbered(old_map, content));
     }
   }
 
@@ -80,7 +66,7 @@ protected:
     fs::remove_all(folder);
     for (const char* name : {"one", "two"})
       fs::create_directories(folder / name);
-    write_file(folder / "none.galaxy", numbered(0));
+    write_file(folder / "none.galaxy", numbered(old_map, 0));
     for (int i = 0; i < 12; ++i)
       make_something();
     if (pick(8) == 0)
@@ -91,8 +77,8 @@ protected:
   // it.
   std::vector<std::string> convert(unsigned seed, std::size_t most) {
     fill(seed);
-    NoLocks no_locks;
-    Disk& disk = pick(2) ? no_locks : system_disk();
+    WatchedDisk no_locks([](int) { return 0; }, Unknown{.lease = 0, .lock = ENOLCK});
+    Disk& disk = pick(2) ? no_locks : system_disk();  // as some network file systems are, or not
     Program program(std::make_unique<BoundedFiles>(machine_of(machine), disk, most),
                     machine.system(""));
     program.form.edition = pick(2) ? "v" : "t";

@@ -12,6 +12,11 @@
 
 #include <fcntl.h>
 
+// A map of its own: its ship has a number.
+inline std::string numbered(std::string map, int i) {
+  return map.insert(map.find("Foo") + 3, std::to_string(i));
+}
+
 // What a file system answers to that it does not know: an error, or 0 when it does.
 struct Unknown {
   int link = 0;               // another hard link
