@@ -33,11 +33,9 @@ std::string saved(const std::string& map, Saving how) {
 }
 
 void save(const fs::path& map, const std::string& text, Saving how) {
-  if (how == Saving::appending) {
-    std::ofstream(map, std::ios::app) << newend;
-  } else if (how != Saving::by_renaming) {
+  if (how != Saving::by_renaming) {
     const auto time = fs::last_write_time(map);
-    std::fstream(map).seekp(-5, std::ios::end) << newend;
+    std::fstream(map).seekp(how == Saving::appending ? 0 : -5, std::ios::end) << newend;
     if (how == Saving::keeping_time)
       fs::last_write_time(map, time);
   } else {
