@@ -24,10 +24,13 @@ const EditionData& data(Edition edition) {
   return edition == Edition::base ? base_data : expansion_data;
 }
 
-// Sets `gamepath` to the installation folder of the edition: for the base edition the bundle's
-// folder, else the base game's; unchanged when neither is registered.
-void set_gamepath(Form1& form, Edition edition) {
+// Sets the edition letter, for the expansion `homefolder`, and `gamepath` to the edition's folder:
+// for the base edition the bundle's, else the base game's; unchanged when neither is registered.
+void set_edition(Form1& form, Edition edition) {
+  form.edition = data(edition).letter;
   if (edition == Edition::expansion) {
+    form.homefolder =
+        getmydocs(form.system, [&](const std::string& text) { show_trouble(form, text); });
     form.gamepath = form.expansionpath;
     return;
   }
@@ -47,8 +50,11 @@ void set_roots(Form1& form, Edition edition, bool fallback) {
     form.pathlist[1] = App_Path(form.system);
 }
 
-// Writes to the diagnostic file what was selected, at start-up with labels.
-void write_selection(Form1& form, Edition edition, bool labelled) {
+// Shows the search roots as the tool tips of their buttons, and writes to the diagnostic file what
+// was selected, at start-up with labels.
+void show_selection(Form1& form, Edition edition, bool labelled) {
+  form.Command4.set_tooltip(form.pathlist[1]);
+  form.Command5.set_tooltip(form.pathlist[0]);
   const std::string own = App_Path(form.system);
   const auto write = [&](const char* label, const std::string& text) {
     write_info(form, (labelled ? label : "") + text);
@@ -83,31 +89,31 @@ void read_release_of(Form1& form, Edition edition) {
   form.foundversion = getexeversion(form.system, executable(form, edition));
 }
 
-void select_edition(Form1& form, Edition edition, bool at_startup) {
+void select_at_startup(Form1& form, Edition edition) {
   const bool expansion = edition == Edition::expansion;
-  form.edition = data(edition).letter;
-  if (expansion)
-    form.homefolder =
-        getmydocs(form.system, [&](const std::string& text) { show_trouble(form, text); });
-  set_gamepath(form, edition);
-  if (!at_startup || !expansion || !form.debugmode)
-    set_roots(form, edition, at_startup || !expansion);
-  form.Command4.set_tooltip(form.pathlist[1]);
-  form.Command5.set_tooltip(form.pathlist[0]);
-  write_selection(form, edition, at_startup);
-  // When the user folder cannot be shown the list stays as it is; nothing else depends on it.
-  if (!at_startup)
-    static_cast<void>(form.Dir1.set_path(form.pathlist[0]));
+  set_edition(form, edition);
+  if (!expansion || !form.debugmode)
+    set_roots(form, edition, true);
+  show_selection(form, edition, true);
   loadoriginalmaps(form);
-  if (at_startup && !expansion)
+  if (!expansion)
     return;
+  // Also read the release of the base game's executable, for the diagnostic file.
   set_versionfolder(form);
-  read_release_of(form, at_startup ? Edition::base : edition);
+  read_release_of(form, Edition::base);
   write_info(form, form.foundversion);
 }
 
 void selectedition(Form1& form, Edition edition) {
   form.Command6.set_enabled(false);
   form.Command7.set_enabled(false);
-  select_edition(form, edition, false);
+  set_edition(form, edition);
+  set_roots(form, edition, edition == Edition::base);
+  show_selection(form, edition, false);
+  // When the user folder cannot be shown the list stays as it is; nothing else depends on it.
+  static_cast<void>(form.Dir1.set_path(form.pathlist[0]));
+  loadoriginalmaps(form);
+  set_versionfolder(form);
+  read_release_of(form, edition);
+  write_info(form, form.foundversion);
 }

@@ -17,11 +17,10 @@ std::string executable(const Form1& form, Edition edition);
 // Reads the release of that executable into `foundversion`.
 void read_release_of(Form1& form, Edition edition);
 
-// Switches everything that depends on the edition. At start-up the directory list stays where it
-// is, in debug mode the expansion gets no search roots, and the release that is read, for the
-// diagnostic file of the expansion alone, is that of the base game's executable.
-void select_edition(Form1& form, Edition edition, bool at_startup);
+// Switches what depends on the edition when it is the only one. In debug mode the expansion gets no
+// search roots.
+void select_at_startup(Form1& form, Edition edition);
 
-// Does what an edition's button does: selects the edition, and disables both edition buttons for
-// good.
+// Does what an edition's button does: switches everything that depends on the edition, and disables
+// both edition buttons for good.
 void selectedition(Form1& form, Edition edition);

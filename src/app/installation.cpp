@@ -95,7 +95,7 @@ bool game_is_registered(System& system, Files& files) {
 
 void decide_edition(Form1& form) {
   if (!form.bothfound)
-    return select_edition(form, found_edition(form), true);
+    return select_at_startup(form, found_edition(form));
   form.Command6.set_visible(true);
   form.Command7.set_visible(true);
 }
@@ -112,11 +112,10 @@ void check_release(Form1& form) {
   if (required && form.foundversion == *required)
     return;
   const std::string reason = required ? explain_missing_release(form) : explain_missing_game(form);
-  if (!required) {
-    if (!reason.empty())
-      form.screen.print_error(reason);
+  if (!required && !reason.empty())
+    form.screen.print_error(reason);
+  if (!required)
     return;
-  }
   if (!reason.empty())
     show_trouble(form, reason);
   end_with_message(form, mismatch_message(form, *required));
