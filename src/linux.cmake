@@ -15,7 +15,7 @@ target_compile_definitions(prefix PRIVATE
   DATAFOLDER="${CMAKE_INSTALL_DATADIR}/vora-map-updater")
 find_package(utf8cpp REQUIRED)
 target_link_libraries(prefix PRIVATE utf8::cpp ${CMAKE_DL_LIBS})
-layer(console BELOW ui SOURCES ui/console/console_screen.cpp ui/console/progress.cpp)
+layer(console BELOW ui SOURCES ui/console/console_screen.cpp)
 
 set(window_library vora-map-updater-window.so)
 string(REPLACE "." "_" window_entry run_window_${PROJECT_VERSION})

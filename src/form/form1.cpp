@@ -50,7 +50,7 @@ void show_trouble(Form1& form, const std::string& text) {
 }
 
 std::string in_box(const Form1& form, const std::string& text) {
-  return form.unattended ? printable(text) : form.screen.in_box(text);
+  return form.unattended || !form.screen.has_boxes() ? printable(text) : text;
 }
 
 std::string advise_folder(System& system, const std::string& file) {

@@ -1,6 +1,8 @@
 // What a front end does for the form.
 #pragma once
 
+#include "platform/console.h"
+
 #include <string>
 #include <string_view>
 
@@ -33,12 +35,8 @@ public:
   // Whether `message_box` shows a box; else it prints the text as `print_error` does.
   virtual bool has_boxes() const { return true; }
 
-  // `text` from outside as it may stand in a message box's text: as it is in a real box; escaped
-  // where the box's lines are printed.
-  virtual std::string in_box(const std::string& text) { return text; }
-
   // Writes a message to stderr, where there is one: in a silent run nobody answers a box.
-  virtual void print_error(const std::string& text) = 0;
+  virtual void print_error(const std::string& text) { ::print_error(text); }
 
   // Shows by the pointer whether the program is busy.
   virtual void show_busy(bool busy) { static_cast<void>(busy); }

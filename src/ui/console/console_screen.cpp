@@ -1,11 +1,11 @@
 // The front end without a window: messages go to stderr, and nobody presses a button. A long run
-// shows its progress if stderr is a terminal.
+// shows its progress if stderr is a terminal: one line, rewritten in place.
 #include "ui/console/console_screen.h"
 
-#include "platform/console.h"
 #include "ui/handlers.h"
 
 #include <algorithm>
+#include <iostream>
 
 // A stage begins with its counter, and each map with the number of those converted, which is shown
 // between maps as well.
@@ -19,8 +19,8 @@ void ConsoleScreen::refresh(const Control& control) {
 }
 
 void ConsoleScreen::print_error(const std::string& text) {
-  progress.erase();
-  ::print_error(text);
+  erase_progress();
+  Screen::print_error(text);
 }
 
 // The search does this before each folder.
@@ -30,20 +30,32 @@ void ConsoleScreen::process_messages() {
 }
 
 void ConsoleScreen::end(int status) {
-  progress.erase();
+  erase_progress();
   throw ProgramEnd{status};
 }
 
+// At most ten times a second.
 void ConsoleScreen::show_progress() {
-  if (!progress.is_due())
+  if (columns == 0 || Clock::now() < next_progress)
     return;
   const std::size_t found = form->foundlist.size() - 1;
-  if (form->searching)
-    progress.show("stage 1 of 2: " + std::to_string(folders) + " folders searched, " +
-                  std::to_string(found) + " maps found");
-  else
-    progress.show("stage 2 of 2: " + std::to_string(std::min(maps, found)) + " of " +
-                  std::to_string(found) + " maps checked, " + form->Label4.text() + " converted");
+  std::string line = form->searching
+                         ? "stage 1 of 2: " + std::to_string(folders) + " folders searched, " +
+                               std::to_string(found) + " maps found"
+                         : "stage 2 of 2: " + std::to_string(std::min(maps, found)) + " of " +
+                               std::to_string(found) + " maps checked, " + form->Label4.text() +
+                               " converted";
+  line.resize(std::min(line.size(), static_cast<std::size_t>(columns - 1)));  // so that none wraps
+  const std::size_t before = std::exchange(shown, line.size());
+  line.resize(std::max(before, shown), ' ');
+  std::cerr << '\r' << line;
+  next_progress = Clock::now() + std::chrono::milliseconds(100);
+}
+
+void ConsoleScreen::erase_progress() {
+  if (shown > 0)
+    std::cerr << '\r' << std::string(shown, ' ') << '\r';
+  shown = 0;
 }
 
 int run_console(Files& files, System& system, int columns) {
