@@ -23,28 +23,26 @@ constexpr ControlLayout info_label(const char* name, const char* caption, int le
   return {name, Kind::label, caption, left, top, width, 195, window, Align::left, true, true, true};
 }
 
-constexpr ControlLayout in_column(int column, ControlLayout row) {
-  row.column = column;
-  return row;
-}
-
 constexpr bool disabled = false;
 constexpr bool hidden = false;
 
+// What stands below this line is in one of three columns, which widen with the window.
+constexpr int columns_top = 1440;
 constexpr int columns = 3;
+
 constexpr char found_heading[] = "found galaxy files";
 constexpr char fixed_heading[] = "fixed galaxy files";
 
 constexpr ControlLayout table[] = {
-    in_column(1, {"Drive1", Kind::drive_list, "", 120, 1560, 3855, 315, window}),
-    in_column(1, {"File1", Kind::file_list, "", 120, 3840, 3855, 3405, window}),
-    in_column(1, {"Dir1", Kind::directory_list, "", 120, 1920, 3855, 1890, window}),
+    {"Drive1", Kind::drive_list, "", 120, 1560, 3855, 315, window},
+    {"File1", Kind::file_list, "", 120, 3840, 3855, 3405, window},
+    {"Dir1", Kind::directory_list, "", 120, 1920, 3855, 1890, window},
     {"Command1", Kind::button, "find galaxies", 120, 1200, 1335, 255, window_bold},
     {"Command2", Kind::button, "fix found galaxies", 1440, 1200, 1815, 255, window_bold},
     {"Command3", Kind::button, "exit", 3240, 1080, 855, 375, exit_font},
     {"Command4", Kind::button, "program space galaxies", 120, 480, 3855, 255, narrow},
     {"Command5", Kind::button, "user space galaxies", 120, 720, 3855, 255, narrow},
-    in_column(2, {"Text1", Kind::text_box, "", 4200, 1680, 2895, 5535, window}),
+    {"Text1", Kind::text_box, "", 4200, 1680, 2895, 5535, window},
     {"Label1", Kind::label, "stage ", 7200, 600, 855, 375, big},
     {"Label2", Kind::label, "Please wait processing", 6240, 120, 3855, 375, big_italic,
      Align::centre},
@@ -54,11 +52,9 @@ constexpr ControlLayout table[] = {
     {"Label6", Kind::label, "0", 7800, 1080, 975, 375, big, Align::right},
     {"Label7", Kind::label, "updated", 8880, 1080, 1215, 375, big},
     {"Label8", Kind::label, "0", 8160, 600, 375, 375, big},
-    in_column(3, {"Text2", Kind::text_box, "", 7200, 1680, 2895, 5535, window}),
-    in_column(
-        2, {"Label9", Kind::label, found_heading, 4200, 1440, 2775, 255, heading, Align::centre}),
-    in_column(
-        3, {"Label10", Kind::label, fixed_heading, 7200, 1440, 2895, 255, heading, Align::centre}),
+    {"Text2", Kind::text_box, "", 7200, 1680, 2895, 5535, window},
+    {"Label9", Kind::label, found_heading, 4200, 1440, 2775, 255, heading, Align::centre},
+    {"Label10", Kind::label, fixed_heading, 7200, 1440, 2895, 255, heading, Align::centre},
     info_label("Label11", "cpu", 120, 240, 270),
     info_label("Label12", "cpu ident", 120, 0, 660),
     info_label("Label13", "cpulevel", 1560, 240, 600),
@@ -89,10 +85,10 @@ int to_twips(int pixels, double dpi) {
 
 Place place_in_twips(const ControlLayout& row, int client_width, int client_height) {
   Place place = {row.left, row.top, row.width, row.height};
-  if (row.column == 0)
+  if (row.top < columns_top)
     return place;
   const int share = std::max(0, client_width - window_width) / columns;
-  place.left += (row.column - 1) * share;
+  place.left += row.left * columns / window_width * share;
   place.width += share;
   if (row.kind == Kind::file_list || row.kind == Kind::text_box)
     place.height = std::max(0, place.height + client_height - window_height);

@@ -37,7 +37,6 @@ struct ControlLayout {
   bool enabled = true;
   bool visible = true;
   bool sized_to_text = false;  // a label that is as wide as its caption
-  int column = 0;              // 1 to 3 from the left widen with the window; 0 does not
 
   // Whether it shows a caption, which gets smaller letters where it does not fit.
   constexpr bool has_caption() const { return kind == Kind::button || kind == Kind::label; }
