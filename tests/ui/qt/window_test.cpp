@@ -164,7 +164,7 @@ TEST_F(TheWindow, ClipsNoCaptionAndKeepsFontsThatFit) {
         continue;
       const QWidget& shown = widget(row.name);
       const QString caption = shown.property("text").toString();
-      const Room room = caption_room(row, form, design_dpi(size.width(), window.logicalDpiX()));
+      const Room room = caption_room(row, form, size.width(), window.logicalDpiX());
       EXPECT_EQ(caption.toStdString(), control_of(row, form).text());
       EXPECT_TRUE(fits(shown.font(), caption, room)) << row.name;
       EXPECT_GE(shown.fontInfo().pixelSize(), 6) << row.name;
