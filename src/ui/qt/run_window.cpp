@@ -9,21 +9,16 @@
 
 namespace {
 
-char** arguments;  // the process's
-
-// What Qt has said since the start, each line after a CR LF.
-std::string& said_by_qt() {
-  static std::string said;
-  return said;
-}
+char** arguments;        // the process's
+std::string said_by_qt;  // since the start, each line after a CR LF
 
 // Qt aborts the process when it cannot open the display. It has said why before, such as that a
 // plugin is missing; its last message repeats it, and lists the plugins that there are.
 void handle_message(QtMsgType type, const QMessageLogContext&, const QString& text) {
   for (const QString& line : text.split(u'\n', Qt::SkipEmptyParts))
-    said_by_qt() += "\r\nQt: " + line.trimmed().toStdString();
+    said_by_qt += "\r\nQt: " + line.trimmed().toStdString();
   if (type == QtFatalMsg)
-    restart_without_display(arguments, said_by_qt());
+    restart_without_display(arguments, said_by_qt);
 }
 
 }  // namespace
