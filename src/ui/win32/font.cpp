@@ -9,24 +9,18 @@ namespace {
 
 constexpr double points_per_inch = 72;
 
-// A device context in which a font is measured.
-class MeasuringContext {
-public:
-  explicit MeasuringContext(HFONT font)
-      : context(GetDC(nullptr)), before(SelectObject(context, font)) {}
-  MeasuringContext(const MeasuringContext&) = delete;
-  MeasuringContext& operator=(const MeasuringContext&) = delete;
-  ~MeasuringContext() {
-    SelectObject(context, before);
-    ReleaseDC(nullptr, context);
-  }
-
-  operator HDC() const { return context; }
-
-private:
-  const HDC context;
-  const HGDIOBJ before;
+struct DeleteContext {
+  using pointer = HDC;
+  void operator()(HDC context) const { DeleteDC(context); }
 };
+using ContextHandle = std::unique_ptr<HDC, DeleteContext>;
+
+// A device context of the screen in which a font is measured.
+ContextHandle measuring_context(HFONT font) {
+  ContextHandle context(CreateCompatibleDC(nullptr));
+  SelectObject(context.get(), font);
+  return context;
+}
 
 // `width`: of an average letter in pixels; 0 for the font's own.
 FontHandle font_of_width(const Font& font, int dpi, LONG width) {
@@ -49,7 +43,7 @@ FontHandle font_of_width(const Font& font, int dpi, LONG width) {
 FontHandle make_font(const Font& font, int dpi, int stretch) {
   FontHandle own = font_of_width(font, dpi, 0);
   TEXTMETRICW metrics{};
-  if (stretch == 100 || !GetTextMetricsW(MeasuringContext(own.get()), &metrics))
+  if (stretch == 100 || !GetTextMetricsW(measuring_context(own.get()).get(), &metrics))
     return own;
   return font_of_width(font, dpi, std::lround(metrics.tmAveCharWidth * stretch / 100.0));
 }
@@ -79,13 +73,14 @@ HFONT font_of(HWND control) {
 
 SIZE text_size(HFONT font, const std::wstring& text, int width) {
   RECT needed{0, 0, width, 0};
-  DrawTextW(MeasuringContext(font), text.c_str(), static_cast<int>(text.size()), &needed,
+  DrawTextW(measuring_context(font).get(), text.c_str(), static_cast<int>(text.size()), &needed,
             DT_CALCRECT | DT_NOPREFIX | DT_WORDBREAK);
   return {needed.right, needed.bottom};
 }
 
 int text_width(HFONT font, const std::wstring& text) {
   SIZE size{};
-  GetTextExtentPoint32W(MeasuringContext(font), text.c_str(), static_cast<int>(text.size()), &size);
+  GetTextExtentPoint32W(measuring_context(font).get(), text.c_str(), static_cast<int>(text.size()),
+                        &size);
   return size.cx;
 }
