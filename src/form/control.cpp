@@ -30,55 +30,29 @@ std::size_t root_length(const std::string& path) {
 
 void Control::append(std::string_view more) {
   own_text += more;
-  screen.append(*this, more);
-}
-
-void DriveList::fill(std::vector<std::string> letters, std::string selected) {
-  own_drives = std::move(letters);
-  set_text(std::move(selected));
-}
-
-void DriveList::select(std::string drive) {
-  if (drive == text())
-    return;
-  set_text(std::move(drive));
-  if (changed)
-    changed();
-}
-
-std::vector<FolderRow> DirectoryList::chain() const {
-  std::vector<FolderRow> result;
-  if (path().empty())
-    return result;
-  const auto add = [&](std::string name) {
-    std::string whole = result.empty() ? name : joined(result.back().path, name);
-    result.push_back({std::move(name), std::move(whole), result.size()});
-  };
-  std::size_t start = root_length(path());
-  add(path().substr(0, start));
-  while (start < path().size()) {
-    const std::size_t end = std::min(path().find('\\', start), path().size());
-    add(path().substr(start, end - start));
-    start = end + 1;
-  }
-  return result;
+  window.screen.append(*this, more);
 }
 
 std::vector<FolderRow> DirectoryList::rows() const {
-  std::vector<FolderRow> result = chain();
-  if (result.empty())
-    return result;
-  const FolderRow own = result.back();
+  std::vector<FolderRow> result;
+  std::size_t start = 0;
+  std::size_t end = root_length(path());
+  while (start < path().size()) {
+    result.push_back({path().substr(start, end - start), path().substr(0, end), result.size()});
+    start = path().find_first_not_of('\\', end);
+    end = path().find('\\', start);
+  }
+  const std::size_t depth = result.size();
   for (const std::string& name : own_subfolders)
-    result.push_back({name, joined(own.path, name), own.depth + 1});
+    result.push_back({name, joined(path(), name), depth});
   return result;
 }
 
 Result<Done> DirectoryList::set_path(const std::string& folder) {
-  const auto full = files.full_path(folder);
+  const auto full = window.files.full_path(folder);
   if (!full)
     return full.failure();
-  const auto entries = files.list(*full, "*");
+  const auto entries = window.files.list(*full, "*");
   if (!entries)
     return entries.failure();
   own_subfolders = names_of(*entries, true);
@@ -100,7 +74,7 @@ void FileList::set_pattern(const std::string& new_pattern) {
 }
 
 void FileList::fill() {
-  const auto entries = files.list(path(), own_pattern);
+  const auto entries = window.files.list(text(), own_pattern);
   own_names = entries ? names_of(*entries, false) : std::vector<std::string>();
-  screen.refresh(*this);
+  window.screen.refresh(*this);
 }

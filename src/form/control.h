@@ -14,14 +14,15 @@ class Control;
 
 // What the controls of one window share; each adds itself to `controls`.
 struct Window {
+  Files& files;
   Screen& screen;
   std::vector<Control*> controls;
 };
 
 class Control {
 public:
-  Control(Window& window, std::string name_in)
-      : screen(window.screen), own_name(std::move(name_in)) {
+  Control(Window& window_in, std::string name_in)
+      : window(window_in), own_name(std::move(name_in)) {
     window.controls.push_back(this);
   }
   Control(const Control&) = delete;
@@ -47,13 +48,13 @@ public:
   void store_typed(std::string new_text) { own_text = std::move(new_text); }
 
 protected:
-  Screen& screen;
+  Window& window;
   std::string own_text;
 
 private:
   template <class Value> void set(Value& value, Value new_value) {
     value = std::move(new_value);
-    screen.refresh(*this);
+    window.screen.refresh(*this);
   }
 
   const std::string own_name;
@@ -62,23 +63,12 @@ private:
   bool is_visible = true;
 };
 
-// The list of the machine's drives, each a letter and a colon; its text is the selected one.
+// The list of the machine's drives; its text is the selected one.
 class DriveList : public Control {
 public:
   using Control::Control;
 
-  const std::vector<std::string>& drives() const { return own_drives; }
-
-  // Fills the list and selects a drive without firing `changed`.
-  void fill(std::vector<std::string> letters, std::string selected);
-
-  // Selects a drive for the user. Fires `changed` unless it is selected already.
-  void select(std::string drive);
-
-  std::function<void()> changed;
-
-private:
-  std::vector<std::string> own_drives;
+  std::vector<std::string> drives;  // each a letter and a colon; `set_text` shows them
 };
 
 // A row of the directory list.
@@ -91,8 +81,7 @@ struct FolderRow {
 // The list that shows a folder and its subfolders; its text is the folder's path.
 class DirectoryList : public Control {
 public:
-  DirectoryList(Window& window, std::string name_in, Files& machine)
-      : Control(window, std::move(name_in)), files(machine) {}
+  using Control::Control;
 
   // The folder that it shows, without a trailing "\" except for a drive root; empty before the
   // first `set_path`.
@@ -105,9 +94,6 @@ public:
   // while it shows no folder.
   std::vector<FolderRow> rows() const;
 
-  // The position in `rows` of the list's own folder; only while it shows one.
-  std::size_t own_row() const { return chain().size() - 1; }
-
   // Points the list at a folder, which is listed anew even if it is shown already; only another
   // folder fires `changed`. Fails, and leaves the list unchanged, when the folder cannot be listed.
   Result<Done> set_path(const std::string& folder);
@@ -115,19 +101,14 @@ public:
   std::function<void()> changed;
 
 private:
-  std::vector<FolderRow> chain() const;  // the rows from the root down to the list's own folder
-
-  Files& files;
   std::vector<std::string> own_subfolders;
 };
 
 // The list of a folder's files; its text is the folder's path.
 class FileList : public Control {
 public:
-  FileList(Window& window, std::string name_in, Files& machine)
-      : Control(window, std::move(name_in)), files(machine) {}
+  using Control::Control;
 
-  const std::string& path() const { return text(); }
   const std::string& pattern() const { return own_pattern; }
 
   // The folder's files that match the pattern, in ascending order; empty when the folder cannot be
@@ -140,7 +121,6 @@ public:
 private:
   void fill();
 
-  Files& files;
   std::string own_pattern = "*";
   std::vector<std::string> own_names;
 };

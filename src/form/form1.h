@@ -26,13 +26,13 @@ public:
   Screen& screen;
 
 private:
-  Window window{screen, {}};
+  Window window{files, screen, {}};
   std::string own_caption;
 
 public:
   DriveList Drive1{window, "Drive1"};
-  FileList File1{window, "File1", files};
-  DirectoryList Dir1{window, "Dir1", files};
+  FileList File1{window, "File1"};
+  DirectoryList Dir1{window, "Dir1"};
   Control Command1{window, "Command1"};
   Control Command2{window, "Command2"};
   Control Command3{window, "Command3"};

@@ -8,9 +8,8 @@
 #include "discover/search.h"
 #include "ui/layout.h"
 
-#include <algorithm>
-#include <iterator>
 #include <new>
+#include <utility>
 
 namespace {
 
@@ -73,29 +72,12 @@ void Drive1_Change(Form1& form) {
   form.Drive1.set_text(form.dirpath.substr(0, 2));
 }
 
-struct Handler {
-  Control Form1::* button;
-  void (*click)(Form1&);
-};
-
-constexpr Handler handlers[] = {
+constexpr std::pair<Control Form1::*, void (*)(Form1&)> click_handlers[] = {
     {&Form1::Command1, Command1_Click}, {&Form1::Command2, Command2_Click},
     {&Form1::Command3, Command3_Click}, {&Form1::Command4, Command4_Click},
     {&Form1::Command5, Command5_Click}, {&Form1::Command6, Command6_Click},
     {&Form1::Command7, Command7_Click},
 };
-
-// Makes the other lists follow the drive list and the directory list.
-void connect_lists(Form1& form) {
-  form.Dir1.changed = [&form] { Dir1_Change(form); };
-  form.Drive1.changed = [&form] { Drive1_Change(form); };
-}
-
-void show_current_folder(Form1& form) {
-  // The lists stay empty when the current folder cannot be listed.
-  static_cast<void>(form.Dir1.set_path("."));
-  form.Drive1.fill(form.system.drives(), form.Dir1.path().substr(0, 2));
-}
 
 // Does what the user asked for. No exception may pass through a front end's own frames.
 template <class Work> void within_memory(Form1& form, const Work& work) {
@@ -111,9 +93,9 @@ template <class Work> void within_memory(Form1& form, const Work& work) {
 void press(Form1& form, const Control& button) {
   if (!button.enabled() || form.converting || (form.searching && &button != &form.Command3))
     return;
-  const auto handler = std::find_if(std::begin(handlers), std::end(handlers),
-                                    [&](const Handler& h) { return &(form.*h.button) == &button; });
-  within_memory(form, [&] { handler->click(form); });
+  for (const auto& [own, click] : click_handlers)
+    if (&(form.*own) == &button)
+      within_memory(form, [&] { click(form); });
 }
 
 Control& focus_after(Form1& form) {
@@ -132,15 +114,22 @@ void open_folder(Form1& form, const std::string& path) {
 }
 
 void select_drive(Form1& form, const std::string& drive) {
-  if (!form.searching && !form.converting)
-    within_memory(form, [&] { form.Drive1.select(drive); });
+  if (form.searching || form.converting || drive == form.Drive1.text())
+    return;
+  within_memory(form, [&] {
+    form.Drive1.set_text(drive);
+    Drive1_Change(form);
+  });
 }
 
 void load_form(Form1& form) {
   within_memory(form, [&] {
     apply_layout(form);
-    connect_lists(form);
-    show_current_folder(form);
+    form.Dir1.changed = [&form] { Dir1_Change(form); };
+    // The lists stay empty when the current folder cannot be listed.
+    static_cast<void>(form.Dir1.set_path("."));
+    form.Drive1.drives = form.system.drives();
+    form.Drive1.set_text(form.Dir1.path().substr(0, 2));
     startup(form);
   });
 }

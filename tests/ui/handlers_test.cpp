@@ -43,7 +43,7 @@ TEST_F(Handlers, AFolderIsShownOrTheReasonWhyNot) {
   const std::string folder = form.Dir1.path();
   EXPECT_EQ(folder + "\\", form.pathlist[0]);
   EXPECT_EQ(form.File1.names(), (std::vector<std::string>{"a.galaxy", "b.galaxy"}));
-  EXPECT_EQ(form.Drive1.drives(), (std::vector<std::string>{"C:", "Z:"}));
+  EXPECT_EQ(form.Drive1.drives, (std::vector<std::string>{"C:", "Z:"}));
   select_drive(form, form.Drive1.text());  // which leaves the lists
 
   fs::remove_all(machine.drive_c / "Games");

@@ -74,7 +74,7 @@ std::function<void()> make_text_box(const ControlLayout& row, Form1& form, TextB
 std::function<void()> make_drive_list(const ControlLayout& row, Form1& form, QComboBox* list) {
   const auto show = [&row, &form, list] {
     list->clear();
-    for (const std::string& drive : form.Drive1.drives())
+    for (const std::string& drive : form.Drive1.drives)
       list->addItem(to_qt(drive));
     list->setCurrentIndex(list->findText(to_qt(form.Drive1.text())));
     list->setAccessibleName(to_qt(accessible_name(row, form)));
@@ -136,7 +136,7 @@ QStandardItem* fill_folders(const DirectoryList& folders, QStandardItemModel& mo
   const std::vector<FolderRow> rows = folders.rows();
   if (rows.empty())
     return nullptr;
-  const std::size_t own_row = folders.own_row();
+  const std::size_t own_row = rows.size() - folders.subfolders().size() - 1;
   QStandardItem* own = model.invisibleRootItem();
   for (std::size_t i = 0; i <= own_row; ++i) {
     auto* item = new FolderItem(rows[i], open);

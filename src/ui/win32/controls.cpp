@@ -96,12 +96,12 @@ void show_folders(const Mirror& mirror, const DirectoryList& folders) {
     rows.push_back(std::wstring(row.depth * indentation, L' ') + widen(row.name));
   fill_rows(mirror, rows);
   if (!rows.empty())
-    SendMessageW(mirror.window, LB_SETCURSEL, folders.own_row(), 0);
+    SendMessageW(mirror.window, LB_SETCURSEL, rows.size() - folders.subfolders().size() - 1, 0);
 }
 
 // Adds the drives only once: the list may be dropped down while another one is selected.
 void show_drives(HWND window, const DriveList& drives) {
-  const std::vector<std::string>& all = drives.drives();
+  const std::vector<std::string>& all = drives.drives;
   if (SendMessageW(window, CB_GETCOUNT, 0, 0) == 0)
     for (const std::string& drive : all)
       SendMessageW(window, CB_ADDSTRING, 0, reinterpret_cast<LPARAM>(widen(drive).c_str()));
@@ -111,8 +111,8 @@ void show_drives(HWND window, const DriveList& drives) {
 
 void drive_selected(HWND window, Form1& form) {
   const auto index = static_cast<std::size_t>(SendMessageW(window, CB_GETCURSEL, 0, 0));
-  if (index < form.Drive1.drives().size())
-    select_drive(form, std::string(form.Drive1.drives()[index]));
+  if (index < form.Drive1.drives.size())
+    select_drive(form, form.Drive1.drives[index]);
   show_drives(window, form.Drive1);  // the drive may not have been ready, or a search is running
 }
 

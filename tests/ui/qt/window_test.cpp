@@ -180,7 +180,7 @@ TEST_F(TheWindow, ClipsNoCaptionAndKeepsFontsThatFit) {
 
 TEST_F(TheWindow, TellsAScreenReaderWhatItShows) {
   form.Label4.set_text("9");
-  form.Drive1.select("C:");
+  select_drive(form, "C:");
   QStringList names;
   const QAccessibleInterface* shown = QAccessible::queryAccessibleInterface(&window);
   for (int i = 0; i < shown->childCount(); ++i)
