@@ -1,7 +1,6 @@
 // The front end with a Qt window: a widget for each row of the layout, at its place.
 #include "ui/qt/main_window.h"
 
-#include "platform/console.h"
 #include "ui/handlers.h"
 #include "ui/qt/combo_box_access.h"
 #include "ui/qt/key_guard.h"
@@ -50,11 +49,8 @@ void MainWindow::open(Form1& new_form) {
   fit_on_screen();
   for (const ControlLayout& row : ::layout())
     mirrors.emplace(&control_of(row, *form), make_mirror(row, *form, this));
-  for (const Control* control : form->controls())
-    refresh(*control);
   frame_focus(this);
   guard_keys(this);
-  place_widgets();
 }
 
 void MainWindow::show() {
@@ -82,19 +78,14 @@ void MainWindow::refresh(const Control& control) {
   if (QWidget* place = control.visible() ? this : backstage; mirror.widget->parentWidget() != place)
     mirror.widget->setParent(place);
   mirror.show();
+  mirror.widget->setAccessibleName(to_qt(accessible_name(*mirror.row, *form)));
   mirror.widget->setEnabled(control.enabled());
   mirror.widget->setToolTip(plain_tip(control.tooltip()));
   mirror.widget->setVisible(control.visible());
   if (!appears || !isVisible())
     return;
-  fit_captions();  // it takes room from the labels beside it
-  repaint();       // at once: a silent run may follow, which does not yield
-}
-
-void MainWindow::fit_captions() const {
-  for (const auto& [control, mirror] : mirrors)
-    if (mirror.row->has_caption())
-      mirror.show();
+  arrange();  // it takes room from the labels beside it
+  repaint();  // at once: a silent run may follow, which does not yield
 }
 
 void MainWindow::append(const Control& control, std::string_view text) {
@@ -115,8 +106,6 @@ void MainWindow::show_busy(bool busy) {
     QApplication::restoreOverrideCursor();
 }
 
-void MainWindow::print_error(const std::string& text) { ::print_error(text); }
-
 void MainWindow::process_messages() { QCoreApplication::processEvents(); }
 
 // A window manager offers to end a program that does not answer its ping.
@@ -134,13 +123,12 @@ void MainWindow::end(int status) {
 
 void MainWindow::closeEvent(QCloseEvent*) { close_window(*form); }
 
-void MainWindow::resizeEvent(QResizeEvent*) {
-  fit_captions();
-  place_widgets();
-}
+void MainWindow::resizeEvent(QResizeEvent*) { arrange(); }
 
-void MainWindow::place_widgets() {
+void MainWindow::arrange() {
   for (const auto& [control, mirror] : mirrors) {
+    if (mirror.row->has_caption())
+      mirror.show();
     const Place at = place_of(*mirror.row, width(), height(), logicalDpiX());
     if (mirror.row->sized_to_text)
       mirror.widget->move(at.left, at.top);

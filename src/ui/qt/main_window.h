@@ -24,7 +24,6 @@ public:
   void append(const Control& control, std::string_view text) override;
   void message_box(const std::string& text) override;
   void show_busy(bool busy) override;
-  void print_error(const std::string& text) override;
   void process_messages() override;
   void show_alive() override;
 
@@ -38,8 +37,7 @@ protected:
 
 private:
   void fit_on_screen();
-  void fit_captions() const;
-  void place_widgets();
+  void arrange();  // gives the widgets their places, and the captions letters that fit there
 
   Form1* form = nullptr;
   QDeadlineTimer silence{0};  // within which the window need not show that it is alive

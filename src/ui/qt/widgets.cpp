@@ -19,6 +19,8 @@
 #include <QStyle>
 #include <QTreeView>
 
+#include <iterator>
+
 namespace {
 
 constexpr int path_role = Qt::UserRole;
@@ -30,7 +32,6 @@ void show_caption(const ControlLayout& row, const Form1& form, Widget* widget) {
   const Room room = caption_room(row, form, widget->window()->width(), widget->logicalDpiX());
   widget->setFont(fitted(font_of(row.font), caption, room));
   widget->setText(caption);
-  widget->setAccessibleName(to_qt(accessible_name(row, form)));
 }
 
 std::function<void()> make_button(const ControlLayout& row, Form1& form, QPushButton* button) {
@@ -71,13 +72,12 @@ std::function<void()> make_text_box(const ControlLayout& row, Form1& form, TextB
   return [] {};
 }
 
-std::function<void()> make_drive_list(const ControlLayout& row, Form1& form, QComboBox* list) {
-  const auto show = [&row, &form, list] {
+std::function<void()> make_drive_list(const ControlLayout&, Form1& form, QComboBox* list) {
+  const auto show = [&form, list] {
     list->clear();
     for (const std::string& drive : form.Drive1.drives)
       list->addItem(to_qt(drive));
     list->setCurrentIndex(list->findText(to_qt(form.Drive1.text())));
-    list->setAccessibleName(to_qt(accessible_name(row, form)));
   };
   QObject::connect(list, &QComboBox::activated, [&form, list, show] {
     select_drive(form, list->currentText().toStdString());
@@ -98,7 +98,7 @@ public:
   }
 };
 
-std::function<void()> make_file_list(Form1& form, QListView* list) {
+std::function<void()> make_file_list(const ControlLayout&, Form1& form, QListView* list) {
   auto* names = new NameModel(list);
   list->setModel(names);
   list->setUniformItemSizes(true);
@@ -111,21 +111,12 @@ std::function<void()> make_file_list(Form1& form, QListView* list) {
   };
 }
 
-// A folder of the directory list; its tool tip is its path.
-class FolderItem : public QStandardItem {
-public:
-  FolderItem(const FolderRow& row, const QIcon& icon)
-      : QStandardItem(icon, to_qt(row.name)), path(row.path) {}
-
-  QVariant data(int role) const override {
-    if (role == path_role)
-      return QByteArray::fromStdString(path);  // names need not be valid UTF-8
-    return role == Qt::ToolTipRole ? plain_tip(path) : QStandardItem::data(role);
-  }
-
-private:
-  const std::string path;
-};
+QStandardItem* make_item(const FolderRow& row, const QIcon& icon) {
+  auto* item = new QStandardItem(icon, to_qt(row.name));
+  item->setData(QByteArray::fromStdString(row.path), path_role);  // it need not be valid UTF-8
+  item->setToolTip(plain_tip(row.path));
+  return item;
+}
 
 // Adds the folders as items, each below its parent. Returns the item of the folder that the list
 // shows; null when it shows none.
@@ -136,17 +127,17 @@ QStandardItem* fill_folders(const DirectoryList& folders, QStandardItemModel& mo
   const std::vector<FolderRow> rows = folders.rows();
   if (rows.empty())
     return nullptr;
-  const std::size_t own_row = rows.size() - folders.subfolders().size() - 1;
+  const auto below = rows.end() - std::ssize(folders.subfolders());
   QStandardItem* own = model.invisibleRootItem();
-  for (std::size_t i = 0; i <= own_row; ++i) {
-    auto* item = new FolderItem(rows[i], open);
+  for (auto row = rows.begin(); row != below; ++row) {
+    auto* item = make_item(*row, open);
     own->appendRow(item);
     own = item;
   }
-  QList<QStandardItem*> below;
-  for (std::size_t i = own_row + 1; i < rows.size(); ++i)
-    below.append(new FolderItem(rows[i], closed));
-  own->appendRows(below);
+  QList<QStandardItem*> items;
+  for (auto row = below; row != rows.end(); ++row)
+    items.append(make_item(*row, closed));
+  own->appendRows(items);
   return own;
 }
 
@@ -171,7 +162,7 @@ void set_up_tree(QTreeView* tree) {
   tree->header()->setSectionResizeMode(QHeaderView::ResizeToContents);
 }
 
-std::function<void()> make_directory_list(Form1& form, QTreeView* tree) {
+std::function<void()> make_directory_list(const ControlLayout&, Form1& form, FolderTree* tree) {
   auto* model = new QStandardItemModel(tree);
   tree->setModel(model);
   set_up_tree(tree);
@@ -201,13 +192,13 @@ std::function<void()> make_directory_list(Form1& form, QTreeView* tree) {
   };
 }
 
-template <class Widget, class Make>
-Mirror mirror(const ControlLayout& row, const Form1& form, QWidget* window, const Make& make) {
+template <class Widget>
+Mirror mirror(const ControlLayout& row, Form1& form, QWidget* window,
+              std::function<void()> (*make)(const ControlLayout&, Form1&, Widget*)) {
   auto* widget = new Widget(window);
   widget->setObjectName(row.name);
   widget->setFont(font_of(row.font));
-  widget->setAccessibleName(to_qt(accessible_name(row, form)));
-  return {&row, widget, make(widget)};
+  return {&row, widget, make(row, form, widget)};
 }
 
 }  // namespace
@@ -215,23 +206,17 @@ Mirror mirror(const ControlLayout& row, const Form1& form, QWidget* window, cons
 Mirror make_mirror(const ControlLayout& row, Form1& form, QWidget* window) {
   switch (row.kind) {
   case Kind::drive_list:
-    return mirror<QComboBox>(row, form, window,
-                             [&](auto* list) { return make_drive_list(row, form, list); });
+    return mirror(row, form, window, make_drive_list);
   case Kind::file_list:
-    return mirror<QListView>(row, form, window,
-                             [&](auto* list) { return make_file_list(form, list); });
+    return mirror(row, form, window, make_file_list);
   case Kind::directory_list:
-    return mirror<FolderTree>(row, form, window,
-                              [&](auto* tree) { return make_directory_list(form, tree); });
+    return mirror(row, form, window, make_directory_list);
   case Kind::button:
-    return mirror<QPushButton>(row, form, window,
-                               [&](auto* button) { return make_button(row, form, button); });
+    return mirror(row, form, window, make_button);
   case Kind::text_box:
-    return mirror<TextBox>(row, form, window,
-                           [&](auto* box) { return make_text_box(row, form, box); });
+    return mirror(row, form, window, make_text_box);
   case Kind::label:
     break;
   }
-  return mirror<QLabel>(row, form, window,
-                        [&](auto* label) { return make_label(row, form, label); });
+  return mirror(row, form, window, make_label);
 }
