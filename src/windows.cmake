@@ -12,7 +12,7 @@ target_compile_definitions(windows PUBLIC UNICODE NOMINMAX WIN32_LEAN_AND_MEAN
   _WIN32_WINNT=0x0601 WINVER=0x0601)  # Windows 7
 
 layer(win32 BELOW ui windows SOURCES
-  ui/win32/accessible_name.cpp ui/win32/controls.cpp ui/win32/font.cpp ui/win32/key_guard.cpp
+  ui/win32/controls.cpp ui/win32/font.cpp ui/win32/key_guard.cpp
   ui/win32/main_window.cpp ui/win32/message_box.cpp ui/win32/monitor.cpp)
 target_link_libraries(win32 PUBLIC comctl32 gdi32)
 

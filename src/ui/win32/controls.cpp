@@ -7,6 +7,7 @@
 #include <algorithm>
 
 #include <commctrl.h>
+#include <oleacc.h>
 
 namespace {
 
@@ -109,6 +110,20 @@ void show_drives(HWND window, const DriveList& drives) {
   SendMessageW(window, CB_SETCURSEL, static_cast<WPARAM>(selected - all.begin()), 0);
 }
 
+// Names the control for screen readers, which without a name take its text. Nothing depends on its
+// success.
+void show_name(const Mirror& mirror, const Form1& form) {
+  const std::wstring name = widen(accessible_name(*mirror.row, form));
+  void* made = nullptr;
+  if (name.empty() || FAILED(CoCreateInstance(CLSID_AccPropServices, nullptr, CLSCTX_INPROC_SERVER,
+                                              IID_IAccPropServices, &made)))
+    return;
+  auto* const service = static_cast<IAccPropServices*>(made);
+  service->SetHwndPropStr(mirror.window, static_cast<DWORD>(OBJID_CLIENT), CHILDID_SELF,
+                          PROPID_ACC_NAME, name.c_str());
+  service->Release();
+}
+
 void drive_selected(HWND window, Form1& form) {
   const auto index = static_cast<std::size_t>(SendMessageW(window, CB_GETCURSEL, 0, 0));
   if (index < form.Drive1.drives.size())
@@ -140,6 +155,7 @@ HWND make_control(const ControlLayout& row, HWND parent, int identifier) {
 void use_dialog_keys(HWND text_box) { SetWindowSubclass(text_box, edit_box_procedure, 0, 0); }
 
 void show_control(const Mirror& mirror, const Form1& form) {
+  show_name(mirror, form);
   if (mirror.row->kind == Kind::drive_list)
     return show_drives(mirror.window, form.Drive1);
   if (mirror.row->kind == Kind::directory_list)
@@ -198,11 +214,4 @@ void handle_notification(const Mirror& mirror, Form1& form, WORD code) {
     open_selected(mirror.window, form);
   if (mirror.row->kind == Kind::text_box && code == EN_CHANGE)
     mirror.control->store_typed(narrow(text_of(mirror.window)));
-}
-
-void handle_enter(const Mirror& mirror, Form1& form) {
-  if (mirror.row->kind == Kind::button)
-    press(form, *mirror.control);
-  if (mirror.row->kind == Kind::directory_list)
-    open_selected(mirror.window, form);
 }

@@ -24,7 +24,8 @@ HWND make_control(const ControlLayout& row, HWND parent, int identifier);
 // text.
 void use_dialog_keys(HWND text_box);
 
-// Shows the control's text or rows.
+// Shows the control's text or rows, and its name to screen readers. COM must be initialised on the
+// thread.
 void show_control(const Mirror& mirror, const Form1& form);
 
 // Gives a control the layout's font for a monitor of `dpi` dots per inch.
@@ -42,6 +43,3 @@ void append_text(HWND box, std::string_view text);
 
 // Passes what the user did with a control to the form; `code` is the control's notification code.
 void handle_notification(const Mirror& mirror, Form1& form, WORD code);
-
-// The user pressed Enter: presses a button, opens the folder selected in the directory list.
-void handle_enter(const Mirror& mirror, Form1& form);

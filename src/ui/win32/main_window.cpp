@@ -1,7 +1,6 @@
 // The front end with a window of the system: a control for each row of the layout, at its place.
 #include "ui/win32/main_window.h"
 
-#include "platform/console.h"
 #include "platform/windows/wide_text.h"
 #include "ui/handlers.h"
 #include "ui/layout.h"
@@ -25,25 +24,14 @@ HCURSOR pointer(bool busy) {
 }
 
 void register_class(WNDPROC procedure) {
-  WNDCLASSEXW windows{};
-  windows.cbSize = sizeof windows;
+  WNDCLASSW windows{};
   windows.lpfnWndProc = procedure;
   windows.hInstance = program();
   windows.hIcon = LoadIconW(program(), MAKEINTRESOURCEW(icon));
   windows.hCursor = pointer(false);
   windows.hbrBackground = GetSysColorBrush(COLOR_BTNFACE);
   windows.lpszClassName = window_class;
-  RegisterClassExW(&windows);
-}
-
-TOOLINFOW tool_of(const Mirror& mirror, std::wstring& text) {
-  TOOLINFOW tool{};
-  tool.cbSize = sizeof tool;
-  tool.uFlags = TTF_IDISHWND | TTF_SUBCLASS;
-  tool.hwnd = GetParent(mirror.window);
-  tool.uId = reinterpret_cast<UINT_PTR>(mirror.window);
-  tool.lpszText = text.data();
-  return tool;
+  RegisterClassW(&windows);
 }
 
 }  // namespace
@@ -53,15 +41,16 @@ bool MainWindow::open(Form1& new_form) {
   register_class(procedure);
   window =
       CreateWindowExW(WS_EX_CONTROLPARENT, window_class, L"", WS_OVERLAPPEDWINDOW | WS_CLIPCHILDREN,
-                      CW_USEDEFAULT, CW_USEDEFAULT, 0, 0, nullptr, nullptr, program(), this);
-  if (!window)
+                      CW_USEDEFAULT, CW_USEDEFAULT, 0, 0, nullptr, nullptr, program(), nullptr);
+  dpi = static_cast<int>(dpi_of(window));
+  if (!window || !make_controls())
     return false;
+  SetWindowLongPtrW(window, GWLP_USERDATA, reinterpret_cast<LONG_PTR>(this));
   DisableProcessWindowsGhosting();  // a conversion handles no messages
   guard_keys();
-  naming = make_naming_service();
-  dpi = static_cast<int>(dpi_of(window));
-  make_tooltips();
-  set_fonts();
+  tooltips = CreateWindowExW(WS_EX_TOPMOST, TOOLTIPS_CLASSW, nullptr,
+                             WS_POPUP | TTS_ALWAYSTIP | TTS_NOPREFIX, 0, 0, 0, 0, window, nullptr,
+                             program(), nullptr);
   move_into_view();
   return true;
 }
@@ -87,35 +76,22 @@ bool MainWindow::make_controls() {
     if (!made)
       return false;
     mirrors.push_back({&row, &control_of(row, *form), made, nullptr, nullptr});
+    set_font(mirrors.back(), dpi);
   }
   return true;
 }
 
-void MainWindow::make_tooltips() {
-  tooltips = CreateWindowExW(WS_EX_TOPMOST, TOOLTIPS_CLASSW, nullptr,
-                             WS_POPUP | TTS_ALWAYSTIP | TTS_NOPREFIX, 0, 0, 0, 0, window, nullptr,
-                             program(), nullptr);
-  std::wstring none;
-  for (const Mirror& mirror : mirrors) {
-    const TOOLINFOW tool = tool_of(mirror, none);
-    SendMessageW(tooltips, TTM_ADDTOOLW, 0, reinterpret_cast<LPARAM>(&tool));
-  }
-}
-
-void MainWindow::set_tooltip(const Mirror& mirror) {
+void MainWindow::set_tooltip(const Mirror& mirror) const {
   std::wstring text = widen(mirror.control->tooltip());
-  const TOOLINFOW tool = tool_of(mirror, text);
-  SendMessageW(tooltips, TTM_UPDATETIPTEXTW, 0, reinterpret_cast<LPARAM>(&tool));
-}
-
-void MainWindow::set_fonts() {
-  for (Mirror& mirror : mirrors)
-    set_font(mirror, dpi);
-}
-
-void MainWindow::fit_captions() {
-  for (Mirror& mirror : mirrors)
-    fit_caption(mirror, *form, client_size().cx, dpi);
+  TOOLINFOW tool{};
+  tool.cbSize = sizeof tool;
+  tool.uFlags = TTF_IDISHWND | TTF_SUBCLASS;
+  tool.hwnd = window;
+  tool.uId = reinterpret_cast<UINT_PTR>(mirror.window);
+  tool.lpszText = text.data();
+  SendMessageW(tooltips, TTM_DELTOOLW, 0, reinterpret_cast<LPARAM>(&tool));
+  if (!text.empty())
+    SendMessageW(tooltips, TTM_ADDTOOLW, 0, reinterpret_cast<LPARAM>(&tool));
 }
 
 SIZE MainWindow::client_size() const {
@@ -142,14 +118,11 @@ void MainWindow::move_into_view() {
                SWP_NOZORDER | SWP_NOACTIVATE);
 }
 
-void MainWindow::place_controls() {
-  for (const Mirror& mirror : mirrors)
-    place_control(mirror, client_size(), dpi);
-}
-
 void MainWindow::resize_controls() {
-  fit_captions();
-  place_controls();
+  for (Mirror& mirror : mirrors) {
+    fit_caption(mirror, *form, client_size().cx, dpi);
+    place_control(mirror, client_size(), dpi);
+  }
   InvalidateRect(window, nullptr, TRUE);  // also between the controls
 }
 
@@ -160,16 +133,11 @@ void MainWindow::limit_size(MINMAXINFO& limits) const {
 
 void MainWindow::change_dpi(int new_dpi, const RECT& suggested) {
   dpi = new_dpi;
-  set_fonts();
+  for (Mirror& mirror : mirrors)
+    set_font(mirror, dpi);
   SetWindowPos(window, nullptr, suggested.left, suggested.top, suggested.right - suggested.left,
                suggested.bottom - suggested.top, SWP_NOZORDER | SWP_NOACTIVATE);
   resize_controls();
-}
-
-const Mirror* MainWindow::mirror_of(HWND control) const {
-  const auto found = std::find_if(mirrors.begin(), mirrors.end(),
-                                  [&](const Mirror& mirror) { return mirror.window == control; });
-  return found == mirrors.end() ? nullptr : &*found;
 }
 
 Mirror& MainWindow::mirror_of(const Control& control) {
@@ -191,10 +159,7 @@ void MainWindow::show_caption(const std::string& caption) {
 void MainWindow::refresh(const Control& control) {
   Mirror& mirror = mirror_of(control);
   const bool was_visible = IsWindowVisible(mirror.window);
-  set_accessible_name(naming, mirror.window, accessible_name(*mirror.row, *form));
-  refreshing = true;
   show_control(mirror, *form);
-  refreshing = false;
   set_tooltip(mirror);
   fit_caption(mirror, *form, client_size().cx, dpi);
   if (mirror.row->sized_to_text)
@@ -210,9 +175,9 @@ void MainWindow::refresh(const Control& control) {
 }
 
 void MainWindow::append(const Control& control, std::string_view text) {
-  refreshing = true;
+  appending = true;
   append_text(mirror_of(control).window, text);
-  refreshing = false;
+  appending = false;
 }
 
 void MainWindow::message_box(const std::string& text) {
@@ -224,8 +189,6 @@ void MainWindow::show_busy(bool on) {
   busy = on;
   SetCursor(pointer(busy));
 }
-
-void MainWindow::print_error(const std::string& text) { ::print_error(text); }
 
 void MainWindow::process_messages() { handle_pending(0); }
 
@@ -240,15 +203,15 @@ void MainWindow::end(int status) { ExitProcess(static_cast<UINT>(status)); }
 
 // Enter comes as the identifier of a dialog's OK button, whatever has the focus.
 void MainWindow::command(WORD identifier, WORD code) {
-  const Mirror* mirror =
-      mirror_of(identifier == IDOK ? GetFocus() : GetDlgItem(window, identifier));
-  if (!mirror || refreshing)
+  const int control = identifier == IDOK ? GetDlgCtrlID(GetFocus()) : identifier;
+  const auto index = static_cast<std::size_t>(control - first_control_id);
+  if (index >= mirrors.size() || appending)
     return;
-  if (identifier == IDOK)
-    handle_enter(*mirror, *form);
-  else
-    handle_notification(*mirror, *form, code);
-  leave_disabled_control(*mirror);
+  const Mirror& mirror = mirrors[index];
+  if (identifier == IDOK)  // Enter does what a click does, and in a list a double click
+    code = mirror.row->kind == Kind::button ? BN_CLICKED : LBN_DBLCLK;
+  handle_notification(mirror, *form, code);
+  leave_disabled_control(mirror);
 }
 
 // A button that has disabled itself cannot keep the focus.
@@ -268,20 +231,12 @@ void MainWindow::keep_focus(bool active) {
 }
 
 LRESULT CALLBACK MainWindow::procedure(HWND window, UINT message, WPARAM word, LPARAM detail) {
-  if (message == WM_NCCREATE) {
-    auto* created =
-        static_cast<MainWindow*>(reinterpret_cast<CREATESTRUCTW*>(detail)->lpCreateParams);
-    created->window = window;
-    SetWindowLongPtrW(window, GWLP_USERDATA, reinterpret_cast<LONG_PTR>(created));
-  }
   auto* self = reinterpret_cast<MainWindow*>(GetWindowLongPtrW(window, GWLP_USERDATA));
   return self ? self->handle(message, word, detail) : DefWindowProcW(window, message, word, detail);
 }
 
 LRESULT MainWindow::handle(UINT message, WPARAM word, LPARAM detail) {
   switch (message) {
-  case WM_CREATE:
-    return make_controls() ? 0 : -1;  // -1: no window is created
   case WM_COMMAND:
     command(LOWORD(word), HIWORD(word));
     return 0;

@@ -1,7 +1,6 @@
 // The front end with a window of the system: a control for each row of the layout, at its place.
 #pragma once
 
-#include "ui/win32/accessible_name.h"
 #include "ui/win32/controls.h"
 
 #include <string>
@@ -21,8 +20,7 @@ public:
   MainWindow& operator=(const MainWindow&) = delete;
 
   // Creates the window and the controls of `new_form`, whose screen is this object; false when the
-  // system fails. COM must be initialised on the thread. Before it only `message_box` and
-  // `print_error` may be called.
+  // system fails. Before it only `message_box` and `print_error` may be called.
   bool open(Form1& new_form);
 
   // Handles messages until the program ends.
@@ -34,7 +32,6 @@ public:
   void append(const Control& control, std::string_view text) override;
   void message_box(const std::string& text) override;
   void show_busy(bool on) override;
-  void print_error(const std::string& text) override;
   void process_messages() override;
   [[noreturn]] void end(int status) override;
 
@@ -45,30 +42,24 @@ private:
   void dispatch(MSG& message) const;
 
   bool make_controls();
-  void make_tooltips();
-  void set_tooltip(const Mirror& mirror);
-  void set_fonts();
-  void fit_captions();
+  void set_tooltip(const Mirror& mirror) const;
   SIZE client_size() const;
   SIZE size_for(SIZE client) const;
   void move_into_view();
-  void place_controls();
   void resize_controls();
   void limit_size(MINMAXINFO& limits) const;
   void change_dpi(int new_dpi, const RECT& suggested);
   void command(WORD identifier, WORD code);
   void keep_focus(bool active);
   void leave_disabled_control(const Mirror& mirror);
-  const Mirror* mirror_of(HWND control) const;
   Mirror& mirror_of(const Control& control);
 
   Form1* form = nullptr;
   HWND window = nullptr;
   HWND tooltips = nullptr;
-  NamingService naming;
   HWND focused = nullptr;  // the control that had the focus when the window was last inactive
   int dpi = 96;
   bool busy = false;
-  bool refreshing = false;  // the program is changing a control: notifications are not the user's
+  bool appending = false;  // the program is changing a text box: notifications are not the user's
   std::vector<Mirror> mirrors;
 };
