@@ -277,16 +277,6 @@ TEST(Startup, SaysWhyTheGameHasNoRelease) {
   }
 }
 
-TEST(Startup, ASilentRunSaysOnStandardErrorWhatItsBoxesSay) {
-  TestMachine machine;
-  machine.write_data();
-  machine.install("vora", {9, 9, 9, 9});
-  Program program(machine, "/silent");
-  EXPECT_EQ(program.run([&] { load_form(program.form); }), 1);
-  ASSERT_EQ(program.screen.messages.size(), 1u);
-  EXPECT_EQ(program.screen.errors, program.screen.messages);
-}
-
 TEST(Startup, NothingToWorkOnIsTrouble) {
   for (const bool templates : {false, true}) {
     TestMachine machine;

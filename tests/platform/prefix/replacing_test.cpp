@@ -162,20 +162,24 @@ TEST_F(ReplaceOnPosix, ABackupIsTheMapThatWasRead) {
   EXPECT_EQ(read_file(maps / "a.galaxy"), "old");
 }
 
-// Whatever else has the map open then writes to the backup.
-TEST_F(ReplaceOnPosix, TheMapsOwnFileBecomesTheBackup) {
-  for (const char* before : {"none", "equal", "linked"}) {
-    fs::remove_all(maps);
-    write_file(maps / "a.galaxy", "old");
-    if (std::string(before) == "equal")
-      write_file(maps / "a.galold", "old");
-    if (std::string(before) == "linked")
-      fs::create_hard_link(maps / "a.galaxy", maps / "a.galold");
-    const ino_t map = inode(maps / "a.galaxy");
-    EXPECT_TRUE(bool(replace())) << before;
-    EXPECT_EQ(tree(maps), replaced()) << before;
-    EXPECT_EQ(inode(maps / "a.galold"), map) << before;
-  }
+// Whatever else has the map open then writes to the backup. Whether an older backup ever reached
+// the disk, nobody knows.
+TEST_F(ReplaceOnPosix, TheMapsOwnFileOrACopyBecomesTheBackup) {
+  for (const std::string before : {"none", "equal", "linked"})
+    for (const bool copied : {false, true}) {
+      fs::remove_all(maps);
+      write_file(maps / "a.galaxy", "old");
+      if (before == "equal")
+        write_file(maps / "a.galold", "old");
+      if (before == "linked")
+        fs::create_hard_link(maps / "a.galaxy", maps / "a.galold");
+      const ino_t map = inode(maps / "a.galaxy"), older = inode(maps / "a.galold");
+      disk.link_error = copied ? EPERM : 0;
+      EXPECT_TRUE(bool(replace())) << before;
+      EXPECT_EQ(tree(maps), replaced()) << before;
+      EXPECT_EQ(inode(maps / "a.galold") == map, !copied || before == "linked") << before;
+      EXPECT_TRUE(before != "equal" || inode(maps / "a.galold") != older);
+    }
 }
 
 TEST_F(ReplaceOnPosix, AMapThatIsOpenForWritingIsSkippedAndALaterWriterWaits) {
@@ -191,21 +195,6 @@ TEST_F(ReplaceOnPosix, AMapThatIsOpenForWritingIsSkippedAndALaterWriterWaits) {
   EXPECT_TRUE(open_path(system_disk(), path, O_RDONLY));
   opened->reset();
   EXPECT_TRUE(open_path(system_disk(), path, O_WRONLY | O_NONBLOCK));
-}
-
-TEST_F(ReplaceOnPosix, ABackupThatVanishesKeepsTheMap) {
-  for (const bool equal : {false, true}) {
-    fs::remove(maps / "a.galold");
-    if (equal)
-      write_file(maps / "a.galold", "old");
-    disk.at_flush = [&] {
-      if (fs::exists(maps / "a.galfix"))
-        fs::remove(maps / "a.galold");
-    };
-    EXPECT_FALSE(bool(replace()));
-    EXPECT_EQ(read_file(maps / "a.galaxy"), "old");
-    fs::remove(maps / "a.galfix");
-  }
 }
 
 // The command that gets maps back would put it over a later map. Without a lock another run may
@@ -268,21 +257,6 @@ TEST_F(ReplaceOnPosix, ANumberedBackupThatAKillLeftEmptyIsReplaced) {
     if (!locked)
       left["a.galold3"] = "older";
     EXPECT_EQ(tree(maps), left);
-  }
-}
-
-// Whether an older backup ever reached the disk, nobody knows.
-TEST_F(ReplaceOnPosix, AnEqualOlderBackupIsReplacedByAFlushedFile) {
-  for (const bool copied : {false, true}) {
-    fs::remove_all(maps);
-    write_file(maps / "a.galaxy", "old");
-    write_file(maps / "a.galold", "old");
-    const ino_t map = inode(maps / "a.galaxy"), older = inode(maps / "a.galold");
-    disk.link_error = copied ? EPERM : 0;
-    EXPECT_TRUE(bool(replace()));
-    EXPECT_EQ(tree(maps), replaced());
-    EXPECT_NE(inode(maps / "a.galold"), older);
-    EXPECT_EQ(inode(maps / "a.galold") == map, !copied);
   }
 }
 
