@@ -1,5 +1,5 @@
-# The rules of the checker, a header made anew with docs/templates.md: the rows of its table, and for
-# --explain what it says about each.
+# The rules of the checker, a header made anew with docs/templates.md: the rows of its table, which
+# src/check/finding.h includes, and for --explain what it says about each.
 set(document ${PROJECT_SOURCE_DIR}/docs/templates.md)
 set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${document})
 file(READ ${document} pages)
@@ -13,7 +13,7 @@ list(TRANSFORM rules REPLACE ", (also )?in maps" ", true")
 list(JOIN rules "},\n    " rules)
 string(REPLACE "\n### " ")~\"\n    R\"~(\n### " pages "${pages}")  # compilers bound a literal's size
 file(CONFIGURE OUTPUT ${CMAKE_CURRENT_BINARY_DIR}/generated/check/rules.h @ONLY
-  CONTENT "#pragma once\n
-constexpr Rule rule_table[] = {\n    @rules@}};\n
-constexpr char rule_pages[] = R\"~(@pages@)~\";\n")
-target_include_directories(check PRIVATE ${CMAKE_CURRENT_BINARY_DIR}/generated)
+  CONTENT "#pragma once\n\n#include \"check/rule.h\"\n
+inline constexpr Rule rule_table[] = {\n    @rules@}};\n
+inline constexpr char rule_pages[] = R\"~(@pages@)~\";\n")
+target_include_directories(check PUBLIC ${CMAKE_CURRENT_BINARY_DIR}/generated)

@@ -1,12 +1,11 @@
 # The program on Windows itself.
 set(machine windows)
 layer(windows BELOW platform SOURCES
-  platform/windows/console.cpp
-  platform/windows/find_file.cpp platform/windows/handle.cpp platform/windows/letter_case.cpp
-  platform/windows/name_lock.cpp platform/windows/paths.cpp
-  platform/windows/script_shell.cpp
-  platform/windows/wide_text.cpp platform/windows/windows_files.cpp
-  platform/windows/windows_map.cpp platform/windows/windows_system.cpp)
+  platform/windows/console.cpp platform/windows/find_file.cpp platform/windows/handle.cpp platform/windows/letter_case.cpp
+  platform/windows/name_lock.cpp platform/windows/paths.cpp platform/windows/retry_budget.cpp
+  platform/windows/script_shell.cpp platform/windows/wide_text.cpp
+  platform/windows/windows_files.cpp platform/windows/windows_map.cpp
+  platform/windows/windows_system.cpp)
 target_link_libraries(windows PUBLIC ole32 oleaut32 shell32 uuid)
 target_compile_definitions(windows PUBLIC UNICODE NOMINMAX WIN32_LEAN_AND_MEAN
   _WIN32_WINNT=0x0601 WINVER=0x0601)  # Windows 7

@@ -8,7 +8,8 @@ enum class Edition { base, expansion };
 // Whether a base edition counts as registered, by its folder text, which ends in "\".
 bool is_base_registered(const std::string& path);
 
-// Takes the game's executables from `gamepath` from now on.
+// Takes the game's executables, and the folder that a mismatch names, from `gamepath` from now on,
+// and writes it to the diagnostic file.
 void set_versionfolder(Form1& form);
 
 // Full path of the edition's executable.

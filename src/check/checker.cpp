@@ -109,7 +109,7 @@ std::string Checker::report(bool colours) {
                    quote(pair->old.lines[line]) + " recognises no line of the given maps" + near);
   }
   findings.heed_remarks(checked);
-  std::size_t unused = 0, pairs = 0, maps = 0;
+  std::size_t pairs = 0, maps = 0;
   for (const EditionTemplates& edition : editions)
     pairs += edition.pairs.size();
   std::string list;
@@ -121,8 +121,7 @@ std::string Checker::report(bool colours) {
       list += (maps > 0 ? ", " : ": ") + std::to_string(count) + what;
       maps += count;
     }
-  if (maps > 0)
-    unused = pairs - unmatched.size();
+  const std::size_t unused = maps > 0 ? pairs - unmatched.size() : 0;
   return findings.report(colours) + counted(pairs, "pair") +
          (unused > 0 ? ", " + std::to_string(unused) + " without a map" : "") + "; " +
          counted(maps, "map") + list + "; " + findings.summary() + "\n";

@@ -1,7 +1,6 @@
 // What the checker has found, with its places.
 #include "check/finding.h"
 
-#include "check/rules.h"
 #include "check/sections.h"
 #include "platform/printable.h"
 
@@ -43,11 +42,6 @@ std::string line_of(const Finding& finding, bool colours) {
 
 }  // namespace
 
-const Rule* find_rule(std::string_view name) {
-  const auto found = std::ranges::find(rule_table, name, &Rule::name);
-  return found == std::end(rule_table) ? nullptr : found;
-}
-
 std::string_view explain(const Rule& rule) {
   const std::string title = "### " + std::string(rule.name) + "\n\n";
   const std::string_view pages = rule_pages;
@@ -79,13 +73,13 @@ void Findings::read_remarks(const Template& file) {
   }
 }
 
-void Findings::add(std::string_view rule, const Place& place, const std::string& text,
-                   const Place& seen, const std::string& key) {
+void Findings::add(KnownRule known, const Place& place, const std::string& text, const Place& seen,
+                   const std::string& key) {
   const bool in_map = place.file == seen.file;
   const std::string at = in_map ? "" : text_of(place) + " ";
   const std::string what = !key.empty() ? key : at + (in_map || seen.file.empty() ? text : "");
-  Finding& finding = kept.try_emplace(std::string(rule) + "\n" + what,
-                                      Finding{find_rule(rule), place, text, seen, {}})
+  Finding& finding = kept.try_emplace(std::string(known.rule.name) + "\n" + what,
+                                      Finding{&known.rule, place, text, seen, {}})
                          .first->second;
   if (!seen.file.empty())
     finding.maps.insert(seen.file);

@@ -1,23 +1,24 @@
 // The rules, and what the checker has found by them.
 #pragma once
 
+#include "check/rules.h"
 #include "engine/templates.h"
 
+#include <algorithm>
 #include <map>
 #include <set>
 
-// An error damages maps or ends the program; a warning may be meant as it is.
-enum class Severity { error, warning };
-
-// A row of the table of docs/templates.md, which has a section of that name, too.
-struct Rule {
-  std::string_view name;
-  Severity severity;
-  bool in_maps = false;  // whether it finds something in maps
-};
-
 // Null when there is no rule of that name.
-const Rule* find_rule(std::string_view name);
+constexpr const Rule* find_rule(std::string_view name) {
+  const auto found = std::ranges::find(rule_table, name, &Rule::name);
+  return found == std::end(rule_table) ? nullptr : found;
+}
+
+// A rule by its name; it does not compile when there is none.
+struct KnownRule {
+  consteval KnownRule(const char* name) : rule(*find_rule(name)) {}
+  const Rule& rule;
+};
 
 // What docs/templates.md says about a rule.
 std::string_view explain(const Rule& rule);
@@ -47,8 +48,8 @@ public:
   // Adds what a rule finds: what is wrong at a place and, if a map shows it, where in the first
   // such map. That is reported once for all maps: for each place of a template, and for each text,
   // or key if it is given, about a line of the map.
-  void add(std::string_view rule, const Place& place, const std::string& text,
-           const Place& seen = {}, const std::string& key = "");
+  void add(KnownRule known, const Place& place, const std::string& text, const Place& seen = {},
+           const std::string& key = "");
 
   // Leaves out what is silenced, and finds the remarks that silence nothing. `checked` are the
   // files that maps were checked with.

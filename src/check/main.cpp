@@ -191,9 +191,8 @@ int run(const Arguments& arguments) {
   const bool colours = escape && !dumb && (!no_colour || !*no_colour);
   if (!print(checker.report(colours) + (escape ? printable_lines(shown) : shown)))
     throw Failure{"standard output", "write the findings", "it is closed or full"};
-  const bool strict = arguments.has("--strict");
-  return checker.count(Severity::error) + (strict ? checker.count(Severity::warning) : 0) > 0 ? 1
-                                                                                              : 0;
+  const std::size_t warnings = arguments.has("--strict") ? checker.count(Severity::warning) : 0;
+  return checker.count(Severity::error) + warnings > 0 ? 1 : 0;
 }
 
 }  // namespace

@@ -81,7 +81,7 @@ void check_block(const MapRun& run, const Pass& pass, const Block& block, Findin
   const auto place_of = [&](std::size_t k) {
     return Place{run.map.path, pass.origins[std::min(k, pass.origins.size() - 1)].line};
   };
-  const auto report = [&](const char* rule, std::size_t k, const std::string& fault) {
+  const auto report = [&](KnownRule rule, std::size_t k, const std::string& fault) {
     const std::size_t header = pass.header_of(block);
     findings.add(rule, {old.filename, header},
                  quote(pass.input[k]) + fault + " of section " + section_name(old, header),
@@ -111,7 +111,7 @@ void check_block(const MapRun& run, const Pass& pass, const Block& block, Findin
 // follow each other in the map, too, are as they were: only a missing one is reported.
 void check_result(const MapRun& run, const Baseline& shown, Findings& findings) {
   // A line is reported where the template writes it, or where the map has it.
-  const auto report = [&](const char* rule, const Origin& origin, const std::string& text,
+  const auto report = [&](KnownRule rule, const Origin& origin, const std::string& text,
                           const std::string& key) {
     const Place seen{run.map.path, origin.line};
     const Pair* writer = origin.writer;

@@ -94,12 +94,12 @@ LineRange body_of(const NewTemplate& current, std::size_t s) {
     return {};
   const bool last = s + 1 == current.newheads.size();
   const std::size_t end = last ? current.lines.size() : current.newheads[s + 1];
-  return {std::min(current.newheads[s] + 1, end), end};
+  return LineRange(std::min(current.newheads[s] + 1, end), end);
 }
 
 LineRange output_of(const NewTemplate& current, std::size_t s) {
   const LineRange body = body_of(current, s);
   const auto lines = static_cast<long long>(body.size());
   const auto count = lines > 0 ? std::clamp(current.counts[s], 0LL, lines) : 0;
-  return {*body.begin(), *body.begin() + static_cast<std::size_t>(count)};
+  return LineRange(*body.begin(), *body.begin() + static_cast<std::size_t>(count));
 }

@@ -38,8 +38,7 @@ std::string_view first_word(std::string_view line);
 // The name of a section, in quotes: what stands before the "$" of its header, without the "=".
 std::string section_name(const Template& file, std::size_t head);
 
-// Whether line `i` is there to recognise lines of a map: not the title, a header, a remark or
-// empty.
+// Whether line `i` can recognise lines of a map: it is no title, header, remark or empty line.
 bool recognises(const OldTemplate& old, std::size_t i);
 
 // A template for `near_line`, which finds the last recognition line that `line` begins with,
@@ -48,8 +47,7 @@ bool recognises(const OldTemplate& old, std::size_t i);
 OldTemplate loose_template(const OldTemplate& old);
 std::size_t near_line(const OldTemplate& loose, std::string_view line);
 
-// In what `line` differs from a recognition line that was found for it: " has other tabs or
-// blanks".
+// In what `line` differs from a recognition line found for it, as " has other tabs or blanks".
 std::string difference(std::string_view line, std::string_view recognition);
 
 // The numbers of lines that follow each other.

@@ -94,6 +94,9 @@ public:
   // while it shows no folder.
   std::vector<FolderRow> rows() const;
 
+  // The position in `rows` of the list's own folder; only while it shows one.
+  std::size_t own_row() const { return rows().size() - own_subfolders.size() - 1; }
+
   // Points the list at a folder, which is listed anew even if it is shown already; only another
   // folder fires `changed`. Fails, and leaves the list unchanged, when the folder cannot be listed.
   Result<Done> set_path(const std::string& folder);

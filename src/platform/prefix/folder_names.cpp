@@ -59,6 +59,7 @@ std::string find_name(const Descriptor& folder, const std::string& name) {
 
 std::shared_ptr<FolderNames> FolderNames::of(const Descriptor& folder, Known& known) {
   const auto now = state_of(folder);
+  std::erase_if(known.in_use, [](const auto& entry) { return entry.second.expired(); });
   auto& in_use = known.in_use[{now.device, now.file}];
   auto names = in_use.lock();
   if (!names)

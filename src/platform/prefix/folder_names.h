@@ -38,7 +38,7 @@ public:
 
   explicit FolderNames(const Descriptor& folder);
 
-  // Same result as `find_name`.
+  // Same result as `find_name`. The folder is read anew if there may be a name in other case.
   std::string find(const Descriptor& folder, const std::string& name) const;
 
   // The user of the names reports each name just before it makes it, and calls `changed` after its

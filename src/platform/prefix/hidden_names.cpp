@@ -43,7 +43,8 @@ bool HiddenNames::contain(const std::string& folder, std::string_view name) {
 bool HiddenNames::shown_by_setting() {
   if (!setting) {
     const auto value = Registry(prefix).read(show_dot_files);
-    setting = value && std::string_view("yYtT1").find(value->text[0]) != std::string_view::npos;
+    setting = value && value->type == RegistryValue::Type::text &&
+              std::string_view("yYtT1").find(value->text[0]) != std::string_view::npos;
   }
   return *setting;
 }

@@ -12,6 +12,8 @@
 #include <string_view>
 #include <utility>
 
+#include <sys/stat.h>
+
 namespace fs = std::filesystem;
 
 namespace {
@@ -90,17 +92,19 @@ std::string_view first_value(std::string_view text) {
 Folders named_in(const fs::path& file, std::string_view key, const std::string& home) {
   const auto content = read_regular_file(file.string(), max_list_size);
   const std::string text = content ? content->c_str() : "";
-  std::set<fs::path> paths;
+  std::set<fs::path> known;  // each path in one spelling
+  Folders paths;
   for (auto at = text.find(key); at != text.npos && paths.size() < max_named;
        at = text.find(key, at)) {
     at = std::min(text.find_first_not_of(": \t", at + key.size()), text.size());
-    std::string path(first_value(std::string_view(text).substr(at)));
+    std::string path(first_value(std::string_view(text).substr(at, PATH_MAX + 2)));
     if (path.starts_with("~/"))
       path.replace(0, 1, home);
-    if (path.starts_with('/') && path.size() < PATH_MAX)
-      paths.insert((fs::path(path) / "").lexically_normal().parent_path());  // in one spelling
+    if (path.starts_with('/') && path.size() < PATH_MAX &&
+        known.insert((fs::path(path) / "").lexically_normal()).second)
+      paths.emplace_back(path);
   }
-  return {paths.begin(), paths.end()};
+  return paths;
 }
 
 // All folders that may be a launcher's prefix or, as those of Proton, have one named "pfx".
@@ -123,12 +127,13 @@ Folders candidates(const fs::path& home) {
 }  // namespace
 
 std::vector<std::string> launcher_prefixes(const std::string& home) {
-  std::set<fs::path> known;
+  std::set<std::pair<dev_t, ino_t>> known;
   std::vector<std::pair<fs::file_time_type, std::string>> by_use;
   std::error_code missing;
   for (const auto& folder : candidates(home))
     for (const auto& prefix : {folder, folder / "pfx"})
-      if (is_prefix(prefix) && known.insert(fs::canonical(prefix, missing)).second)
+      if (struct stat status{}; is_prefix(prefix) && ::stat(prefix.c_str(), &status) == 0 &&
+                                known.emplace(status.st_dev, status.st_ino).second)
         by_use.emplace_back(fs::last_write_time(prefix / "user.reg", missing), prefix.string());
   std::ranges::sort(by_use, std::greater());
   std::vector<std::string> prefixes;

@@ -1,4 +1,5 @@
-// Locates the Wine prefix and the program's own folders.
+// Locates the Wine prefix and the program's own folders, and tells what is wrong with a folder that
+// is no prefix.
 #pragma once
 
 #include "platform/result.h"

@@ -33,14 +33,17 @@ constexpr rlim_t other_descriptors = 32;
 // Every map that these files have opened is of this machine.
 PrefixMap& map_of(const Unflushed& file) { return static_cast<PrefixMap&>(file.map); }
 
-// The kernel's own file systems, below which the others of its kind are mounted: they hold no maps,
-// and a walk through them may never end.
+// The kernel's own file systems: they hold no maps, and a walk through them may never end.
 bool is_kernel_file_system(const Descriptor& folder) {
   struct statfs status;
   if (::fstatfs(folder.get(), &status) != 0)
     return false;
-  const auto kind = static_cast<unsigned long>(status.f_type);
-  return kind == PROC_SUPER_MAGIC || kind == SYSFS_MAGIC || kind == AUTOFS_SUPER_MAGIC;
+  constexpr unsigned long kinds[] = {
+      PROC_SUPER_MAGIC, SYSFS_MAGIC,      CGROUP_SUPER_MAGIC, CGROUP2_SUPER_MAGIC, DEBUGFS_MAGIC,
+      TRACEFS_MAGIC,    SECURITYFS_MAGIC, DEVPTS_SUPER_MAGIC, BPF_FS_MAGIC,        PSTOREFS_MAGIC,
+      SELINUX_MAGIC,    EFIVARFS_MAGIC,   BINFMTFS_MAGIC,     AUTOFS_SUPER_MAGIC,  NSFS_MAGIC,
+  };
+  return std::ranges::count(kinds, static_cast<unsigned long>(status.f_type)) > 0;
 }
 
 // Whether a name in an open folder is a folder (true) or an ordinary file (false); nullopt for any

@@ -68,15 +68,15 @@ const char* folder_name(std::uint32_t csidl) {
   return csidl == Csidl::documents ? "Personal" : nullptr;
 }
 
-// A variable, by its name in lower case.
+// A variable in the registry; numbers are none.
 std::optional<RegistryValue> find_variable(Registry& registry, const std::string& name) {
   std::vector<std::string> places{session_key + name};
   for (const auto& [variable, value] : made_variables)
-    if (variable == name)
+    if (variable == ::lowercase(name))
       places.push_back(software + std::string(value));
   places.insert(places.end(), {user_key + name, machine_key + name});
   for (const std::string& place : places)
-    if (auto value = registry.read(place))
+    if (auto value = registry.read(place); value && value->type != RegistryValue::Type::number)
       return value;
   return std::nullopt;
 }
@@ -139,7 +139,7 @@ std::optional<std::string> PrefixSystem::variable(const std::string& name, Varia
     const auto root = variable("SystemRoot", known);
     entry->second = root ? std::optional(root->substr(0, 2)) : std::nullopt;
   } else {
-    const auto value = find_variable(registry, entry->first);
+    const auto value = find_variable(registry, name);
     entry->second = value ? std::optional(expand(*value, known))
                           : processor_variable(entry->first, !registry.is_32_bit());
   }
@@ -149,7 +149,7 @@ std::optional<std::string> PrefixSystem::variable(const std::string& name, Varia
 // The text of a value, in which every %NAME% that is set is replaced if its type asks for it, as
 // long as the result is not too long.
 std::string PrefixSystem::expand(const RegistryValue& value, Variables& known) {
-  if (!value.expandable)
+  if (value.type != RegistryValue::Type::expandable_text)
     return value.text;
   std::string_view text = value.text;
   std::string result;

@@ -25,8 +25,13 @@ const std::string& Registry::Hive::read() {
 bool Registry::Hive::change(const Edit& edit) {
   std::error_code missing;
   const auto real = fs::canonical(file, missing);
+  throw_if_out_of_memory(missing.value());
+  if (missing)
+    return false;
   PrefixFiles files{Machine{real.parent_path().string(), "", ""}};
-  auto opened = files.open_map(Paths::unix_namespace + real.string());
+  const std::string path = Paths::unix_namespace + real.string();
+  static_cast<void>(files.list(path.substr(0, path.rfind('/')), "*"));  // removes stale temporaries
+  auto opened = files.open_map(path);
   const auto changed = opened ? edit((*opened)->text) : std::nullopt;
   if (!changed)
     return false;

@@ -84,7 +84,12 @@ std::string value_start(std::string_view name) {
   return name.empty() ? "@=" : "\"" + escape(name, "\"") + "\"=";
 }
 
-// The lines of each definition of the value: hexadecimal data continues after a backslash.
+// Hexadecimal data continues on the next line after a backslash.
+bool is_continued(std::string_view lines) {
+  return lines.ends_with("\\\n") || lines.ends_with("\\\r\n");
+}
+
+// The lines of each definition of the value.
 Parts find_values(std::string_view text, std::string_view key, std::string_view name) {
   const auto start = value_start(name);
   Parts values;
@@ -92,7 +97,7 @@ Parts find_values(std::string_view text, std::string_view key, std::string_view 
     while (!lines.empty()) {
       auto length = line_length(lines);
       if (starts_with(lines, start)) {
-        while (length < lines.size() && lines.substr(0, length).ends_with("\\\n"))
+        while (length < lines.size() && is_continued(lines.substr(0, length)))
           length += line_length(lines.substr(length));
         values.push_back(lines.substr(0, length));
       }
@@ -172,8 +177,8 @@ std::optional<std::string> parse_quoted(std::string_view data) {
   return std::nullopt;
 }
 
-// Bytes of little-endian UTF-16, in hexadecimal digits.
-std::string parse_bytes(std::string_view data) {
+// Bytes of little-endian UTF-16 up to a NUL, in hexadecimal digits; nullopt if there is more.
+std::optional<std::string> parse_bytes(std::string_view data) {
   std::u16string units;
   for (int shift = 0; const auto byte = take_number(data, 2, 16); shift ^= 8) {
     if (shift == 0)
@@ -181,22 +186,27 @@ std::string parse_bytes(std::string_view data) {
     units.back() = static_cast<char16_t>(units.back() | *byte << shift);
     data.remove_prefix(std::min(data.find_first_not_of(", \\\r\n"), data.size()));
   }
-  return to_utf8(units);
+  units.resize(std::min(units.find(u'\0'), units.size()));
+  return data.empty() ? std::optional(to_utf8(units)) : std::nullopt;
 }
 
 std::optional<RegistryValue> parse_value(std::string_view data) {
+  using Type = RegistryValue::Type;
+  const bool truncated = !data.ends_with('\n') || is_continued(data);  // which a text is not
   if (take(data, "dword:")) {
     const auto number = take_number(data, 8, 16);
-    return number ? std::optional(RegistryValue{std::to_string(*number)}) : std::nullopt;
+    const bool ends = !truncated && data.find_first_not_of("\r\n") == npos;
+    return number && ends ? std::optional(RegistryValue{Type::number, std::to_string(*number)})
+                          : std::nullopt;
   }
   const bool expandable = data.starts_with("hex(2):") || take(data, "str(2):");
   // Wine writes a text as bytes if it does not end in NUL.
-  const auto text = take(data, "hex(1):") || take(data, "hex(2):")
-                        ? std::optional(parse_bytes(data))
-                        : parse_quoted(data);
-  if (!text)
+  const bool bytes = take(data, "hex(1):") || take(data, "hex(2):");
+  const auto text = bytes ? parse_bytes(data) : parse_quoted(data);
+  if (!text || (bytes && truncated))
     return std::nullopt;
-  return RegistryValue{text->substr(0, text->find('\0')), expandable};
+  return RegistryValue{expandable ? Type::expandable_text : Type::text,
+                       text->substr(0, text->find('\0'))};
 }
 
 // A decimal number of 32 bits, signed or unsigned.

@@ -13,8 +13,13 @@
 #include <string_view>
 
 struct RegistryValue {
-  std::string text{};       // UTF-8, up to its first NUL; a number is in decimal
-  bool expandable = false;  // %NAME% in the text stands for a variable
+  // Expandable: %NAME% in the text stands for a variable.
+  enum class Type { text, expandable_text, number };
+
+  Type type = Type::text;
+  // UTF-8, up to its first NUL; a number is in decimal. Where a surrogate lacks its partner, the
+  // escapes or bytes in a row with it become U+FFFD.
+  std::string text{};
 };
 
 // The value, or nullopt if there is none. A line with malformed data or data of another type counts

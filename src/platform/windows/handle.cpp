@@ -1,5 +1,4 @@
-// Windows handles that close themselves, basic operations on open files, and how long the program
-// waits for files that another program holds open.
+// Windows handles that close themselves, and basic operations on open files.
 #include "platform/windows/handle.h"
 
 #include "platform/windows/wide_text.h"
@@ -7,8 +6,6 @@
 #include <algorithm>
 
 namespace {
-
-constexpr DWORD longest_wait = 480;  // milliseconds; 945 in all
 
 DWORD piece(std::size_t size) {
   return static_cast<DWORD>(std::min<std::size_t>(size, 1 << 20));  // of one call
@@ -27,16 +24,6 @@ constexpr Errors shortage_errors = {ERROR_DISK_FULL,           ERROR_HANDLE_DISK
 bool is_one_of(Errors errors, DWORD error) { return std::ranges::count(errors, error) > 0; }
 
 }  // namespace
-
-bool RetryBudget::retry(std::initializer_list<DWORD> errors, const std::function<bool()>& attempt) {
-  for (;; next *= 2) {
-    if (attempt())
-      return true;
-    if (next > longest_wait || !is_one_of(errors, GetLastError()))
-      return false;
-    wait(next);
-  }
-}
 
 Handle open_file(const std::wstring& path, DWORD access, DWORD creation, DWORD flags) {
   const HANDLE file =

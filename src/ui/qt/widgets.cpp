@@ -19,7 +19,7 @@
 #include <QStyle>
 #include <QTreeView>
 
-#include <iterator>
+#include <cstddef>
 
 namespace {
 
@@ -127,7 +127,7 @@ QStandardItem* fill_folders(const DirectoryList& folders, QStandardItemModel& mo
   const std::vector<FolderRow> rows = folders.rows();
   if (rows.empty())
     return nullptr;
-  const auto below = rows.end() - std::ssize(folders.subfolders());
+  const auto below = rows.begin() + static_cast<std::ptrdiff_t>(folders.own_row()) + 1;
   QStandardItem* own = model.invisibleRootItem();
   for (auto row = rows.begin(); row != below; ++row) {
     auto* item = make_item(*row, open);

@@ -97,7 +97,7 @@ void show_folders(const Mirror& mirror, const DirectoryList& folders) {
     rows.push_back(std::wstring(row.depth * indentation, L' ') + widen(row.name));
   fill_rows(mirror, rows);
   if (!rows.empty())
-    SendMessageW(mirror.window, LB_SETCURSEL, rows.size() - folders.subfolders().size() - 1, 0);
+    SendMessageW(mirror.window, LB_SETCURSEL, folders.own_row(), 0);
 }
 
 // Adds the drives only once: the list may be dropped down while another one is selected.
@@ -113,15 +113,16 @@ void show_drives(HWND window, const DriveList& drives) {
 // Names the control for screen readers, which without a name take its text. Nothing depends on its
 // success.
 void show_name(const Mirror& mirror, const Form1& form) {
+  static IAccPropServices* const service = [] {
+    void* made = nullptr;
+    CoCreateInstance(CLSID_AccPropServices, nullptr, CLSCTX_INPROC_SERVER, IID_IAccPropServices,
+                     &made);
+    return static_cast<IAccPropServices*>(made);
+  }();
   const std::wstring name = widen(accessible_name(*mirror.row, form));
-  void* made = nullptr;
-  if (name.empty() || FAILED(CoCreateInstance(CLSID_AccPropServices, nullptr, CLSCTX_INPROC_SERVER,
-                                              IID_IAccPropServices, &made)))
-    return;
-  auto* const service = static_cast<IAccPropServices*>(made);
-  service->SetHwndPropStr(mirror.window, static_cast<DWORD>(OBJID_CLIENT), CHILDID_SELF,
-                          PROPID_ACC_NAME, name.c_str());
-  service->Release();
+  if (service && !name.empty())
+    service->SetHwndPropStr(mirror.window, static_cast<DWORD>(OBJID_CLIENT), CHILDID_SELF,
+                            PROPID_ACC_NAME, name.c_str());
 }
 
 void drive_selected(HWND window, Form1& form) {

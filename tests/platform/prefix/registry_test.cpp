@@ -33,7 +33,8 @@ const std::string sample = R"(WINE REGISTRY Version 2
 )";
 
 std::string show(const std::optional<RegistryValue>& value) {
-  return value ? (value->expandable ? "expand " : "") + value->text : "none";
+  const bool expands = value && value->type == RegistryValue::Type::expandable_text;
+  return value ? (expands ? "expand " : "") + value->text : "none";
 }
 
 std::string replaced(std::string text, const std::string& old, const std::string& now) {

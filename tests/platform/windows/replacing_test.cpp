@@ -126,20 +126,3 @@ TEST_F(ReplaceOnWindows, AMapThatMayNotBeRenamedStaysAsItWas) {
     write_file(maps / "a.galaxy", "old");
   }
 }
-
-// Maps that may be read but not renamed, and maps that may not even be read.
-TEST_F(ReplaceOnWindows, ManyHeldMapsAreWaitedForTogether) {
-  std::vector<Handle> holders;
-  const ULONGLONG start = GetTickCount64();
-  for (int i = 0; i < 20; ++i) {
-    const std::string name = std::to_string(i) + ".galaxy";
-    write_file(maps / name, "old");
-    holders.push_back(hold(name.c_str(), i % 2 ? FILE_SHARE_READ : 0));
-    auto map = files.open_map("C:\\m\\" + name);
-    EXPECT_EQ(bool(map), i % 2 == 1);
-    if (map) {
-      EXPECT_FALSE(bool(replace_map(files, *std::move(map), {"old", {}, "new", ""})));
-    }
-  }
-  EXPECT_LT(GetTickCount64() - start, 5000u);
-}

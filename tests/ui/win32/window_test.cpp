@@ -503,6 +503,31 @@ TEST_F(ProgramWindow, ReportsAMissingScriptHostByABoxUnlessSilent) {
   machine.set_script_host("{72C24DD5-D70A-438B-8A42-98424B88AFB8}");
 }
 
+// Maps that may be read but not renamed, and maps that may not even be read; each is found twice.
+TEST_F(ProgramWindow, MapsThatAnotherProgramHoldsAreWaitedForTogether) {
+  constexpr int count = 27;
+  const auto held = [&](int i, const char* suffix) {
+    return machine.user_folder / ("held" + std::to_string(i) + suffix);
+  };
+  std::vector<Handle> holders;
+  for (int i = 0; i < count; ++i) {
+    write_file(held(i, ".galaxy"), old_map);
+    holders.emplace_back(CreateFileW(held(i, ".galaxy").c_str(), GENERIC_READ,
+                                     i % 2 ? FILE_SHARE_READ : 0, nullptr, OPEN_EXISTING, 0,
+                                     nullptr));
+  }
+  const ULONGLONG begun = GetTickCount64();
+  start(L" /s");
+  EXPECT_EQ(exit_status(), 1u);
+  EXPECT_LT(GetTickCount64() - begun, 20000u);
+  holders.clear();
+  for (int i = 0; i < count; ++i) {
+    EXPECT_EQ(read_file(held(i, ".galaxy")), old_map);
+    EXPECT_FALSE(fs::exists(held(i, ".galold")));
+  }
+  EXPECT_EQ(read_file(machine.user_folder / "b.galaxy"), converted_map);
+}
+
 // At any moment of the conversion; the next run finishes it.
 TEST_F(ProgramWindow, LosesNoMapWhenItIsKilled) {
   constexpr int count = 20;
