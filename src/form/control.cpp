@@ -33,7 +33,7 @@ void Control::append(std::string_view more) {
   window.screen.append(*this, more);
 }
 
-std::vector<FolderRow> DirectoryList::rows() const {
+std::vector<FolderRow> DirectoryList::chain() const {
   std::vector<FolderRow> result;
   std::size_t start = 0;
   std::size_t end = root_length(path());
@@ -42,6 +42,11 @@ std::vector<FolderRow> DirectoryList::rows() const {
     start = path().find_first_not_of('\\', end);
     end = path().find('\\', start);
   }
+  return result;
+}
+
+std::vector<FolderRow> DirectoryList::rows() const {
+  std::vector<FolderRow> result = chain();
   const std::size_t depth = result.size();
   for (const std::string& name : own_subfolders)
     result.push_back({name, joined(path(), name), depth});

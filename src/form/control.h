@@ -95,7 +95,7 @@ public:
   std::vector<FolderRow> rows() const;
 
   // The position in `rows` of the list's own folder; only while it shows one.
-  std::size_t own_row() const { return rows().size() - own_subfolders.size() - 1; }
+  std::size_t own_row() const { return chain().size() - 1; }
 
   // Points the list at a folder, which is listed anew even if it is shown already; only another
   // folder fires `changed`. Fails, and leaves the list unchanged, when the folder cannot be listed.
@@ -104,6 +104,8 @@ public:
   std::function<void()> changed;
 
 private:
+  std::vector<FolderRow> chain() const;  // the rows from the root down to the list's own folder
+
   std::vector<std::string> own_subfolders;
 };
 

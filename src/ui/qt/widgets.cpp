@@ -19,8 +19,6 @@
 #include <QStyle>
 #include <QTreeView>
 
-#include <cstddef>
-
 namespace {
 
 constexpr int path_role = Qt::UserRole;
@@ -111,12 +109,21 @@ std::function<void()> make_file_list(const ControlLayout&, Form1& form, QListVie
   };
 }
 
-QStandardItem* make_item(const FolderRow& row, const QIcon& icon) {
-  auto* item = new QStandardItem(icon, to_qt(row.name));
-  item->setData(QByteArray::fromStdString(row.path), path_role);  // it need not be valid UTF-8
-  item->setToolTip(plain_tip(row.path));
-  return item;
-}
+// A folder of the directory list; its tool tip is its path.
+class FolderItem : public QStandardItem {
+public:
+  FolderItem(const FolderRow& row, const QIcon& icon)
+      : QStandardItem(icon, to_qt(row.name)), path(row.path) {}
+
+  QVariant data(int role) const override {
+    if (role == path_role)
+      return QByteArray::fromStdString(path);  // names need not be valid UTF-8
+    return role == Qt::ToolTipRole ? plain_tip(path) : QStandardItem::data(role);
+  }
+
+private:
+  const std::string path;
+};
 
 // Adds the folders as items, each below its parent. Returns the item of the folder that the list
 // shows; null when it shows none.
@@ -127,17 +134,17 @@ QStandardItem* fill_folders(const DirectoryList& folders, QStandardItemModel& mo
   const std::vector<FolderRow> rows = folders.rows();
   if (rows.empty())
     return nullptr;
-  const auto below = rows.begin() + static_cast<std::ptrdiff_t>(folders.own_row()) + 1;
+  const std::size_t own_row = folders.own_row();
   QStandardItem* own = model.invisibleRootItem();
-  for (auto row = rows.begin(); row != below; ++row) {
-    auto* item = make_item(*row, open);
+  for (std::size_t i = 0; i <= own_row; ++i) {
+    auto* item = new FolderItem(rows[i], open);
     own->appendRow(item);
     own = item;
   }
-  QList<QStandardItem*> items;
-  for (auto row = below; row != rows.end(); ++row)
-    items.append(make_item(*row, closed));
-  own->appendRows(items);
+  QList<QStandardItem*> below;
+  for (std::size_t i = own_row + 1; i < rows.size(); ++i)
+    below.append(new FolderItem(rows[i], closed));
+  own->appendRows(below);
   return own;
 }
 
