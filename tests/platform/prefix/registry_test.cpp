@@ -83,6 +83,7 @@ TEST(RegistryText, ParsesData) {
       {"dword:ffffffff", "4294967295"},
       {"hex(2):25,00,00,00", "expand %"},
       {"hex(1):41,00,3d,d8,00,00", "\uFFFD"},
+      {"hex(1):41,00,00,00,00,d8", "A"},
       {"hex(1):41,00,4", "A\4"},
   };
   const auto parsed = [](const std::string& data) {
