@@ -30,12 +30,18 @@ TEST(Layout, ColumnsAndListsGrowWithTheWindow) {
     int width, height;          // pixels beyond the design's client area, of 681 by 496
     std::array<int, 4> growth;  // of left, top, width and height
   } cases[] = {
-      {"File1", 30, 20, {0, 0, 10, 20}},       {"Dir1", 30, 20, {0, 0, 10, 0}},
-      {"Text1", 30, 20, {10, 0, 10, 20}},      {"Text2", 30, 20, {20, 0, 10, 20}},
-      {"Label10", 30, 20, {20, 0, 10, 0}},     {"Command3", 30, 20, {0, 0, 0, 0}},
-      {"File1", 0, -60, {0, 0, 0, -60}},       {"Text1", 0, -496, {0, 0, 0, -369}},
+      {"File1", 30, 20, {0, 0, 10, 20}},
+      {"Dir1", 30, 20, {0, 0, 10, 0}},
+      {"Text1", 30, 20, {10, 0, 10, 20}},
+      {"Text2", 30, 20, {20, 0, 10, 20}},
+      {"Label10", 30, 20, {20, 0, 10, 0}},
+      {"Command3", 30, 20, {0, 0, 0, 0}},
+      {"Dir1", 0, -60, {0, 0, 0, 0}},
+      {"File1", 0, -60, {0, 0, 0, -60}},
+      {"Text1", 0, -496, {0, 0, 0, -369}},
       {"Text2", -61, 0, {-43, -10, -17, 11}},  // 620 pixels are the smallest width
-      {"Text2", -681, 0, {-43, -10, -17, 11}}, {"Command3", -61, 0, {-19, -6, -5, -3}},
+      {"Text2", -681, 0, {-43, -10, -17, 11}},
+      {"Command3", -61, 0, {-19, -6, -5, -3}},
   };
   for (const auto& c : cases) {
     const Place was = place_of(row_of(c.name), 681, 496, 96);
