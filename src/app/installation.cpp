@@ -67,6 +67,11 @@ std::string explain_missing_release(Form1& form) {
          printable(content ? path + ": it is no program with a version" : content.failure().text());
 }
 
+void print_missing_game(Form1& form) {
+  if (const std::string reason = explain_missing_game(form); !reason.empty())
+    form.screen.print_error(reason);
+}
+
 }  // namespace
 
 void find_installations(Form1& form, bool is_64bit) {
@@ -109,14 +114,11 @@ void read_release(Form1& form) {
 
 void check_release(Form1& form) {
   const auto required = required_release(form);
-  if (required && form.foundversion == *required)
-    return;
-  const std::string reason = required ? explain_missing_release(form) : explain_missing_game(form);
-  if (!required && !reason.empty())
-    form.screen.print_error(reason);
   if (!required)
+    return print_missing_game(form);
+  if (form.foundversion == *required)
     return;
-  if (!reason.empty())
+  if (const std::string reason = explain_missing_release(form); !reason.empty())
     show_trouble(form, reason);
   end_with_message(form, mismatch_message(form, *required));
 }

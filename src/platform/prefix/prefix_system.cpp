@@ -70,9 +70,10 @@ const char* folder_name(std::uint32_t csidl) {
 
 // A variable in the registry; numbers are none.
 std::optional<RegistryValue> find_variable(Registry& registry, const std::string& name) {
+  const std::string lowered = ::lowercase(name);
   std::vector<std::string> places{session_key + name};
   for (const auto& [variable, value] : made_variables)
-    if (variable == ::lowercase(name))
+    if (variable == lowered)
       places.push_back(software + std::string(value));
   places.insert(places.end(), {user_key + name, machine_key + name});
   for (const std::string& place : places)
